@@ -1,0 +1,28 @@
+# SPDX-FileCopyrightText: 2026 The Corvane developers
+# SPDX-License-Identifier: MIT
+
+# The one place that says what the compiler checks: every target of ours links corvane_warnings.
+option(CORVANE_WARNINGS_AS_ERRORS
+    "Fail the build on a compiler warning; for our own checks, not for people on newer compilers" OFF)
+
+add_library(corvane_warnings INTERFACE)
+target_compile_options(corvane_warnings INTERFACE
+    -Wall
+    -Wextra
+    -Wpedantic
+    -Wcast-align
+    -Wcast-qual
+    -Wconversion
+    -Wdouble-promotion
+    -Wformat=2
+    -Wnon-virtual-dtor
+    -Wold-style-cast
+    -Woverloaded-virtual
+    -Wshadow
+    -Wsign-conversion
+    -Wundef
+    -Wunused
+    $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-branches>
+    $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond>
+    $<$<CXX_COMPILER_ID:GNU>:-Wlogical-op>
+    $<$<BOOL:${CORVANE_WARNINGS_AS_ERRORS}>:-Werror>)

@@ -1,0 +1,100 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "devicereply.h"
+
+#include "uartframe.h"
+#include "versiontext.h"
+
+#include <QStringList>
+
+namespace {
+
+constexpr int kVersionOffset = 12;
+constexpr int kTargetMissingOffset = 16;
+constexpr int kFirstDirectionOffset = 19;
+constexpr int kSecondDirectionOffset = 20;
+constexpr int kPanTrackingOffset = 21;
+constexpr int kTiltTrackingOffset = 22;
+constexpr int kAutoZoomOffset = 23;
+constexpr int kZoomOffsetOffset = 24;
+constexpr int kCustomZoomOffset = 12;
+constexpr int kSmallestSizeWithSettings = 14;
+
+} // namespace
+
+bool SettingsReport::isUpsideDown() const
+{
+    return firstDirectionFlag != 0 && secondDirectionFlag != 0;
+}
+
+int SettingsReport::autoTracking() const
+{
+    if (panTracking != 0 && tiltTracking != 0) {
+        return 1;
+    }
+    if (panTracking != 0) {
+        return 2;
+    }
+    return tiltTracking != 0 ? 3 : 0;
+}
+
+QString SettingsReport::summary() const
+{
+    QStringList numbers;
+    for (const signed char byte : {targetMissing, firstDirectionFlag, secondDirectionFlag,
+                                   panTracking, tiltTracking, autoZoom, zoomOffset}) {
+        numbers << signedHexadecimal(byte);
+    }
+    return numbers.join(QLatin1Char('.'));
+}
+
+DeviceReply::DeviceReply(const QByteArray &frame)
+    : m_frame(frame)
+{
+}
+
+int DeviceReply::size() const
+{
+    return m_frame.size();
+}
+
+unsigned char DeviceReply::communicationType() const
+{
+    return static_cast<unsigned char>(byteAt(UARTFrame::kTypeOffset));
+}
+
+unsigned char DeviceReply::command() const
+{
+    return static_cast<unsigned char>(byteAt(UARTFrame::kCommandOffset));
+}
+
+bool DeviceReply::hasSettings() const
+{
+    return size() >= kSmallestSizeWithSettings;
+}
+
+SettingsReport DeviceReply::settings() const
+{
+    SettingsReport report;
+    report.version = versionText(byteAt(kVersionOffset), byteAt(kVersionOffset + 1),
+                                 byteAt(kVersionOffset + 2), byteAt(kVersionOffset + 3));
+    report.targetMissing = byteAt(kTargetMissingOffset);
+    report.firstDirectionFlag = byteAt(kFirstDirectionOffset);
+    report.secondDirectionFlag = byteAt(kSecondDirectionOffset);
+    report.panTracking = byteAt(kPanTrackingOffset);
+    report.tiltTracking = byteAt(kTiltTrackingOffset);
+    report.autoZoom = byteAt(kAutoZoomOffset);
+    report.zoomOffset = byteAt(kZoomOffsetOffset);
+    return report;
+}
+
+int DeviceReply::customZoom() const
+{
+    return byteAt(kCustomZoomOffset) * 256 + byteAt(kCustomZoomOffset + 1);
+}
+
+signed char DeviceReply::byteAt(int offset) const
+{
+    return offset < m_frame.size() ? static_cast<signed char>(m_frame.at(offset)) : 0;
+}

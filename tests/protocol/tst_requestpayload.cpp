@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "requestpayload.h"
+
+#include <QtTest>
+
+namespace {
+
+template <std::size_t Size> QByteArray hex(const std::array<unsigned char, Size> &payload)
+{
+    return QByteArray(reinterpret_cast<const char *>(payload.data()), Size).toHex(' ');
+}
+
+} // namespace
+
+class RequestPayloadTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void settingsStandInTheOrderOfTheWire_data();
+    void settingsStandInTheOrderOfTheWire();
+    void customZoomIsThePresetAndZero();
+};
+
+void RequestPayloadTest::settingsStandInTheOrderOfTheWire_data()
+{
+    QTest::addColumn<int>("autoTracking");
+    QTest::addColumn<int>("targetMissing");
+    QTest::addColumn<bool>("upsideDown");
+    QTest::addColumn<int>("autoZoom");
+    QTest::addColumn<int>("zoomOffset");
+    QTest::addColumn<QByteArray>("payload");
+
+    QTest::newRow("all off") << 0 << 0 << false << 0 << 0 << QByteArray("00 00 00 00 00");
+    QTest::newRow("defaults") << 1 << 1 << false << 1 << 1 << QByteArray("01 01 00 01 01");
+    QTest::newRow("pan, preset 7, upside down, zoom off, custom")
+        << 2 << 9 << true << 0 << 3 << QByteArray("02 09 01 00 03");
+    QTest::newRow("each byte its own value")
+        << 3 << 4 << true << 1 << 2 << QByteArray("03 04 01 01 02");
+    QTest::newRow("nothing chosen is the low byte of -1")
+        << -1 << -1 << false << -1 << -1 << QByteArray("ff ff 00 ff ff");
+}
+
+void RequestPayloadTest::settingsStandInTheOrderOfTheWire()
+{
+    QFETCH(int, autoTracking);
+    QFETCH(int, targetMissing);
+    QFETCH(bool, upsideDown);
+    QFETCH(int, autoZoom);
+    QFETCH(int, zoomOffset);
+
+    CameraSettings settings;
+    settings.autoTracking = autoTracking;
+    settings.targetMissing = targetMissing;
+    settings.upsideDown = upsideDown;
+    settings.autoZoom = autoZoom;
+    settings.zoomOffset = zoomOffset;
+    QTEST(hex(cameraSettingsPayload(settings)), "payload");
+}
+
+void RequestPayloadTest::customZoomIsThePresetAndZero()
+{
+    QCOMPARE(hex(customZoomPayload(0)), QByteArray("00 00"));
+    QCOMPARE(hex(customZoomPayload(1)), QByteArray("01 00"));
+}
+
+QTEST_APPLESS_MAIN(RequestPayloadTest)
+#include "tst_requestpayload.moc"

@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "logcapture.h"
+
+namespace {
+
+LogCapture *current = nullptr;
+
+} // namespace
+
+LogCapture::LogCapture()
+{
+    current = this;
+    m_previous = qInstallMessageHandler(handle);
+}
+
+LogCapture::~LogCapture()
+{
+    qInstallMessageHandler(m_previous);
+    current = nullptr;
+}
+
+QList<LogCapture::Line> LogCapture::lines() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_lines;
+}
+
+QStringList LogCapture::texts() const
+{
+    QStringList texts;
+    const auto all = lines();
+    for (const Line &line : all) {
+        texts << line.text;
+    }
+    return texts;
+}
+
+QStringList LogCapture::statusTexts() const
+{
+    QStringList texts;
+    const auto all = lines();
+    for (const Line &line : all) {
+        if (line.file == QLatin1String("mainwindow")) {
+            texts << line.text;
+        }
+    }
+    return texts;
+}
+
+void LogCapture::clear()
+{
+    const std::lock_guard lock(m_mutex);
+    m_lines.clear();
+}
+
+void LogCapture::handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    {
+        QString text = message.trimmed();
+        if (text.size() >= 2 && text.startsWith(QLatin1Char('"'))
+            && text.endsWith(QLatin1Char('"'))) {
+            text = text.mid(1, text.size() - 2);
+        }
+        const std::lock_guard lock(current->m_mutex);
+        current->m_lines << Line{text, QString::fromLatin1(context.file), context.line,
+                                 QString::fromLatin1(context.function)};
+    }
+    current->m_previous(type, context, message);
+}

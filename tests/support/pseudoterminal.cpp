@@ -1,0 +1,76 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "pseudoterminal.h"
+
+#include <array>
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+PseudoTerminal::PseudoTerminal(QObject *parent)
+    : QObject(parent)
+{
+    m_master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (m_master < 0 || grantpt(m_master) != 0 || unlockpt(m_master) != 0) {
+        qFatal("no pseudo-terminal to be had");
+    }
+    m_portName = QString::fromLocal8Bit(ptsname(m_master));
+    m_slave = open(ptsname(m_master), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    termios settings{};
+    tcgetattr(m_slave, &settings);
+    cfmakeraw(&settings);
+    tcsetattr(m_slave, TCSANOW, &settings);
+
+    m_notifier = std::make_unique<QSocketNotifier>(m_master, QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &PseudoTerminal::readAvailable);
+}
+
+PseudoTerminal::~PseudoTerminal()
+{
+    hangUp();
+}
+
+void PseudoTerminal::send(const QByteArray &bytes)
+{
+    if (write(m_master, bytes.constData(), static_cast<size_t>(bytes.size())) != bytes.size()) {
+        qFatal("the pseudo-terminal took only a part");
+    }
+}
+
+QByteArray PseudoTerminal::received()
+{
+    readAvailable();
+    return m_received;
+}
+
+void PseudoTerminal::forgetReceived()
+{
+    readAvailable();
+    m_received.clear();
+}
+
+void PseudoTerminal::hangUp()
+{
+    if (m_master < 0) {
+        return;
+    }
+    m_notifier.reset();
+    close(m_slave);
+    close(m_master);
+    m_master = -1;
+}
+
+void PseudoTerminal::readAvailable()
+{
+    std::array<char, 4096> buffer{};
+    const auto count = m_master < 0 ? -1 : read(m_master, buffer.data(), buffer.size());
+    if (count <= 0) {
+        return;
+    }
+    const QByteArray bytes(buffer.data(), static_cast<int>(count));
+    m_received += bytes;
+    emit bytesReceived(bytes);
+}
