@@ -1,0 +1,236 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "parserthread.h"
+
+#include "logcapture.h"
+#include "ringbuffer.h"
+
+#include <QtTest>
+
+#include <mutex>
+
+namespace {
+
+const QByteArray kReply =
+    QByteArray::fromHex("ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03 b4");
+const QByteArray kShort = QByteArray::fromHex("ffff0a410106070609055500c2");
+
+/// Takes frames on the parser thread itself, under a lock that the thread sanitizer understands.
+class FrameList {
+public:
+    explicit FrameList(const ParserThread &parser)
+    {
+        QObject::connect(
+            &parser, &ParserThread::command, &parser,
+            [this](const QByteArray &frame) {
+                const std::lock_guard lock(m_mutex);
+                // A copy of the bytes: nothing of it is shared with the parser thread.
+                m_frames << QByteArray(frame.constData(), frame.size());
+            },
+            Qt::DirectConnection);
+    }
+    int count() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_frames.size();
+    }
+    QByteArray at(int index) const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_frames.at(index);
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    QList<QByteArray> m_frames;
+};
+
+} // namespace
+
+class ParserThreadTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void hasOneSignalAndNothingElse();
+    void startsWithABufferOnly();
+    void deliversAFrameWithoutItsChecksum();
+    void deliversAFrameThatArrivesInPieces();
+    void deliversTwoFramesOfOneAppendInOrder();
+    void deliversQueuedAcrossThreads();
+    void logsWhatTheAssemblerSays_data();
+    void logsWhatTheAssemblerSays();
+    void dropsWhatIsTooLongAndGoesOn();
+    void keepsAPartialFrameForLater();
+    void endsWithinOnePoll();
+    void endsWithoutEverHavingHadABuffer();
+    void takesTenThousandFramesWhileTheyArrive();
+};
+
+void ParserThreadTest::hasOneSignalAndNothingElse()
+{
+    const QMetaObject &meta = ParserThread::staticMetaObject;
+    QCOMPARE(meta.methodCount() - meta.methodOffset(), 1);
+    QCOMPARE(meta.method(meta.methodOffset()).methodSignature(), QByteArray("command(QByteArray)"));
+    QCOMPARE(meta.method(meta.methodOffset()).methodType(), QMetaMethod::Signal);
+}
+
+void ParserThreadTest::startsWithABufferOnly()
+{
+    LogCapture log;
+    RingBuffer buffer(4096);
+    ParserThread parser;
+    parser.startParser(nullptr);
+    QVERIFY(!parser.isRunning());
+    parser.startParser(&buffer);
+    QVERIFY(parser.isRunning());
+    parser.startParser(&buffer);
+    QVERIFY(parser.isRunning());
+    QCOMPARE(log.texts(), QStringList({"startParser", "startParser", "startParser"}));
+}
+
+void ParserThreadTest::deliversAFrameWithoutItsChecksum()
+{
+    RingBuffer buffer(4096);
+    ParserThread parser;
+    const FrameList frames(parser);
+    parser.startParser(&buffer);
+    buffer.append(kReply);
+    QTRY_COMPARE(frames.count(), 1);
+    QCOMPARE(frames.at(0).toHex(), kReply.chopped(1).toHex());
+}
+
+void ParserThreadTest::deliversAFrameThatArrivesInPieces()
+{
+    RingBuffer buffer(4096);
+    ParserThread parser;
+    const FrameList frames(parser);
+    parser.startParser(&buffer);
+    for (const char byte : kReply) {
+        QCOMPARE(frames.count(), 0);
+        buffer.append(QByteArray(1, byte));
+        QTRY_VERIFY(buffer.isEmpty());
+    }
+    QTRY_COMPARE(frames.count(), 1);
+    QCOMPARE(frames.at(0).toHex(), kReply.chopped(1).toHex());
+}
+
+void ParserThreadTest::deliversTwoFramesOfOneAppendInOrder()
+{
+    RingBuffer buffer(4096);
+    ParserThread parser;
+    const FrameList frames(parser);
+    parser.startParser(&buffer);
+    buffer.append(kReply + kShort);
+    QTRY_COMPARE(frames.count(), 2);
+    QCOMPARE(frames.at(0).toHex(), kReply.chopped(1).toHex());
+    QCOMPARE(frames.at(1).toHex(), kShort.chopped(1).toHex());
+}
+
+void ParserThreadTest::deliversQueuedAcrossThreads()
+{
+    RingBuffer buffer(4096);
+    ParserThread parser;
+    QThread *receivingThread = nullptr;
+    connect(&parser, &ParserThread::command, this,
+            [&receivingThread] { receivingThread = QThread::currentThread(); });
+    parser.startParser(&buffer);
+    buffer.append(kShort);
+    QTRY_COMPARE(receivingThread, thread());
+}
+
+void ParserThreadTest::logsWhatTheAssemblerSays_data()
+{
+    QTest::addColumn<QByteArray>("stream");
+    QTest::addColumn<QStringList>("lines");
+
+    QTest::newRow("a good frame") << kShort
+                                  << QStringList{"data_step_head_ready: length = 10",
+                                                 "Analyze Data: length = 10"};
+    QTest::newRow("numbers are decimal")
+        << kReply << QStringList{"data_step_head_ready: length = 23", "Analyze Data: length = 23"};
+    QTest::newRow("a wrong sum is shown unreduced")
+        << QByteArray::fromHex("ffff0b410106070609053a00c871")
+        << QStringList{"data_step_head_ready: length = 11", "Checksum Error 368"};
+    QTest::newRow("a length of 0") << QByteArray::fromHex("ffff0000")
+                                   << QStringList{"data_step_head_ready: length = 0", "Error 0"};
+    QTest::newRow("noise says nothing") << QByteArray("noise") << QStringList();
+}
+
+void ParserThreadTest::logsWhatTheAssemblerSays()
+{
+    QFETCH(QByteArray, stream);
+    QFETCH(QStringList, lines);
+    LogCapture log;
+    RingBuffer buffer(4096);
+    {
+        ParserThread parser;
+        parser.startParser(&buffer);
+        buffer.append(stream);
+        QTRY_VERIFY(buffer.isEmpty());
+    }
+    QCOMPARE(log.texts(), QStringList{"startParser"} + lines);
+}
+
+void ParserThreadTest::dropsWhatIsTooLongAndGoesOn()
+{
+    RingBuffer buffer(4096);
+    ParserThread parser;
+    const FrameList frames(parser);
+    parser.startParser(&buffer);
+    buffer.append(QByteArray::fromHex("ffff8b") + QByteArray(139, '\x01') + kShort);
+    QTRY_COMPARE(frames.count(), 1);
+    QCOMPARE(frames.at(0).toHex(), kShort.chopped(1).toHex());
+}
+
+void ParserThreadTest::keepsAPartialFrameForLater()
+{
+    RingBuffer buffer(4096);
+    ParserThread parser;
+    const FrameList frames(parser);
+    parser.startParser(&buffer);
+    buffer.append(kReply.left(10));
+    QTRY_VERIFY(buffer.isEmpty());
+    buffer.append(kReply.mid(10));
+    QTRY_COMPARE(frames.count(), 1);
+}
+
+void ParserThreadTest::endsWithinOnePoll()
+{
+    RingBuffer buffer(4096);
+    auto parser = std::make_unique<ParserThread>();
+    parser->startParser(&buffer);
+    QPointer<ParserThread> thread(parser.get());
+    parser.reset();
+    QVERIFY(thread.isNull());
+    // Nobody reads any more.
+    buffer.append("a");
+    QVERIFY(!buffer.isEmpty());
+}
+
+void ParserThreadTest::endsWithoutEverHavingHadABuffer()
+{
+    ParserThread parser;
+    parser.start();
+    QTRY_VERIFY(parser.isRunning());
+}
+
+void ParserThreadTest::takesTenThousandFramesWhileTheyArrive()
+{
+    constexpr int kFrames = 10000;
+    RingBuffer buffer(4096);
+    ParserThread parser;
+    const FrameList frames(parser);
+    const auto previous =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    parser.startParser(&buffer);
+    for (int i = 0; i < kFrames; ++i) {
+        buffer.append(i % 2 == 0 ? kShort : kReply);
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(frames.count(), kFrames, 60000);
+    qInstallMessageHandler(previous);
+    QCOMPARE(frames.at(kFrames - 1).toHex(), kReply.chopped(1).toHex());
+}
+
+QTEST_GUILESS_MAIN(ParserThreadTest)
+#include "tst_parserthread.moc"
