@@ -1,0 +1,128 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "parserthread.h"
+#include "ringbuffer.h"
+#include "uartframe.h"
+
+#include <QMainWindow>
+#include <QSerialPort>
+
+class QLabel;
+struct CameraSettings;
+struct SettingsReport;
+
+namespace Ui {
+class MainWindow;
+}
+
+/// The one window, and all that an operator can do in it.
+///
+/// Its slots run on the GUI thread, as does all serial input and output. A slot that needs an
+/// answer sends its request, waits in a nested event loop and says what came of it; the reply is
+/// interpreted inside that loop, by AnalyzeReceiveData().
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    /// How the port is to be opened.
+    struct Settings {
+        QString portName;
+        qint32 baudRate; ///< bits per second
+        QSerialPort::DataBits dataBits;
+        QSerialPort::Parity parity;
+        QSerialPort::StopBits stopBits;
+        QSerialPort::FlowControl flowControl;
+        bool spareFlag; ///< read by nobody
+    };
+
+    explicit MainWindow(QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    /// Builds a frame and queues it on the port; the bytes leave when the event loop runs.
+    /// @param type       only its low 8 bits are sent
+    /// @param command    a UARTControlCommand
+    /// @param parameter  the packet number for UART_CTRL_CMD_UPLOAD_FIRMWARE, otherwise 0
+    /// @param payload    copied; may be null only when @p length is 0
+    /// @param length     bytes of payload, 0 to 128
+    /// @param repeat     how often the frame is written, 200 ms apart, which blocks the GUI thread;
+    ///                   0 counts as 256
+    /// @return 0, or -1 when nothing was written: port closed, payload too long or missing
+    int SendUARTCommand(UARTCommunicationType_t type, unsigned char command,
+                        unsigned char parameter, unsigned char *payload, unsigned char length,
+                        unsigned char repeat);
+
+    /// The one channel for what happens: ends in the debug log.
+    void showStatusMessage(const QString &message);
+
+signals:
+    // Each is raised when the camera acknowledges the request of that name.
+    void receive_hello_ack();
+    void receive_fw_info_ack(); ///< for a firmware's size and for each of its packets
+    void receive_custom_zoom_ack();
+    void receive_setting_ack();
+    void receive_reboot_ack(); ///< the camera's own report; nobody waits for it
+
+private slots:
+    // Bound to the form by their names; the empty ones are what the form's signals are bound to.
+    void on_comboBox_portlist_currentIndexChanged(int index);
+    void on_comboBox_baudrate_currentIndexChanged(int index);
+    void on_pushButton_connect_clicked();
+    /// Also the way back to the disconnected state from everywhere else.
+    void on_pushButton_disconnect_clicked();
+    void on_comboBox_autotracking_currentIndexChanged(int index);
+    void on_comboBox_targetmissing_currentIndexChanged(int index);
+    void on_radioButton_upright_clicked();
+    void on_radioButton_upside_down_clicked();
+    void on_comboBox_autozoom_currentIndexChanged(int index);
+    void on_comboBox_zoomoffset_currentIndexChanged(int index);
+    void on_pushButton_default_clicked();
+    void on_pushButton_apply_clicked();
+    void on_pushButton_choose_file_clicked();
+    void on_lineEdit_firmware_editingFinished();
+    void on_pushButton_start_upgrade_clicked();
+    void on_pushButton_cancel_upgrade_clicked();
+    void on_toolButton_about_clicked();
+    void on_toolButton_language_clicked();
+
+    /// Rebuilds the port settings from the two combo boxes.
+    void updateSettings();
+    /// Disconnects when the device has gone; any other error is left to the waits to notice.
+    void handleError(QSerialPort::SerialPortError error);
+    /// Moves what the port has received into the ring buffer.
+    void readData();
+    /// Interprets one frame, as ParserThread delivers it.
+    void AnalyzeReceiveData(const QByteArray &receive);
+
+    void on_pushButton_custom_zoom_1_clicked();
+    void on_pushButton_custom_zoom_2_clicked();
+
+private:
+    bool openPort();
+    /// Closes the port and puts the widgets into the disconnected state.
+    void closePort();
+    /// Sends a request with parameter 0, once.
+    template <std::size_t Size>
+    void sendRequest(UARTControlCommand command, std::array<unsigned char, Size> payload);
+    qint64 writeData(const QByteArray &bytes);
+
+    CameraSettings chosenSettings() const;
+    void setCustomZoom(unsigned char preset, const QString &failureText);
+
+    void showSettingsReport(const SettingsReport &report);
+    void showCustomZoom(int zoom);
+    /// Leaves the version as the one line in the device information pane.
+    void showDeviceVersion();
+
+    Ui::MainWindow *const ui;
+    /// Holds the last status message. Never shown and never deleted: it has no parent.
+    QLabel *m_statusLabel = nullptr;
+    Settings m_settings;
+    QSerialPort *m_serial = nullptr; ///< child of this window
+    RingBuffer m_ringBuffer;         ///< from readData() to the parser thread
+    ParserThread m_parser;           ///< destroyed before the ring buffer that it reads
+    QString m_deviceVersion;         ///< the last that the camera reported
+    QString m_customZoom;            ///< the last that the camera reported, decimal
+};

@@ -1,0 +1,332 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "widgetrecorder.h"
+#include "windowonline.h"
+
+#include <QRadioButton>
+#include <QtTest>
+
+namespace {
+
+// A frame as the parser delivers it: everything in front of the payload, then the payload. The
+// dispatcher looks at neither length nor signature.
+QByteArray delivered(int type, int command, const QByteArray &hexPayload = {})
+{
+    QByteArray frame = QByteArray::fromHex("ffff00410106070609");
+    frame += static_cast<char>(type);
+    frame += static_cast<char>(command);
+    frame += '\0';
+    return frame + QByteArray::fromHex(hexPayload);
+}
+
+const QByteArray kEverythingOff("01000005 00 0000 0000 0000 00 00");
+const QByteArray kEverythingOn("01020a10 09 0000 0101 0101 01 03");
+
+} // namespace
+
+class MainWindowDispatchTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void answersEachKindOfFrame_data();
+    void answersEachKindOfFrame();
+    void everyReplyOfEveryLengthIsTaken_data();
+    void everyReplyOfEveryLengthIsTaken();
+    void raisesTheSignalOfTheReply_data();
+    void raisesTheSignalOfTheReply();
+    void changesTheWidgetsInOrder();
+    void setsTheControls_data();
+    void setsTheControls();
+    void passesOutOfRangeIndicesToTheComboBoxes();
+    void trackingOffDisablesItsDependantsEvenWithoutAChange();
+    void aShortSettingReplyOnlyShowsTheVersionAgain();
+    void customZoomReplacesThePane();
+    void textsOutliveADisconnect();
+    void isDeliveredThroughTheLineAndTheParser();
+};
+
+void MainWindowDispatchTest::answersEachKindOfFrame_data()
+{
+    QTest::addColumn<QByteArray>("frame");
+    QTest::addColumn<QStringList>("lines");
+
+    const QString ack = QStringLiteral("UART_COMM_TYPE_ACK Received");
+    QTest::newRow("reserved type")
+        << delivered(2, 22, kEverythingOn) << QStringList{"AnalyzeReceiveData 25"};
+    QTest::newRow("request type") << delivered(1, 22) << QStringList{"AnalyzeReceiveData 12"};
+    QTest::newRow("unknown type") << delivered(133, 22) << QStringList{"AnalyzeReceiveData 12"};
+    QTest::newRow("unknown command")
+        << delivered(5, 99) << QStringList{"AnalyzeReceiveData 12", ack};
+    QTest::newRow("empty") << QByteArray() << QStringList{"AnalyzeReceiveData 0"};
+    QTest::newRow("type without a command")
+        << delivered(5, 22).left(10) << QStringList{"AnalyzeReceiveData 10", ack};
+    QTest::newRow("firmware packet acknowledged")
+        << delivered(5, 1)
+        << QStringList{"AnalyzeReceiveData 12", ack, "UART_CTRL_CMD_RECEIVE_FW_INFO Received",
+                       "receive_fw_info_ack"};
+    QTest::newRow("firmware size acknowledged")
+        << delivered(5, 16)
+        << QStringList{"AnalyzeReceiveData 12", ack, "UART_CTRL_CMD_RECEIVE_FW_INFO Received",
+                       "receive_fw_info_ack"};
+    QTest::newRow("HELLO") << delivered(5, 22, kEverythingOn)
+                           << QStringList{"AnalyzeReceiveData 25",   ack,
+                                          "receive_hello_ack",       "UART_CTRL_CMD_HELLO Received",
+                                          "ClientVersion: 1.2.a.10", "9.1.1.1.1.1.3"};
+    QTest::newRow("settings are shown as signed hexadecimal")
+        << delivered(5, 22, "80ff0010 ff 0000 8001 7f0f 0a f6")
+        << QStringList{"AnalyzeReceiveData 25",      ack,
+                       "receive_hello_ack",          "UART_CTRL_CMD_HELLO Received",
+                       "ClientVersion: -80.-1.0.10", "-1.-80.1.7f.f.a.-a"};
+    QTest::newRow("reboot") << delivered(5, 31)
+                            << QStringList{"AnalyzeReceiveData 12", ack,
+                                           "UART_CTRL_CMD_REBOOT Received", "receive_reboot_ack"};
+    QTest::newRow("custom zoom") << delivered(5, 58, "0190")
+                                 << QStringList{"AnalyzeReceiveData 14", ack,
+                                                "receive_custom_zoom_ack",
+                                                "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 144"};
+    QTest::newRow("custom zoom of -1")
+        << delivered(5, 58, "00ff")
+        << QStringList{"AnalyzeReceiveData 14", ack, "receive_custom_zoom_ack",
+                       "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received -1"};
+    QTest::newRow("custom zoom without its low byte")
+        << delivered(5, 58, "01")
+        << QStringList{"AnalyzeReceiveData 13", ack, "receive_custom_zoom_ack",
+                       "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 256"};
+    QTest::newRow("setting, short form of 13 bytes")
+        << delivered(5, 85, "00")
+        << QStringList{"AnalyzeReceiveData 13", ack, "receive_setting_ack",
+                       "UART_CTRL_CMD_CUSTOM_SETTING Received"};
+    QTest::newRow("setting, long form from 14 bytes on")
+        << delivered(5, 85, "0102")
+        << QStringList{"AnalyzeReceiveData 14",  ack,
+                       "receive_setting_ack",    "UART_CTRL_CMD_CUSTOM_SETTING Received",
+                       "ClientVersion: 1.2.0.0", "0.0.0.0.0.0.0"};
+}
+
+void MainWindowDispatchTest::answersEachKindOfFrame()
+{
+    QFETCH(QByteArray, frame);
+    WindowOnLine desk;
+    // Each signal goes into the same log, so that its place among the status lines shows.
+    const QMetaObject *const meta = desk.window.metaObject();
+    const auto logSignal = [&desk](const char *name) {
+        return [&desk, name] { desk.window.showStatusMessage(QLatin1String(name)); };
+    };
+    connect(&desk.window, &MainWindow::receive_hello_ack, this, logSignal("receive_hello_ack"));
+    connect(&desk.window, &MainWindow::receive_fw_info_ack, this, logSignal("receive_fw_info_ack"));
+    connect(&desk.window, &MainWindow::receive_custom_zoom_ack, this,
+            logSignal("receive_custom_zoom_ack"));
+    connect(&desk.window, &MainWindow::receive_setting_ack, this, logSignal("receive_setting_ack"));
+    connect(&desk.window, &MainWindow::receive_reboot_ack, this, logSignal("receive_reboot_ack"));
+    QVERIFY(meta->invokeMethod(&desk.window, "AnalyzeReceiveData", Q_ARG(QByteArray, frame)));
+    QTEST(desk.log.statusTexts(), "lines");
+}
+
+void MainWindowDispatchTest::everyReplyOfEveryLengthIsTaken_data()
+{
+    QTest::addColumn<int>("command");
+    for (const int command : {1, 16, 22, 31, 58, 85, 0, 255}) {
+        QTest::addRow("command %d", command) << command;
+    }
+}
+
+// Nothing is read beyond the end of the array; the address sanitizer watches.
+void MainWindowDispatchTest::everyReplyOfEveryLengthIsTaken()
+{
+    QFETCH(int, command);
+    WindowOnLine desk;
+    const QByteArray whole = delivered(5, command, QByteArray("7f").repeated(18));
+    for (int size = 0; size <= 30; ++size) {
+        const QByteArray frame(whole.constData(), size);
+        desk.log.clear();
+        QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData", Q_ARG(QByteArray, frame));
+        QCOMPARE(desk.log.statusTexts().constFirst(),
+                 QStringLiteral("AnalyzeReceiveData %1").arg(size));
+        QCOMPARE(desk.log.statusTexts().size() > 1, size >= 10);
+    }
+}
+
+void MainWindowDispatchTest::raisesTheSignalOfTheReply_data()
+{
+    QTest::addColumn<int>("command");
+    QTest::addColumn<int>("signal");
+
+    QTest::newRow("UPLOAD_FIRMWARE") << 1 << 1;
+    QTest::newRow("RECEIVE_FW_INFO") << 16 << 1;
+    QTest::newRow("HELLO") << 22 << 0;
+    QTest::newRow("REBOOT") << 31 << 4;
+    QTest::newRow("SET_CUSTOM_ZOOM") << 58 << 2;
+    QTest::newRow("CUSTOM_SETTING") << 85 << 3;
+    QTest::newRow("unknown") << 2 << -1;
+}
+
+void MainWindowDispatchTest::raisesTheSignalOfTheReply()
+{
+    QFETCH(int, command);
+    QFETCH(int, signal);
+    WindowOnLine desk;
+    QVector<QSignalSpy *> spies;
+    for (const char *name : {SIGNAL(receive_hello_ack()), SIGNAL(receive_fw_info_ack()),
+                             SIGNAL(receive_custom_zoom_ack()), SIGNAL(receive_setting_ack()),
+                             SIGNAL(receive_reboot_ack())}) {
+        spies << new QSignalSpy(&desk.window, name);
+    }
+    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+                              Q_ARG(QByteArray, delivered(5, command)));
+    for (int i = 0; i < spies.size(); ++i) {
+        QCOMPARE(spies.at(i)->count(), i == signal ? 1 : 0);
+    }
+    qDeleteAll(spies);
+}
+
+void MainWindowDispatchTest::changesTheWidgetsInOrder()
+{
+    WindowOnLine desk;
+    desk.widget("tabWidget")->setEnabled(true);
+    WidgetRecorder recorder(&desk.window);
+    connect(&desk.window, &MainWindow::receive_hello_ack, &recorder,
+            [&recorder] { recorder.note("receive_hello_ack"); });
+    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+                              Q_ARG(QByteArray, delivered(5, 22, kEverythingOn)));
+    QCOMPARE(recorder.changes(),
+             QStringList({"receive_hello_ack", "textEdit_device_info = ",
+                          "textEdit_device_info = Device Version: 1.2.a.10",
+                          "comboBox_targetmissing = 9", "radioButton_upright = not",
+                          "radioButton_upside_down = chosen", "comboBox_autotracking = 1",
+                          "comboBox_autozoom = 1", "comboBox_zoomoffset = 3"}));
+
+    recorder.clear();
+    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+                              Q_ARG(QByteArray, delivered(5, 22, kEverythingOff)));
+    QCOMPARE(recorder.changes(),
+             QStringList({"receive_hello_ack", "textEdit_device_info = ",
+                          "textEdit_device_info = Device Version: 1.0.0.5",
+                          "comboBox_targetmissing = 0", "radioButton_upside_down = not",
+                          "radioButton_upright = chosen", "comboBox_targetmissing off",
+                          "comboBox_autozoom off", "comboBox_autotracking = 0",
+                          "comboBox_autozoom = 0", "comboBox_zoomoffset = 0"}));
+}
+
+void MainWindowDispatchTest::setsTheControls_data()
+{
+    QTest::addColumn<QByteArray>("payload");
+    QTest::addColumn<int>("autoTracking");
+    QTest::addColumn<int>("targetMissing");
+    QTest::addColumn<bool>("upsideDown");
+    QTest::addColumn<int>("autoZoom");
+    QTest::addColumn<int>("zoomOffset");
+
+    QTest::newRow("everything off") << kEverythingOff << 0 << 0 << false << 0 << 0;
+    QTest::newRow("everything on") << kEverythingOn << 1 << 9 << true << 1 << 3;
+    QTest::newRow("pan") << QByteArray("00000000 00 0000 0000 0100 00 00") << 2 << 0 << false << 0
+                         << 0;
+    QTest::newRow("tilt") << QByteArray("00000000 00 0000 0000 0001 00 00") << 3 << 0 << false << 0
+                          << 0;
+    QTest::newRow("first direction flag alone")
+        << QByteArray("00000000 00 0000 0100 0000 00 00") << 0 << 0 << false << 0 << 0;
+    QTest::newRow("second direction flag alone")
+        << QByteArray("00000000 00 0000 0001 0000 00 00") << 0 << 0 << false << 0 << 0;
+    QTest::newRow("flags are anything but zero")
+        << QByteArray("00000000 02 0000 80ff 8080 ff 02") << 1 << 2 << true << 1 << 2;
+}
+
+void MainWindowDispatchTest::setsTheControls()
+{
+    QFETCH(QByteArray, payload);
+    QFETCH(int, autoTracking);
+    QFETCH(bool, upsideDown);
+    for (const int command : {22, 85}) {
+        WindowOnLine desk;
+        desk.widget("tabWidget")->setEnabled(true);
+        QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+                                  Q_ARG(QByteArray, delivered(5, command, payload)));
+        QCOMPARE(desk.combo("comboBox_autotracking")->currentIndex(), autoTracking);
+        QTEST(desk.combo("comboBox_targetmissing")->currentIndex(), "targetMissing");
+        QCOMPARE(desk.child<QRadioButton>("radioButton_upside_down")->isChecked(), upsideDown);
+        QCOMPARE(desk.child<QRadioButton>("radioButton_upright")->isChecked(), !upsideDown);
+        QTEST(desk.combo("comboBox_autozoom")->currentIndex(), "autoZoom");
+        QTEST(desk.combo("comboBox_zoomoffset")->currentIndex(), "zoomOffset");
+        QCOMPARE(desk.combo("comboBox_targetmissing")->isEnabled(), autoTracking != 0);
+        QCOMPARE(desk.combo("comboBox_autozoom")->isEnabled(), autoTracking != 0);
+        QVERIFY(desk.combo("comboBox_zoomoffset")->isEnabled());
+    }
+}
+
+void MainWindowDispatchTest::passesOutOfRangeIndicesToTheComboBoxes()
+{
+    WindowOnLine desk;
+    for (const char *payload :
+         {"00000000 0a 0000 0000 0000 00 04", "00000000 ff 0000 0000 0000 00 80"}) {
+        desk.combo("comboBox_targetmissing")->setCurrentIndex(1);
+        desk.combo("comboBox_zoomoffset")->setCurrentIndex(1);
+        QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+                                  Q_ARG(QByteArray, delivered(5, 22, payload)));
+        // QComboBox shows nothing for an index that it does not have.
+        QCOMPARE(desk.combo("comboBox_targetmissing")->currentIndex(), -1);
+        QCOMPARE(desk.combo("comboBox_zoomoffset")->currentIndex(), -1);
+    }
+}
+
+void MainWindowDispatchTest::trackingOffDisablesItsDependantsEvenWithoutAChange()
+{
+    WindowOnLine desk;
+    desk.widget("tabWidget")->setEnabled(true);
+    QCOMPARE(desk.combo("comboBox_autotracking")->currentIndex(), 0);
+    QVERIFY(desk.combo("comboBox_targetmissing")->isEnabled());
+    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+                              Q_ARG(QByteArray, delivered(5, 22, kEverythingOff)));
+    QVERIFY(!desk.combo("comboBox_targetmissing")->isEnabled());
+    QVERIFY(!desk.combo("comboBox_autozoom")->isEnabled());
+}
+
+void MainWindowDispatchTest::aShortSettingReplyOnlyShowsTheVersionAgain()
+{
+    WindowOnLine desk;
+    QVERIFY(desk.connectCamera());
+    desk.child<QTextEdit>("textEdit_device_info")->append("typed by the operator");
+    WidgetRecorder recorder(&desk.window);
+    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+                              Q_ARG(QByteArray, delivered(5, 85, "00")));
+    QCOMPARE(recorder.changes(),
+             QStringList(
+                 {"textEdit_device_info = ", "textEdit_device_info = Device Version: 1.0.a.10"}));
+}
+
+void MainWindowDispatchTest::customZoomReplacesThePane()
+{
+    WindowOnLine desk;
+    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+                              Q_ARG(QByteArray, delivered(5, 58, "0010")));
+    QCOMPARE(desk.text("textEdit_device_info"),
+             QString("Device Version: \nSetting custom zoom: 16"));
+    QVERIFY(desk.connectCamera());
+    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+                              Q_ARG(QByteArray, delivered(5, 58, "ff00")));
+    QCOMPARE(desk.text("textEdit_device_info"),
+             QString("Device Version: 1.0.a.10\nSetting custom zoom: -256"));
+}
+
+void MainWindowDispatchTest::textsOutliveADisconnect()
+{
+    WindowOnLine desk;
+    QVERIFY(desk.connectCamera());
+    desk.click("pushButton_disconnect");
+    QCOMPARE(desk.text("textEdit_device_info"), QString());
+    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+                              Q_ARG(QByteArray, delivered(5, 85)));
+    QCOMPARE(desk.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
+}
+
+void MainWindowDispatchTest::isDeliveredThroughTheLineAndTheParser()
+{
+    WindowOnLine desk;
+    QVERIFY(desk.connectCamera());
+    desk.line.send(QByteArray::fromHex("ffff0a410106070609051f008c"));
+    QTRY_COMPARE(desk.log.statusTexts(),
+                 QStringList({"AnalyzeReceiveData 12", "UART_COMM_TYPE_ACK Received",
+                              "UART_CTRL_CMD_REBOOT Received"}));
+}
+
+QTEST_MAIN(MainWindowDispatchTest)
+#include "tst_mainwindowdispatch.moc"

@@ -1,0 +1,102 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "windowonline.h"
+
+#include <QElapsedTimer>
+#include <QtTest>
+
+namespace {
+
+unsigned char payload[129] = {0x01, 0x00};
+
+} // namespace
+
+class MainWindowSendingTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void writesNothingWhileThePortIsClosed();
+    void writesTheFrame();
+    void refusesWhatDoesNotFit_data();
+    void refusesWhatDoesNotFit();
+    void repeatsTheFrameWithPausesBetween();
+    void leavesInOneWrite();
+};
+
+void MainWindowSendingTest::writesNothingWhileThePortIsClosed()
+{
+    WindowOnLine desk;
+    QCOMPARE(
+        desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr, 0, 1),
+        -1);
+    QVERIFY(desk.connectCamera());
+    QCOMPARE(desk.port()->bytesToWrite(), 0);
+    QCOMPARE(desk.line.received(), QByteArray());
+}
+
+void MainWindowSendingTest::writesTheFrame()
+{
+    WindowOnLine desk;
+    QVERIFY(desk.connectCamera());
+    QCOMPARE(desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_SET_CUSTOM_ZOOM, 0,
+                                         payload, 2, 1),
+             0);
+    QTRY_COMPARE(desk.line.received().toHex(), QByteArray("ffff0c410106070609013a000100a6"));
+    QCOMPARE(desk.log.texts(), QStringList());
+}
+
+void MainWindowSendingTest::refusesWhatDoesNotFit_data()
+{
+    QTest::addColumn<bool>("hasPayload");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<int>("result");
+    QTest::addColumn<int>("bytesWritten");
+
+    QTest::newRow("no payload") << false << 0 << 0 << 13;
+    QTest::newRow("128 bytes") << true << 128 << 0 << 141;
+    QTest::newRow("129 bytes") << true << 129 << -1 << 0;
+    QTest::newRow("a length without payload") << false << 1 << -1 << 0;
+}
+
+void MainWindowSendingTest::refusesWhatDoesNotFit()
+{
+    QFETCH(bool, hasPayload);
+    QFETCH(int, length);
+    QFETCH(int, bytesWritten);
+    WindowOnLine desk;
+    QVERIFY(desk.connectCamera());
+    QTEST(desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1,
+                                      hasPayload ? payload : nullptr,
+                                      static_cast<unsigned char>(length), 1),
+          "result");
+    QCOMPARE(desk.port()->bytesToWrite(), bytesWritten);
+    QTRY_COMPARE(desk.line.received().size(), bytesWritten);
+}
+
+void MainWindowSendingTest::repeatsTheFrameWithPausesBetween()
+{
+    WindowOnLine desk;
+    QVERIFY(desk.connectCamera());
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(
+        desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr, 0, 3),
+        0);
+    QVERIFY2(timer.elapsed() >= 400, qPrintable(QString::number(timer.elapsed())));
+    QTRY_COMPARE(desk.line.received().toHex(), WindowOnLine::helloRequest().repeated(3).toHex());
+}
+
+void MainWindowSendingTest::leavesInOneWrite()
+{
+    WindowOnLine desk;
+    QVERIFY(desk.connectCamera());
+    QSignalSpy written(desk.port(), &QSerialPort::bytesWritten);
+    desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1, payload,
+                                128, 1);
+    QTRY_COMPARE(written.count(), 1);
+    QCOMPARE(written.constFirst().constFirst().toInt(), 141);
+}
+
+QTEST_MAIN(MainWindowSendingTest)
+#include "tst_mainwindowsending.moc"
