@@ -30,12 +30,12 @@ public:
     /// How the port is to be opened.
     struct Settings {
         QString portName;
-        qint32 baudRate; ///< bits per second
-        QSerialPort::DataBits dataBits;
-        QSerialPort::Parity parity;
-        QSerialPort::StopBits stopBits;
-        QSerialPort::FlowControl flowControl;
-        bool spareFlag; ///< read by nobody
+        qint32 baudRate = 0; ///< bits per second
+        QSerialPort::DataBits dataBits = QSerialPort::Data8;
+        QSerialPort::Parity parity = QSerialPort::NoParity;
+        QSerialPort::StopBits stopBits = QSerialPort::OneStop;
+        QSerialPort::FlowControl flowControl = QSerialPort::NoFlowControl;
+        bool spareFlag = false; ///< read by nobody
     };
 
     explicit MainWindow(QWidget *parent = nullptr);

@@ -149,7 +149,7 @@ void AcknowledgementWaitTest::theEndOfTheProgramIsNeither()
     auto behind = AcknowledgementWait::TimedOut;
     QTimer::singleShot(0, this, [&sender, &during, &behind] {
         AcknowledgementWait wait(&sender, SIGNAL(acknowledged()));
-        QTimer::singleShot(1ms, qApp, &QCoreApplication::quit);
+        QTimer::singleShot(1ms, QCoreApplication::instance(), &QCoreApplication::quit);
         during = wait.waitFor(5000ms);
         behind = wait.waitFor(5000ms);
     });
@@ -171,7 +171,7 @@ void AcknowledgementWaitTest::theEndOfTheProgramEndsEveryNestedWait()
         QTimer::singleShot(1ms, this, [&] {
             AcknowledgementWait inner(&sender, SIGNAL(acknowledged()));
             // The outer wait has timed out by then, which must not be what is reported.
-            QTimer::singleShot(100ms, qApp, &QCoreApplication::quit);
+            QTimer::singleShot(100ms, QCoreApplication::instance(), &QCoreApplication::quit);
             innerOutcome = inner.waitFor(5000ms);
         });
         outerOutcome = outer.waitFor(20ms);

@@ -245,15 +245,15 @@ void MainWindowTest::closesThePortBeforeItStopsTheParser()
     QVERIFY(tabs->isEnabled());
     log.clear();
 
-    QStringList order;
-    connect(port, &QIODevice::aboutToClose, this, [&order, tabs] {
-        order << (tabs->isEnabled() ? "port closes, window still whole" : "too late");
+    const auto order = std::make_shared<QStringList>();
+    connect(port, &QIODevice::aboutToClose, this, [order, tabs] {
+        *order << (tabs->isEnabled() ? "port closes, window still whole" : "too late");
     });
-    connect(tabs, &QObject::destroyed, this, [&order] { order << "form is deleted"; });
-    connect(port, &QObject::destroyed, this, [&order] { order << "port is deleted"; });
+    connect(tabs, &QObject::destroyed, this, [order] { *order << "form is deleted"; });
+    connect(port, &QObject::destroyed, this, [order] { *order << "port is deleted"; });
     window.reset();
     QCOMPARE(
-        order,
+        *order,
         QStringList({"port closes, window still whole", "form is deleted", "port is deleted"}));
     QCOMPARE(log.statusTexts(), QStringList{"Disconnected"});
 }

@@ -10,7 +10,10 @@
 namespace {
 
 // 12 + 94 + 5 + 58 + 1 + 16 = 186
-const QByteArray kReply = QByteArray::fromHex("ffff0c410106070609053a000110ba");
+QByteArray zoomReply()
+{
+    return QByteArray::fromHex("ffff0c410106070609053a000110ba");
+}
 
 } // namespace
 
@@ -39,7 +42,7 @@ void MainWindowCustomZoomTest::sendsThePresetAndShowsTheZoom()
 {
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
-    desk.replyWith(kReply);
+    desk.replyWith(zoomReply());
     desk.click(QTest::currentDataTag());
     QTEST(desk.line.received().toHex(), "frame");
     QCOMPARE(desk.text("textEdit_device_info"),
@@ -87,7 +90,7 @@ void MainWindowCustomZoomTest::aReplyBehindTheTimeOutReplacesTheFailure()
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
     desk.click("pushButton_custom_zoom_1");
-    desk.line.send(kReply);
+    desk.line.send(zoomReply());
     QTRY_COMPARE(desk.text("textEdit_device_info"),
                  QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
 }
@@ -97,7 +100,7 @@ void MainWindowCustomZoomTest::aClickDuringTheWaitIsNested()
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
     QTimer::singleShot(200, &desk.window, [&desk] {
-        desk.replyWith(kReply);
+        desk.replyWith(zoomReply());
         desk.click("pushButton_custom_zoom_2");
     });
     desk.click("pushButton_custom_zoom_1");

@@ -20,8 +20,14 @@ QByteArray delivered(int type, int command, const QByteArray &hexPayload = {})
     return frame + QByteArray::fromHex(hexPayload);
 }
 
-const QByteArray kEverythingOff("01000005 00 0000 0000 0000 00 00");
-const QByteArray kEverythingOn("01020a10 09 0000 0101 0101 01 03");
+QByteArray everythingOff()
+{
+    return "01000005 00 0000 0000 0000 00 00";
+}
+QByteArray everythingOn()
+{
+    return "01020a10 09 0000 0101 0101 01 03";
+}
 
 } // namespace
 
@@ -53,7 +59,7 @@ void MainWindowDispatchTest::answersEachKindOfFrame_data()
 
     const QString ack = QStringLiteral("UART_COMM_TYPE_ACK Received");
     QTest::newRow("reserved type")
-        << delivered(2, 22, kEverythingOn) << QStringList{"AnalyzeReceiveData 25"};
+        << delivered(2, 22, everythingOn()) << QStringList{"AnalyzeReceiveData 25"};
     QTest::newRow("request type") << delivered(1, 22) << QStringList{"AnalyzeReceiveData 12"};
     QTest::newRow("unknown type") << delivered(133, 22) << QStringList{"AnalyzeReceiveData 12"};
     QTest::newRow("unknown command")
@@ -69,7 +75,7 @@ void MainWindowDispatchTest::answersEachKindOfFrame_data()
         << delivered(5, 16)
         << QStringList{"AnalyzeReceiveData 12", ack, "UART_CTRL_CMD_RECEIVE_FW_INFO Received",
                        "receive_fw_info_ack"};
-    QTest::newRow("HELLO") << delivered(5, 22, kEverythingOn)
+    QTest::newRow("HELLO") << delivered(5, 22, everythingOn())
                            << QStringList{"AnalyzeReceiveData 25",   ack,
                                           "receive_hello_ack",       "UART_CTRL_CMD_HELLO Received",
                                           "ClientVersion: 1.2.a.10", "9.1.1.1.1.1.3"};
@@ -188,7 +194,7 @@ void MainWindowDispatchTest::changesTheWidgetsInOrder()
     connect(&desk.window, &MainWindow::receive_hello_ack, &recorder,
             [&recorder] { recorder.note("receive_hello_ack"); });
     QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
-                              Q_ARG(QByteArray, delivered(5, 22, kEverythingOn)));
+                              Q_ARG(QByteArray, delivered(5, 22, everythingOn())));
     QCOMPARE(recorder.changes(),
              QStringList({"receive_hello_ack", "textEdit_device_info = ",
                           "textEdit_device_info = Device Version: 1.2.a.10",
@@ -198,7 +204,7 @@ void MainWindowDispatchTest::changesTheWidgetsInOrder()
 
     recorder.clear();
     QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
-                              Q_ARG(QByteArray, delivered(5, 22, kEverythingOff)));
+                              Q_ARG(QByteArray, delivered(5, 22, everythingOff())));
     QCOMPARE(recorder.changes(),
              QStringList({"receive_hello_ack", "textEdit_device_info = ",
                           "textEdit_device_info = Device Version: 1.0.0.5",
@@ -217,8 +223,8 @@ void MainWindowDispatchTest::setsTheControls_data()
     QTest::addColumn<int>("autoZoom");
     QTest::addColumn<int>("zoomOffset");
 
-    QTest::newRow("everything off") << kEverythingOff << 0 << 0 << false << 0 << 0;
-    QTest::newRow("everything on") << kEverythingOn << 1 << 9 << true << 1 << 3;
+    QTest::newRow("everything off") << everythingOff() << 0 << 0 << false << 0 << 0;
+    QTest::newRow("everything on") << everythingOn() << 1 << 9 << true << 1 << 3;
     QTest::newRow("pan") << QByteArray("00000000 00 0000 0000 0100 00 00") << 2 << 0 << false << 0
                          << 0;
     QTest::newRow("tilt") << QByteArray("00000000 00 0000 0000 0001 00 00") << 3 << 0 << false << 0
@@ -275,7 +281,7 @@ void MainWindowDispatchTest::trackingOffDisablesItsDependantsEvenWithoutAChange(
     QCOMPARE(desk.combo("comboBox_autotracking")->currentIndex(), 0);
     QVERIFY(desk.combo("comboBox_targetmissing")->isEnabled());
     QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
-                              Q_ARG(QByteArray, delivered(5, 22, kEverythingOff)));
+                              Q_ARG(QByteArray, delivered(5, 22, everythingOff())));
     QVERIFY(!desk.combo("comboBox_targetmissing")->isEnabled());
     QVERIFY(!desk.combo("comboBox_autozoom")->isEnabled());
 }

@@ -29,7 +29,7 @@ struct Part {
 };
 
 /// All named parts of the form, in the order in which the form builds them.
-QVector<Part> partsInBuildOrder(const Ui_MainWindow &form)
+std::vector<Part> partsInBuildOrder(const Ui_MainWindow &form)
 {
     return {
         {"centralWidget", form.centralWidget},
@@ -107,38 +107,42 @@ struct Text {
 };
 
 /// The texts that are properties of a widget; combo box items and tab titles stand apart.
-const QVector<Text> kTexts{
-    {"MainWindow", "windowTitle", "Corvane"},
-    {"label_port", "text", "Port :"},
-    {"label_baudrate", "text", "Baudrate:"},
-    {"pushButton_connect", "text", "Connect"},
-    {"pushButton_disconnect", "text", "Disconnect"},
-    {"label_logo_title", "text", "Corvane"},
-    {"toolButton_about", "text", "About"},
-    {"toolButton_language", "text", "Language"},
-    {"pushButton_default", "text", "Default"},
-    {"pushButton_apply", "text", "Apply"},
-    {"label_autozoom", "text", "Auto Zoom :"},
-    {"label_autozoom_2", "text", "Zoom Offset:"},
-    {"label_targetmissing", "text", "Target Missing Compensation :"},
-    {"label_autotracking", "text", "Auto Tracking :"},
-    {"label_camera_settings", "text", "Camera Installed direction :"},
-    {"radioButton_upright", "text", "Upright"},
-    {"radioButton_upside_down", "text", "Upside down"},
-    {"label_camera_custom_zoom", "text", "Camera Custom Zoom :"},
-    {"pushButton_custom_zoom_1", "text", "Zoom 1"},
-    {"pushButton_custom_zoom_2", "text", "Zoom 2"},
-    {"groupBox", "title", "Step 2:"},
-    {"pushButton_start_upgrade", "text", "Upgrade"},
-    {"pushButton_cancel_upgrade", "text", "Cancel"},
-    {"groupBox_step1", "title", "Step 1:"},
-    {"pushButton_choose_file", "text", "Choose file"},
-};
+std::vector<Text> texts()
+{
+    return {
+        {"MainWindow", "windowTitle", "Corvane"},
+        {"label_port", "text", "Port :"},
+        {"label_baudrate", "text", "Baudrate:"},
+        {"pushButton_connect", "text", "Connect"},
+        {"pushButton_disconnect", "text", "Disconnect"},
+        {"label_logo_title", "text", "Corvane"},
+        {"toolButton_about", "text", "About"},
+        {"toolButton_language", "text", "Language"},
+        {"pushButton_default", "text", "Default"},
+        {"pushButton_apply", "text", "Apply"},
+        {"label_autozoom", "text", "Auto Zoom :"},
+        {"label_autozoom_2", "text", "Zoom Offset:"},
+        {"label_targetmissing", "text", "Target Missing Compensation :"},
+        {"label_autotracking", "text", "Auto Tracking :"},
+        {"label_camera_settings", "text", "Camera Installed direction :"},
+        {"radioButton_upright", "text", "Upright"},
+        {"radioButton_upside_down", "text", "Upside down"},
+        {"label_camera_custom_zoom", "text", "Camera Custom Zoom :"},
+        {"pushButton_custom_zoom_1", "text", "Zoom 1"},
+        {"pushButton_custom_zoom_2", "text", "Zoom 2"},
+        {"groupBox", "title", "Step 2:"},
+        {"pushButton_start_upgrade", "text", "Upgrade"},
+        {"pushButton_cancel_upgrade", "text", "Cancel"},
+        {"groupBox_step1", "title", "Step 1:"},
+        {"pushButton_choose_file", "text", "Choose file"},
+    };
+}
 
 /// The names in a list separated by blanks.
-QList<QByteArray> words(const char *list)
+std::vector<QByteArray> words(const char *list)
 {
-    return QByteArray(list).split(' ');
+    const QList<QByteArray> names = QByteArray(list).split(' ');
+    return {names.begin(), names.end()};
 }
 
 /// Stands in for a language: wraps each text in brackets, notes what it was asked for.
@@ -198,8 +202,9 @@ public:
 private:
     void note(QObject *object)
     {
-        if (!m_objects.contains(object))
+        if (!m_objects.contains(object)) {
             m_objects.append(object);
+        }
     }
 
     QVector<QPointer<QObject>> m_objects;
@@ -256,7 +261,7 @@ using Declarations = QMap<QString, QString>;
 using Rules = QMap<QString, Declarations>;
 
 /// One spelling for values that differ only in white space.
-QString normalized(QString text)
+QString normalized(const QString &text)
 {
     static const QRegularExpression aroundPunctuation(QStringLiteral("\\s*([,:()])\\s*"));
     return text.simplified().replace(aroundPunctuation, QStringLiteral("\\1"));
@@ -266,9 +271,11 @@ QString normalized(QString text)
 Declarations declarationsOf(const QString &body)
 {
     Declarations declarations;
-    for (const QString &declaration : body.split(QLatin1Char(';'))) {
-        if (declaration.trimmed().isEmpty())
+    const QStringList parts = body.split(QLatin1Char(';'));
+    for (const QString &declaration : parts) {
+        if (declaration.trimmed().isEmpty()) {
             continue;
+        }
         const int colon = declaration.indexOf(QLatin1Char(':'));
         declarations.insert(declaration.left(colon).trimmed(),
                             normalized(declaration.mid(colon + 1)));
@@ -284,11 +291,13 @@ Rules rulesOf(const QString &styleSheet)
     Rules rules;
     for (auto matches = rule.globalMatch(styleSheet); matches.hasNext();) {
         const auto match = matches.next();
-        for (const QString &selector : match.captured(1).split(QLatin1Char(','))) {
+        const QStringList selectors = match.captured(1).split(QLatin1Char(','));
+        for (const QString &selector : selectors) {
             Declarations &declarations = rules[selector.trimmed()];
             const Declarations added = declarationsOf(match.captured(2));
-            for (auto it = added.cbegin(); it != added.cend(); ++it)
+            for (auto it = added.cbegin(); it != added.cend(); ++it) {
                 declarations.insert(it.key(), it.value());
+            }
         }
     }
     return rules;
@@ -304,12 +313,17 @@ bool isNear(const QColor &actual, const QColor &expected)
         && qAbs(actual.blue() - expected.blue()) <= kTolerance;
 }
 
-QStringList g_warnings;
+QStringList &warnings()
+{
+    static QStringList texts;
+    return texts;
+}
 
 void collectWarnings(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
-    if (type != QtDebugMsg && type != QtInfoMsg)
-        g_warnings.append(message);
+    if (type != QtDebugMsg && type != QtInfoMsg) {
+        warnings().append(message);
+    }
 }
 
 } // namespace
@@ -334,7 +348,7 @@ private slots:
     void showsItsTexts();
     void fillsTheComboBoxesInOrder_data();
     void fillsTheComboBoxesInOrder();
-    void opensOnTheCameraTab();
+    void opensOnTheCameraTab() const;
 
     void setsFonts_data();
     void setsFonts();
@@ -372,10 +386,10 @@ private slots:
     void startsWithControlsEnabledOrDisabled();
     void makesSomeButtonsFlat_data();
     void makesSomeButtonsFlat();
-    void startsWithUprightCheckedAndExclusive();
-    void putsToolButtonTextUnderTheIcon();
-    void letsTheOperatorTypeIntoTheTextPanes();
-    void startsWithAnEmptyProgressBar();
+    void startsWithUprightCheckedAndExclusive() const;
+    void putsToolButtonTextUnderTheIcon() const;
+    void letsTheOperatorTypeIntoTheTextPanes() const;
+    void startsWithAnEmptyProgressBar() const;
 
     void retranslatesEveryTextInTreeOrder();
     void keepsTheNameThatAWindowHas();
@@ -399,7 +413,7 @@ private:
     QImage image(QWidget *widget) const;
 
     std::unique_ptr<QMainWindow> m_window;
-    Ui_MainWindow m_form;
+    Ui_MainWindow m_form{};
 };
 
 void TestMainWindowForm::init()
@@ -433,7 +447,7 @@ QImage TestMainWindowForm::image(QWidget *widget) const
 void TestMainWindowForm::buildsItsPartsInOrder()
 {
     QMainWindow window;
-    Ui_MainWindow form;
+    Ui_MainWindow form{};
     QVector<QPointer<QObject>> built;
     {
         BuildRecorder recorder;
@@ -448,9 +462,10 @@ void TestMainWindowForm::buildsItsPartsInOrder()
         names.insert(part.object, QLatin1String(part.name));
     }
     QStringList actual;
-    for (const QPointer<QObject> &object : built) {
-        if (names.contains(object))
+    for (const QPointer<QObject> &object : qAsConst(built)) {
+        if (names.contains(object)) {
             actual.append(names.value(object));
+        }
     }
     QCOMPARE(actual, expected);
 }
@@ -542,8 +557,9 @@ void TestMainWindowForm::givesEveryWidgetItsNameClassAndParent()
 
     // A tab page stands in a stack of the tab widget's own.
     QWidget *ancestor = found->parentWidget();
-    while (ancestor && ancestor->objectName().startsWith(QLatin1String("qt_")))
+    while (ancestor && ancestor->objectName().startsWith(QLatin1String("qt_"))) {
         ancestor = ancestor->parentWidget();
+    }
     QVERIFY(ancestor);
     QCOMPARE(ancestor->objectName(), parent);
 }
@@ -560,13 +576,15 @@ void TestMainWindowForm::holdsNoOtherNamedPart()
     const QSet<QString> ofTheTabBar{QStringLiteral("ScrollLeftButton"),
                                     QStringLiteral("ScrollRightButton")};
     QStringList unknown;
-    for (const QObject *object : m_window->findChildren<QObject *>()) {
+    const auto objects = m_window->findChildren<QObject *>();
+    for (const QObject *object : objects) {
         const QString name = object->objectName();
         const bool ofTheForm = (object->isWidgetType() || qobject_cast<const QLayout *>(object))
             && !name.isEmpty() && !name.startsWith(QLatin1String("qt_"))
             && !name.startsWith(QLatin1String("_")) && !ofTheTabBar.contains(name);
-        if (ofTheForm && !known.contains(name))
+        if (ofTheForm && !known.contains(name)) {
             unknown.append(name);
+        }
     }
     QCOMPARE(unknown, QStringList());
 }
@@ -605,7 +623,7 @@ void TestMainWindowForm::showsItsTexts_data()
     QTest::addColumn<QString>("property");
     QTest::addColumn<QString>("text");
 
-    for (const Text &text : kTexts) {
+    for (const Text &text : texts()) {
         QTest::newRow(text.object)
             << QString::fromLatin1(text.property) << QString::fromLatin1(text.text);
     }
@@ -662,14 +680,15 @@ void TestMainWindowForm::fillsTheComboBoxesInOrder()
     const auto *comboBox =
         qobject_cast<QComboBox *>(widget(QString::fromLatin1(QTest::currentDataTag())));
     QStringList actual;
-    for (int index = 0; index < comboBox->count(); ++index)
+    for (int index = 0; index < comboBox->count(); ++index) {
         actual.append(comboBox->itemText(index));
+    }
     QCOMPARE(actual, items);
     QCOMPARE(comboBox->currentIndex(), currentIndex);
     QVERIFY(!comboBox->isEditable());
 }
 
-void TestMainWindowForm::opensOnTheCameraTab()
+void TestMainWindowForm::opensOnTheCameraTab() const
 {
     QCOMPARE(m_form.tabWidget->count(), 2);
     QCOMPARE(m_form.tabWidget->widget(0), m_form.tab_control);
@@ -955,7 +974,9 @@ void TestMainWindowForm::writesEachRuleOfTheLongStyleSheets_data()
                        "stop:0 #fafafa,stop:0.4 #f4f4f4,stop:0.5 #e7e7e7,stop:1.0 #fafafa)");
     const QString frame = QStringLiteral("border: 1px solid gray; border-radius: 3px;"
                                          "padding: 1px 18px 1px 3px; min-width: 6em;"
-                                         "background: white;");
+                                         "background: white;"
+                                         "selection-background-color: #00A0EA;"
+                                         "selection-color: white;");
 
     struct ComboBox {
         const char *name;
@@ -1124,9 +1145,11 @@ void TestMainWindowForm::namesOnlyTheseImagesInStyleSheets()
 {
     static const QRegularExpression url(QStringLiteral("url\\(([^)]*)\\)"));
     QSet<QString> named;
-    for (const QWidget *styled : m_window->findChildren<QWidget *>()) {
-        for (auto matches = url.globalMatch(styled->styleSheet()); matches.hasNext();)
+    const auto widgets = m_window->findChildren<QWidget *>();
+    for (const QWidget *styled : widgets) {
+        for (auto matches = url.globalMatch(styled->styleSheet()); matches.hasNext();) {
             named.insert(matches.next().captured(1));
+        }
     }
 
     const QSet<QString> expected{
@@ -1134,8 +1157,9 @@ void TestMainWindowForm::namesOnlyTheseImagesInStyleSheets()
         QStringLiteral(":/images/abiut_hover.png"), QStringLiteral(":/images/lag_link.png"),
         QStringLiteral(":/images/lag_hover.png"),   QStringLiteral(":/images/down_arrow.png")};
     QCOMPARE(named, expected);
-    for (const QString &file : named)
+    for (const QString &file : named) {
         QVERIFY2(QFile::exists(file), qPrintable(file));
+    }
 }
 
 void TestMainWindowForm::carriesEveryImage_data()
@@ -1396,7 +1420,7 @@ void TestMainWindowForm::makesSomeButtonsFlat()
     QVERIFY(!button->isCheckable());
 }
 
-void TestMainWindowForm::startsWithUprightCheckedAndExclusive()
+void TestMainWindowForm::startsWithUprightCheckedAndExclusive() const
 {
     QVERIFY(m_form.radioButton_upright->isChecked());
     QVERIFY(!m_form.radioButton_upside_down->isChecked());
@@ -1410,13 +1434,13 @@ void TestMainWindowForm::startsWithUprightCheckedAndExclusive()
     QVERIFY(!m_form.radioButton_upside_down->isChecked());
 }
 
-void TestMainWindowForm::putsToolButtonTextUnderTheIcon()
+void TestMainWindowForm::putsToolButtonTextUnderTheIcon() const
 {
     QCOMPARE(m_form.toolButton_about->toolButtonStyle(), Qt::ToolButtonTextUnderIcon);
     QCOMPARE(m_form.toolButton_language->toolButtonStyle(), Qt::ToolButtonTextUnderIcon);
 }
 
-void TestMainWindowForm::letsTheOperatorTypeIntoTheTextPanes()
+void TestMainWindowForm::letsTheOperatorTypeIntoTheTextPanes() const
 {
     QVERIFY(!m_form.textEdit_device_info->isReadOnly());
     QVERIFY(!m_form.textEdit_firmware_info->isReadOnly());
@@ -1426,7 +1450,7 @@ void TestMainWindowForm::letsTheOperatorTypeIntoTheTextPanes()
     QCOMPARE(m_form.textEdit_device_info->toPlainText(), QStringLiteral("note"));
 }
 
-void TestMainWindowForm::startsWithAnEmptyProgressBar()
+void TestMainWindowForm::startsWithAnEmptyProgressBar() const
 {
     QCOMPARE(m_form.progressBar_updating->value(), 0);
     QCOMPARE(m_form.progressBar_updating->minimum(), 0);
@@ -1455,7 +1479,7 @@ void TestMainWindowForm::retranslatesEveryTextInTreeOrder()
         QVERIFY(translator.plain());
     }
 
-    for (const Text &text : kTexts) {
+    for (const Text &text : texts()) {
         QCOMPARE(widget(QString::fromLatin1(text.object))->property(text.property).toString(),
                  QStringLiteral("[%1]").arg(QLatin1String(text.text)));
     }
@@ -1476,7 +1500,7 @@ void TestMainWindowForm::keepsTheNameThatAWindowHas()
 {
     QMainWindow window;
     window.setObjectName(QStringLiteral("secondWindow"));
-    Ui_MainWindow form;
+    Ui_MainWindow form{};
     form.setupUi(&window);
     QCOMPARE(window.objectName(), QStringLiteral("secondWindow"));
 }
@@ -1489,7 +1513,7 @@ void TestMainWindowForm::namesAnUnnamedWindow()
 void TestMainWindowForm::bindsSlotsByNameAfterEverythingElse()
 {
     SlotCountingWindow window;
-    Ui_MainWindow form;
+    Ui_MainWindow form{};
     form.setupUi(&window);
 
     // Both signals were raised while the form was filled; nobody listened yet.
@@ -1571,14 +1595,14 @@ void TestMainWindowForm::paintsPushButtonsByTheirState_data()
     QTest::addColumn<QColor>("top");
     QTest::addColumn<QColor>("bottom");
 
-    QTest::newRow("at rest") << true << false << false << QColor("#bfe5f9") << QColor("#7ec9f3")
-                             << QColor("#00b0ec");
-    QTest::newRow("disabled") << false << false << false << QColor("gray") << QColor("#838383")
-                              << QColor("#c1c1c1");
-    QTest::newRow("under the mouse")
-        << true << true << false << QColor("#bfe5f9") << QColor("#00b0ec") << QColor("#00b0ec");
-    QTest::newRow("pressed") << true << true << true << QColor("#00b0ec") << QColor("#f2f9fe")
-                             << QColor("#f2f9fe");
+    QTest::newRow("at rest") << true << false << false << QColor(0xbf, 0xe5, 0xf9)
+                             << QColor(0x7e, 0xc9, 0xf3) << QColor(0x00, 0xb0, 0xec);
+    QTest::newRow("disabled") << false << false << false << QColor("gray")
+                              << QColor(0x83, 0x83, 0x83) << QColor(0xc1, 0xc1, 0xc1);
+    QTest::newRow("under the mouse") << true << true << false << QColor(0xbf, 0xe5, 0xf9)
+                                     << QColor(0x00, 0xb0, 0xec) << QColor(0x00, 0xb0, 0xec);
+    QTest::newRow("pressed") << true << true << true << QColor(0x00, 0xb0, 0xec)
+                             << QColor(0xf2, 0xf9, 0xfe) << QColor(0xf2, 0xf9, 0xfe);
 }
 
 void TestMainWindowForm::paintsPushButtonsByTheirState()
@@ -1639,9 +1663,9 @@ void TestMainWindowForm::paintsComboBoxesByTheirState()
     QCOMPARE(look.pixelColor(look.width() / 2, 0).name(), QColor("gray").name());
     // The drop-down keeps its blue in both states.
     const int inDropDown = look.width() - 5;
-    QVERIFY2(isNear(look.pixelColor(inDropDown, 2), QColor("#f2f9fe")),
+    QVERIFY2(isNear(look.pixelColor(inDropDown, 2), QColor(0xf2, 0xf9, 0xfe)),
              qPrintable(look.pixelColor(inDropDown, 2).name()));
-    QVERIFY2(isNear(look.pixelColor(inDropDown, last - 2), QColor("#7ec9f3")),
+    QVERIFY2(isNear(look.pixelColor(inDropDown, last - 2), QColor(0x7e, 0xc9, 0xf3)),
              qPrintable(look.pixelColor(inDropDown, last - 2).name()));
 }
 
@@ -1663,18 +1687,18 @@ void TestMainWindowForm::paintsAnOpenComboBoxGrey()
 void TestMainWindowForm::setsUpAndPaintsWithoutAWarning()
 {
     // Qt only warns of a style sheet that it cannot read, then paints without it.
-    g_warnings.clear();
+    warnings().clear();
     const QtMessageHandler previous = qInstallMessageHandler(collectWarnings);
     {
         QMainWindow window;
-        Ui_MainWindow form;
+        Ui_MainWindow form{};
         form.setupUi(&window);
         window.grab();
         form.tabWidget->setCurrentIndex(1);
         window.grab();
     }
     qInstallMessageHandler(previous);
-    QCOMPARE(g_warnings, QStringList());
+    QCOMPARE(warnings(), QStringList());
 }
 
 QTEST_MAIN(TestMainWindowForm)

@@ -8,7 +8,7 @@
 
 namespace {
 
-unsigned char payload[129] = {0x01, 0x00};
+std::array<unsigned char, 129> payload{0x01, 0x00};
 
 } // namespace
 
@@ -40,7 +40,7 @@ void MainWindowSendingTest::writesTheFrame()
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
     QCOMPARE(desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_SET_CUSTOM_ZOOM, 0,
-                                         payload, 2, 1),
+                                         payload.data(), 2, 1),
              0);
     QTRY_COMPARE(desk.line.received().toHex(), QByteArray("ffff0c410106070609013a000100a6"));
     QCOMPARE(desk.log.texts(), QStringList());
@@ -67,7 +67,7 @@ void MainWindowSendingTest::refusesWhatDoesNotFit()
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
     QTEST(desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1,
-                                      hasPayload ? payload : nullptr,
+                                      hasPayload ? payload.data() : nullptr,
                                       static_cast<unsigned char>(length), 1),
           "result");
     QCOMPARE(desk.port()->bytesToWrite(), bytesWritten);
@@ -92,8 +92,8 @@ void MainWindowSendingTest::leavesInOneWrite()
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
     QSignalSpy written(desk.port(), &QSerialPort::bytesWritten);
-    desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1, payload,
-                                128, 1);
+    desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1,
+                                payload.data(), 128, 1);
     QTRY_COMPARE(written.count(), 1);
     QCOMPARE(written.constFirst().constFirst().toInt(), 141);
 }

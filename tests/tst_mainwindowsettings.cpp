@@ -12,9 +12,14 @@ namespace {
 
 // The long acknowledgement: version 1.0.0.6, tilt tracking, target missing off, upright, auto zoom
 // on, zoom offset 2. 23 + 94 + 5 + 85 + 1 + 6 + 1 + 1 + 2 = 218
-const QByteArray kLongReply =
-    QByteArray::fromHex("ffff17410106070609055500 01000006 00 0000 0000 0001 01 02 da");
-const QByteArray kShortReply = QByteArray::fromHex("ffff0a410106070609055500c2");
+QByteArray longReply()
+{
+    return QByteArray::fromHex("ffff17410106070609055500 01000006 00 0000 0000 0001 01 02 da");
+}
+QByteArray shortReply()
+{
+    return QByteArray::fromHex("ffff0a410106070609055500c2");
+}
 
 } // namespace
 
@@ -122,7 +127,7 @@ void MainWindowSettingsTest::applySendsTheControls()
     desk.click(upsideDown ? "radioButton_upside_down" : "radioButton_upright");
     desk.combo("comboBox_autozoom")->setCurrentIndex(autoZoom);
     desk.combo("comboBox_zoomoffset")->setCurrentIndex(zoomOffset);
-    desk.replyWith(kShortReply);
+    desk.replyWith(shortReply());
     desk.click("pushButton_apply");
     QTEST(desk.line.received().toHex(), "frame");
 }
@@ -131,7 +136,7 @@ void MainWindowSettingsTest::applyReportsSuccess()
 {
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
-    desk.replyWith(kLongReply);
+    desk.replyWith(longReply());
     desk.click("pushButton_apply");
     QCOMPARE(desk.dialogs.texts(), QStringList{"Information: Apply Success."});
     QCOMPARE(desk.dialogs.seen().constFirst().icon, QMessageBox::Information);
@@ -144,7 +149,7 @@ void MainWindowSettingsTest::theReplysSettingsAreShownBeforeTheBox()
 {
     WindowOnLine desk(false);
     QVERIFY(desk.connectCamera());
-    desk.replyWith(kLongReply);
+    desk.replyWith(longReply());
     desk.click("pushButton_default");
     QString paneAtTheBox;
     QTimer poll;
@@ -169,7 +174,7 @@ void MainWindowSettingsTest::aShortReplyKeepsTheControls()
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
     desk.click("pushButton_default");
-    desk.replyWith(kShortReply);
+    desk.replyWith(shortReply());
     WidgetRecorder recorder(&desk.window);
     desk.click("pushButton_apply");
     QCOMPARE(desk.dialogs.texts(), QStringList{"Information: Apply Success."});
@@ -214,7 +219,7 @@ void MainWindowSettingsTest::aReplyBehindTheTimeOutStillSetsTheControls()
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
     desk.click("pushButton_apply");
-    desk.line.send(kLongReply);
+    desk.line.send(longReply());
     QTRY_COMPARE(desk.combo("comboBox_autotracking")->currentIndex(), 3);
     QCOMPARE(desk.dialogs.texts(), QStringList{"Error: Apply fail!"});
 }
@@ -227,7 +232,7 @@ void MainWindowSettingsTest::applyDuringApplyIsNested()
         QVERIFY(desk.widget("pushButton_apply")->isEnabled());
         QVERIFY(desk.widget("pushButton_default")->isEnabled());
         QVERIFY(desk.widget("pushButton_custom_zoom_1")->isEnabled());
-        desk.replyWith(kShortReply);
+        desk.replyWith(shortReply());
         desk.click("pushButton_apply");
     });
     desk.click("pushButton_apply");

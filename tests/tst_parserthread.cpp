@@ -12,9 +12,14 @@
 
 namespace {
 
-const QByteArray kReply =
-    QByteArray::fromHex("ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03 b4");
-const QByteArray kShort = QByteArray::fromHex("ffff0a410106070609055500c2");
+QByteArray longFrame()
+{
+    return QByteArray::fromHex("ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03 b4");
+}
+QByteArray shortFrame()
+{
+    return QByteArray::fromHex("ffff0a410106070609055500c2");
+}
 
 /// Takes frames on the parser thread itself, under a lock that the thread sanitizer understands.
 class FrameList {
@@ -95,9 +100,9 @@ void ParserThreadTest::deliversAFrameWithoutItsChecksum()
     ParserThread parser;
     const FrameList frames(parser);
     parser.startParser(&buffer);
-    buffer.append(kReply);
+    buffer.append(longFrame());
     QTRY_COMPARE(frames.count(), 1);
-    QCOMPARE(frames.at(0).toHex(), kReply.chopped(1).toHex());
+    QCOMPARE(frames.at(0).toHex(), longFrame().chopped(1).toHex());
 }
 
 void ParserThreadTest::deliversAFrameThatArrivesInPieces()
@@ -106,13 +111,14 @@ void ParserThreadTest::deliversAFrameThatArrivesInPieces()
     ParserThread parser;
     const FrameList frames(parser);
     parser.startParser(&buffer);
-    for (const char byte : kReply) {
+    const QByteArray bytes = longFrame();
+    for (const char byte : bytes) {
         QCOMPARE(frames.count(), 0);
         buffer.append(QByteArray(1, byte));
         QTRY_VERIFY(buffer.isEmpty());
     }
     QTRY_COMPARE(frames.count(), 1);
-    QCOMPARE(frames.at(0).toHex(), kReply.chopped(1).toHex());
+    QCOMPARE(frames.at(0).toHex(), longFrame().chopped(1).toHex());
 }
 
 void ParserThreadTest::deliversTwoFramesOfOneAppendInOrder()
@@ -121,10 +127,10 @@ void ParserThreadTest::deliversTwoFramesOfOneAppendInOrder()
     ParserThread parser;
     const FrameList frames(parser);
     parser.startParser(&buffer);
-    buffer.append(kReply + kShort);
+    buffer.append(longFrame() + shortFrame());
     QTRY_COMPARE(frames.count(), 2);
-    QCOMPARE(frames.at(0).toHex(), kReply.chopped(1).toHex());
-    QCOMPARE(frames.at(1).toHex(), kShort.chopped(1).toHex());
+    QCOMPARE(frames.at(0).toHex(), longFrame().chopped(1).toHex());
+    QCOMPARE(frames.at(1).toHex(), shortFrame().chopped(1).toHex());
 }
 
 void ParserThreadTest::deliversQueuedAcrossThreads()
@@ -135,7 +141,7 @@ void ParserThreadTest::deliversQueuedAcrossThreads()
     connect(&parser, &ParserThread::command, this,
             [&receivingThread] { receivingThread = QThread::currentThread(); });
     parser.startParser(&buffer);
-    buffer.append(kShort);
+    buffer.append(shortFrame());
     QTRY_COMPARE(receivingThread, thread());
 }
 
@@ -144,11 +150,12 @@ void ParserThreadTest::logsWhatTheAssemblerSays_data()
     QTest::addColumn<QByteArray>("stream");
     QTest::addColumn<QStringList>("lines");
 
-    QTest::newRow("a good frame") << kShort
+    QTest::newRow("a good frame") << shortFrame()
                                   << QStringList{"data_step_head_ready: length = 10",
                                                  "Analyze Data: length = 10"};
     QTest::newRow("numbers are decimal")
-        << kReply << QStringList{"data_step_head_ready: length = 23", "Analyze Data: length = 23"};
+        << longFrame()
+        << QStringList{"data_step_head_ready: length = 23", "Analyze Data: length = 23"};
     QTest::newRow("a wrong sum is shown unreduced")
         << QByteArray::fromHex("ffff0b410106070609053a00c871")
         << QStringList{"data_step_head_ready: length = 11", "Checksum Error 368"};
@@ -178,9 +185,9 @@ void ParserThreadTest::dropsWhatIsTooLongAndGoesOn()
     ParserThread parser;
     const FrameList frames(parser);
     parser.startParser(&buffer);
-    buffer.append(QByteArray::fromHex("ffff8b") + QByteArray(139, '\x01') + kShort);
+    buffer.append(QByteArray::fromHex("ffff8b") + QByteArray(139, '\x01') + shortFrame());
     QTRY_COMPARE(frames.count(), 1);
-    QCOMPARE(frames.at(0).toHex(), kShort.chopped(1).toHex());
+    QCOMPARE(frames.at(0).toHex(), shortFrame().chopped(1).toHex());
 }
 
 void ParserThreadTest::keepsAPartialFrameForLater()
@@ -189,9 +196,9 @@ void ParserThreadTest::keepsAPartialFrameForLater()
     ParserThread parser;
     const FrameList frames(parser);
     parser.startParser(&buffer);
-    buffer.append(kReply.left(10));
+    buffer.append(longFrame().left(10));
     QTRY_VERIFY(buffer.isEmpty());
-    buffer.append(kReply.mid(10));
+    buffer.append(longFrame().mid(10));
     QTRY_COMPARE(frames.count(), 1);
 }
 
@@ -225,11 +232,11 @@ void ParserThreadTest::takesTenThousandFramesWhileTheyArrive()
         qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     parser.startParser(&buffer);
     for (int i = 0; i < kFrames; ++i) {
-        buffer.append(i % 2 == 0 ? kShort : kReply);
+        buffer.append(i % 2 == 0 ? shortFrame() : longFrame());
     }
     QTRY_COMPARE_WITH_TIMEOUT(frames.count(), kFrames, 60000);
     qInstallMessageHandler(previous);
-    QCOMPARE(frames.at(kFrames - 1).toHex(), kReply.chopped(1).toHex());
+    QCOMPARE(frames.at(kFrames - 1).toHex(), longFrame().chopped(1).toHex());
 }
 
 QTEST_GUILESS_MAIN(ParserThreadTest)

@@ -8,6 +8,8 @@
 
 #include <QStringList>
 
+#include <utility>
+
 namespace {
 
 constexpr int kVersionOffset = 12;
@@ -49,8 +51,8 @@ QString SettingsReport::summary() const
     return numbers.join(QLatin1Char('.'));
 }
 
-DeviceReply::DeviceReply(const QByteArray &frame)
-    : m_frame(frame)
+DeviceReply::DeviceReply(QByteArray frame)
+    : m_frame(std::move(frame))
 {
 }
 
@@ -96,5 +98,5 @@ int DeviceReply::customZoom() const
 
 signed char DeviceReply::byteAt(int offset) const
 {
-    return offset < m_frame.size() ? static_cast<signed char>(m_frame.at(offset)) : 0;
+    return static_cast<signed char>(offset < m_frame.size() ? m_frame.at(offset) : '\0');
 }

@@ -38,7 +38,7 @@ struct SettingsReport {
 /// field. A byte that a short frame does not have reads as 0.
 class DeviceReply {
 public:
-    explicit DeviceReply(const QByteArray &frame);
+    explicit DeviceReply(QByteArray frame);
 
     /// Bytes of the frame, the checksum byte not counted.
     int size() const;

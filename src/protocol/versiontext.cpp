@@ -7,7 +7,7 @@ QString signedHexadecimal(char byte)
 {
     // QString::number() shows a negative number in base 16 as its 64-bit two's complement, so the
     // sign is written here.
-    const int value = static_cast<signed char>(byte);
+    const auto value = static_cast<signed char>(byte);
     const QString magnitude = QString::number(value < 0 ? -value : value, 16);
     return value < 0 ? QLatin1Char('-') + magnitude : magnitude;
 }

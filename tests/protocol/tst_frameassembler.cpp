@@ -8,11 +8,23 @@
 namespace {
 
 // A HELLO reply, version 1.0.a.10, and what the assembler delivers of it.
-const QByteArray kReply("ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03 b4");
-const QByteArray kDelivered("ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03");
+QByteArray longFrame()
+{
+    return "ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03 b4";
+}
+QByteArray deliveredLongFrame()
+{
+    return "ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03";
+}
 // A setting acknowledgement without payload.
-const QByteArray kShort("ffff0a410106070609055500c2");
-const QByteArray kShortDelivered("ffff0a410106070609055500");
+QByteArray shortFrame()
+{
+    return "ffff0a410106070609055500c2";
+}
+QByteArray deliveredShortFrame()
+{
+    return "ffff0a410106070609055500";
+}
 
 /// Writes down what it is told, frames as "frame ..." in hexadecimal.
 class Recorder : public FrameAssembler::Listener {
@@ -57,21 +69,22 @@ void FrameAssemblerTest::tellsWhatAStreamAmountsTo_data()
     QTest::addColumn<QByteArray>("stream");
     QTest::addColumn<QStringList>("events");
 
-    const QString reply = accepted(23, kDelivered);
-    const QString shortReply = accepted(10, kShortDelivered);
+    const QString reply = accepted(23, deliveredLongFrame());
+    const QString shortReply = accepted(10, deliveredShortFrame());
 
     QTest::newRow("nothing") << QByteArray() << QStringList();
     QTest::newRow("a reply is delivered without its checksum")
-        << kReply << QStringList{"length 23", reply};
-    QTest::newRow("a reply without payload") << kShort << QStringList{"length 10", shortReply};
+        << longFrame() << QStringList{"length 23", reply};
+    QTest::newRow("a reply without payload")
+        << shortFrame() << QStringList{"length 10", shortReply};
     QTest::newRow("two frames come out in order")
-        << kReply + kShort << QStringList{"length 23", reply, "length 10", shortReply};
+        << longFrame() + shortFrame() << QStringList{"length 23", reply, "length 10", shortReply};
     QTest::newRow("noise before the header is ignored")
-        << "00 ff 12 fe 41 ff 00" + kShort << QStringList{"length 10", shortReply};
-    QTest::newRow("noise between two frames is ignored") << kShort + "01 02 ff 03"
-            + kReply << QStringList{"length 10", shortReply, "length 23", reply};
+        << "00 ff 12 fe 41 ff 00" + shortFrame() << QStringList{"length 10", shortReply};
+    QTest::newRow("noise between two frames is ignored") << shortFrame() + "01 02 ff 03"
+            + longFrame() << QStringList{"length 10", shortReply, "length 23", reply};
     QTest::newRow("the end of a frame without its begin is ignored")
-        << kReply.mid(6) + kShort << QStringList{"length 10", shortReply};
+        << longFrame().mid(6) + shortFrame() << QStringList{"length 10", shortReply};
     QTest::newRow("a sum above 255 wraps")
         // 11 + 94 + 5 + 58 + 200 = 368, low 8 bits 70
         << QByteArray("ffff0b410106070609053a00c870")
@@ -79,25 +92,26 @@ void FrameAssemblerTest::tellsWhatAStreamAmountsTo_data()
     QTest::newRow("a wrong checksum drops the frame and names the unreduced sum")
         << QByteArray("ffff0b410106070609053a00c871") << QStringList{"length 11", "sum 368"};
     QTest::newRow("a frame behind a wrong checksum is found") << "ffff0b410106070609053a00c871"
-            + kShort << QStringList{"length 11", "sum 368", "length 10", shortReply};
+            + shortFrame() << QStringList{"length 11", "sum 368", "length 10", shortReply};
     QTest::newRow("neither signature nor type nor command are looked at")
         << QByteArray("ffff03aabb68") << QStringList{"length 3", accepted(3, "ffff03aabb")};
     QTest::newRow("a length of 1 is a checksum alone")
         << QByteArray("ffff0101") << QStringList{"length 1", accepted(1, "ffff01")};
-    QTest::newRow("a length of 0 is rejected at the next byte")
-        << "ffff0000" + kShort << QStringList{"length 0", "rejected 0", "length 10", shortReply};
+    QTest::newRow("a length of 0 is rejected at the next byte") << "ffff0000"
+            + shortFrame() << QStringList{"length 0", "rejected 0", "length 10", shortReply};
     QTest::newRow("a length of 0 says nothing before the next byte")
         << QByteArray("ffff00") << QStringList{"length 0"};
     QTest::newRow("a truncated frame waits without a word")
         << QByteArray("ffff1741010607060905") << QStringList{"length 23"};
     QTest::newRow("a truncated frame is abandoned at the next header")
-        << "ffff174101" + kShort << QStringList{"length 23", "length 10", shortReply};
+        << "ffff174101" + shortFrame() << QStringList{"length 23", "length 10", shortReply};
     QTest::newRow("FF FF in a payload starts a new frame with the byte behind it as length")
         // 3 + 41 hex + 01 = 69
-        << "ffff0f410106070609053a00ffff03410145" + kShort
+        << "ffff0f410106070609053a00ffff03410145" + shortFrame()
         << QStringList{"length 15", "length 3", accepted(3, "ffff034101"), "length 10", shortReply};
-    QTest::newRow("FF FF in the signature starts a new frame") << "ffff0affff"
-            + kShort.mid(4) << QStringList{"length 10", "length 10", accepted(10, kShortDelivered)};
+    QTest::newRow("FF FF in the signature starts a new frame")
+        << "ffff0affff" + shortFrame().mid(4)
+        << QStringList{"length 10", "length 10", accepted(10, deliveredShortFrame())};
     QTest::newRow("the byte behind FF FF first completes the abandoned frame")
         // 04 + 01 + ff + ff = 203 hex, so the length byte 03 is the right checksum too.
         << QByteArray("ffff0401ffff03 aabb68")
@@ -108,13 +122,13 @@ void FrameAssemblerTest::tellsWhatAStreamAmountsTo_data()
     QTest::newRow("three FF are a pair and a length of 255")
         << QByteArray("ffffff") << QStringList{"length 255"};
     QTest::newRow("the third FF is also the first of another pair")
-        << "ffffffff" + kShort.mid(4) << QStringList{"length 255", "length 10", shortReply};
+        << "ffffffff" + shortFrame().mid(4) << QStringList{"length 255", "length 10", shortReply};
     QTest::newRow("a run of FF: every pair announces, the byte behind it is its length")
         << QByteArray("ffffffffffff") << QStringList{"length 255", "length 255"};
     QTest::newRow("a checksum of FF takes the next frame's first header byte for its own pair")
         // 11 + 94 + 5 + 58 + 87 = 255. The next frame's second FF is then a length of 255, and the
         // frame is lost; the one behind it is found again.
-        << "ffff0b410106070609053a0057ff" + kShort + kReply
+        << "ffff0b410106070609053a0057ff" + shortFrame() + longFrame()
         << QStringList{"length 11", accepted(11, "ffff0b410106070609053a0057"), "length 255",
                        "length 23", reply};
     QTest::newRow("138 is the longest frame")
@@ -123,11 +137,11 @@ void FrameAssemblerTest::tellsWhatAStreamAmountsTo_data()
         << QStringList{"length 138",
                        accepted(138, "ffff8a410106070609050100" + QByteArray("01").repeated(128))};
     QTest::newRow("139 is dropped, even with a right sum")
-        << "ffff8b410106070609050100" + QByteArray("01").repeated(129) + "70" + kShort
+        << "ffff8b410106070609050100" + QByteArray("01").repeated(129) + "70" + shortFrame()
         << QStringList{"length 139", "length 10", shortReply};
     QTest::newRow("255 is dropped, even with a right sum")
         // 255 + 254 * 1 = 509, low 8 bits fd
-        << "ffffff" + QByteArray("01").repeated(254) + "fd" + kShort
+        << "ffffff" + QByteArray("01").repeated(254) + "fd" + shortFrame()
         << QStringList{"length 255", "length 10", shortReply};
     QTest::newRow("a length too long ends the collection of the frame before it")
         << QByteArray("ffff0a4101ffffc8 06070609055500c2")
@@ -166,7 +180,7 @@ void FrameAssemblerTest::everyAnnouncedLengthStaysInBounds()
 
 void FrameAssemblerTest::everyCorruptedByteOfAFrameIsNoticed()
 {
-    const QByteArray reply = QByteArray::fromHex(kReply);
+    const QByteArray reply = QByteArray::fromHex(longFrame());
     for (int position = 3; position < reply.size(); ++position) {
         QByteArray corrupted = reply;
         corrupted[position] = static_cast<char>(corrupted.at(position) ^ 0x10);

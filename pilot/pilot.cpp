@@ -1,0 +1,230 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "pilot.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QJsonDocument>
+#include <QLocalSocket>
+#include <QThread>
+
+namespace {
+
+constexpr int kStartLimitMs = 20000;
+constexpr int kAnswerLimitMs = 10000;
+constexpr unsigned long kPollMs = 20;
+
+} // namespace
+
+bool tellSimulator(const QString &controlSocket, const QByteArray &command)
+{
+    QLocalSocket socket;
+    socket.connectToServer(controlSocket);
+    socket.write(command + '\n');
+    while (!socket.canReadLine()) {
+        if (!socket.waitForReadyRead(kAnswerLimitMs)) {
+            return false;
+        }
+    }
+    return socket.readLine().trimmed() == "ok";
+}
+
+Pilot::Pilot()
+{
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    // Stays the child's standard input, so that a program that reads it does not see its end.
+    m_process.setInputChannelMode(QProcess::ManagedInputChannel);
+}
+
+Pilot::~Pilot()
+{
+    if (m_process.state() != QProcess::NotRunning) {
+        m_process.terminate();
+        if (!m_process.waitForFinished(5000)) {
+            m_process.kill();
+            m_process.waitForFinished();
+        }
+    }
+}
+
+bool Pilot::start(const QString &program, const QStringList &arguments)
+{
+    const QString socketPath = m_directory.filePath(QStringLiteral("pilot"));
+    if (!m_server.listen(socketPath)) {
+        return fail(m_server.errorString());
+    }
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_PLUGIN_PATH"), QStringLiteral(CORVANE_PLUGIN_PATH));
+    environment.insert(QStringLiteral("QT_QPA_GENERIC_PLUGINS"),
+                       QStringLiteral("corvanepilot:") + socketPath);
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_directory.path());
+    m_process.setProcessEnvironment(environment);
+    m_process.start(program, arguments);
+    if (!m_process.waitForStarted()) {
+        return fail(m_process.errorString());
+    }
+    if (!m_server.waitForNewConnection(kStartLimitMs)) {
+        return fail(QStringLiteral("the program did not report: ") + output());
+    }
+    m_socket = m_server.nextPendingConnection();
+    return waitUntil(QStringLiteral("the main window is there"),
+                     [this] { return state()[QStringLiteral("widgets")].toObject().size() > 1; });
+}
+
+bool Pilot::waitUntilEnded(int limitMs)
+{
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(limitMs)) {
+        return fail(QStringLiteral("the program has not ended"));
+    }
+    return true;
+}
+
+int Pilot::exitCode() const
+{
+    const bool ended =
+        m_process.state() == QProcess::NotRunning && m_process.exitStatus() == QProcess::NormalExit;
+    return ended ? m_process.exitCode() : -1;
+}
+
+QString Pilot::output()
+{
+    m_process.waitForReadyRead(0);
+    m_output += QString::fromUtf8(m_process.readAll());
+    return m_output;
+}
+
+bool Pilot::click(const QString &widget)
+{
+    return order({{"do", "click"}, {"widget", widget}});
+}
+
+bool Pilot::hover(const QString &widget)
+{
+    return order({{"do", "hover"}, {"widget", widget}});
+}
+
+bool Pilot::choose(const QString &widget, int index)
+{
+    return order({{"do", "choose"}, {"widget", widget}, {"index", index}});
+}
+
+bool Pilot::closeList()
+{
+    return order({{"do", "close list"}});
+}
+
+bool Pilot::type(const QString &widget, const QString &text)
+{
+    return order({{"do", "type"}, {"widget", widget}, {"text", text}});
+}
+
+bool Pilot::answerDialog()
+{
+    return order({{"do", "answer"}});
+}
+
+bool Pilot::close()
+{
+    return order({{"do", "close"}});
+}
+
+bool Pilot::picture(const QString &path)
+{
+    return order({{"do", "picture"}, {"path", path}});
+}
+
+QString Pilot::text(const QString &widget)
+{
+    return stateOf(widget, QStringLiteral("text")).toString();
+}
+
+int Pilot::index(const QString &widget)
+{
+    return stateOf(widget, QStringLiteral("index")).toInt(-1);
+}
+
+int Pilot::value(const QString &widget)
+{
+    return stateOf(widget, QStringLiteral("value")).toInt(-1);
+}
+
+bool Pilot::isChecked(const QString &widget)
+{
+    return stateOf(widget, QStringLiteral("checked")).toBool();
+}
+
+bool Pilot::isEnabled(const QString &widget)
+{
+    return stateOf(widget, QStringLiteral("enabled")).toBool();
+}
+
+bool Pilot::isListOpen()
+{
+    return state()[QStringLiteral("list")].toBool();
+}
+
+QString Pilot::dialog()
+{
+    return state()[QStringLiteral("dialog")].toString();
+}
+
+bool Pilot::waitUntil(const QString &description, const std::function<bool()> &condition,
+                      int limitMs)
+{
+    const QDeadlineTimer deadline(limitMs);
+    while (!condition()) {
+        if (deadline.hasExpired() || m_process.state() == QProcess::NotRunning) {
+            return fail(QStringLiteral("waited in vain until ") + description);
+        }
+        m_process.waitForReadyRead(0);
+        QThread::msleep(kPollMs);
+    }
+    return true;
+}
+
+bool Pilot::waitForDialog(const QString &titleAndText, int limitMs)
+{
+    return waitUntil(
+        QStringLiteral("the box \"%1\" is open").arg(titleAndText),
+        [this, titleAndText] { return dialog() == titleAndText; }, limitMs);
+}
+
+bool Pilot::waitForEnabled(const QString &widget, bool enabled, int limitMs)
+{
+    return waitUntil(
+        widget + (enabled ? QLatin1String(" is enabled") : QLatin1String(" is disabled")),
+        [this, widget, enabled] { return isEnabled(widget) == enabled; }, limitMs);
+}
+
+bool Pilot::order(const QJsonObject &order)
+{
+    if (m_socket == nullptr) {
+        return fail(QStringLiteral("the program is not there"));
+    }
+    m_socket->write(QJsonDocument(order).toJson(QJsonDocument::Compact) + '\n');
+    while (!m_socket->canReadLine()) {
+        if (!m_socket->waitForReadyRead(kAnswerLimitMs)) {
+            return fail(QStringLiteral("no answer from the program"));
+        }
+    }
+    m_answer = QJsonDocument::fromJson(m_socket->readLine()).object();
+    return m_answer[QStringLiteral("ok")].toBool()
+        || fail(m_answer[QStringLiteral("error")].toString());
+}
+
+QJsonObject Pilot::state()
+{
+    return order({{"do", "state"}}) ? m_answer : QJsonObject();
+}
+
+QJsonValue Pilot::stateOf(const QString &widget, const QString &key)
+{
+    return state()[QStringLiteral("widgets")].toObject()[widget].toObject()[key];
+}
+
+bool Pilot::fail(const QString &text)
+{
+    m_errorText = text;
+    return false;
+}

@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QJsonObject>
+#include <QLocalServer>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <functional>
+#include <memory>
+
+class QLocalSocket;
+
+/// Sends one command to the simulated camera.
+/// @param controlSocket  as its --control option has it
+/// @return whether the camera said that it was done
+bool tellSimulator(const QString &controlSocket, const QByteArray &command);
+
+/// Starts a Qt program, operates its widgets by their object names and reads what they show.
+///
+/// Needs a QCoreApplication, not a running event loop. Each function that fails says why in
+/// errorText().
+class Pilot {
+public:
+    Pilot();
+    ~Pilot();
+
+    /// Starts @p program, or a program that starts it, and waits until it can be operated. What it
+    /// prints is kept, see output().
+    bool start(const QString &program, const QStringList &arguments);
+    /// Waits until the program has ended by itself.
+    bool waitUntilEnded(int limitMs = 10000);
+    /// As the program left it; -1 when it crashed, was killed or still runs.
+    int exitCode() const;
+    qint64 processId() const { return m_process.processId(); }
+    /// What the program has printed so far, standard output and error together.
+    QString output();
+
+    bool click(const QString &widget);
+    bool hover(const QString &widget);
+    /// Chooses an item of a combo box through its popup, or a tab.
+    bool choose(const QString &widget, int index);
+    /// Closes the popup that is open, with Escape.
+    bool closeList();
+    /// Replaces what a line edit holds, ending with Return.
+    bool type(const QString &widget, const QString &text);
+    /// Presses Ok in the message box that is open.
+    bool answerDialog();
+    /// Closes the main window.
+    bool close();
+    /// Saves what the program shows on the screen.
+    bool picture(const QString &path);
+
+    QString text(const QString &widget);
+    int index(const QString &widget);
+    int value(const QString &widget);
+    bool isChecked(const QString &widget);
+    bool isEnabled(const QString &widget);
+    bool isListOpen();
+    /// "title: text" of the message box that is open, or nothing.
+    QString dialog();
+
+    /// Asks again and again until @p condition holds.
+    bool waitUntil(const QString &description, const std::function<bool()> &condition,
+                   int limitMs = 8000);
+    bool waitForDialog(const QString &titleAndText, int limitMs = 8000);
+    bool waitForEnabled(const QString &widget, bool enabled = true, int limitMs = 8000);
+
+    QString errorText() const { return m_errorText; }
+
+private:
+    bool order(const QJsonObject &order);
+    QJsonObject state();
+    QJsonValue stateOf(const QString &widget, const QString &key);
+    bool fail(const QString &text);
+
+    QTemporaryDir m_directory;
+    QLocalServer m_server;
+    QLocalSocket *m_socket = nullptr; ///< child of m_server
+    QProcess m_process;
+    QString m_output;
+    QJsonObject m_answer;
+    QString m_errorText;
+};

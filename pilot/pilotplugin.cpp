@@ -1,0 +1,269 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "pilotplugin.h"
+
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QComboBox>
+#include <QJsonDocument>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QScreen>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTest>
+#include <QTextEdit>
+#include <QTimer>
+
+namespace {
+
+constexpr int kSettleMs = 200;
+
+QJsonObject ok()
+{
+    return {{"ok", true}};
+}
+
+QJsonObject error(const QString &text)
+{
+    return {{"ok", false}, {"error", text}};
+}
+
+QMainWindow *mainWindow()
+{
+    const auto windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (auto *const found = qobject_cast<QMainWindow *>(window)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+QMessageBox *openDialog()
+{
+    return qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+}
+
+void clickAt(const QWidget *widget, const QPoint &position)
+{
+    const QWidget *const window = widget->window();
+    QTest::mouseClick(window->windowHandle(), Qt::LeftButton, Qt::NoModifier,
+                      widget->mapTo(window, position));
+}
+
+/// Done from the event loop, because what follows from it may run a nested one.
+template <typename Action> QJsonObject soon(QObject *context, Action action)
+{
+    QTimer::singleShot(0, context, action);
+    return ok();
+}
+
+QJsonObject stateOf(QWidget *widget)
+{
+    QJsonObject state{{"enabled", widget->isEnabled()}, {"visible", widget->isVisible()}};
+    if (const auto *const combo = qobject_cast<QComboBox *>(widget)) {
+        state["index"] = combo->currentIndex();
+        state["text"] = combo->currentText();
+    } else if (const auto *const button = qobject_cast<QAbstractButton *>(widget)) {
+        state["text"] = button->text();
+        state["checked"] = button->isChecked();
+    } else if (const auto *const edit = qobject_cast<QTextEdit *>(widget)) {
+        state["text"] = edit->toPlainText();
+    } else if (const auto *const line = qobject_cast<QLineEdit *>(widget)) {
+        state["text"] = line->text();
+    } else if (const auto *const bar = qobject_cast<QProgressBar *>(widget)) {
+        state["value"] = bar->value();
+        state["maximum"] = bar->maximum();
+    } else if (const auto *const tabs = qobject_cast<QTabWidget *>(widget)) {
+        state["index"] = tabs->currentIndex();
+    }
+    return state;
+}
+
+} // namespace
+
+PilotAgent::PilotAgent(const QString &socketPath)
+{
+    connect(&m_socket, &QLocalSocket::readyRead, this, &PilotAgent::readOrders);
+    QTimer::singleShot(0, this, [this, socketPath] { m_socket.connectToServer(socketPath); });
+}
+
+void PilotAgent::readOrders()
+{
+    while (m_socket.canReadLine()) {
+        answer(carryOut(QJsonDocument::fromJson(m_socket.readLine()).object()));
+    }
+}
+
+void PilotAgent::answer(const QJsonObject &answer)
+{
+    m_socket.write(QJsonDocument(answer).toJson(QJsonDocument::Compact) + '\n');
+    m_socket.flush();
+}
+
+QJsonObject PilotAgent::carryOut(const QJsonObject &order)
+{
+    const QString action = order["do"].toString();
+    const QString name = order["widget"].toString();
+    if (action == "state") {
+        return state();
+    }
+    if (action == "answer") {
+        return answerDialog();
+    }
+    if (action == "picture") {
+        return picture(order["path"].toString());
+    }
+    if (action == "close list") {
+        return closeList();
+    }
+    if (mainWindow() == nullptr) {
+        return error("there is no main window");
+    }
+    if (action == "close") {
+        return soon(this, [] { mainWindow()->close(); });
+    }
+    auto *const widget = mainWindow()->findChild<QWidget *>(name);
+    if (widget == nullptr) {
+        return error("there is no widget " + name);
+    }
+    if (action == "click") {
+        return click(widget);
+    }
+    if (action == "hover") {
+        return hover(widget);
+    }
+    if (action == "choose") {
+        return choose(widget, order["index"].toInt());
+    }
+    if (action == "type") {
+        return pressKeys(widget, order["text"].toString());
+    }
+    return error("unknown order " + action);
+}
+
+QJsonObject PilotAgent::click(QWidget *widget)
+{
+    return soon(widget, [widget] {
+        // Radio buttons and check boxes react at their left end only.
+        const bool atLeft = qobject_cast<QAbstractButton *>(widget) != nullptr
+            && qobject_cast<QAbstractButton *>(widget)->isCheckable();
+        clickAt(widget, atLeft ? QPoint(10, widget->height() / 2) : widget->rect().center());
+    });
+}
+
+QJsonObject PilotAgent::hover(QWidget *widget)
+{
+    QTest::mouseMove(widget->window()->windowHandle(),
+                     widget->mapTo(widget->window(), widget->rect().center()));
+    return ok();
+}
+
+QJsonObject PilotAgent::choose(QWidget *widget, int index)
+{
+    if (auto *const tabs = qobject_cast<QTabWidget *>(widget)) {
+        return soon(tabs, [tabs, index] {
+            clickAt(tabs->tabBar(), tabs->tabBar()->tabRect(index).center());
+        });
+    }
+    auto *const combo = qobject_cast<QComboBox *>(widget);
+    if (combo == nullptr) {
+        return error(widget->objectName() + " has nothing to choose from");
+    }
+    return soon(combo, [combo, index] {
+        clickAt(combo, combo->rect().center());
+        QAbstractItemView *const list = combo->view();
+        if (!list->isVisible()) {
+            return; // disabled: the state will tell
+        }
+        const QModelIndex item = combo->model()->index(index, 0);
+        list->scrollTo(item);
+        // A list that has just opened ignores clicks for a moment, keys it does not.
+        list->setCurrentIndex(item);
+        QTest::keyClick(list->window()->windowHandle(), Qt::Key_Return);
+    });
+}
+
+QJsonObject PilotAgent::closeList()
+{
+    QWidget *const popup = QApplication::activePopupWidget();
+    if (popup == nullptr) {
+        return error("no list is open");
+    }
+    QTest::keyClick(popup->windowHandle(), Qt::Key_Escape);
+    return ok();
+}
+
+QJsonObject PilotAgent::pressKeys(QWidget *widget, const QString &text)
+{
+    return soon(widget, [widget, text] {
+        clickAt(widget, widget->rect().center());
+        QWindow *const window = widget->window()->windowHandle();
+        QTest::keyClick(window, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(window, Qt::Key_Delete);
+        for (const QChar character : text) {
+            QTest::keyClick(window, character.toLatin1());
+        }
+        QTest::keyClick(window, Qt::Key_Return);
+    });
+}
+
+QJsonObject PilotAgent::answerDialog()
+{
+    QMessageBox *const dialog = openDialog();
+    if (dialog == nullptr) {
+        return error("no message box is open");
+    }
+    return soon(dialog, [dialog] {
+        const QAbstractButton *const button = dialog->button(QMessageBox::Ok);
+        clickAt(button, button->rect().center());
+    });
+}
+
+QJsonObject PilotAgent::picture(const QString &path)
+{
+    // What is to be painted is on the screen when the event loop has gone round.
+    QTest::qWait(kSettleMs);
+    QRect area;
+    const auto windows = QApplication::topLevelWidgets();
+    for (const QWidget *window : windows) {
+        if (window->isVisible()) {
+            area = area.united(window->frameGeometry());
+        }
+    }
+    const QPixmap picture = QGuiApplication::primaryScreen()->grabWindow(
+        0, area.x(), area.y(), area.width(), area.height());
+    return picture.save(path) ? ok() : error("cannot write " + path);
+}
+
+QJsonObject PilotAgent::state()
+{
+    QJsonObject widgets;
+    const QMainWindow *const window = mainWindow();
+    if (window != nullptr) {
+        const auto children = window->findChildren<QWidget *>();
+        for (QWidget *child : children) {
+            if (!child->objectName().isEmpty()) {
+                widgets[child->objectName()] = stateOf(child);
+            }
+        }
+    }
+    QJsonObject state{{"ok", true}, {"widgets", widgets}};
+    state["list"] = QApplication::activePopupWidget() != nullptr;
+    if (const QMessageBox *const dialog = openDialog()) {
+        state["dialog"] = dialog->windowTitle() + ": " + dialog->text();
+    }
+    return state;
+}
+
+QObject *PilotPlugin::create(const QString &key, const QString &specification)
+{
+    Q_UNUSED(key)
+    return new PilotAgent(specification);
+}

@@ -1,0 +1,125 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "answeringcamera.h"
+
+#include "cameraline.h"
+#include "request.h"
+
+#include <QTime>
+
+namespace {
+
+/// A frame whose bytes stop coming for this long is not going to be completed.
+constexpr std::chrono::milliseconds kStall(100);
+constexpr std::chrono::milliseconds kWritePause(1);
+
+} // namespace
+
+AnsweringCamera::AnsweringCamera(const CameraState &state, const Manner &manner,
+                                 const ExchangeLog &log, CameraLine &line, QObject *parent)
+    : QObject(parent)
+    , m_camera(state)
+    , m_manner(manner)
+    , m_log(log)
+    , m_line(line)
+    , m_pacer(manner.baud)
+{
+    m_clock.start();
+    m_stallTimer.setSingleShot(true);
+    m_stallTimer.setInterval(kStall);
+    m_writeTimer.setTimerType(Qt::PreciseTimer);
+    m_writeTimer.setInterval(kWritePause);
+    connect(&m_stallTimer, &QTimer::timeout, this, &AnsweringCamera::dropPartial);
+    connect(&m_writeTimer, &QTimer::timeout, this, &AnsweringCamera::write);
+    connect(&m_line, &CameraLine::bytesReceived, this, &AnsweringCamera::take);
+}
+
+void AnsweringCamera::setSilent(bool silent)
+{
+    m_manner.silent = silent;
+}
+
+void AnsweringCamera::lineLost()
+{
+    dropPartial();
+    m_pacer.clear();
+}
+
+void AnsweringCamera::take(const QByteArray &bytes)
+{
+    m_pacer.received(bytes.size(), now());
+    handle(m_reader.take(bytes));
+    if (m_reader.hasPartial()) {
+        m_stallTimer.start();
+    } else {
+        m_stallTimer.stop();
+    }
+}
+
+void AnsweringCamera::dropPartial()
+{
+    m_stallTimer.stop();
+    handle(m_reader.dropPartial());
+}
+
+void AnsweringCamera::handle(const QVector<FrameReader::Piece> &pieces)
+{
+    for (const FrameReader::Piece &piece : pieces) {
+        const auto logFault = [this, &piece](const QString &fault) {
+            emit logged(m_log.receivedFaulty(QTime::currentTime(), piece.bytes, fault));
+        };
+        switch (piece.kind) {
+        case FrameReader::Frame:
+            handleFrame(piece.bytes);
+            break;
+        case FrameReader::BadChecksum:
+            logFault(QStringLiteral("bad checksum"));
+            break;
+        case FrameReader::Incomplete:
+            logFault(QStringLiteral("incomplete"));
+            break;
+        case FrameReader::Noise:
+            logFault(QStringLiteral("no frame"));
+            break;
+        }
+    }
+    write();
+}
+
+void AnsweringCamera::handleFrame(const QByteArray &frame)
+{
+    const QTime time = QTime::currentTime();
+    const auto request = Request::fromFrame(frame);
+    if (!request) {
+        emit logged(m_log.receivedFaulty(time, frame, QStringLiteral("wrong signature")));
+        return;
+    }
+    const Answer answer =
+        m_manner.silent ? Answer::refuse(QStringLiteral("silent")) : m_camera.answer(*request);
+    emit logged(m_log.received(time, frame, *request, answer.refusal));
+    for (const QByteArray &reply : answer.frames) {
+        m_pacer.send(reply, now(), m_manner.delay);
+    }
+}
+
+void AnsweringCamera::write()
+{
+    const LinePacer::Due due = m_pacer.takeDue(now());
+    if (!due.bytes.isEmpty()) {
+        m_line.write(due.bytes);
+    }
+    for (const QByteArray &frame : due.completed) {
+        emit logged(m_log.sent(QTime::currentTime(), frame));
+    }
+    if (m_pacer.isIdle()) {
+        m_writeTimer.stop();
+    } else if (!m_writeTimer.isActive()) {
+        m_writeTimer.start();
+    }
+}
+
+LinePacer::Time AnsweringCamera::now() const
+{
+    return LinePacer::Time(m_clock.nsecsElapsed());
+}

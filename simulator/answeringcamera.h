@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "camera.h"
+#include "exchangelog.h"
+#include "framereader.h"
+#include "linepacer.h"
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <chrono>
+
+class CameraLine;
+
+/// Connects the camera to a line: bytes in, answers out at the speed of the line, and a line of
+/// text for each of them.
+class AnsweringCamera : public QObject {
+    Q_OBJECT
+
+public:
+    /// How it answers.
+    struct Manner {
+        int baud = 115200;                  ///< bits a second; 0 is as fast as possible
+        std::chrono::milliseconds delay{0}; ///< before each reply, on top of the line's own time
+        bool silent = false; ///< as if switched off: no answers, and no request has an effect
+    };
+
+    /// @param line  not owned, must outlive this object
+    AnsweringCamera(const CameraState &state, const Manner &manner, const ExchangeLog &log,
+                    CameraLine &line, QObject *parent = nullptr);
+
+    void setSilent(bool silent);
+    /// The line is gone, and with it whatever was on its way.
+    void lineLost();
+
+signals:
+    /// One line of the log, without a line feed.
+    void logged(const QString &text);
+
+private:
+    void take(const QByteArray &bytes);
+    void dropPartial();
+    void handle(const QVector<FrameReader::Piece> &pieces);
+    void handleFrame(const QByteArray &frame);
+    void write();
+    LinePacer::Time now() const;
+
+    Camera m_camera;
+    Manner m_manner;
+    ExchangeLog m_log;
+    CameraLine &m_line;
+    FrameReader m_reader;
+    LinePacer m_pacer;
+    QElapsedTimer m_clock;
+    QTimer m_stallTimer; ///< runs while part of a frame is there
+    QTimer m_writeTimer; ///< runs while replies are on their way
+};

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "cameraline.h"
+
+#include <QString>
+
+#include <memory>
+
+class CameraTerminal;
+
+/// A line that the host finds as a USB serial adapter in the list of serial ports.
+///
+/// libumockdev keeps a folder with a made-up /sys and /dev, named by the environment variable
+/// UMOCKDEV_DIR, and its preload library shows them to a program in the place of the real ones. The
+/// adapter is described there, as the kernel and udev would describe it, and its device node is a
+/// pseudo-terminal. The device node is put there by this class, as the library's own can be neither
+/// removed nor made a second time.
+///
+/// Programs started after such an object was made see the adapter while it is plugged, if the
+/// preload library is loaded into them (see PreloadLibrary).
+class MockedAdapterLine : public CameraLine {
+    Q_OBJECT
+
+public:
+    /// @param portName  such as ttyUSB0: the name in /dev and in the list of ports
+    explicit MockedAdapterLine(QString portName, QObject *parent = nullptr);
+    /// Unplugs the line and removes the folder.
+    ~MockedAdapterLine() override;
+
+    bool plug(QString *error) override;
+    void unplug() override;
+    bool isPlugged() const override;
+    void write(const QByteArray &bytes) override;
+
+private:
+    class Testbed;
+
+    QString devicePath() const;
+
+    QString m_portName;
+    std::unique_ptr<Testbed> m_testbed;
+    std::unique_ptr<CameraTerminal> m_terminal; ///< null while unplugged
+};

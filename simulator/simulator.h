@@ -1,0 +1,53 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "answeringcamera.h"
+#include "childprogram.h"
+#include "controlsocket.h"
+#include "simulatoroptions.h"
+#include "terminationsignals.h"
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+class CameraLine;
+
+/// One run of the simulator: the camera, its line, the program on the other end of that if there is
+/// one, and those who may end the run.
+class Simulator : public QObject {
+    Q_OBJECT
+
+public:
+    explicit Simulator(const SimulatorOptions &options, QObject *parent = nullptr);
+    ~Simulator() override;
+
+    /// Makes the line and starts the program.
+    /// @param error  set to the reason when the result is false; not null
+    bool start(QString *error);
+
+signals:
+    /// A line of text for the user, without a line feed.
+    void printed(const QString &text);
+    /// The run is over. To be connected as queued: it may come out of start(), and before the
+    /// command that brought it about is answered.
+    /// @param fault  why it was not successful, if not already said by the program; or empty
+    void finished(int exitCode, const QString &fault);
+
+private:
+    bool plug(QString *error);
+    QString obey(const QString &command);
+    void note(const QString &text);
+    void end(int signalNumber);
+
+    SimulatorOptions m_options;
+    ExchangeLog m_log;
+    std::unique_ptr<CameraLine> m_line;
+    AnsweringCamera m_camera;
+    ChildProgram m_program;
+    ControlSocket m_control;
+    TerminationSignals m_signals;
+};

@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "answeringcamera.h"
+#include "camera.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <variant>
+
+/// What the command line asks for.
+struct SimulatorOptions {
+    CameraState camera;
+    AnsweringCamera::Manner manner;
+    QString program;       ///< empty: a pseudo-terminal instead of an adapter and a program
+    QStringList arguments; ///< of the program
+    QString portName = QStringLiteral("ttyUSB0"); ///< of the adapter
+    QString controlPath;                          ///< empty: no control socket
+    bool withHex = false;
+    bool quiet = false;
+};
+
+/// A text to print on the standard output before ending with success, such as the help.
+struct Information {
+    QString text;
+};
+
+/// Why the command line makes no sense.
+struct BadUsage {
+    QString reason;
+};
+
+/// Reads the command line.
+/// @param arguments  with the program's name in front
+std::variant<SimulatorOptions, Information, BadUsage>
+parseCommandLine(const QStringList &arguments);

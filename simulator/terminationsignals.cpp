@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "terminationsignals.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <initializer_list>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::initializer_list<int> kSignals{SIGINT, SIGTERM};
+
+// The handler may do hardly more than write into a pipe, at whose other end the event loop reads.
+std::array<int, 2> pipeEnds{-1, -1};
+
+struct Message {
+    int number;
+    bool isFromTerminal;
+};
+
+void handle(int number, siginfo_t *info, void * /*context*/)
+{
+    const int error = errno;
+    const Message message{number, info->si_code == SI_KERNEL};
+    // A full pipe has signals enough.
+    [[maybe_unused]] const ssize_t count = ::write(pipeEnds[1], &message, sizeof message);
+    errno = error;
+}
+
+} // namespace
+
+TerminationSignals::TerminationSignals(QObject *parent)
+    : QObject(parent)
+{
+    if (::pipe2(pipeEnds.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+        qFatal("cannot make a pipe: %s", qPrintable(qt_error_string(errno)));
+    }
+    m_notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, &TerminationSignals::read);
+
+    struct sigaction action {};
+    action.sa_sigaction = handle;
+    action.sa_flags = SA_SIGINFO | SA_RESTART;
+    for (const int number : kSignals) {
+        ::sigaction(number, &action, nullptr);
+    }
+}
+
+TerminationSignals::~TerminationSignals()
+{
+    for (const int number : kSignals) {
+        ::signal(number, SIG_DFL);
+    }
+    m_notifier->setEnabled(false);
+    for (int &end : pipeEnds) {
+        ::close(end);
+        end = -1;
+    }
+}
+
+void TerminationSignals::read()
+{
+    Message message{};
+    while (::read(pipeEnds[0], &message, sizeof message) == sizeof message) {
+        emit received(message.number, message.isFromTerminal);
+    }
+}

@@ -1,0 +1,223 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "pilot.h"
+
+#include <QFile>
+#include <QtTest>
+
+namespace {
+
+/// The installed program with the simulated camera, one pair for each test.
+class Desk {
+public:
+    bool start(const QStringList &simulatorOptions = {})
+    {
+        return corvane.start(CORVANE_SIMULATOR,
+                             QStringList{"--hex", "--control", controlSocket()} + simulatorOptions
+                                 + QStringList{"--", CORVANE_PROGRAM});
+    }
+    bool connectCamera()
+    {
+        return corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget");
+    }
+    bool tell(const QByteArray &command) { return tellSimulator(controlSocket(), command); }
+
+    /// The frames that passed, as "<- FF FF ..." from the host and "-> FF FF ..." to it.
+    QStringList frames()
+    {
+        QStringList frames;
+        const QStringList lines = corvane.output().split('\n');
+        for (const QString &line : lines) {
+            const int bytes = line.indexOf(" | ");
+            // Behind the time, "12:00:01.234  ".
+            const QString arrow = line.mid(14, 2);
+            if (bytes >= 0 && (arrow == "<-" || arrow == "->")) {
+                frames << arrow + ' ' + line.mid(bytes + 3);
+            }
+        }
+        return frames;
+    }
+
+    /// Processor time that the program has used, in clock ticks (10 ms each).
+    qint64 ticksUsed() const
+    {
+        const QString simulator = QString::number(corvane.processId());
+        const QByteArray program = read("/proc/" + simulator + "/task/" + simulator + "/children");
+        // Behind the name in brackets: user and system time are fields 14 and 15 of the line.
+        const QByteArray status = read("/proc/" + program.trimmed() + "/stat");
+        const QList<QByteArray> fields = status.mid(status.lastIndexOf(')') + 2).split(' ');
+        return fields.value(11).toLongLong() + fields.value(12).toLongLong();
+    }
+
+    Pilot corvane;
+
+private:
+    static QByteArray read(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    QString controlSocket() const { return m_directory.filePath("control"); }
+
+    QTemporaryDir m_directory;
+};
+
+} // namespace
+
+// A step that does not work ends the test with the pilot's own words.
+#define DO(step) QVERIFY2(step, qPrintable(desk.corvane.errorText() + '\n' + desk.corvane.output()))
+
+class ProgramTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void anOperatorsSessionPutsExactlyTheseBytesOnTheWire();
+    void aSilentCameraFailsTheConnection();
+    void anUnpluggedAdapterDisconnectsAndLeavesTheProgramIdle();
+    void aPluggedAdapterShowsWhenTheListOpens();
+    void closingTheWindowEndsTheProgram_data();
+    void closingTheWindowEndsTheProgram();
+};
+
+void ProgramTest::anOperatorsSessionPutsExactlyTheseBytesOnTheWire()
+{
+    Desk desk;
+    DO(desk.start({"--camera-version", "1.0.10.16", "--settings", "1,1,0,1,1", "--zoom-2", "272"}));
+    QCOMPARE(desk.corvane.text("comboBox_portlist"), QString("ttyUSB0 (USB Serial)"));
+    DO(desk.connectCamera());
+    DO(desk.corvane.waitUntil("the version is shown", [&desk] {
+        return desk.corvane.text("textEdit_device_info") == "Device Version: 1.0.a.10";
+    }));
+
+    DO(desk.corvane.choose("comboBox_autotracking", 2));
+    DO(desk.corvane.choose("comboBox_targetmissing", 9));
+    DO(desk.corvane.click("radioButton_upside_down"));
+    DO(desk.corvane.choose("comboBox_autozoom", 0));
+    DO(desk.corvane.choose("comboBox_zoomoffset", 3));
+    DO(desk.corvane.waitUntil("everything is chosen", [&desk] {
+        return desk.corvane.text("comboBox_autotracking") == "Pan Tracking"
+            && desk.corvane.text("comboBox_targetmissing") == "Preset 7"
+            && desk.corvane.isChecked("radioButton_upside_down")
+            && desk.corvane.text("comboBox_autozoom") == "OFF"
+            && desk.corvane.text("comboBox_zoomoffset") == "Custom";
+    }));
+    DO(desk.corvane.click("pushButton_apply"));
+    DO(desk.corvane.waitForDialog("Information: Apply Success."));
+    DO(desk.corvane.answerDialog());
+    DO(desk.corvane.waitForDialog({}));
+    QCOMPARE(desk.corvane.text("comboBox_targetmissing"), QString("Preset 7"));
+
+    DO(desk.corvane.click("pushButton_custom_zoom_2"));
+    DO(desk.corvane.waitUntil("the zoom is shown", [&desk] {
+        return desk.corvane.text("textEdit_device_info")
+            == "Device Version: 1.0.a.10\nSetting custom zoom: 272";
+    }));
+    DO(desk.corvane.click("pushButton_disconnect"));
+    DO(desk.corvane.waitForEnabled("tabWidget", false));
+    QCOMPARE(desk.corvane.text("textEdit_device_info"), QString());
+
+    QCOMPARE(desk.frames(),
+             QStringList({
+                 "<- FF FF 0A 41 01 06 07 06 09 01 16 00 7F",
+                 "-> FF FF 17 41 01 06 07 06 09 05 16 00 01 00 0A 10 01 00 00 00 00 01 01 01 01 B0",
+                 "<- FF FF 0F 41 01 06 07 06 09 01 55 00 02 09 01 00 03 D2",
+                 "-> FF FF 17 41 01 06 07 06 09 05 55 00 01 00 0A 10 09 00 00 01 01 01 00 00 03 F9",
+                 "<- FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6",
+                 "-> FF FF 0C 41 01 06 07 06 09 05 3A 00 01 10 BA",
+             }));
+
+    DO(desk.corvane.close());
+    DO(desk.corvane.waitUntilEnded());
+    QCOMPARE(desk.corvane.exitCode(), 0);
+}
+
+void ProgramTest::aSilentCameraFailsTheConnection()
+{
+    Desk desk;
+    DO(desk.start({"--silent"}));
+    DO(desk.corvane.click("pushButton_connect"));
+    DO(desk.corvane.waitForDialog("Error: Connection fail!", 15000));
+    DO(desk.corvane.answerDialog());
+    DO(desk.corvane.waitForEnabled("pushButton_connect"));
+    QVERIFY(!desk.corvane.isEnabled("tabWidget"));
+    QCOMPARE(desk.frames(), QStringList{"<- FF FF 0A 41 01 06 07 06 09 01 16 00 7F"});
+}
+
+void ProgramTest::anUnpluggedAdapterDisconnectsAndLeavesTheProgramIdle()
+{
+    Desk desk;
+    DO(desk.start());
+    DO(desk.connectCamera());
+    DO(desk.tell("unplug"));
+    DO(desk.corvane.waitForEnabled("tabWidget", false, 1000));
+    DO(desk.corvane.waitForEnabled("pushButton_connect", true, 1000));
+    QCOMPARE(desk.corvane.text("textEdit_device_info"), QString());
+
+    // A program that kept asking the dead line would use all of that time.
+    const qint64 before = desk.ticksUsed();
+    QVERIFY(before > 0);
+    QTest::qWait(1000);
+    const qint64 used = desk.ticksUsed() - before;
+    QVERIFY2(used < 30, qPrintable(QString::number(used)));
+
+    DO(desk.corvane.click("pushButton_connect"));
+    DO(desk.corvane.waitForDialog("Error: No such file or directory"));
+}
+
+void ProgramTest::aPluggedAdapterShowsWhenTheListOpens()
+{
+    Desk desk;
+    DO(desk.start());
+    DO(desk.tell("unplug"));
+    QCOMPARE(desk.corvane.text("comboBox_portlist"), QString("ttyUSB0 (USB Serial)"));
+    DO(desk.corvane.click("pushButton_connect"));
+    DO(desk.corvane.waitForDialog("Error: No such file or directory"));
+    DO(desk.corvane.answerDialog());
+    DO(desk.corvane.waitForDialog({}));
+    DO(desk.tell("plug"));
+    DO(desk.corvane.choose("comboBox_portlist", 0));
+    DO(desk.corvane.waitUntil("the adapter is listed", [&desk] {
+        return desk.corvane.text("comboBox_portlist") == "ttyUSB0 (USB Serial)";
+    }));
+    DO(desk.connectCamera());
+}
+
+void ProgramTest::closingTheWindowEndsTheProgram_data()
+{
+    QTest::addColumn<bool>("connects");
+    QTest::addColumn<QString>("clicked");
+
+    QTest::newRow("while disconnected") << false << "";
+    QTest::newRow("while connected") << true << "";
+    QTest::newRow("during the handshake") << false << "pushButton_connect";
+    QTest::newRow("while settings are applied") << true << "pushButton_apply";
+    QTest::newRow("while a zoom is set") << true << "pushButton_custom_zoom_1";
+}
+
+void ProgramTest::closingTheWindowEndsTheProgram()
+{
+    QFETCH(bool, connects);
+    QFETCH(QString, clicked);
+    Desk desk;
+    DO(desk.start());
+    if (connects) {
+        DO(desk.connectCamera());
+    }
+    DO(desk.tell("silent on"));
+    if (!clicked.isEmpty()) {
+        const int framesBefore = desk.frames().size();
+        DO(desk.corvane.click(clicked));
+        DO(desk.corvane.waitUntil("the request is out", [&desk, framesBefore] {
+            return desk.frames().size() > framesBefore;
+        }));
+    }
+    DO(desk.corvane.close());
+    // Well before the wait would have ended by itself, and without a box to be answered.
+    DO(desk.corvane.waitUntilEnded(1900));
+    QCOMPARE(desk.corvane.exitCode(), 0);
+    QVERIFY(!desk.corvane.output().contains("Success"));
+}
+
+QTEST_GUILESS_MAIN(ProgramTest)
+#include "tst_program.moc"

@@ -1,0 +1,163 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "simulatoroptions.h"
+
+#include <QtTest>
+
+namespace {
+
+std::variant<SimulatorOptions, Information, BadUsage> parse(const QStringList &arguments)
+{
+    return parseCommandLine(QStringList("corvane-simulator") + arguments);
+}
+
+} // namespace
+
+class SimulatorOptionsTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void hasDefaults();
+    void readsEveryOption();
+    void leavesTheProgramItsArguments_data();
+    void leavesTheProgramItsArguments();
+    void informs_data();
+    void informs();
+    void refusesBadUsage_data();
+    void refusesBadUsage();
+};
+
+void SimulatorOptionsTest::hasDefaults()
+{
+    const auto options = std::get<SimulatorOptions>(parse({"--pty"}));
+    QVERIFY(options.program.isEmpty());
+    QCOMPARE(options.manner.baud, 115200);
+    QCOMPARE(options.manner.delay.count(), 0);
+    QVERIFY(!options.manner.silent);
+    QCOMPARE(options.portName, QString("ttyUSB0"));
+    QVERIFY(options.controlPath.isEmpty());
+    QVERIFY(!options.withHex);
+    QVERIFY(!options.quiet);
+}
+
+void SimulatorOptionsTest::readsEveryOption()
+{
+    const auto options = std::get<SimulatorOptions>(
+        parse({"--port",     "ttyACM7",   "--baud",   "0",      "--camera-version", "1.2.10.255",
+               "--settings", "2,9,1,0,3", "--zoom-1", "-32768", "--zoom-2",         "32767",
+               "--silent",   "--delay",   "1500",     "--hex",  "--quiet",          "--control",
+               "/tmp/x",     "--",        "corvane"}));
+    QCOMPARE(options.program, QString("corvane"));
+    QCOMPARE(options.portName, QString("ttyACM7"));
+    QCOMPARE(options.manner.baud, 0);
+    QCOMPARE(options.manner.delay.count(), 1500);
+    QVERIFY(options.manner.silent);
+    QVERIFY((options.camera.version == std::array<unsigned char, 4>{1, 2, 10, 255}));
+    QCOMPARE(options.camera.settings.autoTracking, 2);
+    QCOMPARE(options.camera.settings.targetMissing, 9);
+    QCOMPARE(options.camera.settings.upsideDown, true);
+    QCOMPARE(options.camera.settings.autoZoom, 0);
+    QCOMPARE(options.camera.settings.zoomOffset, 3);
+    QVERIFY((options.camera.lensZoom == std::array<qint16, 2>{-32768, 32767}));
+    QVERIFY(options.withHex);
+    QVERIFY(options.quiet);
+    QCOMPARE(options.controlPath, QString("/tmp/x"));
+}
+
+void SimulatorOptionsTest::leavesTheProgramItsArguments_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QStringList>("programArguments");
+    QTest::addColumn<bool>("withHex");
+
+    QTest::newRow("none") << QStringList{"--", "sh"} << QStringList() << false;
+    QTest::newRow("behind --") << QStringList{"--hex", "--", "sh", "--help", "-x", "--", "y"}
+                               << QStringList{"--help", "-x", "--", "y"} << true;
+    QTest::newRow("without --") << QStringList{"sh", "--hex", "-x"} << QStringList{"--hex", "-x"}
+                                << false;
+}
+
+void SimulatorOptionsTest::leavesTheProgramItsArguments()
+{
+    QFETCH(QStringList, arguments);
+    const auto options = std::get<SimulatorOptions>(parse(arguments));
+    QCOMPARE(options.program, QString("sh"));
+    QTEST(options.arguments, "programArguments");
+    QTEST(options.withHex, "withHex");
+}
+
+void SimulatorOptionsTest::informs_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("part");
+
+    QTest::newRow("help") << QStringList{"--help"} << "Exit codes:";
+    QTest::newRow("short help") << QStringList{"-h"} << "--control <PATH>";
+    QTest::newRow("help beside a program") << QStringList{"--help", "sh"} << "Exit codes:";
+    QTest::newRow("version") << QStringList{"--version"} << "tst_simulatoroptions 1.2.3\n";
+}
+
+void SimulatorOptionsTest::informs()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, part);
+    QCoreApplication::setApplicationVersion("1.2.3");
+    const QString text = std::get<Information>(parse(arguments)).text;
+    QVERIFY2(text.contains(part), qPrintable(text));
+}
+
+void SimulatorOptionsTest::refusesBadUsage_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("reason");
+
+    QTest::newRow("nothing") << QStringList() << "either --pty or a program is needed";
+    QTest::newRow("both lines") << QStringList{"--pty", "sh"}
+                                << "--pty and a program exclude each other";
+    QTest::newRow("unknown option") << QStringList{"--pty", "--nope"} << "Unknown option 'nope'.";
+    QTest::newRow("missing value")
+        << QStringList{"--pty", "--baud"} << "Missing value after '--baud'.";
+    QTest::newRow("baud is no number") << QStringList{"--pty", "--baud", "fast"}
+                                       << "--baud is a number from 0 to 4000000, not 'fast'";
+    QTest::newRow("negative baud")
+        << QStringList{"--pty", "--baud", "-1"} << "--baud is a number from 0 to 4000000, not '-1'";
+    QTest::newRow("too many baud") << QStringList{"--pty", "--baud", "4000001"}
+                                   << "--baud is a number from 0 to 4000000, not '4000001'";
+    QTest::newRow("negative delay")
+        << QStringList{"--pty", "--delay=-1"} << "--delay is a number from 0 to 3600000, not '-1'";
+    QTest::newRow("zoom value too large") << QStringList{"--pty", "--zoom-1", "32768"}
+                                          << "--zoom-1 is a number from -32768 to 32767, not "
+                                             "'32768'";
+    QTest::newRow("zoom value too small") << QStringList{"--pty", "--zoom-2", "-32769"}
+                                          << "--zoom-2 is a number from -32768 to 32767, not "
+                                             "'-32769'";
+    for (const char *version :
+         {"1.2.3", "1.2.3.4.5", "1.2.3.256", "1.2.3.-1", "1.2.3.", "a.b.c.d"}) {
+        QTest::addRow("version %s", version)
+            << QStringList{"--pty", "--camera-version", version}
+            << QString("--camera-version is four numbers from 0 to 255 with dots, not '%1'")
+                   .arg(version);
+    }
+    QTest::newRow("too few settings") << QStringList{"--pty", "--settings", "1,1,0,1"}
+                                      << "--settings is five numbers with commas, not '1,1,0,1'";
+    QTest::newRow("a setting out of range") << QStringList{"--pty", "--settings", "1,10,0,1,1"}
+                                            << "--settings: target missing is 10, not 0 to 9";
+    QTest::newRow("port with a slash") << QStringList{"--port", "../x", "sh"}
+                                       << "--port is a name of letters and digits, not '../x'";
+    QTest::newRow("empty port") << QStringList{"--port=", "sh"}
+                                << "--port is a name of letters and digits, not ''";
+    QTest::newRow("empty control path")
+        << QStringList{"--control=", "sh"} << "--control is a path, not ''";
+}
+
+void SimulatorOptionsTest::refusesBadUsage()
+{
+    QFETCH(QStringList, arguments);
+    const auto result = parse(arguments);
+    QVERIFY(std::holds_alternative<BadUsage>(result));
+    QTEST(std::get<BadUsage>(result).reason, "reason");
+}
+
+QTEST_GUILESS_MAIN(SimulatorOptionsTest)
+#include "tst_simulatoroptions.moc"

@@ -1,0 +1,467 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include <QFile>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <array>
+#include <csignal>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+QByteArray hello()
+{
+    return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F";
+}
+
+QByteArray helloReply()
+{
+    return "FF FF 17 41 01 06 07 06 09 05 16 00 "
+           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C";
+}
+
+/// The simulator as a process.
+class Simulator {
+public:
+    explicit Simulator(const QStringList &arguments)
+    {
+        m_process.start(SIMULATOR_PROGRAM, arguments);
+    }
+    Simulator(const Simulator &) = delete;
+    Simulator &operator=(const Simulator &) = delete;
+    ~Simulator()
+    {
+        m_process.terminate();
+        m_process.waitForFinished();
+    }
+
+    /// The next line of its output, or a text that no test expects.
+    QString line()
+    {
+        while (!m_process.canReadLine()) {
+            if (!m_process.waitForReadyRead()) {
+                return "no more lines; errors: " + errors();
+            }
+        }
+        return QString::fromLocal8Bit(m_process.readLine()).trimmed();
+    }
+    /// The name of its pseudo-terminal, from its first line.
+    QString portName()
+    {
+        const QString text = line();
+        return text.startsWith("Port: ") ? text.mid(6) : "no port in: " + text;
+    }
+    /// The next line without the time in front.
+    QString event() { return line().mid(14); }
+    void sendSignal(int number) { ::kill(static_cast<pid_t>(m_process.processId()), number); }
+    /// Its exit code; only once it has ended.
+    int exitCode()
+    {
+        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished()) {
+            return -1;
+        }
+        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -2;
+    }
+    QString errors() { return QString::fromLocal8Bit(m_process.readAllStandardError()); }
+    QString output() { return QString::fromLocal8Bit(m_process.readAllStandardOutput()); }
+
+private:
+    QProcess m_process;
+};
+
+/// The host's end of a serial line, with plain system calls.
+class Host {
+public:
+    explicit Host(const QString &portName)
+        : m_descriptor(::open(qPrintable(portName), O_RDWR | O_NOCTTY | O_CLOEXEC))
+    {
+    }
+    Host(const Host &) = delete;
+    Host &operator=(const Host &) = delete;
+    ~Host() { ::close(m_descriptor); }
+
+    bool write(const QByteArray &hexadecimal) const
+    {
+        const QByteArray bytes = QByteArray::fromHex(hexadecimal);
+        return ::write(m_descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size()))
+            == bytes.size();
+    }
+    /// As many bytes in hexadecimal; fewer when the line is hung up on, or when no more come.
+    QByteArray read(int size) const
+    {
+        constexpr int kPatience = 5000; // ms
+        QByteArray bytes;
+        std::array<char, 256> buffer{};
+        pollfd state{m_descriptor, POLLIN, 0};
+        while (bytes.size() < size && ::poll(&state, 1, kPatience) == 1) {
+            const ssize_t count = ::read(m_descriptor, buffer.data(), buffer.size());
+            if (count <= 0) {
+                break;
+            }
+            bytes.append(buffer.data(), static_cast<int>(count));
+        }
+        return bytes.toHex(' ').toUpper();
+    }
+
+private:
+    int m_descriptor;
+};
+
+/// Its control socket.
+class Control {
+public:
+    explicit Control(const QString &path)
+    {
+        // It is there before the simulator prints anything.
+        m_socket.connectToServer(path);
+    }
+    QByteArray obey(const QByteArray &command)
+    {
+        m_socket.write(command + '\n');
+        while (!m_socket.canReadLine()) {
+            if (!m_socket.waitForReadyRead()) {
+                return "no answer";
+            }
+        }
+        return m_socket.readLine().trimmed();
+    }
+
+private:
+    QLocalSocket m_socket;
+};
+
+// Qt's serial ports lock their names for the whole machine, and other tests may run at this moment.
+QString uniquePortName()
+{
+    return QString("ttyTEST%1").arg(QCoreApplication::applicationPid());
+}
+
+} // namespace
+
+class SimulatorProgramTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void answersOnAPseudoTerminal();
+    void takesItsStateFromTheCommandLine();
+    void printsTheBytesOnDemand();
+    void endsOnASignal_data();
+    void endsOnASignal();
+    void stopsWithABadCommandLine_data();
+    void stopsWithABadCommandLine();
+    void tellsItsVersion();
+    void endsAsTheProgramDoes_data();
+    void endsAsTheProgramDoes();
+    void givesTheProgramItsInputAndOutput();
+    void passesSignalsOnToTheProgram_data();
+    void passesSignalsOnToTheProgram();
+    void endsTheProgramWhenKilled();
+    void listsOneAdapter();
+    void answersOnTheAdapter();
+    void unplugsThePseudoTerminal();
+    void unplugsTheAdapter();
+    void hidesTheAdapterWhileUnplugged();
+    void quitsOnCommand();
+    void needsItsControlSocket();
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_controlPath;
+};
+
+void SimulatorProgramTest::initTestCase()
+{
+    // The preload library stands in front of a sanitizer's runtime library, which does no harm here
+    // and is reported all the same. For the simulator and the programs that it runs.
+    qputenv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":verify_asan_link_order=0");
+}
+
+void SimulatorProgramTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_controlPath = m_folder->filePath("control");
+}
+
+void SimulatorProgramTest::answersOnAPseudoTerminal()
+{
+    Simulator simulator({"--pty"});
+    Host host(simulator.portName());
+    QVERIFY(host.write(hello()));
+    QCOMPARE(host.read(26), helloReply());
+    QVERIFY(host.write("FF FF 0F 41 01 06 07 06 09 01 55 00 02 09 01 00 03 D2"));
+    QCOMPARE(host.read(26),
+             QByteArray("FF FF 17 41 01 06 07 06 09 05 55 00 "
+                        "01 00 00 06 09 00 00 01 01 01 00 00 03 E5"));
+    QVERIFY(host.write("FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5"));
+    QCOMPARE(host.read(15), QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 00 64 0D"));
+    QCOMPARE(simulator.event(), QString("<- HELLO"));
+    QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+    QVERIFY(simulator.event().startsWith("<- CUSTOM_SETTING "));
+    QVERIFY(simulator.event().startsWith("-> CUSTOM_SETTING ack "));
+    QCOMPARE(simulator.event(), QString("<- SET_CUSTOM_ZOOM      zoom 1"));
+    QCOMPARE(simulator.event(), QString("-> SET_CUSTOM_ZOOM ack  value 100"));
+}
+
+void SimulatorProgramTest::takesItsStateFromTheCommandLine()
+{
+    Simulator simulator({"--pty", "--quiet", "--baud", "0", "--camera-version", "255.128.10.16",
+                         "--settings", "0,0,0,0,0", "--zoom-2", "400"});
+    Host host(simulator.portName());
+    QVERIFY(host.write(hello()));
+    QCOMPARE(host.read(26),
+             QByteArray("FF FF 17 41 01 06 07 06 09 05 16 00 "
+                        "FF 80 0A 10 00 00 00 00 00 00 00 00 00 29"));
+    QVERIFY(host.write("FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6"));
+    QCOMPARE(host.read(15), QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 01 90 3A"));
+    simulator.sendSignal(SIGTERM);
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(simulator.output(), QString());
+}
+
+void SimulatorProgramTest::printsTheBytesOnDemand()
+{
+    Simulator simulator({"--pty", "--hex"});
+    Host host(simulator.portName());
+    QVERIFY(host.write(hello()));
+    QCOMPARE(simulator.event(), "<- HELLO | " + hello());
+    QVERIFY(simulator.event().endsWith(" | " + helloReply()));
+}
+
+void SimulatorProgramTest::endsOnASignal_data()
+{
+    QTest::addColumn<int>("number");
+
+    QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGINT") << SIGINT;
+}
+
+void SimulatorProgramTest::endsOnASignal()
+{
+    QFETCH(int, number);
+    Simulator simulator({"--pty", "--control", m_controlPath});
+    const QString portName = simulator.portName();
+    QVERIFY(QFile::exists(portName));
+    simulator.sendSignal(number);
+    QCOMPARE(simulator.exitCode(), 0);
+    QVERIFY(!QFile::exists(portName));
+    QVERIFY(!QFile::exists(m_controlPath));
+}
+
+void SimulatorProgramTest::stopsWithABadCommandLine_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("message");
+
+    QTest::newRow("no line") << QStringList()
+                             << "corvane-simulator: either --pty or a program is needed\n"
+                                "Try --help.\n";
+    QTest::newRow("unknown option") << QStringList{"--pty", "--nope"}
+                                    << "corvane-simulator: Unknown option 'nope'.\nTry --help.\n";
+    QTest::newRow("bad value")
+        << QStringList{"--pty", "--baud", "fast"}
+        << "corvane-simulator: --baud is a number from 0 to 4000000, not 'fast'\nTry --help.\n";
+}
+
+void SimulatorProgramTest::stopsWithABadCommandLine()
+{
+    QFETCH(QStringList, arguments);
+    Simulator simulator(arguments);
+    QCOMPARE(simulator.exitCode(), 2);
+    QTEST(simulator.errors(), "message");
+    QCOMPARE(simulator.output(), QString());
+}
+
+void SimulatorProgramTest::tellsItsVersion()
+{
+    Simulator simulator({"--version"});
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(simulator.output(), QString("corvane-simulator 1.0.0.5\n"));
+}
+
+void SimulatorProgramTest::endsAsTheProgramDoes_data()
+{
+    QTest::addColumn<QStringList>("program");
+    QTest::addColumn<int>("exitCode");
+
+    QTest::newRow("success") << QStringList{"/bin/true"} << 0;
+    QTest::newRow("failure") << QStringList{"sh", "-c", "exit 7"} << 7;
+    QTest::newRow("killed") << QStringList{"sh", "-c", "kill -KILL $$"} << 137;
+    QTest::newRow("no such program") << QStringList{"/nonexistent/program"} << 127;
+}
+
+void SimulatorProgramTest::endsAsTheProgramDoes()
+{
+    QFETCH(QStringList, program);
+    Simulator simulator(QStringList("--") + program);
+    QTEST(simulator.exitCode(), "exitCode");
+}
+
+void SimulatorProgramTest::givesTheProgramItsInputAndOutput()
+{
+    QProcess process;
+    process.start(SIMULATOR_PROGRAM, {"--", "sh", "-c", "cat; echo bad >&2"});
+    process.write("through");
+    process.closeWriteChannel();
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+    QCOMPARE(process.readAllStandardOutput(), QByteArray("through"));
+    QCOMPARE(process.readAllStandardError(), QByteArray("bad\n"));
+}
+
+void SimulatorProgramTest::passesSignalsOnToTheProgram_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::addColumn<int>("exitCode");
+
+    QTest::newRow("SIGTERM") << SIGTERM << 3;
+    QTest::newRow("SIGINT") << SIGINT << 4;
+}
+
+void SimulatorProgramTest::passesSignalsOnToTheProgram()
+{
+    QFETCH(int, number);
+    Simulator simulator({"--", "sh", "-c",
+                         "trap 'exit 3' TERM; trap 'exit 4' INT; echo ready; "
+                         "while true; do sleep 0.05; done"});
+    QCOMPARE(simulator.line(), QString("ready"));
+    simulator.sendSignal(number);
+    QTEST(simulator.exitCode(), "exitCode");
+}
+
+void SimulatorProgramTest::endsTheProgramWhenKilled()
+{
+    const QString ended = m_folder->filePath("ended");
+    QProcess process;
+    // What it cannot tidy up any more goes with this test's folder.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TMPDIR", m_folder->path());
+    process.setProcessEnvironment(environment);
+    process.start(SIMULATOR_PROGRAM,
+                  {"--", "sh", "-c",
+                   QString("trap 'touch \"%1\"; exit' TERM; echo ready; "
+                           "while true; do sleep 0.05; done")
+                       .arg(ended)});
+    QVERIFY(process.waitForReadyRead());
+    QCOMPARE(process.readLine(), QByteArray("ready\n"));
+    process.kill();
+    QVERIFY(process.waitForFinished());
+    QTRY_VERIFY(QFile::exists(ended));
+}
+
+void SimulatorProgramTest::listsOneAdapter()
+{
+    Simulator simulator({"--", SERIAL_HOST_PROGRAM, "list"});
+    QCOMPARE(simulator.line(), QString("ttyUSB0 (USB Serial)"));
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(simulator.output(), QString());
+}
+
+void SimulatorProgramTest::answersOnTheAdapter()
+{
+    Simulator simulator({"--quiet", "--port", uniquePortName(), "--", SERIAL_HOST_PROGRAM, "hello",
+                         uniquePortName()});
+    QCOMPARE(simulator.line(), QString(helloReply()));
+    QCOMPARE(simulator.exitCode(), 0);
+}
+
+void SimulatorProgramTest::unplugsThePseudoTerminal()
+{
+    Simulator simulator({"--pty", "--control", m_controlPath});
+    const QString portName = simulator.portName();
+    Control control(m_controlPath);
+    QCOMPARE(control.obey("plug"), QByteArray("error: already plugged"));
+    {
+        Host host(portName);
+        QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+        QCOMPARE(host.read(1), QByteArray());
+    }
+    QCOMPARE(simulator.event(), QString("-- unplugged"));
+    QVERIFY(!QFile::exists(portName));
+    QCOMPARE(control.obey("unplug"), QByteArray("error: not plugged"));
+    QCOMPARE(control.obey("plug"), QByteArray("ok"));
+    Host host(simulator.portName());
+    QCOMPARE(simulator.event(), QString("-- plugged"));
+    QCOMPARE(control.obey("silent on"), QByteArray("ok"));
+    QVERIFY(host.write(hello()));
+    QVERIFY(simulator.event().endsWith("(not answered: silent)"));
+    QCOMPARE(control.obey("silent off"), QByteArray("ok"));
+    QVERIFY(host.write(hello()));
+    QCOMPARE(host.read(26), helloReply());
+    QCOMPARE(control.obey("silent"), QByteArray("error: unknown command 'silent'"));
+}
+
+void SimulatorProgramTest::unplugsTheAdapter()
+{
+    Simulator simulator({"--quiet", "--control", m_controlPath, "--port", uniquePortName(), "--",
+                         SERIAL_HOST_PROGRAM, "stay", uniquePortName()});
+    QCOMPARE(simulator.line(), QString("open"));
+    QCOMPARE(Control(m_controlPath).obey("unplug"), QByteArray("ok"));
+    QCOMPARE(simulator.line(), QString("gone"));
+    QCOMPARE(simulator.exitCode(), 0);
+}
+
+void SimulatorProgramTest::hidesTheAdapterWhileUnplugged()
+{
+    const QString portName = uniquePortName();
+    const QString list = QString("'%1' list; echo end; read line;").arg(SERIAL_HOST_PROGRAM);
+    // The program's input is this test's end of a pipe, so that it goes on as told.
+    QProcess process;
+    process.start(
+        SIMULATOR_PROGRAM,
+        {"--quiet", "--control", m_controlPath, "--port", portName, "--", "sh", "-c",
+         list + list + list + QString("'%1' hello %2").arg(SERIAL_HOST_PROGRAM, portName)});
+    const auto nextLine = [&process] {
+        while (!process.canReadLine() && process.waitForReadyRead()) {}
+        return QString::fromLocal8Bit(process.readLine()).trimmed();
+    };
+    QCOMPARE(nextLine(), portName + " (USB Serial)");
+    QCOMPARE(nextLine(), QString("end"));
+    Control control(m_controlPath);
+    QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+    process.write("\n");
+    QCOMPARE(nextLine(), QString("end"));
+    QCOMPARE(control.obey("plug"), QByteArray("ok"));
+    process.write("\n");
+    QCOMPARE(nextLine(), portName + " (USB Serial)");
+    QCOMPARE(nextLine(), QString("end"));
+    process.write("\n");
+    QCOMPARE(nextLine(), QString(helloReply()));
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+}
+
+void SimulatorProgramTest::quitsOnCommand()
+{
+    {
+        Simulator simulator({"--pty", "--control", m_controlPath});
+        simulator.portName();
+        QCOMPARE(Control(m_controlPath).obey("quit"), QByteArray("ok"));
+        QCOMPARE(simulator.exitCode(), 0);
+    }
+    Simulator simulator({"--quiet", "--control", m_controlPath, "--port", uniquePortName(), "--",
+                         SERIAL_HOST_PROGRAM, "stay", uniquePortName()});
+    QCOMPARE(simulator.line(), QString("open"));
+    QCOMPARE(Control(m_controlPath).obey("quit"), QByteArray("ok"));
+    QCOMPARE(simulator.exitCode(), 128 + SIGTERM);
+}
+
+void SimulatorProgramTest::needsItsControlSocket()
+{
+    const QString path = m_folder->filePath("no/such/folder");
+    Simulator simulator({"--pty", "--control", path});
+    QCOMPARE(simulator.exitCode(), 1);
+    QVERIFY(
+        simulator.errors().startsWith("corvane-simulator: cannot make the control socket " + path));
+}
+
+QTEST_GUILESS_MAIN(SimulatorProgramTest)
+#include "tst_simulatorprogram.moc"
