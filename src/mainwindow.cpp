@@ -5,14 +5,19 @@
 
 #include "acknowledgementwait.h"
 #include "devicereply.h"
+#include "firmwareimage.h"
+#include "firmwarepacket.h"
 #include "requestpayload.h"
 #include "serialdevice.h"
 #include "ui_mainwindow.h"
 #include "version.h"
 
+#include <QCloseEvent>
 #include <QDebug>
+#include <QFileDialog>
 #include <QLabel>
 #include <QMessageBox>
+#include <QScopedValueRollback>
 #include <QThread>
 
 using namespace std::chrono_literals;
@@ -25,6 +30,7 @@ constexpr unsigned long kRepeatPauseMs = 200;
 
 constexpr auto kReplyLimit = 5000ms;
 constexpr auto kCustomZoomLimit = 2000ms;
+constexpr auto kPacketLimit = 2000ms;
 
 } // namespace
 
@@ -358,11 +364,140 @@ void MainWindow::setCustomZoom(unsigned char preset, const QString &failureText)
     }
 }
 
-void MainWindow::on_pushButton_choose_file_clicked() {}
+void MainWindow::on_pushButton_choose_file_clicked()
+{
+    const QString path = QFileDialog::getOpenFileName(this, tr("Open File"), QStringLiteral("/"),
+                                                      QStringLiteral("firmware files(*.img)"));
+    if (path.isEmpty()) {
+        return;
+    }
+    ui->lineEdit_firmware->setText(path);
+    // Setting the text does not raise the signal.
+    on_lineEdit_firmware_editingFinished();
+}
 
-void MainWindow::on_lineEdit_firmware_editingFinished() {}
+void MainWindow::on_lineEdit_firmware_editingFinished()
+{
+    const auto image = FirmwareImage::read(ui->lineEdit_firmware->text());
+    if (!image) {
+        refuseFirmware(QString());
+    } else if (!image->hasMagic()) {
+        refuseFirmware(tr("Firmware file error."));
+    } else {
+        showVersions(*image);
+        ui->pushButton_start_upgrade->setEnabled(true);
+    }
+}
 
-void MainWindow::on_pushButton_start_upgrade_clicked() {}
+void MainWindow::refuseFirmware(const QString &reason)
+{
+    ui->textEdit_firmware_info->setText(reason);
+    ui->pushButton_start_upgrade->setEnabled(false);
+}
+
+void MainWindow::showVersions(const FirmwareImage &image)
+{
+    ui->textEdit_firmware_info->clear();
+    ui->textEdit_firmware_info->append(QLatin1String("Protocol version: ")
+                                       + image.protocolVersion());
+    ui->textEdit_firmware_info->append(QLatin1String("Image version: ") + image.imageVersion());
+}
+
+void MainWindow::on_pushButton_start_upgrade_clicked()
+{
+    if (m_isUpgrading) {
+        // A line that hung up has given the window back, but the upgrade still waits for its end.
+        return;
+    }
+    // Read again: what is uploaded is the file as it is now, not as it was when it was chosen.
+    const auto image = FirmwareImage::read(ui->lineEdit_firmware->text());
+    if (!image) {
+        refuseFirmware(QString());
+        return;
+    }
+
+    const QScopedValueRollback<bool> upgrading(m_isUpgrading, true);
+    ui->pushButton_connect->setEnabled(false);
+    ui->pushButton_disconnect->setEnabled(false);
+    ui->comboBox_portlist->setEnabled(false);
+    ui->comboBox_baudrate->setEnabled(false);
+    ui->tabWidget->setEnabled(false);
+    if (!image->hasMagic()) {
+        // The file has changed under the operator's hands. Everything stays disabled.
+        refuseFirmware(tr("Firmware file error."));
+        return;
+    }
+    showVersions(*image);
+    ui->textEdit_firmware_info->append(QLatin1String("Current version: ") + m_deviceVersion);
+    ui->pushButton_start_upgrade->setEnabled(true);
+
+    QByteArray firmware = image->firmware();
+    showStatusMessage(QStringLiteral("firmware size = %1").arg(firmware.size()));
+    if (firmware.size() > FirmwarePacket::kMaximumFirmwareSize) {
+        refuseFirmware(tr("Firmware file error."));
+    } else if (!uploadFirmware(firmware)) {
+        return;
+    }
+    on_pushButton_disconnect_clicked();
+}
+
+bool MainWindow::uploadFirmware(QByteArray &firmware)
+{
+    sendRequest(UART_CTRL_CMD_RECEIVE_FW_INFO, firmwareSizePayload(firmware.size()));
+    AcknowledgementWait acknowledgement(this, SIGNAL(receive_fw_info_ack()));
+    switch (acknowledgement.waitFor(kReplyLimit)) {
+    case AcknowledgementWait::Acknowledged:
+        break;
+    case AcknowledgementWait::TimedOut:
+        QMessageBox::critical(this, tr("Error"), tr("Connection timeout!"));
+        return true;
+    case AcknowledgementWait::ProgramEnding:
+        return false;
+    }
+
+    switch (sendPackets(firmware, acknowledgement)) {
+    case AcknowledgementWait::Acknowledged:
+        ui->progressBar_updating->setValue(firmware.size());
+        QCoreApplication::processEvents();
+        ui->textEdit_firmware_info->clear();
+        ui->textEdit_firmware_info->setText(tr("Update is complete. Device auto-rebooting."));
+        return true;
+    case AcknowledgementWait::TimedOut:
+        QMessageBox::critical(this, tr("Error"), tr("Transmission stop!"));
+        return true;
+    case AcknowledgementWait::ProgramEnding:
+        break;
+    }
+    return false;
+}
+
+AcknowledgementWait::Outcome MainWindow::sendPackets(QByteArray &firmware,
+                                                     AcknowledgementWait &acknowledgement)
+{
+    ui->progressBar_updating->setRange(0, firmware.size());
+    auto *const bytes = reinterpret_cast<unsigned char *>(firmware.data());
+    const int packetCount = FirmwarePacket::count(firmware.size());
+    for (int index = 0; index < packetCount; ++index) {
+        showStatusMessage(QStringLiteral("UART_CTRL_CMD_UPLOAD_FIRMWARE %1").arg(index));
+        const FirmwarePacket packet = FirmwarePacket::at(index, firmware.size());
+        SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, packet.number,
+                        bytes + packet.offset, packet.length, 1);
+        ui->progressBar_updating->setValue(packet.offset);
+        QCoreApplication::processEvents();
+        const auto outcome = acknowledgement.waitFor(kPacketLimit);
+        if (outcome != AcknowledgementWait::Acknowledged) {
+            return outcome;
+        }
+    }
+    return AcknowledgementWait::Acknowledged;
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    // Nothing stops an upgrade that has begun: a camera with half a firmware is worse than a window
+    // that stays a little longer.
+    event->setAccepted(!m_isUpgrading);
+}
 
 void MainWindow::on_pushButton_cancel_upgrade_clicked() {}
 

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "acknowledgementwait.h"
 #include "parserthread.h"
 #include "ringbuffer.h"
 #include "uartframe.h"
@@ -10,6 +11,7 @@
 #include <QMainWindow>
 #include <QSerialPort>
 
+class FirmwareImage;
 class QLabel;
 struct CameraSettings;
 struct SettingsReport;
@@ -99,6 +101,10 @@ private slots:
     void on_pushButton_custom_zoom_1_clicked();
     void on_pushButton_custom_zoom_2_clicked();
 
+protected:
+    /// Declines while an upgrade runs.
+    void closeEvent(QCloseEvent *event) override;
+
 private:
     bool openPort();
     /// Closes the port and puts the widgets into the disconnected state.
@@ -113,6 +119,17 @@ private:
 
     void showSettingsReport(const SettingsReport &report);
     void showCustomZoom(int zoom);
+    /// Leaves @p reason, or nothing, in the firmware pane, and no way to start.
+    void refuseFirmware(const QString &reason);
+    void showVersions(const FirmwareImage &image);
+    /// Announces the firmware, sends it, and says what came of it.
+    /// @param firmware  not changed; at most FirmwarePacket::kMaximumFirmwareSize bytes
+    /// @return false when the program is ending and nothing is left to be done
+    bool uploadFirmware(QByteArray &firmware);
+    /// @return what ended the wait for the last packet that was sent
+    AcknowledgementWait::Outcome sendPackets(QByteArray &firmware,
+                                             AcknowledgementWait &acknowledgement);
+
     /// Leaves the version as the one line in the device information pane.
     void showDeviceVersion();
 
@@ -125,4 +142,5 @@ private:
     ParserThread m_parser;           ///< destroyed before the ring buffer that it reads
     QString m_deviceVersion;         ///< the last that the camera reported
     QString m_customZoom;            ///< the last that the camera reported, decimal
+    bool m_isUpgrading = false;
 };

@@ -77,6 +77,9 @@ public:
 private:
     void reply()
     {
+        if (m_reply.isEmpty()) {
+            return;
+        }
         const QByteArray bytes = m_reply;
         m_reply.clear();
         QTimer::singleShot(m_replyAfterMs, &line, [this, bytes] { line.send(bytes); });

@@ -16,3 +16,9 @@ std::array<unsigned char, 2> customZoomPayload(unsigned char preset)
 {
     return {preset, 0};
 }
+
+std::array<unsigned char, 4> firmwareSizePayload(int size)
+{
+    return {2, static_cast<unsigned char>(size >> 16), static_cast<unsigned char>(size >> 8),
+            static_cast<unsigned char>(size)};
+}

@@ -25,3 +25,8 @@ std::array<unsigned char, 5> cameraSettingsPayload(const CameraSettings &setting
 /// The payload of UART_CTRL_CMD_SET_CUSTOM_ZOOM: the preset, then a reserved 0.
 /// @param preset  0 for the first, 1 for the second
 std::array<unsigned char, 2> customZoomPayload(unsigned char preset);
+
+/// The payload of UART_CTRL_CMD_RECEIVE_FW_INFO: 02, then the low 24 bits of the firmware's size,
+/// high byte first.
+/// @param size  bytes
+std::array<unsigned char, 4> firmwareSizePayload(int size);

@@ -21,6 +21,8 @@ private slots:
     void settingsStandInTheOrderOfTheWire_data();
     void settingsStandInTheOrderOfTheWire();
     void customZoomIsThePresetAndZero();
+    void firmwareSizeTravelsInThreeBytes_data();
+    void firmwareSizeTravelsInThreeBytes();
 };
 
 void RequestPayloadTest::settingsStandInTheOrderOfTheWire_data()
@@ -63,6 +65,23 @@ void RequestPayloadTest::customZoomIsThePresetAndZero()
 {
     QCOMPARE(hex(customZoomPayload(0)), QByteArray("00 00"));
     QCOMPARE(hex(customZoomPayload(1)), QByteArray("01 00"));
+}
+
+void RequestPayloadTest::firmwareSizeTravelsInThreeBytes_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<QByteArray>("payload");
+    QTest::newRow("0") << 0 << QByteArray("02 00 00 00");
+    QTest::newRow("300") << 300 << QByteArray("02 00 01 2c");
+    QTest::newRow("74565") << 74565 << QByteArray("02 01 23 45");
+    QTest::newRow("the largest") << 16777215 << QByteArray("02 ff ff ff");
+    QTest::newRow("higher bits are not sent") << 16777216 + 300 << QByteArray("02 00 01 2c");
+}
+
+void RequestPayloadTest::firmwareSizeTravelsInThreeBytes()
+{
+    QFETCH(int, size);
+    QTEST(hex(firmwareSizePayload(size)), "payload");
 }
 
 QTEST_APPLESS_MAIN(RequestPayloadTest)

@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "firmwareimage.h"
+
+#include "versiontext.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <utility>
+
+namespace {
+
+constexpr char kMagic[] = "KVEL";
+constexpr int kMagicSize = 4;
+constexpr int kProtocolVersionOffset = 4;
+constexpr int kImageVersionOffset = 8;
+
+/// Completes base64 text whose padding is missing. A length of 1 modulo 4 cannot be completed, and
+/// stays.
+QByteArray padded(const QByteArray &text)
+{
+    switch (text.size() % 4) {
+    case 2:
+        return text + "==";
+    case 3:
+        return text + '=';
+    default:
+        return text;
+    }
+}
+
+} // namespace
+
+FirmwareImage::FirmwareImage(QByteArray contents)
+    : m_contents(std::move(contents))
+{
+}
+
+std::optional<FirmwareImage> FirmwareImage::read(const QString &path)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || file.size() > kMaximumFileSize
+        || !file.open(QIODevice::ReadOnly)) {
+        return std::nullopt;
+    }
+    return FirmwareImage(file.readAll());
+}
+
+bool FirmwareImage::hasMagic() const
+{
+    return m_contents.left(kMagicSize) == QByteArray::fromRawData(kMagic, kMagicSize);
+}
+
+QString FirmwareImage::protocolVersion() const
+{
+    return versionAt(kProtocolVersionOffset);
+}
+
+QString FirmwareImage::imageVersion() const
+{
+    return versionAt(kImageVersionOffset);
+}
+
+QByteArray FirmwareImage::firmware() const
+{
+    constexpr int kBodyOffset = kHeaderSize + kRawPrefixSize;
+    QByteArray firmware = m_contents.mid(kHeaderSize, kRawPrefixSize);
+    if (m_contents.size() > kBodyOffset) {
+        // A view: the body is most of the file, and only padding needs a copy of it.
+        const QByteArray body = QByteArray::fromRawData(m_contents.constData() + kBodyOffset,
+                                                        m_contents.size() - kBodyOffset);
+        firmware += QByteArray::fromBase64(padded(body));
+    }
+    return firmware;
+}
+
+QString FirmwareImage::versionAt(int offset) const
+{
+    return versionText(byteAt(offset), byteAt(offset + 1), byteAt(offset + 2), byteAt(offset + 3));
+}
+
+char FirmwareImage::byteAt(int offset) const
+{
+    return offset < m_contents.size() ? m_contents.at(offset) : '\0';
+}

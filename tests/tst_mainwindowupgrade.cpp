@@ -1,0 +1,582 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "widgetrecorder.h"
+#include "windowonline.h"
+
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QTabWidget>
+#include <QtTest>
+
+namespace {
+
+const char *const kComplete = "Update is complete. Device auto-rebooting.";
+const char *const kVersionLines =
+    "Protocol version: 1.2.0.7\nImage version: 1.0.0.6\nCurrent version: 1.0.a.10";
+
+// What the camera acknowledges with, as it is on the line.
+QByteArray sizeAcknowledgement()
+{
+    return QByteArray::fromHex("ffff0a410106070609051000 7d");
+}
+QByteArray packetAcknowledgement()
+{
+    return QByteArray::fromHex("ffff0a410106070609050100 6e");
+}
+
+/// A request's frame, put together here once more so that the program's own encoder is not asked.
+QByteArray request(int command, int parameter, const QByteArray &payload)
+{
+    QByteArray counted;
+    counted += static_cast<char>(10 + payload.size());
+    counted += QByteArray::fromHex("410106070609 01");
+    counted += static_cast<char>(command);
+    counted += static_cast<char>(parameter);
+    counted += payload;
+    int sum = 0;
+    for (const char byte : qAsConst(counted)) {
+        sum += static_cast<unsigned char>(byte);
+    }
+    return "\xff\xff" + counted + static_cast<char>(sum);
+}
+
+QByteArray firmwareOf(int size)
+{
+    QByteArray firmware(size, '\0');
+    for (int i = 0; i < size; ++i) {
+        firmware[i] = static_cast<char>(i * 7 + i / 128);
+    }
+    return firmware;
+}
+
+QByteArray imageOf(const QByteArray &firmware)
+{
+    return ("KVEL" + QByteArray::fromHex("01020007 01000006")).leftJustified(128, '\0')
+        + firmware.left(32) + firmware.mid(32).toBase64();
+}
+
+/// A window that is connected, an image file chosen in it, and a camera that takes the firmware.
+class Upgrade : public QObject {
+    Q_OBJECT
+
+public:
+    explicit Upgrade(int firmwareSize, bool answersDialogs = true)
+        : desk(answersDialogs)
+        , firmware(firmwareOf(firmwareSize))
+    {
+        write(imageOf(firmware));
+        if (!desk.connectCamera()) {
+            qFatal("not connected");
+        }
+        desk.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
+        desk.child<QLineEdit>("lineEdit_firmware")->setText(path());
+        QMetaObject::invokeMethod(&desk.window, "on_lineEdit_firmware_editingFinished");
+        connect(&desk.line, &PseudoTerminal::bytesReceived, this, &Upgrade::receive);
+        desk.log.clear();
+    }
+
+    QString path() const { return m_directory.filePath("image"); }
+    void write(const QByteArray &contents) const
+    {
+        QFile file(path());
+        if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
+            qFatal("cannot write the image");
+        }
+    }
+    void start() { desk.click("pushButton_start_upgrade"); }
+
+    /// Status lines without those that the acknowledgements cause.
+    QStringList ownStatusLines() const
+    {
+        QStringList lines;
+        const auto all = desk.log.statusTexts();
+        for (const QString &line : all) {
+            if (!line.startsWith("AnalyzeReceiveData ") && !line.endsWith(" Received")) {
+                lines << line;
+            }
+        }
+        return lines;
+    }
+    QString pane() const { return desk.text("textEdit_firmware_info"); }
+    int progress() const { return desk.child<QProgressBar>("progressBar_updating")->value(); }
+    bool isDisconnected() const
+    {
+        return !desk.port()->isOpen() && desk.widget("pushButton_connect")->isEnabled()
+            && !desk.widget("pushButton_disconnect")->isEnabled()
+            && !desk.widget("tabWidget")->isEnabled();
+    }
+
+    WindowOnLine desk;
+    QByteArray firmware;
+    QList<QByteArray> frames; ///< each request as it arrived
+    QByteArray received;      ///< the packets' payloads, joined
+    /// What is done about the frame of that index, instead of an acknowledgement.
+    QMap<int, std::function<void()>> instead;
+    /// Whether acknowledgements skip line and parser, to save their polls.
+    bool acknowledgesDirectly = false;
+
+private:
+    void receive(const QByteArray &bytes)
+    {
+        m_unread += bytes;
+        while (m_unread.size() >= 3) {
+            const int size = static_cast<unsigned char>(m_unread.at(2)) + 3;
+            if (m_unread.size() < size) {
+                return;
+            }
+            frames << m_unread.left(size);
+            m_unread.remove(0, size);
+            answer();
+        }
+    }
+    void answer()
+    {
+        const int index = frames.size() - 1;
+        const bool isPacket = frames.constLast().at(10) == 1;
+        if (isPacket) {
+            received += frames.constLast().mid(12).chopped(1);
+        }
+        if (instead.contains(index)) {
+            instead[index]();
+            return;
+        }
+        const QByteArray bytes = isPacket ? packetAcknowledgement() : sizeAcknowledgement();
+        if (!acknowledgesDirectly) {
+            desk.line.send(bytes);
+            return;
+        }
+        // Not before the window waits for it.
+        QTimer::singleShot(5, &desk.window, [this, bytes] {
+            QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+                                      Q_ARG(QByteArray, bytes.chopped(1)));
+        });
+    }
+
+    QTemporaryDir m_directory;
+    QByteArray m_unread;
+};
+
+} // namespace
+
+class MainWindowUpgradeTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void putsTheseBytesOnTheWire();
+    void uploadsAFirmwareOf_data();
+    void uploadsAFirmwareOf();
+    void changesTheWidgetsInOrder();
+    void readsTheFileAgain();
+    void aFileThatHasGoneOnlyDisablesTheStart_data();
+    void aFileThatHasGoneOnlyDisablesTheStart();
+    void aMagicThatHasGoneWrongLeavesEverythingDisabled();
+    void stopsWhenTheSizeIsNotAcknowledged();
+    void stopsWhenAPacketIsNotAcknowledged_data();
+    void stopsWhenAPacketIsNotAcknowledged();
+    void takesAnAcknowledgementThatComesLateButInTime();
+    void anAcknowledgementBehindTheTimeOutStartsNothing();
+    void aDoubledAcknowledgementCountsForTheNextPacket();
+    void aCorruptedAcknowledgementIsNone();
+    void anUnpluggedAdapterStopsTheUpload();
+    void declinesToClose();
+    void theEndOfTheProgramClaimsNothing_data();
+    void theEndOfTheProgramClaimsNothing();
+    void losingTheFocusLeavesPaneAndButton();
+    void aSecondStartDoesNothing();
+    void refusesAFirmwareThatDoesNotFitTheSizeField();
+};
+
+void MainWindowUpgradeTest::putsTheseBytesOnTheWire()
+{
+    Upgrade upgrade(33);
+    upgrade.write(("KVEL" + QByteArray(8, '\0')).leftJustified(128, '\0')
+                  + "0123456789abcdefghijklmnopqrstuvWA==");
+    upgrade.start();
+    QCOMPARE(upgrade.frames.size(), 2);
+    // 14 + 94 + 1 + 16 + 2 + 33 = 160
+    QCOMPARE(upgrade.frames.at(0).toHex(), QByteArray("ffff0e41010607060901100002000021a0"));
+    // 43 + 94 + 1 + 1 + 1 + 525 for the digits + 2365 for the letters a to v + 88 = 3118
+    QCOMPARE(upgrade.frames.at(1).toHex(),
+             QByteArray("ffff2b410106070609010101"
+                        "303132333435363738396162636465666768696a6b6c6d6e6f70717273747576"
+                        "58"
+                        "2e"));
+    QCOMPARE(upgrade.pane(), QString(kComplete));
+}
+
+void MainWindowUpgradeTest::uploadsAFirmwareOf_data()
+{
+    QTest::addColumn<QByteArray>("size");
+    QTest::addColumn<QList<int>>("progress");
+    QTest::addColumn<bool>("overTheLine");
+
+    QTest::newRow("0") << QByteArray("000000") << QList<int>{0} << true;
+    QTest::newRow("1") << QByteArray("000001") << QList<int>{0, 1} << true;
+    QTest::newRow("32") << QByteArray("000020") << QList<int>{0, 32} << true;
+    QTest::newRow("33") << QByteArray("000021") << QList<int>{0, 33} << true;
+    QTest::newRow("127") << QByteArray("00007f") << QList<int>{0, 127} << true;
+    QTest::newRow("128") << QByteArray("000080") << QList<int>{0, 128} << true;
+    QTest::newRow("129") << QByteArray("000081") << QList<int>{0, 128, 129} << true;
+    QTest::newRow("256") << QByteArray("000100") << QList<int>{0, 128, 256} << true;
+    QTest::newRow("300") << QByteArray("00012c") << QList<int>{0, 128, 256, 300} << true;
+    for (const int size : {40000, 74565}) {
+        QList<int> offsets;
+        for (int offset = 0; offset < size; offset += 128) {
+            offsets << offset;
+        }
+        QTest::addRow("%d", size) << (size == 40000 ? QByteArray("009c40") : QByteArray("012345"))
+                                  << offsets + QList<int>{size} << false;
+    }
+}
+
+void MainWindowUpgradeTest::uploadsAFirmwareOf()
+{
+    QFETCH(QByteArray, size);
+    QFETCH(QList<int>, progress);
+    QFETCH(bool, overTheLine);
+    const int firmwareSize = QByteArray(QTest::currentDataTag()).toInt();
+    Upgrade upgrade(firmwareSize);
+    upgrade.acknowledgesDirectly = !overTheLine;
+    auto *const bar = upgrade.desk.child<QProgressBar>("progressBar_updating");
+    // So that the first value is seen to be set.
+    bar->setValue(50);
+    QList<int> values;
+    connect(bar, &QProgressBar::valueChanged, this, [&values](int value) { values << value; });
+
+    upgrade.start();
+
+    QCOMPARE(upgrade.pane(), QString(kComplete));
+    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList());
+    QCOMPARE(upgrade.received, upgrade.firmware);
+
+    QList<QByteArray> frames{request(16, 0, "\x02" + QByteArray::fromHex(size))};
+    QStringList lines{QStringLiteral("firmware size = %1").arg(firmwareSize)};
+    for (int index = 0; index * 128 < firmwareSize; ++index) {
+        frames << request(1, (index + 1) % 256, upgrade.firmware.mid(index * 128, 128));
+        lines << QStringLiteral("UART_CTRL_CMD_UPLOAD_FIRMWARE %1").arg(index);
+    }
+    QCOMPARE(upgrade.frames.size(), frames.size());
+    for (int i = 0; i < frames.size(); ++i) {
+        QCOMPARE(upgrade.frames.at(i).toHex(), frames.at(i).toHex());
+    }
+    QCOMPARE(upgrade.ownStatusLines(), lines + QStringList{"Disconnected"});
+
+    // Setting the range resets a value outside of it, which is a change of its own.
+    if (values.value(0) == -1) {
+        values.removeFirst();
+    }
+    QCOMPARE(values, progress);
+    QCOMPARE(bar->minimum(), 0);
+    QCOMPARE(bar->maximum(), firmwareSize);
+    QVERIFY(upgrade.isDisconnected());
+}
+
+void MainWindowUpgradeTest::changesTheWidgetsInOrder()
+{
+    Upgrade upgrade(129);
+    WidgetRecorder recorder(&upgrade.desk.window);
+    connect(&upgrade.desk.window, &MainWindow::receive_fw_info_ack, &recorder,
+            [&recorder] { recorder.note("acknowledged"); });
+    upgrade.start();
+    const QStringList versions = QString(kVersionLines).split('\n');
+    QCOMPARE(recorder.changes(),
+             QStringList({
+                 "pushButton_disconnect off",
+                 "tabWidget off",
+                 "textEdit_firmware_info = ",
+                 "textEdit_firmware_info = " + versions.mid(0, 1).join('|'),
+                 "textEdit_firmware_info = " + versions.mid(0, 2).join('|'),
+                 "textEdit_firmware_info = " + versions.join('|'),
+                 "acknowledged",
+                 "acknowledged",
+                 "progressBar_updating = 128",
+                 "acknowledged",
+                 "progressBar_updating = 129",
+                 "textEdit_firmware_info = ",
+                 "textEdit_firmware_info = " + QString(kComplete),
+                 "pushButton_connect on",
+                 "comboBox_portlist on",
+                 "comboBox_baudrate on",
+                 "textEdit_device_info = ",
+             }));
+}
+
+void MainWindowUpgradeTest::readsTheFileAgain()
+{
+    Upgrade upgrade(300);
+    const QByteArray other = firmwareOf(200).right(150);
+    upgrade.write(imageOf(other));
+    upgrade.start();
+    QCOMPARE(upgrade.received, other);
+    QCOMPARE(upgrade.pane(), QString(kComplete));
+}
+
+void MainWindowUpgradeTest::aFileThatHasGoneOnlyDisablesTheStart_data()
+{
+    QTest::addColumn<bool>("isDirectoryNow");
+    QTest::newRow("deleted") << false;
+    QTest::newRow("a directory now") << true;
+}
+
+void MainWindowUpgradeTest::aFileThatHasGoneOnlyDisablesTheStart()
+{
+    QFETCH(bool, isDirectoryNow);
+    Upgrade upgrade(300);
+    QVERIFY(QFile::remove(upgrade.path()));
+    if (isDirectoryNow) {
+        QVERIFY(QDir().mkdir(upgrade.path()));
+    }
+    WidgetRecorder recorder(&upgrade.desk.window);
+    upgrade.start();
+    QCOMPARE(recorder.changes(),
+             QStringList({"textEdit_firmware_info = ", "pushButton_start_upgrade off"}));
+    QCOMPARE(upgrade.frames.size(), 0);
+    QVERIFY(upgrade.desk.port()->isOpen());
+    QVERIFY(upgrade.desk.widget("tabWidget")->isEnabled());
+    QCOMPARE(upgrade.desk.log.statusTexts(), QStringList());
+}
+
+void MainWindowUpgradeTest::aMagicThatHasGoneWrongLeavesEverythingDisabled()
+{
+    Upgrade upgrade(300);
+    upgrade.write("kvel");
+    upgrade.start();
+    QCOMPARE(upgrade.pane(), QString("Firmware file error."));
+    for (const char *name : {"pushButton_connect", "pushButton_disconnect", "comboBox_portlist",
+                             "comboBox_baudrate", "tabWidget", "pushButton_start_upgrade"}) {
+        QVERIFY2(!upgrade.desk.widget(name)->isEnabled(), name);
+    }
+    QVERIFY(upgrade.desk.port()->isOpen());
+    QCOMPARE(upgrade.frames.size(), 0);
+    QCOMPARE(upgrade.desk.log.statusTexts(), QStringList());
+    // Nothing runs any more, so the window can be closed.
+    upgrade.desk.window.show();
+    QVERIFY(upgrade.desk.window.close());
+}
+
+void MainWindowUpgradeTest::stopsWhenTheSizeIsNotAcknowledged()
+{
+    Upgrade upgrade(300);
+    upgrade.instead[0] = [] {};
+    QElapsedTimer timer;
+    timer.start();
+    const int progressBefore = upgrade.progress();
+    upgrade.start();
+    QVERIFY2(timer.elapsed() >= 5000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Connection timeout!"});
+    QCOMPARE(upgrade.desk.dialogs.seen().constFirst().icon, QMessageBox::Critical);
+    QCOMPARE(upgrade.desk.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
+    QCOMPARE(upgrade.frames.size(), 1);
+    QCOMPARE(upgrade.pane(), QString(kVersionLines));
+    QCOMPARE(upgrade.progress(), progressBefore);
+    QCOMPARE(upgrade.ownStatusLines(), QStringList({"firmware size = 300", "Disconnected"}));
+    QVERIFY(upgrade.isDisconnected());
+}
+
+void MainWindowUpgradeTest::stopsWhenAPacketIsNotAcknowledged_data()
+{
+    QTest::addColumn<int>("packet");
+    QTest::addColumn<int>("progress");
+    QTest::newRow("the first") << 1 << 0;
+    QTest::newRow("one in the middle") << 2 << 128;
+    QTest::newRow("the last") << 3 << 256;
+}
+
+void MainWindowUpgradeTest::stopsWhenAPacketIsNotAcknowledged()
+{
+    QFETCH(int, packet);
+    Upgrade upgrade(300);
+    QElapsedTimer timer;
+    upgrade.instead[packet] = [&timer] { timer.start(); };
+    upgrade.start();
+    QVERIFY2(timer.elapsed() >= 1900, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Transmission stop!"});
+    QCOMPARE(upgrade.desk.dialogs.seen().constFirst().icon, QMessageBox::Critical);
+    // Not sent again, and nothing behind it.
+    QCOMPARE(upgrade.frames.size(), 1 + packet);
+    QCOMPARE(upgrade.pane(), QString(kVersionLines));
+    QTEST(upgrade.progress(), "progress");
+    QVERIFY(upgrade.isDisconnected());
+}
+
+void MainWindowUpgradeTest::takesAnAcknowledgementThatComesLateButInTime()
+{
+    Upgrade upgrade(129);
+    upgrade.instead[1] = [&upgrade] {
+        QTimer::singleShot(1500, &upgrade,
+                           [&upgrade] { upgrade.desk.line.send(packetAcknowledgement()); });
+    };
+    upgrade.start();
+    QCOMPARE(upgrade.pane(), QString(kComplete));
+    QCOMPARE(upgrade.received, upgrade.firmware);
+}
+
+void MainWindowUpgradeTest::anAcknowledgementBehindTheTimeOutStartsNothing()
+{
+    Upgrade upgrade(300, false);
+    upgrade.instead[2] = [] {};
+    bool isSent = false;
+    QTimer poll;
+    connect(&poll, &QTimer::timeout, &poll, [&] {
+        if (upgrade.desk.dialogs.isOpen() && !isSent) {
+            isSent = true;
+            upgrade.desk.log.clear();
+            upgrade.desk.line.send(packetAcknowledgement());
+        } else if (upgrade.desk.log.statusTexts().contains("UART_CTRL_CMD_RECEIVE_FW_INFO Received")
+                   && isSent && upgrade.desk.dialogs.isOpen()) {
+            upgrade.desk.dialogs.answer();
+        }
+    });
+    poll.start(50);
+    upgrade.start();
+    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Transmission stop!"});
+    QCOMPARE(upgrade.frames.size(), 3);
+    QCOMPARE(upgrade.pane(), QString(kVersionLines));
+    QVERIFY(upgrade.isDisconnected());
+}
+
+// An acknowledgement carries no packet number, so nothing tells whose it is.
+void MainWindowUpgradeTest::aDoubledAcknowledgementCountsForTheNextPacket()
+{
+    Upgrade upgrade(300);
+    upgrade.acknowledgesDirectly = true;
+    upgrade.instead[1] = [&upgrade] {
+        const auto acknowledge = [&upgrade] {
+            QMetaObject::invokeMethod(&upgrade.desk.window, "AnalyzeReceiveData",
+                                      Q_ARG(QByteArray, packetAcknowledgement().chopped(1)));
+        };
+        QTimer::singleShot(5, &upgrade, acknowledge);
+        QTimer::singleShot(100, &upgrade, acknowledge);
+    };
+    upgrade.instead[2] = [] {};
+    upgrade.start();
+    QCOMPARE(upgrade.pane(), QString(kComplete));
+    QCOMPARE(upgrade.frames.size(), 4);
+}
+
+void MainWindowUpgradeTest::aCorruptedAcknowledgementIsNone()
+{
+    Upgrade upgrade(300);
+    upgrade.instead[2] = [&upgrade] {
+        upgrade.desk.line.send(packetAcknowledgement().chopped(1) + '\x6f');
+    };
+    upgrade.start();
+    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Transmission stop!"});
+    QVERIFY(upgrade.desk.log.texts().contains("Checksum Error 110"));
+}
+
+void MainWindowUpgradeTest::anUnpluggedAdapterStopsTheUpload()
+{
+    Upgrade upgrade(300);
+    upgrade.instead[2] = [&upgrade] { upgrade.desk.line.hangUp(); };
+    upgrade.start();
+    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Transmission stop!"});
+    QCOMPARE(upgrade.ownStatusLines().mid(3), QStringList({"Disconnected", "Disconnected"}));
+    QCOMPARE(upgrade.pane(), QString(kVersionLines));
+    QVERIFY(upgrade.isDisconnected());
+}
+
+void MainWindowUpgradeTest::declinesToClose()
+{
+    Upgrade upgrade(300);
+    upgrade.desk.window.show();
+    QList<bool> closed;
+    for (const int frame : {0, 1, 3}) {
+        upgrade.instead[frame] = [&upgrade, &closed, frame] {
+            closed << upgrade.desk.window.close();
+            upgrade.desk.line.send(frame == 0 ? sizeAcknowledgement() : packetAcknowledgement());
+        };
+    }
+    upgrade.start();
+    QCOMPARE(closed, QList<bool>({false, false, false}));
+    QVERIFY(upgrade.desk.window.isVisible());
+    QCOMPARE(upgrade.received, upgrade.firmware);
+    QCOMPARE(upgrade.pane(), QString(kComplete));
+    QVERIFY(upgrade.desk.window.close());
+}
+
+void MainWindowUpgradeTest::theEndOfTheProgramClaimsNothing_data()
+{
+    QTest::addColumn<int>("frame");
+    QTest::newRow("while the size is announced") << 0;
+    QTest::newRow("at the first packet") << 1;
+    QTest::newRow("at the last packet") << 3;
+}
+
+void MainWindowUpgradeTest::theEndOfTheProgramClaimsNothing()
+{
+    QFETCH(int, frame);
+    Upgrade upgrade(300);
+    upgrade.instead[frame] = [] { QCoreApplication::quit(); };
+    QTimer::singleShot(0, &upgrade, [&upgrade] { upgrade.start(); });
+    QElapsedTimer timer;
+    timer.start();
+    QApplication::exec();
+    QVERIFY(timer.elapsed() < 2000);
+    QCOMPARE(upgrade.frames.size(), frame + 1);
+    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList());
+    QCOMPARE(upgrade.pane(), QString(kVersionLines));
+}
+
+// Disabling the page takes the focus from the path's field, whose check then runs once more.
+void MainWindowUpgradeTest::losingTheFocusLeavesPaneAndButton()
+{
+    Upgrade upgrade(300);
+    upgrade.desk.window.show();
+    upgrade.desk.window.activateWindow();
+    auto *const field = upgrade.desk.child<QLineEdit>("lineEdit_firmware");
+    field->setFocus();
+    QTRY_VERIFY(field->hasFocus());
+    const QSignalSpy checked(field, &QLineEdit::editingFinished);
+    QString paneAtTheFirstPacket;
+    upgrade.instead[1] = [&upgrade, &paneAtTheFirstPacket] {
+        paneAtTheFirstPacket = upgrade.pane();
+        upgrade.desk.line.send(packetAcknowledgement());
+    };
+    QVERIFY(QMetaObject::invokeMethod(&upgrade.desk.window, "on_pushButton_start_upgrade_clicked"));
+    QCOMPARE(checked.count(), 1);
+    QCOMPARE(paneAtTheFirstPacket, QString(kVersionLines));
+    QCOMPARE(upgrade.pane(), QString(kComplete));
+}
+
+void MainWindowUpgradeTest::aSecondStartDoesNothing()
+{
+    Upgrade upgrade(300);
+    upgrade.instead[1] = [&upgrade] {
+        QVERIFY(!upgrade.desk.widget("pushButton_start_upgrade")->isEnabled());
+        QMetaObject::invokeMethod(&upgrade.desk.window, "on_pushButton_start_upgrade_clicked");
+        upgrade.desk.line.send(packetAcknowledgement());
+    };
+    upgrade.start();
+    QCOMPARE(upgrade.frames.size(), 4);
+    QCOMPARE(upgrade.received, upgrade.firmware);
+    QCOMPARE(upgrade.pane(), QString(kComplete));
+}
+
+void MainWindowUpgradeTest::refusesAFirmwareThatDoesNotFitTheSizeField()
+{
+    Upgrade upgrade(300);
+    upgrade.write(imageOf(QByteArray(16777216, 'x')));
+    upgrade.start();
+    QCOMPARE(upgrade.pane(), QString("Firmware file error."));
+    QCOMPARE(upgrade.frames.size(), 0);
+    QVERIFY(upgrade.desk.widget("pushButton_start_upgrade")->testAttribute(Qt::WA_ForceDisabled));
+    QCOMPARE(upgrade.ownStatusLines(), QStringList({"firmware size = 16777216", "Disconnected"}));
+    QVERIFY(upgrade.isDisconnected());
+
+    // One byte less is announced.
+    QVERIFY(upgrade.desk.connectCamera());
+    upgrade.write(imageOf(QByteArray(16777215, 'x')));
+    upgrade.frames.clear();
+    upgrade.instead[1] = [] { QCoreApplication::quit(); };
+    QTimer::singleShot(0, &upgrade, [&upgrade] {
+        QMetaObject::invokeMethod(&upgrade.desk.window, "on_pushButton_start_upgrade_clicked");
+    });
+    QApplication::exec();
+    QCOMPARE(upgrade.frames.at(0).toHex(), request(16, 0, QByteArray::fromHex("02ffffff")).toHex());
+}
+
+QTEST_MAIN(MainWindowUpgradeTest)
+#include "tst_mainwindowupgrade.moc"
