@@ -22,3 +22,8 @@ Answer Answer::refuse(const QString &reason)
 {
     return {{}, reason};
 }
+
+Answer Answer::refuseSize(int size, int expected)
+{
+    return refuse(QStringLiteral("payload of %1 bytes, %2 expected").arg(size).arg(expected));
+}

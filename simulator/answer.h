@@ -18,4 +18,6 @@ struct Answer {
     static Answer acknowledge(UARTControlCommand command, const QByteArray &payload);
     /// No frame, for the @p reason.
     static Answer refuse(const QString &reason);
+    /// The same for a payload of @p size bytes where it has to be @p expected.
+    static Answer refuseSize(int size, int expected);
 };

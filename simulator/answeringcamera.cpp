@@ -5,8 +5,12 @@
 
 #include "cameraline.h"
 #include "request.h"
+#include "versiontext.h"
 
+#include <QCryptographicHash>
 #include <QTime>
+
+#include <array>
 
 namespace {
 
@@ -30,8 +34,12 @@ AnsweringCamera::AnsweringCamera(const CameraState &state, const Manner &manner,
     m_stallTimer.setInterval(kStall);
     m_writeTimer.setTimerType(Qt::PreciseTimer);
     m_writeTimer.setInterval(kWritePause);
+    m_rebootTimer.setSingleShot(true);
+    m_rebootTimer.setTimerType(Qt::PreciseTimer);
+    m_rebootTimer.setInterval(manner.rebootTime);
     connect(&m_stallTimer, &QTimer::timeout, this, &AnsweringCamera::dropPartial);
     connect(&m_writeTimer, &QTimer::timeout, this, &AnsweringCamera::write);
+    connect(&m_rebootTimer, &QTimer::timeout, this, &AnsweringCamera::finishReboot);
     connect(&m_line, &CameraLine::bytesReceived, this, &AnsweringCamera::take);
 }
 
@@ -95,12 +103,25 @@ void AnsweringCamera::handleFrame(const QByteArray &frame)
         emit logged(m_log.receivedFaulty(time, frame, QStringLiteral("wrong signature")));
         return;
     }
+    const bool wasRebooting = m_camera.isRebooting();
     const Answer answer =
         m_manner.silent ? Answer::refuse(QStringLiteral("silent")) : m_camera.answer(*request);
     emit logged(m_log.received(time, frame, *request, answer.refusal));
+    if (!wasRebooting && m_camera.isRebooting()) {
+        noteFirmware();
+    }
     for (const QByteArray &reply : answer.frames) {
         m_pacer.send(reply, now(), m_manner.delay);
     }
+}
+
+void AnsweringCamera::noteFirmware()
+{
+    const QByteArray &firmware = m_camera.firmware();
+    const QByteArray hash = QCryptographicHash::hash(firmware, QCryptographicHash::Sha256);
+    note(QStringLiteral("received %1 bytes of firmware, SHA-256 %2")
+             .arg(QString::number(firmware.size()), QString::fromLatin1(hash.toHex())));
+    emit firmwareReceived(firmware);
 }
 
 void AnsweringCamera::write()
@@ -114,9 +135,33 @@ void AnsweringCamera::write()
     }
     if (m_pacer.isIdle()) {
         m_writeTimer.stop();
+        // Not before: what it answered last still goes out.
+        if (m_camera.isRebooting() && !m_rebootTimer.isActive()) {
+            startReboot();
+        }
     } else if (!m_writeTimer.isActive()) {
         m_writeTimer.start();
     }
+}
+
+void AnsweringCamera::startReboot()
+{
+    note(QStringLiteral("rebooting"));
+    m_rebootTimer.start();
+}
+
+void AnsweringCamera::finishReboot()
+{
+    m_camera.finishReboot();
+    const std::array<unsigned char, 4> &version = m_camera.state().version;
+    note(QStringLiteral("running version ")
+         + versionText(static_cast<char>(version[0]), static_cast<char>(version[1]),
+                       static_cast<char>(version[2]), static_cast<char>(version[3])));
+}
+
+void AnsweringCamera::note(const QString &text)
+{
+    emit logged(m_log.notice(QTime::currentTime(), text));
 }
 
 LinePacer::Time AnsweringCamera::now() const

@@ -28,6 +28,8 @@ public:
     struct Manner {
         int baud = 115200;                  ///< bits a second; 0 is as fast as possible
         std::chrono::milliseconds delay{0}; ///< before each reply, on top of the line's own time
+        /// From the acknowledgement of a firmware's last byte to the next answer.
+        std::chrono::milliseconds rebootTime{3000};
         bool silent = false; ///< as if switched off: no answers, and no request has an effect
     };
 
@@ -42,13 +44,19 @@ public:
 signals:
     /// One line of the log, without a line feed.
     void logged(const QString &text);
+    /// A firmware has come in completely. Its last packet is acknowledged after this.
+    void firmwareReceived(const QByteArray &firmware);
 
 private:
     void take(const QByteArray &bytes);
     void dropPartial();
     void handle(const QVector<FrameReader::Piece> &pieces);
     void handleFrame(const QByteArray &frame);
+    void noteFirmware();
     void write();
+    void startReboot();
+    void finishReboot();
+    void note(const QString &text);
     LinePacer::Time now() const;
 
     Camera m_camera;
@@ -60,4 +68,5 @@ private:
     QElapsedTimer m_clock;
     QTimer m_stallTimer; ///< runs while part of a frame is there
     QTimer m_writeTimer; ///< runs while replies are on their way
+    QTimer m_rebootTimer;
 };

@@ -8,16 +8,6 @@
 
 #include <QtEndian>
 
-namespace {
-
-Answer refuseSize(int size, int expected)
-{
-    return Answer::refuse(
-        QStringLiteral("payload of %1 bytes, %2 expected").arg(size).arg(expected));
-}
-
-} // namespace
-
 std::optional<CameraSettings> cameraSettingsFrom(const std::array<int, 5> &values, QString *fault)
 {
     struct Range {
@@ -57,13 +47,20 @@ const CameraState &Camera::state() const
 
 Answer Camera::answer(const Request &request)
 {
+    if (isRebooting()) {
+        return Answer::refuse(QStringLiteral("rebooting"));
+    }
     if (request.type != UART_COMM_TYPE_REQUEST) {
         return Answer::refuse(QStringLiteral("type %1 is not a request").arg(request.type));
     }
     switch (request.command) {
+    case UART_CTRL_CMD_UPLOAD_FIRMWARE:
+        return m_firmwareReceiver.takePacket(request.parameter, request.payload);
+    case UART_CTRL_CMD_RECEIVE_FW_INFO:
+        return m_firmwareReceiver.announce(request.payload);
     case UART_CTRL_CMD_HELLO:
         if (!request.payload.isEmpty()) {
-            return refuseSize(request.payload.size(), 0);
+            return Answer::refuseSize(request.payload.size(), 0);
         }
         return Answer::acknowledge(UART_CTRL_CMD_HELLO, settingsBlock());
     case UART_CTRL_CMD_CUSTOM_SETTING:
@@ -75,11 +72,38 @@ Answer Camera::answer(const Request &request)
     }
 }
 
+bool Camera::isRebooting() const
+{
+    return m_firmwareReceiver.isComplete();
+}
+
+const QByteArray &Camera::firmware() const
+{
+    return m_firmwareReceiver.firmware();
+}
+
+void Camera::finishReboot()
+{
+    m_firmwareReceiver = {};
+    raiseVersion();
+}
+
+// What is in the firmware is not looked at: any firmware is the next version.
+void Camera::raiseVersion()
+{
+    for (auto part = m_state.version.rbegin(); part != m_state.version.rend(); ++part) {
+        ++*part;
+        if (*part != 0) {
+            return;
+        }
+    }
+}
+
 Answer Camera::changeSettings(const QByteArray &payload)
 {
     std::array<int, 5> values{};
     if (payload.size() != static_cast<int>(values.size())) {
-        return refuseSize(payload.size(), static_cast<int>(values.size()));
+        return Answer::refuseSize(payload.size(), static_cast<int>(values.size()));
     }
     for (std::size_t i = 0; i < values.size(); ++i) {
         values[i] = static_cast<unsigned char>(payload.at(static_cast<int>(i)));
@@ -98,7 +122,7 @@ Answer Camera::setZoomPreset(const QByteArray &payload)
     // The second byte is reserved and not looked at.
     constexpr int kSize = 2;
     if (payload.size() != kSize) {
-        return refuseSize(payload.size(), kSize);
+        return Answer::refuseSize(payload.size(), kSize);
     }
     const auto preset = static_cast<std::size_t>(static_cast<unsigned char>(payload.at(0)));
     if (preset >= m_state.zoomPresets.size()) {

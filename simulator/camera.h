@@ -4,6 +4,7 @@
 #pragma once
 
 #include "answer.h"
+#include "firmwarereceiver.h"
 #include "requestpayload.h"
 
 #include <QByteArray>
@@ -36,6 +37,9 @@ std::optional<CameraSettings> cameraSettingsFrom(const std::array<int, 5> &value
 ///
 /// It knows frames, not lines, and keeps no time. Requests it does not understand leave the state
 /// as it is and are refused.
+///
+/// Once a firmware has come in completely it reboots, and answers nothing until it is told that
+/// this is over. Settings and zoom presets outlive that.
 class Camera {
 public:
     explicit Camera(const CameraState &state = {});
@@ -43,12 +47,21 @@ public:
     const CameraState &state() const;
     /// Does what @p request asks, at once.
     Answer answer(const Request &request);
+    /// Whether it is busy with starting a new firmware.
+    bool isRebooting() const;
+    /// What has come of a firmware so far; all of it while the camera reboots, nothing afterwards.
+    const QByteArray &firmware() const;
+    /// Lets it run the new firmware, which makes its version one higher: the last part counts up to
+    /// 255, and then the one before it. To be called while it reboots.
+    void finishReboot();
 
 private:
+    void raiseVersion();
     Answer changeSettings(const QByteArray &payload);
     Answer setZoomPreset(const QByteArray &payload);
     qint16 currentZoom(std::size_t preset) const;
     QByteArray settingsBlock() const;
 
     CameraState m_state;
+    FirmwareReceiver m_firmwareReceiver;
 };

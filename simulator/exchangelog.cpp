@@ -4,6 +4,7 @@
 #include "exchangelog.h"
 
 #include "devicereply.h"
+#include "firmwarereceiver.h"
 #include "request.h"
 #include "uartframe.h"
 
@@ -90,6 +91,14 @@ QString requestText(const Request &request)
     }
     if (request.command == UART_CTRL_CMD_SET_CUSTOM_ZOOM && payload.size() == 2) {
         return QStringLiteral("zoom %1").arg(byteAt(0) + 1);
+    }
+    if (request.command == UART_CTRL_CMD_UPLOAD_FIRMWARE) {
+        return QStringLiteral("packet %1, %2 bytes").arg(request.parameter).arg(payload.size());
+    }
+    if (request.command == UART_CTRL_CMD_RECEIVE_FW_INFO) {
+        if (const auto size = FirmwareReceiver::announcedSize(payload)) {
+            return QStringLiteral("firmware of %1 bytes").arg(*size);
+        }
     }
     return bytesText(request.parameter, payload);
 }

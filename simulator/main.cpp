@@ -34,6 +34,7 @@ int run(const SimulatorOptions &options)
     Simulator simulator(options);
     QObject::connect(&simulator, &Simulator::printed,
                      [](const QString &text) { print(stdout, text + QLatin1Char('\n')); });
+    QObject::connect(&simulator, &Simulator::complained, &complain);
     QObject::connect(
         &simulator, &Simulator::finished, QCoreApplication::instance(),
         [](int status, const QString &fault) {

@@ -16,8 +16,8 @@ class CameraTerminal;
 /// libumockdev keeps a folder with a made-up /sys and /dev, named by the environment variable
 /// UMOCKDEV_DIR, and its preload library shows them to a program in the place of the real ones. The
 /// adapter is described there, as the kernel and udev would describe it, and its device node is a
-/// pseudo-terminal. The device node is put there by this class, as the library's own can be neither
-/// removed nor made a second time.
+/// pseudo-terminal. The device node is put there by this class: the library would make one, but not
+/// a second time after it was removed, and would not hang up on the host.
 ///
 /// Programs started after such an object was made see the adapter while it is plugged, if the
 /// preload library is loaded into them (see PreloadLibrary).

@@ -6,6 +6,7 @@
 #include "mockedadapterline.h"
 #include "pseudoterminalline.h"
 
+#include <QSaveFile>
 #include <QTime>
 
 #include <csignal>
@@ -34,6 +35,9 @@ Simulator::Simulator(const SimulatorOptions &options, QObject *parent)
 {
     if (!options.quiet) {
         connect(&m_camera, &AnsweringCamera::logged, this, &Simulator::printed);
+    }
+    if (!options.firmwarePath.isEmpty()) {
+        connect(&m_camera, &AnsweringCamera::firmwareReceived, this, &Simulator::saveFirmware);
     }
     connect(&m_program, &ChildProgram::finished, this,
             [this](int status) { emit finished(status, {}); });
@@ -74,6 +78,19 @@ bool Simulator::plug(QString *error)
         emit printed(QStringLiteral("Port: ") + terminal->portName());
     }
     return true;
+}
+
+void Simulator::saveFirmware(const QByteArray &firmware)
+{
+    QSaveFile file(m_options.firmwarePath);
+    if (file.open(QIODevice::WriteOnly) && file.write(firmware) == firmware.size()
+        && file.commit()) {
+        return;
+    }
+    const QString reason = QStringLiteral("cannot save the firmware as %1: %2")
+                               .arg(m_options.firmwarePath, file.errorString());
+    note(reason);
+    emit complained(reason);
 }
 
 // Returns why it could not, or an empty text.

@@ -32,6 +32,8 @@ public:
 signals:
     /// A line of text for the user, without a line feed.
     void printed(const QString &text);
+    /// Something failed for this @p reason, and the run goes on.
+    void complained(const QString &reason);
     /// The run is over. To be connected as queued: it may come out of start(), and before the
     /// command that brought it about is answered.
     /// @param fault  why it was not successful, if not already said by the program; or empty
@@ -39,6 +41,7 @@ signals:
 
 private:
     bool plug(QString *error);
+    void saveFirmware(const QByteArray &firmware);
     QString obey(const QString &command);
     void note(const QString &text);
     void end(int signalNumber);

@@ -115,6 +115,13 @@ void describe(QCommandLineParser &parser)
         {QStringLiteral("silent"), QStringLiteral("Never answer, as if switched off.")},
         {QStringLiteral("delay"), QStringLiteral("Wait before each reply, in milliseconds."),
          QStringLiteral("MS")},
+        {QStringLiteral("reboot-time"),
+         QStringLiteral("How long the camera is silent after it has received a firmware, in "
+                        "milliseconds (default: 3000). Then it reports a higher version."),
+         QStringLiteral("MS")},
+        {QStringLiteral("save-firmware"),
+         QStringLiteral("Write each firmware that the camera has received completely."),
+         QStringLiteral("FILE")},
         {QStringLiteral("hex"), QStringLiteral("Print the bytes of every frame as well.")},
         {QStringLiteral("quiet"), QStringLiteral("Do not print what passes.")},
         {QStringLiteral("control"), QStringLiteral("Take commands on a local socket."),
@@ -181,6 +188,9 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
     constexpr int kMaximumDelay = 3'600'000;
     options.manner.delay =
         std::chrono::milliseconds(reader.number(option("delay"), 0, kMaximumDelay, 0));
+    const auto rebootTime = static_cast<int>(options.manner.rebootTime.count());
+    options.manner.rebootTime = std::chrono::milliseconds(
+        reader.number(option("reboot-time"), 0, kMaximumDelay, rebootTime));
     options.manner.silent = parser.isSet(option("silent"));
 
     constexpr int kMaximumByte = 255;
@@ -209,6 +219,10 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
     options.controlPath = parser.value(option("control"));
     if (parser.isSet(option("control")) && options.controlPath.isEmpty()) {
         reader.complain(option("control"), QStringLiteral("a path"));
+    }
+    options.firmwarePath = parser.value(option("save-firmware"));
+    if (parser.isSet(option("save-firmware")) && options.firmwarePath.isEmpty()) {
+        reader.complain(option("save-firmware"), QStringLiteral("a path"));
     }
     options.withHex = parser.isSet(option("hex"));
     options.quiet = parser.isSet(option("quiet"));

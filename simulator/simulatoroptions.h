@@ -19,6 +19,7 @@ struct SimulatorOptions {
     QStringList arguments; ///< of the program
     QString portName = QStringLiteral("ttyUSB0"); ///< of the adapter
     QString controlPath;                          ///< empty: no control socket
+    QString firmwarePath;                         ///< where to save a firmware; empty: nowhere
     bool withHex = false;
     bool quiet = false;
 };

@@ -5,11 +5,16 @@
 //
 //     serialhost list          prints the ports as a list of ports shows them
 //     serialhost hello PORT    sends a HELLO, prints the reply in hexadecimal
-//     serialhost stay PORT     opens the port, prints "open", and "gone" once it fails
+//     serialhost stay PORT     opens the port, prints "open", and once it fails "gone" or, if its
+//                              device is still there, "failed"
+//     serialhost watch         prints "watching", then what udev tells about terminals, until ended
 
 #include <QCoreApplication>
+#include <QFile>
+#include <QLibrary>
 #include <QSerialPort>
 #include <QSerialPortInfo>
+#include <QSocketNotifier>
 #include <QTextStream>
 
 namespace {
@@ -46,10 +51,47 @@ int stay(QSerialPort &port)
 {
     QObject::connect(&port, &QSerialPort::errorOccurred, &port, [&port] {
         port.disconnect();
-        out() << "gone" << Qt::endl;
+        const bool isThere = QFile::exists(QStringLiteral("/dev/") + port.portName());
+        out() << (isThere ? "failed" : "gone") << Qt::endl;
         QCoreApplication::quit();
     });
     out() << "open" << Qt::endl;
+    return QCoreApplication::exec();
+}
+
+// Resolved at run time, as the serial port library does, so that no development package is needed.
+template <typename Function> Function *resolved(QLibrary &library, const char *name)
+{
+    return reinterpret_cast<Function *>(library.resolve(name));
+}
+
+int watch()
+{
+    QLibrary library(QStringLiteral("udev"), 1);
+    const auto makeContext = resolved<void *()>(library, "udev_new");
+    const auto makeMonitor =
+        resolved<void *(void *, const char *)>(library, "udev_monitor_new_from_netlink");
+    const auto filter = resolved<int(void *, const char *, const char *)>(
+        library, "udev_monitor_filter_add_match_subsystem_devtype");
+    const auto enable = resolved<int(void *)>(library, "udev_monitor_enable_receiving");
+    const auto descriptorOf = resolved<int(void *)>(library, "udev_monitor_get_fd");
+    const auto receive = resolved<void *(void *)>(library, "udev_monitor_receive_device");
+    const auto actionOf = resolved<const char *(void *)>(library, "udev_device_get_action");
+    const auto nodeOf = resolved<const char *(void *)>(library, "udev_device_get_devnode");
+    if (nodeOf == nullptr) {
+        out() << "no libudev: " << library.errorString() << Qt::endl;
+        return 1;
+    }
+    void *const monitor = makeMonitor(makeContext(), "udev");
+    filter(monitor, "tty", nullptr);
+    enable(monitor);
+    const QSocketNotifier notifier(descriptorOf(monitor), QSocketNotifier::Read);
+    QObject::connect(&notifier, &QSocketNotifier::activated, [&] {
+        if (void *const device = receive(monitor)) {
+            out() << actionOf(device) << ' ' << nodeOf(device) << Qt::endl;
+        }
+    });
+    out() << "watching" << Qt::endl;
     return QCoreApplication::exec();
 }
 
@@ -62,6 +104,9 @@ int main(int argc, char *argv[])
     const QString verb = arguments.value(1);
     if (verb == QLatin1String("list")) {
         return list();
+    }
+    if (verb == QLatin1String("watch")) {
+        return watch();
     }
     QSerialPort port(arguments.value(2));
     port.setBaudRate(QSerialPort::Baud115200);

@@ -14,6 +14,33 @@ QByteArray hello()
     return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F";
 }
 
+// Of three bytes, as is the packet.
+QByteArray announcement()
+{
+    return "FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 00 03 82";
+}
+
+QByteArray announcementReply()
+{
+    return "FF FF 0A 41 01 06 07 06 09 05 10 00 7D";
+}
+
+QByteArray packet()
+{
+    return "FF FF 0D 41 01 06 07 06 09 01 01 01 01 02 03 74";
+}
+
+QByteArray packetReply()
+{
+    return "FF FF 0A 41 01 06 07 06 09 05 01 00 6E";
+}
+
+QByteArray raisedHelloReply()
+{
+    return "FF FF 17 41 01 06 07 06 09 05 16 00 "
+           "01 00 00 07 01 00 00 00 00 01 01 01 01 9D";
+}
+
 QByteArray helloReply()
 {
     return "FF FF 17 41 01 06 07 06 09 05 16 00 "
@@ -45,6 +72,16 @@ AnsweringCamera::Manner asFastAsPossible()
     return manner;
 }
 
+// The lines without the time in front.
+QStringList events(const QSignalSpy &logged)
+{
+    QStringList texts;
+    for (const QList<QVariant> &arguments : logged) {
+        texts << arguments.at(0).toString().mid(14);
+    }
+    return texts;
+}
+
 } // namespace
 
 class AnsweringCameraTest : public QObject {
@@ -59,6 +96,11 @@ private slots:
     void doesNotAnswerFaultyInput();
     void isDeafWhileSilent();
     void forgetsWhatWasOnItsWayWhenTheLineIsLost();
+    void rebootsWithAReceivedFirmware();
+    void handsOverAFirmwareOnceItIsComplete();
+    void acknowledgesTheLastPacketBeforeItReboots();
+    void rebootsAlsoWhenTheLineIsLost();
+    void rebootsAgainWithTheNextFirmware();
 };
 
 void AnsweringCameraTest::answersARequestThatComesInPieces()
@@ -196,6 +238,113 @@ void AnsweringCameraTest::forgetsWhatWasOnItsWayWhenTheLineIsLost()
     line.receive("FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6");
     QTRY_VERIFY(!line.written().isEmpty());
     QCOMPARE(line.written(), QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 00 19 C2"));
+}
+
+void AnsweringCameraTest::rebootsWithAReceivedFirmware()
+{
+    KeepingLine line;
+    AnsweringCamera::Manner manner = asFastAsPossible();
+    manner.rebootTime = std::chrono::milliseconds(50);
+    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    QSignalSpy logged(&camera, &AnsweringCamera::logged);
+    QElapsedTimer timer;
+    timer.start();
+    line.receive(announcement() + packet());
+    line.receive(hello());
+    const QByteArray acknowledgements = announcementReply() + ' ' + packetReply();
+    QCOMPARE(line.written(), acknowledgements);
+    const QString received = "-- received 3 bytes of firmware, SHA-256 "
+                             "039058c6f2c0cb492c533b0a4d14ef77cc0f78abccced5287d84a1a2011cfb81";
+    QStringList expected{
+        "<- RECEIVE_FW_INFO      firmware of 3 bytes",
+        "<- UPLOAD_FIRMWARE      packet 1, 3 bytes",
+        received,
+        "-> RECEIVE_FW_INFO ack",
+        "-> UPLOAD_FIRMWARE ack",
+        "-- rebooting",
+        "<- HELLO                (not answered: rebooting)",
+    };
+    QCOMPARE(events(logged), expected);
+
+    QVERIFY(logged.wait());
+    QVERIFY2(timer.elapsed() >= 50, qPrintable(QString::number(timer.elapsed())));
+    expected << "-- running version 1.0.0.7";
+    QCOMPARE(events(logged), expected);
+    line.receive(hello());
+    QCOMPARE(line.written(), acknowledgements + ' ' + raisedHelloReply());
+}
+
+void AnsweringCameraTest::handsOverAFirmwareOnceItIsComplete()
+{
+    KeepingLine line;
+    AnsweringCamera camera({}, asFastAsPossible(), ExchangeLog(false), line);
+    QSignalSpy received(&camera, &AnsweringCamera::firmwareReceived);
+    QByteArray writtenBefore;
+    connect(&camera, &AnsweringCamera::firmwareReceived, &camera,
+            [&line, &writtenBefore] { writtenBefore = line.written(); });
+    line.receive(announcement());
+    // Two of the three bytes.
+    line.receive("FF FF 0C 41 01 06 07 06 09 01 01 01 01 02 70");
+    QVERIFY(received.isEmpty());
+    line.receive(packet());
+    QCOMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toByteArray(), QByteArray("\x01\x02\x03"));
+    QCOMPARE(writtenBefore, announcementReply());
+    line.receive(packet() + hello());
+    QCOMPARE(received.size(), 1);
+}
+
+void AnsweringCameraTest::acknowledgesTheLastPacketBeforeItReboots()
+{
+    KeepingLine line;
+    AnsweringCamera::Manner manner = asFastAsPossible();
+    manner.delay = std::chrono::milliseconds(30);
+    manner.rebootTime = std::chrono::milliseconds(1);
+    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    QSignalSpy logged(&camera, &AnsweringCamera::logged);
+    line.receive(announcement());
+    line.receive(packet());
+    QTRY_COMPARE(logged.size(), 7);
+    QCOMPARE(events(logged).mid(3),
+             (QStringList{"-> RECEIVE_FW_INFO ack", "-> UPLOAD_FIRMWARE ack", "-- rebooting",
+                          "-- running version 1.0.0.7"}));
+    QCOMPARE(line.written(), announcementReply() + ' ' + packetReply());
+}
+
+void AnsweringCameraTest::rebootsAlsoWhenTheLineIsLost()
+{
+    KeepingLine line;
+    AnsweringCamera::Manner manner = asFastAsPossible();
+    manner.delay = std::chrono::hours(1);
+    manner.rebootTime = std::chrono::milliseconds(1);
+    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    QSignalSpy logged(&camera, &AnsweringCamera::logged);
+    line.receive(announcement() + packet());
+    QCOMPARE(logged.size(), 3);
+    camera.lineLost();
+    QTRY_COMPARE(logged.size(), 5);
+    QCOMPARE(events(logged).mid(3), (QStringList{"-- rebooting", "-- running version 1.0.0.7"}));
+    QCOMPARE(line.written(), QByteArray());
+}
+
+void AnsweringCameraTest::rebootsAgainWithTheNextFirmware()
+{
+    KeepingLine line;
+    AnsweringCamera::Manner manner = asFastAsPossible();
+    manner.rebootTime = std::chrono::milliseconds(0);
+    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    QSignalSpy logged(&camera, &AnsweringCamera::logged);
+    QSignalSpy received(&camera, &AnsweringCamera::firmwareReceived);
+    line.receive(announcement() + packet());
+    QTRY_VERIFY(events(logged).contains("-- running version 1.0.0.7"));
+    // An empty one.
+    line.receive("FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 00 00 7F");
+    QTRY_VERIFY(events(logged).contains("-- running version 1.0.0.8"));
+    QVERIFY(events(logged).contains(
+        "-- received 0 bytes of firmware, SHA-256 "
+        "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"));
+    QCOMPARE(received.size(), 2);
+    QCOMPARE(received.at(1).at(0).toByteArray(), QByteArray());
 }
 
 QTEST_GUILESS_MAIN(AnsweringCameraTest)

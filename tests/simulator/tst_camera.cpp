@@ -6,6 +6,8 @@
 
 #include <QtTest>
 
+#include <algorithm>
+
 Q_DECLARE_METATYPE(CameraState)
 
 namespace {
@@ -13,6 +15,16 @@ namespace {
 QByteArray hello()
 {
     return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F";
+}
+
+QByteArray announcementOfThreeBytes()
+{
+    return "FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 00 03 82";
+}
+
+QByteArray packetOfThreeBytes()
+{
+    return "FF FF 0D 41 01 06 07 06 09 01 01 01 01 02 03 74";
 }
 
 Answer answerTo(Camera &camera, const QByteArray &frame)
@@ -44,6 +56,12 @@ private slots:
     void answersAZoomPresetWithItsValue_data();
     void answersAZoomPresetWithItsValue();
     void remembersZoomPresets();
+    void acknowledgesAFirmware();
+    void rebootsAfterTheLastByte();
+    void rebootsAtOnceForAnEmptyFirmware();
+    void keepsItsSettingsOverAReboot();
+    void raisesItsVersionByAReboot_data();
+    void raisesItsVersionByAReboot();
     void refusesWhatItDoesNotUnderstand_data();
     void refusesWhatItDoesNotUnderstand();
 };
@@ -168,6 +186,98 @@ void CameraTest::remembersZoomPresets()
     QCOMPARE(camera.state().zoomPresets[1].value_or(0), qint16(25));
 }
 
+void CameraTest::acknowledgesAFirmware()
+{
+    Camera camera;
+    QCOMPARE(replyTo(camera, "FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 01 2C AC"),
+             QByteArray("FF FF 0A 41 01 06 07 06 09 05 10 00 7D"));
+    QVERIFY(!camera.isRebooting());
+    const QByteArray first(128, 'A');
+    QCOMPARE(replyTo(camera, "FF FF 8A 41 01 06 07 06 09 01 01 01 " + first.toHex() + " 6B"),
+             QByteArray("FF FF 0A 41 01 06 07 06 09 05 01 00 6E"));
+    const QByteArray second(128, 'B');
+    QCOMPARE(replyTo(camera, "FF FF 8A 41 01 06 07 06 09 01 01 02 " + second.toHex() + " EC"),
+             QByteArray("FF FF 0A 41 01 06 07 06 09 05 01 00 6E"));
+    QVERIFY(!camera.isRebooting());
+    const QByteArray third(44, 'C');
+    QCOMPARE(replyTo(camera, "FF FF 36 41 01 06 07 06 09 01 01 03 " + third.toHex() + " 1D"),
+             QByteArray("FF FF 0A 41 01 06 07 06 09 05 01 00 6E"));
+    QVERIFY(camera.isRebooting());
+    QCOMPARE(camera.firmware(), first + second + third);
+}
+
+void CameraTest::rebootsAfterTheLastByte()
+{
+    Camera camera;
+    answerTo(camera, announcementOfThreeBytes());
+    answerTo(camera, packetOfThreeBytes());
+    QVERIFY(camera.isRebooting());
+    for (const QByteArray &request : {hello(), announcementOfThreeBytes(), packetOfThreeBytes(),
+                                      QByteArray("FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5")}) {
+        QCOMPARE(replyTo(camera, request), QByteArray("0 frames, refused: rebooting"));
+    }
+    QVERIFY(!camera.state().zoomPresets[0]);
+    QCOMPARE(camera.firmware(), QByteArray("\x01\x02\x03"));
+
+    camera.finishReboot();
+    QVERIFY(!camera.isRebooting());
+    QCOMPARE(camera.firmware(), QByteArray());
+    QCOMPARE(replyTo(camera, hello()),
+             QByteArray("FF FF 17 41 01 06 07 06 09 05 16 00 "
+                        "01 00 00 07 01 00 00 00 00 01 01 01 01 9D"));
+    QCOMPARE(answerTo(camera, packetOfThreeBytes()).refusal, QString("no firmware was announced"));
+}
+
+void CameraTest::rebootsAtOnceForAnEmptyFirmware()
+{
+    Camera camera;
+    QCOMPARE(replyTo(camera, "FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 00 00 7F"),
+             QByteArray("FF FF 0A 41 01 06 07 06 09 05 10 00 7D"));
+    QVERIFY(camera.isRebooting());
+}
+
+void CameraTest::keepsItsSettingsOverAReboot()
+{
+    Camera camera;
+    answerTo(camera, "FF FF 0F 41 01 06 07 06 09 01 55 00 02 09 01 00 03 D2");
+    answerTo(camera, "FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6");
+    answerTo(camera, announcementOfThreeBytes());
+    answerTo(camera, packetOfThreeBytes());
+    camera.finishReboot();
+    QCOMPARE(replyTo(camera, hello()),
+             QByteArray("FF FF 17 41 01 06 07 06 09 05 16 00 "
+                        "01 00 00 07 09 00 00 01 01 01 00 00 03 A7"));
+    QCOMPARE(camera.state().zoomPresets[1].value_or(0), qint16(25));
+}
+
+void CameraTest::raisesItsVersionByAReboot_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("after");
+
+    QTest::newRow("last part") << QByteArray("01 00 00 06") << QByteArray("01 00 00 07");
+    QTest::newRow("above 127") << QByteArray("01 00 00 7F") << QByteArray("01 00 00 80");
+    QTest::newRow("up to 255") << QByteArray("01 00 00 FE") << QByteArray("01 00 00 FF");
+    QTest::newRow("one carry") << QByteArray("01 00 00 FF") << QByteArray("01 00 01 00");
+    QTest::newRow("two carries") << QByteArray("01 02 FF FF") << QByteArray("01 03 00 00");
+    QTest::newRow("three carries") << QByteArray("01 FF FF FF") << QByteArray("02 00 00 00");
+    QTest::newRow("no part left") << QByteArray("FF FF FF FF") << QByteArray("00 00 00 00");
+}
+
+void CameraTest::raisesItsVersionByAReboot()
+{
+    QFETCH(QByteArray, before);
+    const QByteArray version = QByteArray::fromHex(before);
+    CameraState state;
+    std::copy(version.begin(), version.end(), state.version.begin());
+    Camera camera(state);
+    answerTo(camera, announcementOfThreeBytes());
+    answerTo(camera, packetOfThreeBytes());
+    camera.finishReboot();
+    // Bytes 12 to 15.
+    QTEST(replyTo(camera, hello()).mid(36, 11), "after");
+}
+
 void CameraTest::refusesWhatItDoesNotUnderstand_data()
 {
     QTest::addColumn<QByteArray>("request");
@@ -216,6 +326,11 @@ void CameraTest::refusesWhatItDoesNotUnderstand_data()
     QTest::newRow("a zoom preset with more than the reserved byte")
         << QByteArray("FF FF 0D 41 01 06 07 06 09 01 3A 00 00 00 00 A6")
         << "payload of 3 bytes, 2 expected";
+    QTest::newRow("a firmware packet without an announcement")
+        << packetOfThreeBytes() << "no firmware was announced";
+    QTest::newRow("an announcement that is too short")
+        << QByteArray("FF FF 0D 41 01 06 07 06 09 01 10 00 02 00 01 7F")
+        << "payload of 3 bytes, 4 expected";
 }
 
 void CameraTest::refusesWhatItDoesNotUnderstand()

@@ -66,10 +66,25 @@ void ExchangeLogTest::describesARequest_data()
         << "09:05:01.034  <- SET_CUSTOM_ZOOM      zoom 2";
     QTest::newRow("firmware size")
         << QByteArray("FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 01 2C AC")
-        << "09:05:01.034  <- RECEIVE_FW_INFO      payload 02 00 01 2C";
+        << "09:05:01.034  <- RECEIVE_FW_INFO      firmware of 300 bytes";
+    QTest::newRow("firmware size in 24 bits")
+        << QByteArray("FF FF 0E 41 01 06 07 06 09 01 10 00 02 01 23 45 E8")
+        << "09:05:01.034  <- RECEIVE_FW_INFO      firmware of 74565 bytes";
+    QTest::newRow("firmware size that starts with another number")
+        << QByteArray("FF FF 0E 41 01 06 07 06 09 01 10 00 03 00 01 2C AD")
+        << "09:05:01.034  <- RECEIVE_FW_INFO      payload 03 00 01 2C";
+    QTest::newRow("firmware size that is too short")
+        << QByteArray("FF FF 0D 41 01 06 07 06 09 01 10 00 02 00 01 7F")
+        << "09:05:01.034  <- RECEIVE_FW_INFO      payload 02 00 01";
     QTest::newRow("firmware packet")
         << QByteArray("FF FF 13 41 01 06 07 06 09 01 01 01 00 01 02 03 04 05 06 07 08 98")
-        << "09:05:01.034  <- UPLOAD_FIRMWARE      parameter 1, payload of 9 bytes";
+        << "09:05:01.034  <- UPLOAD_FIRMWARE      packet 1, 9 bytes";
+    QTest::newRow("firmware packet after number 255")
+        << QByteArray("FF FF 0B 41 01 06 07 06 09 01 01 00 00 6B")
+        << "09:05:01.034  <- UPLOAD_FIRMWARE      packet 0, 1 bytes";
+    QTest::newRow("firmware packet without payload")
+        << QByteArray("FF FF 0A 41 01 06 07 06 09 01 01 FF 69")
+        << "09:05:01.034  <- UPLOAD_FIRMWARE      packet 255, 0 bytes";
     QTest::newRow("reboot") << QByteArray("FF FF 0A 41 01 06 07 06 09 01 1F 00 88")
                             << "09:05:01.034  <- REBOOT";
     QTest::newRow("unknown command") << QByteArray("FF FF 0C 41 01 06 07 06 09 01 4D 00 01 02 BB")
@@ -110,6 +125,10 @@ void ExchangeLogTest::describesAReply_data()
     QTest::newRow("negative zoom value")
         << QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 FF FF A7")
         << "09:05:01.034  -> SET_CUSTOM_ZOOM ack  value -1";
+    QTest::newRow("firmware size") << QByteArray("FF FF 0A 41 01 06 07 06 09 05 10 00 7D")
+                                   << "09:05:01.034  -> RECEIVE_FW_INFO ack";
+    QTest::newRow("firmware packet") << QByteArray("FF FF 0A 41 01 06 07 06 09 05 01 00 6E")
+                                     << "09:05:01.034  -> UPLOAD_FIRMWARE ack";
     QTest::newRow("without payload")
         << QByteArray("FF FF 0A 41 01 06 07 06 09 05 16 00 83") << "09:05:01.034  -> HELLO ack";
 }

@@ -34,9 +34,11 @@ void SimulatorOptionsTest::hasDefaults()
     QVERIFY(options.program.isEmpty());
     QCOMPARE(options.manner.baud, 115200);
     QCOMPARE(options.manner.delay.count(), 0);
+    QCOMPARE(options.manner.rebootTime.count(), 3000);
     QVERIFY(!options.manner.silent);
     QCOMPARE(options.portName, QString("ttyUSB0"));
     QVERIFY(options.controlPath.isEmpty());
+    QVERIFY(options.firmwarePath.isEmpty());
     QVERIFY(!options.withHex);
     QVERIFY(!options.quiet);
 }
@@ -44,14 +46,16 @@ void SimulatorOptionsTest::hasDefaults()
 void SimulatorOptionsTest::readsEveryOption()
 {
     const auto options = std::get<SimulatorOptions>(
-        parse({"--port",     "ttyACM7",   "--baud",   "0",      "--camera-version", "1.2.10.255",
-               "--settings", "2,9,1,0,3", "--zoom-1", "-32768", "--zoom-2",         "32767",
-               "--silent",   "--delay",   "1500",     "--hex",  "--quiet",          "--control",
-               "/tmp/x",     "--",        "corvane"}));
+        parse({"--port",     "ttyACM7",         "--baud",    "0",        "--camera-version",
+               "1.2.10.255", "--settings",      "2,9,1,0,3", "--zoom-1", "-32768",
+               "--zoom-2",   "32767",           "--silent",  "--delay",  "1500",
+               "--hex",      "--quiet",         "--control", "/tmp/x",   "--reboot-time",
+               "250",        "--save-firmware", "/tmp/y",    "--",       "corvane"}));
     QCOMPARE(options.program, QString("corvane"));
     QCOMPARE(options.portName, QString("ttyACM7"));
     QCOMPARE(options.manner.baud, 0);
     QCOMPARE(options.manner.delay.count(), 1500);
+    QCOMPARE(options.manner.rebootTime.count(), 250);
     QVERIFY(options.manner.silent);
     QVERIFY((options.camera.version == std::array<unsigned char, 4>{1, 2, 10, 255}));
     QCOMPARE(options.camera.settings.autoTracking, 2);
@@ -63,6 +67,7 @@ void SimulatorOptionsTest::readsEveryOption()
     QVERIFY(options.withHex);
     QVERIFY(options.quiet);
     QCOMPARE(options.controlPath, QString("/tmp/x"));
+    QCOMPARE(options.firmwarePath, QString("/tmp/y"));
 }
 
 void SimulatorOptionsTest::leavesTheProgramItsArguments_data()
@@ -94,6 +99,8 @@ void SimulatorOptionsTest::informs_data()
 
     QTest::newRow("help") << QStringList{"--help"} << "Exit codes:";
     QTest::newRow("short help") << QStringList{"-h"} << "--control <PATH>";
+    QTest::newRow("help on firmware") << QStringList{"--help"} << "--save-firmware <FILE>";
+    QTest::newRow("help on reboots") << QStringList{"--help"} << "--reboot-time <MS>";
     QTest::newRow("help beside a program") << QStringList{"--help", "sh"} << "Exit codes:";
     QTest::newRow("version") << QStringList{"--version"} << "tst_simulatoroptions 1.2.3\n";
 }
@@ -126,6 +133,12 @@ void SimulatorOptionsTest::refusesBadUsage_data()
                                    << "--baud is a number from 0 to 4000000, not '4000001'";
     QTest::newRow("negative delay")
         << QStringList{"--pty", "--delay=-1"} << "--delay is a number from 0 to 3600000, not '-1'";
+    QTest::newRow("negative reboot time")
+        << QStringList{"--pty", "--reboot-time=-1"}
+        << "--reboot-time is a number from 0 to 3600000, not '-1'";
+    QTest::newRow("reboot time too long")
+        << QStringList{"--pty", "--reboot-time", "3600001"}
+        << "--reboot-time is a number from 0 to 3600000, not '3600001'";
     QTest::newRow("zoom value too large") << QStringList{"--pty", "--zoom-1", "32768"}
                                           << "--zoom-1 is a number from -32768 to 32767, not "
                                              "'32768'";
@@ -149,6 +162,8 @@ void SimulatorOptionsTest::refusesBadUsage_data()
                                 << "--port is a name of letters and digits, not ''";
     QTest::newRow("empty control path")
         << QStringList{"--control=", "sh"} << "--control is a path, not ''";
+    QTest::newRow("empty firmware path")
+        << QStringList{"--save-firmware=", "sh"} << "--save-firmware is a path, not ''";
 }
 
 void SimulatorOptionsTest::refusesBadUsage()

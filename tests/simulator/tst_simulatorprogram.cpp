@@ -27,6 +27,42 @@ QByteArray helloReply()
            "01 00 00 06 01 00 00 00 00 01 01 01 01 9C";
 }
 
+QByteArray announcement()
+{
+    return "FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 01 2C AC";
+}
+
+QByteArray announcementReply()
+{
+    return "FF FF 0A 41 01 06 07 06 09 05 10 00 7D";
+}
+
+QByteArray packetReply()
+{
+    return "FF FF 0A 41 01 06 07 06 09 05 01 00 6E";
+}
+
+// The 300 bytes announced, in packets.
+QByteArray firmware()
+{
+    return QByteArray(128, 'A') + QByteArray(128, 'B') + QByteArray(44, 'C');
+}
+
+QByteArray firstPacket()
+{
+    return "FF FF 8A 41 01 06 07 06 09 01 01 01 " + QByteArray(128, 'A').toHex() + " 6B";
+}
+
+QByteArray secondPacket()
+{
+    return "FF FF 8A 41 01 06 07 06 09 01 01 02 " + QByteArray(128, 'B').toHex() + " EC";
+}
+
+QByteArray thirdPacket()
+{
+    return "FF FF 36 41 01 06 07 06 09 01 01 03 " + QByteArray(44, 'C').toHex() + " 1D";
+}
+
 /// The simulator as a process.
 class Simulator {
 public:
@@ -68,6 +104,14 @@ public:
             return -1;
         }
         return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -2;
+    }
+    /// The next line of what it complains about, or a text that no test expects.
+    QString errorLine()
+    {
+        m_process.setReadChannel(QProcess::StandardError);
+        QString text = line();
+        m_process.setReadChannel(QProcess::StandardOutput);
+        return text;
     }
     QString errors() { return QString::fromLocal8Bit(m_process.readAllStandardError()); }
     QString output() { return QString::fromLocal8Bit(m_process.readAllStandardOutput()); }
@@ -137,6 +181,12 @@ private:
     QLocalSocket m_socket;
 };
 
+QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+}
+
 // Qt's serial ports lock their names for the whole machine, and other tests may run at this moment.
 QString uniquePortName()
 {
@@ -162,6 +212,7 @@ private slots:
     void endsAsTheProgramDoes_data();
     void endsAsTheProgramDoes();
     void givesTheProgramItsInputAndOutput();
+    void keepsOtherPreloadedLibraries();
     void passesSignalsOnToTheProgram_data();
     void passesSignalsOnToTheProgram();
     void endsTheProgramWhenKilled();
@@ -169,9 +220,14 @@ private slots:
     void answersOnTheAdapter();
     void unplugsThePseudoTerminal();
     void unplugsTheAdapter();
+    void announcesTheAdapter();
     void hidesTheAdapterWhileUnplugged();
     void quitsOnCommand();
     void needsItsControlSocket();
+    void takesAFirmwareAndRebootsWithIt();
+    void savesAFirmwareBeforeItsLastAcknowledgement();
+    void savesNothingOfAnIncompleteFirmware();
+    void goesOnWhenAFirmwareCannotBeSaved();
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -317,6 +373,18 @@ void SimulatorProgramTest::givesTheProgramItsInputAndOutput()
     QCOMPARE(process.readAllStandardError(), QByteArray("bad\n"));
 }
 
+void SimulatorProgramTest::keepsOtherPreloadedLibraries()
+{
+    // Any library that is everywhere.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("LD_PRELOAD", "libm.so.6");
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(SIMULATOR_PROGRAM, {"--", "sh", "-c", "echo $LD_PRELOAD"});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.readAllStandardOutput(), QByteArray("libm.so.6:libumockdev-preload.so.0\n"));
+}
+
 void SimulatorProgramTest::passesSignalsOnToTheProgram_data()
 {
     QTest::addColumn<int>("number");
@@ -409,6 +477,18 @@ void SimulatorProgramTest::unplugsTheAdapter()
     QCOMPARE(simulator.exitCode(), 0);
 }
 
+void SimulatorProgramTest::announcesTheAdapter()
+{
+    Simulator simulator(
+        {"--quiet", "--control", m_controlPath, "--", SERIAL_HOST_PROGRAM, "watch"});
+    QCOMPARE(simulator.line(), QString("watching"));
+    Control control(m_controlPath);
+    QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+    QCOMPARE(simulator.line(), QString("remove /dev/ttyUSB0"));
+    QCOMPARE(control.obey("plug"), QByteArray("ok"));
+    QCOMPARE(simulator.line(), QString("add /dev/ttyUSB0"));
+}
+
 void SimulatorProgramTest::hidesTheAdapterWhileUnplugged()
 {
     const QString portName = uniquePortName();
@@ -461,6 +541,98 @@ void SimulatorProgramTest::needsItsControlSocket()
     QCOMPARE(simulator.exitCode(), 1);
     QVERIFY(
         simulator.errors().startsWith("corvane-simulator: cannot make the control socket " + path));
+}
+
+void SimulatorProgramTest::takesAFirmwareAndRebootsWithIt()
+{
+    Simulator simulator({"--pty", "--reboot-time", "200"});
+    Host host(simulator.portName());
+    QVERIFY(host.write(announcement()));
+    QCOMPARE(host.read(13), announcementReply());
+    QCOMPARE(simulator.event(), QString("<- RECEIVE_FW_INFO      firmware of 300 bytes"));
+    QCOMPARE(simulator.event(), QString("-> RECEIVE_FW_INFO ack"));
+    QVERIFY(host.write(firstPacket()));
+    QCOMPARE(host.read(13), packetReply());
+    QCOMPARE(simulator.event(), QString("<- UPLOAD_FIRMWARE      packet 1, 128 bytes"));
+    QCOMPARE(simulator.event(), QString("-> UPLOAD_FIRMWARE ack"));
+    QVERIFY(host.write(firstPacket()));
+    QCOMPARE(simulator.event(),
+             QString("<- UPLOAD_FIRMWARE      packet 1, 128 bytes  "
+                     "(not answered: packet 1 instead of 2)"));
+    QVERIFY(host.write(secondPacket()));
+    QCOMPARE(host.read(13), packetReply());
+    QCOMPARE(simulator.event(), QString("<- UPLOAD_FIRMWARE      packet 2, 128 bytes"));
+    QCOMPARE(simulator.event(), QString("-> UPLOAD_FIRMWARE ack"));
+    QVERIFY(host.write(thirdPacket()));
+    QCOMPARE(host.read(13), packetReply());
+    QCOMPARE(simulator.event(), QString("<- UPLOAD_FIRMWARE      packet 3, 44 bytes"));
+    QCOMPARE(simulator.event(),
+             QString("-- received 300 bytes of firmware, SHA-256 "
+                     "4f687bb2b93a5a7014a5e6158381cd3ef4bc0f8714eb9da9b6944aa7825523d5"));
+    QCOMPARE(simulator.event(), QString("-> UPLOAD_FIRMWARE ack"));
+    QCOMPARE(simulator.event(), QString("-- rebooting"));
+    QCOMPARE(simulator.event(), QString("-- running version 1.0.0.7"));
+    QVERIFY(host.write(hello()));
+    QCOMPARE(host.read(26),
+             QByteArray("FF FF 17 41 01 06 07 06 09 05 16 00 "
+                        "01 00 00 07 01 00 00 00 00 01 01 01 01 9D"));
+}
+
+void SimulatorProgramTest::savesAFirmwareBeforeItsLastAcknowledgement()
+{
+    const QString path = m_folder->filePath("firmware");
+    QFile old(path);
+    QVERIFY(old.open(QIODevice::WriteOnly));
+    QCOMPARE(old.write("of yesterday"), qint64(12));
+    old.close();
+    Simulator simulator({"--pty", "--quiet", "--save-firmware", path});
+    Host host(simulator.portName());
+    QVERIFY(host.write(announcement()));
+    QCOMPARE(host.read(13), announcementReply());
+    for (const QByteArray &packet : {firstPacket(), secondPacket(), thirdPacket()}) {
+        QCOMPARE(contents(path), QByteArray("of yesterday"));
+        QVERIFY(host.write(packet));
+        QCOMPARE(host.read(13), packetReply());
+    }
+    QCOMPARE(contents(path), firmware());
+    simulator.sendSignal(SIGTERM);
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(simulator.errors(), QString());
+}
+
+void SimulatorProgramTest::savesNothingOfAnIncompleteFirmware()
+{
+    const QString path = m_folder->filePath("firmware");
+    Simulator simulator({"--pty", "--save-firmware", path});
+    Host host(simulator.portName());
+    QVERIFY(host.write(announcement()));
+    QCOMPARE(host.read(13), announcementReply());
+    QVERIFY(host.write(firstPacket()));
+    QCOMPARE(host.read(13), packetReply());
+    simulator.sendSignal(SIGTERM);
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList());
+}
+
+void SimulatorProgramTest::goesOnWhenAFirmwareCannotBeSaved()
+{
+    const QString path = m_folder->filePath("no/such/folder");
+    const QString complaint =
+        QString("cannot save the firmware as %1: No such file or directory").arg(path);
+    Simulator simulator({"--pty", "--reboot-time", "0", "--save-firmware", path});
+    Host host(simulator.portName());
+    // An empty one.
+    QVERIFY(host.write("FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 00 00 7F"));
+    QCOMPARE(host.read(13), announcementReply());
+    QCOMPARE(simulator.errorLine(), "corvane-simulator: " + complaint);
+    QCOMPARE(simulator.event(), QString("<- RECEIVE_FW_INFO      firmware of 0 bytes"));
+    QVERIFY(simulator.event().startsWith("-- received 0 bytes of firmware"));
+    QCOMPARE(simulator.event(), "-- " + complaint);
+    QCOMPARE(simulator.event(), QString("-> RECEIVE_FW_INFO ack"));
+    QCOMPARE(simulator.event(), QString("-- rebooting"));
+    QCOMPARE(simulator.event(), QString("-- running version 1.0.0.7"));
+    QVERIFY(host.write(hello()));
+    QVERIFY(host.read(26).contains("05 16 00 01 00 00 07"));
 }
 
 QTEST_GUILESS_MAIN(SimulatorProgramTest)
