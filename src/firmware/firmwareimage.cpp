@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr char kMagic[] = "KVEL";
+constexpr auto kMagic = "KVEL";
 constexpr int kMagicSize = 4;
 constexpr int kProtocolVersionOffset = 4;
 constexpr int kImageVersionOffset = 8;

@@ -33,7 +33,7 @@ public:
     ///         may never end) or is larger than kMaximumFileSize
     static std::optional<FirmwareImage> read(const QString &path);
     /// Bytes; far more than the largest firmware needs, and little enough to be held in memory.
-    static constexpr qint64 kMaximumFileSize = 256 * 1024 * 1024;
+    static constexpr qint64 kMaximumFileSize = qint64(256) * 1024 * 1024;
 
     /// Whether it begins with the magic, byte for byte.
     bool hasMagic() const;

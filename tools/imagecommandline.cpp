@@ -1,0 +1,247 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "imagecommandline.h"
+
+#include "wholefile.h"
+
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <array>
+#include <optional>
+
+namespace {
+
+using Kind = ImageCommand::Kind;
+
+struct CommandWord {
+    Kind kind;
+    const char *word;
+    const char *purpose;
+    const char *input;
+    const char *output; ///< null when it has none
+};
+
+constexpr std::array<CommandWord, 4> kCommandWords{{
+    {Kind::Pack, "pack", "Write an image from a firmware.", "FIRMWARE", "IMAGE"},
+    {Kind::Info, "info", "Tell what an image holds.", "IMAGE", nullptr},
+    {Kind::Unpack, "unpack", "Write the bytes that would be uploaded.", "IMAGE", "FIRMWARE"},
+    {Kind::Verify, "verify", "Tell whether an image is valid.", "IMAGE", nullptr},
+}};
+
+QString uploadTimeNote()
+{
+    return QStringLiteral("The upload time that info tells is 50 ms for each packet and 50 ms for "
+                          "the\n"
+                          "announcement of the size: Corvane looks for the camera's replies every "
+                          "50 ms and\n"
+                          "sends nothing before the last reply. A slower camera takes longer.\n");
+}
+
+QString exitCodes()
+{
+    return QStringLiteral("\n"
+                          "Exit codes:\n"
+                          "  0  all is well\n"
+                          "  1  the image or the firmware is not right\n"
+                          "  2  the command line makes no sense\n"
+                          "  3  a file could not be read or written\n");
+}
+
+QString generalDescription()
+{
+    QString text = QStringLiteral("Makes and examines firmware image files.\n\nCommands:\n");
+    for (const CommandWord &command : kCommandWords) {
+        text += QStringLiteral("  %1%2\n")
+                    .arg(QString::fromLatin1(command.word), -8)
+                    .arg(QString::fromLatin1(command.purpose));
+    }
+    return text
+        + QStringLiteral("\n"
+                         "Add --help to a command to see its options and files. A file named - is "
+                         "the standard\n"
+                         "input or output. An output is written whole or not at all.\n"
+                         "\n")
+        + uploadTimeNote().trimmed();
+}
+
+void addCommonOptions(QCommandLineParser &parser)
+{
+    parser.addOptions({
+        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Print this help.")},
+        {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Print the version.")},
+    });
+}
+
+void addPackOptions(QCommandLineParser &parser)
+{
+    parser.addOptions({
+        {QStringLiteral("protocol-version"),
+         QStringLiteral("The image's protocol version, four decimal numbers from 0 to 255."),
+         QStringLiteral("A.B.C.D")},
+        {QStringLiteral("image-version"), QStringLiteral("The image's own version, likewise."),
+         QStringLiteral("A.B.C.D")},
+    });
+}
+
+/// Prepares the parser for one command.
+void describe(QCommandLineParser &parser, const CommandWord &command)
+{
+    addCommonOptions(parser);
+    QString description = QString::fromLatin1(command.purpose);
+    if (command.kind == Kind::Pack) {
+        addPackOptions(parser);
+        description += QStringLiteral(" Both versions are needed. The window shows them in\n"
+                                      "signed hexadecimal: 10 as a, 255 as -1.");
+    }
+    if (command.kind == Kind::Info) {
+        description += QLatin1String("\n\n") + uploadTimeNote().trimmed();
+    }
+    parser.setApplicationDescription(description);
+
+    const QString input = QString::fromLatin1(command.input);
+    parser.addPositionalArgument(
+        input, QStringLiteral("The file to read; - is the standard input."),
+        QStringLiteral("%1 %2").arg(QString::fromLatin1(command.word), input));
+    if (command.output != nullptr) {
+        parser.addPositionalArgument(QString::fromLatin1(command.output),
+                                     QStringLiteral("The file to write; - is the standard "
+                                                    "output."));
+    }
+}
+
+const CommandWord *commandNamed(const QString &word)
+{
+    for (const CommandWord &command : kCommandWords) {
+        if (word == QLatin1String(command.word)) {
+            return &command;
+        }
+    }
+    return nullptr;
+}
+
+/// The version that an option gives.
+/// @param[out] fault  why there is none
+std::optional<ImageVersion> versionOf(const QCommandLineParser &parser, const QString &option,
+                                      QString *fault)
+{
+    if (!parser.isSet(option)) {
+        *fault = QStringLiteral("--%1 is needed").arg(option);
+        return std::nullopt;
+    }
+    static const QRegularExpression kFourNumbers(
+        QStringLiteral("\\A([0-9]{1,3})\\.([0-9]{1,3})\\.([0-9]{1,3})\\.([0-9]{1,3})\\z"));
+    const QString text = parser.value(option);
+    const QRegularExpressionMatch match = kFourNumbers.match(text);
+    ImageVersion version{};
+    bool fits = match.hasMatch();
+    for (std::size_t i = 0; fits && i < version.size(); ++i) {
+        constexpr int kMaximumNumber = 255;
+        const int number = match.capturedRef(static_cast<int>(i) + 1).toInt();
+        fits = number <= kMaximumNumber;
+        version[i] = static_cast<unsigned char>(number);
+    }
+    if (!fits) {
+        *fault = QStringLiteral("--%1 is four numbers from 0 to 255 with dots, not '%2'")
+                     .arg(option, text);
+        return std::nullopt;
+    }
+    return version;
+}
+
+bool isSameFile(const QString &one, const QString &other)
+{
+    const QString path = QFileInfo(one).canonicalFilePath();
+    return one != kStandardStreamName && other != kStandardStreamName && !path.isEmpty()
+        && path == QFileInfo(other).canonicalFilePath();
+}
+
+/// Reads the arguments of a command, which are its word and its files.
+std::variant<ImageCommand, Information, BadUsage> parseCommand(const CommandWord &word,
+                                                               const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    describe(parser, word);
+    if (!parser.parse(arguments)) {
+        return BadUsage{parser.errorText()};
+    }
+    if (parser.isSet(QStringLiteral("help"))) {
+        return Information{parser.helpText() + exitCodes()};
+    }
+
+    const QStringList files = parser.positionalArguments().mid(1);
+    if (files.size() != (word.output == nullptr ? 1 : 2)) {
+        return BadUsage{(word.output == nullptr ? QStringLiteral("%1 takes one file: %2")
+                                                : QStringLiteral("%1 takes two files: %2 %3"))
+                            .arg(QLatin1String(word.word), QLatin1String(word.input),
+                                 QLatin1String(word.output))};
+    }
+    if (files.contains(QString())) {
+        return BadUsage{QStringLiteral("the name of a file is empty")};
+    }
+    ImageCommand command;
+    command.kind = word.kind;
+    command.input = files.first();
+    if (word.output != nullptr) {
+        command.output = files.last();
+        if (isSameFile(command.input, command.output)) {
+            return BadUsage{QStringLiteral("%1 and %2 are the same file")
+                                .arg(QLatin1String(word.input), QLatin1String(word.output))};
+        }
+    }
+    if (word.kind == Kind::Pack) {
+        QString fault;
+        const auto protocol = versionOf(parser, QStringLiteral("protocol-version"), &fault);
+        if (!protocol) {
+            return BadUsage{fault};
+        }
+        const auto image = versionOf(parser, QStringLiteral("image-version"), &fault);
+        if (!image) {
+            return BadUsage{fault};
+        }
+        command.protocolVersion = *protocol;
+        command.imageVersion = *image;
+    }
+    return command;
+}
+
+} // namespace
+
+std::variant<ImageCommand, Information, BadUsage>
+parseImageCommandLine(const QStringList &arguments)
+{
+    // Knows every option, so that the command is found wherever it stands.
+    QCommandLineParser finder;
+    addCommonOptions(finder);
+    addPackOptions(finder);
+    if (!finder.parse(arguments)) {
+        return BadUsage{finder.errorText()};
+    }
+    if (finder.isSet(QStringLiteral("version"))) {
+        return Information{QStringLiteral("%1 %2\n").arg(QCoreApplication::applicationName(),
+                                                         QCoreApplication::applicationVersion())};
+    }
+    const QStringList words = finder.positionalArguments();
+    if (words.isEmpty()) {
+        if (!finder.isSet(QStringLiteral("help"))) {
+            return BadUsage{QStringLiteral("a command is needed: pack, info, unpack or verify")};
+        }
+        QCommandLineParser general;
+        addCommonOptions(general);
+        general.setApplicationDescription(generalDescription());
+        general.addPositionalArgument(QStringLiteral("COMMAND"),
+                                      QStringLiteral("pack, info, unpack or verify."),
+                                      QStringLiteral("COMMAND FILE..."));
+        return Information{general.helpText() + exitCodes()};
+    }
+    const CommandWord *command = commandNamed(words.first());
+    if (command == nullptr) {
+        return BadUsage{QStringLiteral("'%1' is no command; they are pack, info, unpack and verify")
+                            .arg(words.first())};
+    }
+    return parseCommand(*command, arguments);
+}

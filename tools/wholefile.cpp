@@ -1,0 +1,81 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "wholefile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+
+namespace {
+
+bool writeStandardOutput(const QByteArray &contents, QString *error)
+{
+    const auto size = static_cast<std::size_t>(contents.size());
+    if (std::fwrite(contents.constData(), 1, size, stdout) != size || std::fflush(stdout) != 0) {
+        *error = qt_error_string(errno);
+        return false;
+    }
+    return true;
+}
+
+/// A write that comes to the end of the disk is only short; the reason is known to the next one.
+bool writeAll(QIODevice &file, const QByteArray &contents)
+{
+    int size = 0;
+    while (size < contents.size()) {
+        const qint64 written = file.write(contents.constData() + size, contents.size() - size);
+        if (written <= 0) {
+            return false;
+        }
+        size += static_cast<int>(written);
+    }
+    return true;
+}
+
+} // namespace
+
+const QString kStandardStreamName = QStringLiteral("-");
+
+std::optional<QByteArray> readWholeFile(const QString &name, int maximum, QString *error)
+{
+    QFile file(name);
+    const bool isOpen = name == kStandardStreamName ? file.open(stdin, QIODevice::ReadOnly)
+                                                    : file.open(QIODevice::ReadOnly);
+    QByteArray contents;
+    if (isOpen) {
+        constexpr int kChunkSize = 1 << 16;
+        QByteArray chunk;
+        do {
+            chunk = file.read(std::min(kChunkSize, maximum + 1 - contents.size()));
+            contents += chunk;
+        } while (!chunk.isEmpty());
+    }
+    if (file.error() != QFileDevice::NoError) {
+        *error = file.errorString();
+        return std::nullopt;
+    }
+    return contents;
+}
+
+bool writeWholeFile(const QString &name, const QByteArray &contents, QString *error)
+{
+    if (name == kStandardStreamName) {
+        return writeStandardOutput(contents, error);
+    }
+    const QFileInfo existing(name);
+    if (existing.exists() && !existing.isFile()) {
+        *error = QStringLiteral("is no regular file");
+        return false;
+    }
+    QSaveFile file(name);
+    if (!file.open(QIODevice::WriteOnly) || !writeAll(file, contents) || !file.commit()) {
+        *error = file.errorString();
+        return false;
+    }
+    return true;
+}
