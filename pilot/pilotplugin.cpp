@@ -57,13 +57,6 @@ void clickAt(const QWidget *widget, const QPoint &position)
                       widget->mapTo(window, position));
 }
 
-/// Done from the event loop, because what follows from it may run a nested one.
-template <typename Action> QJsonObject soon(QObject *context, Action action)
-{
-    QTimer::singleShot(0, context, action);
-    return ok();
-}
-
 QJsonObject stateOf(QWidget *widget)
 {
     QJsonObject state{{"enabled", widget->isEnabled()}, {"visible", widget->isVisible()}};
@@ -97,8 +90,21 @@ PilotAgent::PilotAgent(const QString &socketPath)
 void PilotAgent::readOrders()
 {
     while (m_socket.canReadLine()) {
-        answer(carryOut(QJsonDocument::fromJson(m_socket.readLine()).object()));
+        const QJsonObject order = QJsonDocument::fromJson(m_socket.readLine()).object();
+        const auto result = carryOut(order);
+        if (result) {
+            answer(*result);
+        }
     }
+}
+
+std::nullopt_t PilotAgent::answerFirst(QObject *context, const std::function<void()> &action)
+{
+    QTimer::singleShot(0, context, [this, action] {
+        answer(ok());
+        action();
+    });
+    return std::nullopt;
 }
 
 void PilotAgent::answer(const QJsonObject &answer)
@@ -107,7 +113,7 @@ void PilotAgent::answer(const QJsonObject &answer)
     m_socket.flush();
 }
 
-QJsonObject PilotAgent::carryOut(const QJsonObject &order)
+std::optional<QJsonObject> PilotAgent::carryOut(const QJsonObject &order)
 {
     const QString action = order["do"].toString();
     const QString name = order["widget"].toString();
@@ -127,7 +133,7 @@ QJsonObject PilotAgent::carryOut(const QJsonObject &order)
         return error("there is no main window");
     }
     if (action == "close") {
-        return soon(this, [] { mainWindow()->close(); });
+        return answerFirst(this, [] { mainWindow()->close(); });
     }
     auto *const widget = mainWindow()->findChild<QWidget *>(name);
     if (widget == nullptr) {
@@ -148,9 +154,9 @@ QJsonObject PilotAgent::carryOut(const QJsonObject &order)
     return error("unknown order " + action);
 }
 
-QJsonObject PilotAgent::click(QWidget *widget)
+std::nullopt_t PilotAgent::click(QWidget *widget)
 {
-    return soon(widget, [widget] {
+    return answerFirst(widget, [widget] {
         // Radio buttons and check boxes react at their left end only.
         const bool atLeft = qobject_cast<QAbstractButton *>(widget) != nullptr
             && qobject_cast<QAbstractButton *>(widget)->isCheckable();
@@ -168,26 +174,24 @@ QJsonObject PilotAgent::hover(QWidget *widget)
 QJsonObject PilotAgent::choose(QWidget *widget, int index)
 {
     if (auto *const tabs = qobject_cast<QTabWidget *>(widget)) {
-        return soon(tabs, [tabs, index] {
-            clickAt(tabs->tabBar(), tabs->tabBar()->tabRect(index).center());
-        });
+        clickAt(tabs->tabBar(), tabs->tabBar()->tabRect(index).center());
+        return ok();
     }
     auto *const combo = qobject_cast<QComboBox *>(widget);
     if (combo == nullptr) {
         return error(widget->objectName() + " has nothing to choose from");
     }
-    return soon(combo, [combo, index] {
-        clickAt(combo, combo->rect().center());
-        QAbstractItemView *const list = combo->view();
-        if (!list->isVisible()) {
-            return; // disabled: the state will tell
-        }
-        const QModelIndex item = combo->model()->index(index, 0);
-        list->scrollTo(item);
-        // A list that has just opened ignores clicks for a moment, keys it does not.
-        list->setCurrentIndex(item);
-        QTest::keyClick(list->window()->windowHandle(), Qt::Key_Return);
-    });
+    clickAt(combo, combo->rect().center());
+    QAbstractItemView *const list = combo->view();
+    if (!list->isVisible()) {
+        return error(combo->objectName() + " does not open");
+    }
+    const QModelIndex item = combo->model()->index(index, 0);
+    list->scrollTo(item);
+    // A list that has just opened ignores clicks for a moment, keys it does not.
+    list->setCurrentIndex(item);
+    QTest::keyClick(list->window()->windowHandle(), Qt::Key_Return);
+    return ok();
 }
 
 QJsonObject PilotAgent::closeList()
@@ -202,25 +206,24 @@ QJsonObject PilotAgent::closeList()
 
 QJsonObject PilotAgent::pressKeys(QWidget *widget, const QString &text)
 {
-    return soon(widget, [widget, text] {
-        clickAt(widget, widget->rect().center());
-        QWindow *const window = widget->window()->windowHandle();
-        QTest::keyClick(window, Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(window, Qt::Key_Delete);
-        for (const QChar character : text) {
-            QTest::keyClick(window, character.toLatin1());
-        }
-        QTest::keyClick(window, Qt::Key_Return);
-    });
+    clickAt(widget, widget->rect().center());
+    QWindow *const window = widget->window()->windowHandle();
+    QTest::keyClick(window, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(window, Qt::Key_Delete);
+    for (const QChar character : text) {
+        QTest::keyClick(window, character.toLatin1());
+    }
+    QTest::keyClick(window, Qt::Key_Return);
+    return ok();
 }
 
-QJsonObject PilotAgent::answerDialog()
+std::optional<QJsonObject> PilotAgent::answerDialog()
 {
     QMessageBox *const dialog = openDialog();
     if (dialog == nullptr) {
         return error("no message box is open");
     }
-    return soon(dialog, [dialog] {
+    return answerFirst(dialog, [dialog] {
         const QAbstractButton *const button = dialog->button(QMessageBox::Ok);
         clickAt(button, button->rect().center());
     });
@@ -262,8 +265,8 @@ QJsonObject PilotAgent::state()
     return state;
 }
 
-QObject *PilotPlugin::create(const QString &key, const QString &specification)
+QObject *PilotPlugin::create(const QString &key, const QString &socketPath)
 {
     Q_UNUSED(key)
-    return new PilotAgent(specification);
+    return new PilotAgent(socketPath);
 }

@@ -7,6 +7,9 @@
 #include <QJsonObject>
 #include <QLocalSocket>
 
+#include <functional>
+#include <optional>
+
 class QWidget;
 
 /// The end of the pilot that lives in the program: takes orders from a local socket, carries them
@@ -20,15 +23,19 @@ public:
 
 private:
     void readOrders();
-    QJsonObject carryOut(const QJsonObject &order);
+    /// @return the answer, or nothing when it has been arranged for
+    std::optional<QJsonObject> carryOut(const QJsonObject &order);
     void answer(const QJsonObject &answer);
+    /// For what may run an event loop of its own: answers and acts when the loop comes round, so
+    /// that further orders can be carried out meanwhile.
+    std::nullopt_t answerFirst(QObject *context, const std::function<void()> &action);
 
-    static QJsonObject click(QWidget *widget);
+    std::nullopt_t click(QWidget *widget);
     static QJsonObject hover(QWidget *widget);
     static QJsonObject choose(QWidget *widget, int index);
     static QJsonObject closeList();
     static QJsonObject pressKeys(QWidget *widget, const QString &text);
-    static QJsonObject answerDialog();
+    std::optional<QJsonObject> answerDialog();
     static QJsonObject picture(const QString &path);
     static QJsonObject state();
 
@@ -40,5 +47,5 @@ class PilotPlugin : public QGenericPlugin {
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "pilotplugin.json")
 
 public:
-    QObject *create(const QString &key, const QString &specification) override;
+    QObject *create(const QString &key, const QString &socketPath) override;
 };

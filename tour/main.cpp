@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -27,13 +28,28 @@ struct Step {
     std::function<bool(Pilot &)> perform;
 };
 
-std::vector<Step> steps(const QString &controlSocket)
+QByteArray contentsOf(const QString &path)
 {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// @param scratch  a folder for what the steps need, gone when the tour is over
+std::vector<Step> steps(const QDir &scratch)
+{
+    const QString controlSocket = scratch.filePath("control");
+    const QString savedFirmware = scratch.filePath("received.bin");
+    // Copies, so that the pictures show a path that is the same for everybody.
+    const QString firmware = scratch.filePath("firmware.bin");
+    const QString image = scratch.filePath("sample.img");
+    QFile::copy(SAMPLE_FIRMWARE, firmware);
+    QFile::copy(SAMPLE_IMAGE, image);
     return {
         {"start", "Start: the adapter stands in the list of ports",
-         [controlSocket](Pilot &corvane) {
+         [controlSocket, savedFirmware](Pilot &corvane) {
              return corvane.start(CORVANE_SIMULATOR,
-                                  {"--control", controlSocket, "--settings", "0,0,0,0,0", "--",
+                                  {"--control", controlSocket, "--settings", "0,0,0,0,0",
+                                   "--save-firmware", savedFirmware, "--reboot-time", "2000", "--",
                                    CORVANE_PROGRAM})
                  && corvane.waitUntil("the port is listed", [&corvane] {
                         return corvane.text("comboBox_portlist") == "ttyUSB0 (USB Serial)";
@@ -81,21 +97,66 @@ std::vector<Step> steps(const QString &controlSocket)
                             == "Device Version: 1.0.0.6\nSetting custom zoom: 25";
                     });
          }},
-        {"firmware", "Look at the firmware page",
-         [](Pilot &corvane) {
-             return corvane.choose("tabWidget", 1)
-                 && corvane.waitUntil("the page is shown",
-                                      [&corvane] { return corvane.index("tabWidget") == 1; });
-         }},
         {"about", "About: the program's version",
          [](Pilot &corvane) {
-             return corvane.choose("tabWidget", 0) && corvane.click("toolButton_about")
+             return corvane.click("toolButton_about")
                  && corvane.waitForDialog("about: Corvane: Version 1.0.0.5");
+         }},
+        {"no-image", "Choose a file that is no firmware image: it is refused",
+         [firmware](Pilot &corvane) {
+             return corvane.answerDialog() && corvane.waitForDialog({})
+                 && corvane.choose("tabWidget", 1)
+                 && corvane.waitUntil("the page is shown",
+                                      [&corvane] { return corvane.index("tabWidget") == 1; })
+                 && corvane.type("lineEdit_firmware", firmware)
+                 && corvane.waitUntil("it is refused", [&corvane] {
+                        return corvane.text("textEdit_firmware_info") == "Firmware file error."
+                            && !corvane.isEnabled("pushButton_start_upgrade");
+                    });
+         }},
+        {"image", "Choose a firmware image: its versions are shown",
+         [image](Pilot &corvane) {
+             return corvane.type("lineEdit_firmware", image)
+                 && corvane.waitForEnabled("pushButton_start_upgrade")
+                 && corvane.text("textEdit_firmware_info")
+                 == "Protocol version: 1.2.0.7\nImage version: 1.0.0.7";
+         }},
+        {"half-way", "Upgrade: half of it is done",
+         [](Pilot &corvane) {
+             return corvane.click("pushButton_start_upgrade")
+                 && corvane.waitUntil(
+                     "half of it is done",
+                     [&corvane] { return corvane.value("progressBar_updating") > 12345 / 2; },
+                     20000);
+         }},
+        {"complete", "The upgrade is complete, and the camera has received what was packed",
+         [savedFirmware](Pilot &corvane) {
+             return corvane.waitUntil(
+                        "it is complete",
+                        [&corvane] {
+                            return corvane.text("textEdit_firmware_info")
+                                == "Update is complete. Device auto-rebooting.";
+                        },
+                        20000)
+                 && corvane.waitForEnabled("pushButton_connect")
+                 && corvane.waitUntil("the firmware is saved", [savedFirmware] {
+                        return contentsOf(savedFirmware) == contentsOf(SAMPLE_FIRMWARE);
+                    });
+         }},
+        {"reconnect", "Connect again when it has rebooted: it reports its new version",
+         [](Pilot &corvane) {
+             return corvane.waitUntil(
+                        "it has rebooted",
+                        [&corvane] { return corvane.output().contains("running version 1.0.0.7"); })
+                 && corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget")
+                 && corvane.choose("tabWidget", 0)
+                 && corvane.waitUntil("the version is shown", [&corvane] {
+                        return corvane.text("textEdit_device_info") == "Device Version: 1.0.0.7";
+                    });
          }},
         {"disconnect", "Disconnect",
          [](Pilot &corvane) {
-             return corvane.answerDialog() && corvane.waitForDialog({})
-                 && corvane.click("pushButton_disconnect")
+             return corvane.click("pushButton_disconnect")
                  && corvane.waitForEnabled("tabWidget", false);
          }},
         {"no-answer", "Connect to a camera that is switched off: five seconds later it says so",
@@ -136,11 +197,15 @@ int main(int argc, char *argv[])
     }
     const QDir directory(QString::fromLocal8Bit(argv[1]));
     directory.mkpath(".");
+    const QStringList oldPictures = directory.entryList({"*.png"});
+    for (const QString &picture : oldPictures) {
+        QFile::remove(directory.filePath(picture));
+    }
 
-    const QTemporaryDir sockets;
+    const QTemporaryDir scratch(QDir::tempPath() + "/corvane-tour-XXXXXX");
     Pilot corvane;
     int number = 0;
-    for (const Step &step : steps(sockets.filePath("control"))) {
+    for (const Step &step : steps(QDir(scratch.path()))) {
         ++number;
         say(QStringLiteral("%1. %2").arg(number, 2).arg(QLatin1String(step.description)));
         bool isDone = step.perform(corvane);

@@ -14,13 +14,50 @@ public:
     bool start(const QStringList &simulatorOptions = {})
     {
         return corvane.start(CORVANE_SIMULATOR,
-                             QStringList{"--hex", "--control", controlSocket()} + simulatorOptions
-                                 + QStringList{"--", CORVANE_PROGRAM});
+                             QStringList{"--hex", "--control", controlSocket(), "--port", m_port}
+                                 + simulatorOptions + QStringList{"--", CORVANE_PROGRAM});
     }
+    QString portItem() const { return m_port + " (USB Serial)"; }
     bool connectCamera()
     {
         return corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget");
     }
+    /// Makes the image that startUpgrade() uses.
+    bool pack(const QByteArray &firmware)
+    {
+        QFile file(path("firmware"));
+        return file.open(QIODevice::WriteOnly) && file.write(firmware) == firmware.size()
+            && file.flush()
+            && QProcess::execute(CORVANE_IMAGE,
+                                 {"pack", "--protocol-version", "1.2.0.7", "--image-version",
+                                  "1.0.0.6", path("firmware"), path("image")})
+            == 0;
+    }
+    /// From the connected state.
+    bool startUpgrade()
+    {
+        return corvane.choose("tabWidget", 1)
+            && corvane.waitUntil("the page is shown",
+                                 [this] { return corvane.index("tabWidget") == 1; })
+            && corvane.type("lineEdit_firmware", path("image"))
+            && corvane.waitForEnabled("pushButton_start_upgrade")
+            && corvane.click("pushButton_start_upgrade");
+    }
+    /// The window is disconnected then.
+    bool waitUntilComplete()
+    {
+        return corvane.waitUntil(
+                   "the upgrade is complete",
+                   [this] {
+                       return corvane.text("textEdit_firmware_info")
+                           == "Update is complete. Device auto-rebooting.";
+                   },
+                   30000)
+            && corvane.waitForEnabled("pushButton_connect");
+    }
+    QString path(const QString &name) const { return m_directory.filePath(name); }
+    QByteArray contents(const QString &name) const { return read(path(name)); }
+
     bool tell(const QByteArray &command) { return tellSimulator(controlSocket(), command); }
 
     /// The frames that passed, as "<- FF FF ..." from the host and "-> FF FF ..." to it.
@@ -60,6 +97,8 @@ private:
     }
     QString controlSocket() const { return m_directory.filePath("control"); }
 
+    // Opening a port locks its name for the whole machine, on which other tests may run.
+    const QString m_port = QStringLiteral("ttyUSB%1").arg(QCoreApplication::applicationPid());
     QTemporaryDir m_directory;
 };
 
@@ -76,6 +115,9 @@ private slots:
     void aSilentCameraFailsTheConnection();
     void anUnpluggedAdapterDisconnectsAndLeavesTheProgramIdle();
     void aPluggedAdapterShowsWhenTheListOpens();
+    void theCameraReceivesTheFirmwareThatWasPacked();
+    void closingTheWindowDuringAnUpgradeIsDeclined();
+    void anAdapterUnpluggedDuringAnUpgradeStopsIt();
     void closingTheWindowEndsTheProgram_data();
     void closingTheWindowEndsTheProgram();
 };
@@ -84,7 +126,7 @@ void ProgramTest::anOperatorsSessionPutsExactlyTheseBytesOnTheWire()
 {
     Desk desk;
     DO(desk.start({"--camera-version", "1.0.10.16", "--settings", "1,1,0,1,1", "--zoom-2", "272"}));
-    QCOMPARE(desk.corvane.text("comboBox_portlist"), QString("ttyUSB0 (USB Serial)"));
+    QCOMPARE(desk.corvane.text("comboBox_portlist"), desk.portItem());
     DO(desk.connectCamera());
     DO(desk.corvane.waitUntil("the version is shown", [&desk] {
         return desk.corvane.text("textEdit_device_info") == "Device Version: 1.0.a.10";
@@ -170,7 +212,7 @@ void ProgramTest::aPluggedAdapterShowsWhenTheListOpens()
     Desk desk;
     DO(desk.start());
     DO(desk.tell("unplug"));
-    QCOMPARE(desk.corvane.text("comboBox_portlist"), QString("ttyUSB0 (USB Serial)"));
+    QCOMPARE(desk.corvane.text("comboBox_portlist"), desk.portItem());
     DO(desk.corvane.click("pushButton_connect"));
     DO(desk.corvane.waitForDialog("Error: No such file or directory"));
     DO(desk.corvane.answerDialog());
@@ -178,9 +220,68 @@ void ProgramTest::aPluggedAdapterShowsWhenTheListOpens()
     DO(desk.tell("plug"));
     DO(desk.corvane.choose("comboBox_portlist", 0));
     DO(desk.corvane.waitUntil("the adapter is listed", [&desk] {
-        return desk.corvane.text("comboBox_portlist") == "ttyUSB0 (USB Serial)";
+        return desk.corvane.text("comboBox_portlist") == desk.portItem();
     }));
     DO(desk.connectCamera());
+}
+
+// Three firmwares, or as many as CORVANE_UPLOADS says, from the seed CORVANE_SEED.
+void ProgramTest::theCameraReceivesTheFirmwareThatWasPacked()
+{
+    bool isSet = false;
+    const int uploads = qEnvironmentVariableIntValue("CORVANE_UPLOADS", &isSet);
+    const int seed = qEnvironmentVariableIntValue("CORVANE_SEED");
+    QRandomGenerator random(static_cast<quint32>(seed));
+    Desk desk;
+    DO(desk.start({"--save-firmware", desk.path("received"), "--reboot-time", "0"}));
+    for (int upload = 0; upload < (isSet ? uploads : 3); ++upload) {
+        QByteArray firmware(random.bounded(3000), '\0');
+        for (char &byte : firmware) {
+            byte = static_cast<char>(random.bounded(256));
+        }
+        DO(desk.pack(firmware));
+        DO(desk.connectCamera());
+        DO(desk.startUpgrade());
+        DO(desk.waitUntilComplete());
+        QVERIFY2(desk.contents("received") == firmware,
+                 qPrintable(QStringLiteral("upload %1 from seed %2").arg(upload).arg(seed)));
+    }
+}
+
+void ProgramTest::closingTheWindowDuringAnUpgradeIsDeclined()
+{
+    Desk desk;
+    DO(desk.start({"--save-firmware", desk.path("received"), "--reboot-time", "0"}));
+    const QByteArray firmware(2000, 'x');
+    DO(desk.pack(firmware));
+    DO(desk.connectCamera());
+    DO(desk.startUpgrade());
+    DO(desk.corvane.waitUntil(
+        "it has begun", [&desk] { return desk.corvane.value("progressBar_updating") > 128; }));
+    DO(desk.corvane.close());
+    DO(desk.waitUntilComplete());
+    QCOMPARE(desk.contents("received"), firmware);
+    DO(desk.corvane.close());
+    DO(desk.corvane.waitUntilEnded());
+    QCOMPARE(desk.corvane.exitCode(), 0);
+}
+
+void ProgramTest::anAdapterUnpluggedDuringAnUpgradeStopsIt()
+{
+    Desk desk;
+    DO(desk.start({"--save-firmware", desk.path("received")}));
+    DO(desk.pack(QByteArray(20000, 'x')));
+    DO(desk.connectCamera());
+    DO(desk.startUpgrade());
+    DO(desk.corvane.waitUntil(
+        "it has begun", [&desk] { return desk.corvane.value("progressBar_updating") > 128; }));
+    DO(desk.tell("unplug"));
+    DO(desk.corvane.waitForDialog("Error: Transmission stop!"));
+    DO(desk.corvane.answerDialog());
+    DO(desk.corvane.waitForEnabled("pushButton_connect"));
+    QVERIFY(!desk.corvane.isEnabled("tabWidget"));
+    QVERIFY(!desk.corvane.text("textEdit_firmware_info").contains("complete"));
+    QCOMPARE(desk.contents("received"), QByteArray());
 }
 
 void ProgramTest::closingTheWindowEndsTheProgram_data()
