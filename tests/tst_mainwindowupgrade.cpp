@@ -242,8 +242,7 @@ void MainWindowUpgradeTest::uploadsAFirmwareOf()
     auto *const bar = upgrade.desk.child<QProgressBar>("progressBar_updating");
     // So that the first value is seen to be set.
     bar->setValue(50);
-    QList<int> values;
-    connect(bar, &QProgressBar::valueChanged, this, [&values](int value) { values << value; });
+    const QSignalSpy valueChanges(bar, &QProgressBar::valueChanged);
 
     upgrade.start();
 
@@ -263,6 +262,10 @@ void MainWindowUpgradeTest::uploadsAFirmwareOf()
     }
     QCOMPARE(upgrade.ownStatusLines(), lines + QStringList{"Disconnected"});
 
+    QList<int> values;
+    for (const QList<QVariant> &arguments : valueChanges) {
+        values << arguments.constFirst().toInt();
+    }
     // Setting the range resets a value outside of it, which is a change of its own.
     if (values.value(0) == -1) {
         values.removeFirst();
