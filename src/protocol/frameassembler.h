@@ -17,8 +17,8 @@
 /// behind such a pair still counts as a body byte of the abandoned frame first (it may even
 /// complete it) and is then the length byte of the new one. Three FF in a row are thus a pair and a
 /// length byte of 255, and that length byte is at the same time the first FF of another pair.
-/// A checksum of FF makes such a pair with the header behind it, so the frame that follows at once is
-/// lost.
+/// A checksum of FF makes such a pair with the header behind it, so the frame that follows at once
+/// is lost.
 ///
 /// Signature, type and command are not looked at here. There is no time-out inside a frame, and no
 /// reset: a frame that was cut short stays in collection until more bytes or an FF pair come.
