@@ -30,9 +30,13 @@ Simulator::Simulator(const SimulatorOptions &options, QObject *parent)
     , m_options(options)
     , m_log(options.withHex)
     , m_line(makeLine(options))
-    , m_camera(options.camera, options.manner, m_log, *m_line)
+    , m_faultyLine(*m_line)
+    , m_camera(options.camera, options.manner, m_log, m_faultyLine)
     , m_control([this](const QString &command) { return obey(command); })
 {
+    m_faultyLine.setFaults(options.faults, options.seed);
+    connect(&m_faultyLine, &FaultyLine::faultApplied, this, &Simulator::note);
+    connect(&m_faultyLine, &FaultyLine::hungUp, this, &Simulator::lineLost);
     if (!options.quiet) {
         connect(&m_camera, &AnsweringCamera::logged, this, &Simulator::printed);
     }
@@ -100,9 +104,8 @@ QString Simulator::obey(const QString &command)
         if (!m_line->isPlugged()) {
             return QStringLiteral("not plugged");
         }
-        m_line->unplug();
-        m_camera.lineLost();
-        note(QStringLiteral("unplugged"));
+        m_faultyLine.unplug();
+        lineLost();
     } else if (command == QLatin1String("plug")) {
         if (m_line->isPlugged()) {
             return QStringLiteral("already plugged");
@@ -116,12 +119,37 @@ QString Simulator::obey(const QString &command)
         m_camera.setSilent(true);
     } else if (command == QLatin1String("silent off")) {
         m_camera.setSilent(false);
+    } else if (command.startsWith(QLatin1String("faults "))) {
+        return setFaults(command.section(QLatin1Char(' '), 1));
     } else if (command == QLatin1String("quit")) {
         end(SIGTERM);
     } else {
         return QStringLiteral("unknown command '%1'").arg(command);
     }
     return {};
+}
+
+// Returns why it could not, or an empty text.
+QString Simulator::setFaults(const QString &planAndSeed)
+{
+    QString error;
+    const auto plan = FaultPlan::parse(planAndSeed.section(QLatin1Char(' '), 0, 0), &error);
+    if (!plan) {
+        return error;
+    }
+    const QString seedText = planAndSeed.section(QLatin1Char(' '), 1);
+    const auto seed = seedText.isEmpty() ? m_options.seed : faultSeedFrom(seedText);
+    if (!seed) {
+        return QStringLiteral("the seed is a number from 0 to 4294967295, not '%1'").arg(seedText);
+    }
+    m_faultyLine.setFaults(*plan, *seed);
+    return {};
+}
+
+void Simulator::lineLost()
+{
+    m_camera.lineLost();
+    note(QStringLiteral("unplugged"));
 }
 
 void Simulator::note(const QString &text)

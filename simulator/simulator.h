@@ -6,6 +6,7 @@
 #include "answeringcamera.h"
 #include "childprogram.h"
 #include "controlsocket.h"
+#include "faultyline.h"
 #include "simulatoroptions.h"
 #include "terminationsignals.h"
 
@@ -43,12 +44,15 @@ private:
     bool plug(QString *error);
     void saveFirmware(const QByteArray &firmware);
     QString obey(const QString &command);
+    QString setFaults(const QString &planAndSeed);
+    void lineLost();
     void note(const QString &text);
     void end(int signalNumber);
 
     SimulatorOptions m_options;
     ExchangeLog m_log;
     std::unique_ptr<CameraLine> m_line;
+    FaultyLine m_faultyLine; ///< between the line and the camera
     AnsweringCamera m_camera;
     ChildProgram m_program;
     ControlSocket m_control;

@@ -88,7 +88,7 @@ void describe(QCommandLineParser &parser)
         "With a PROGRAM, it hangs on a simulated USB serial adapter that only this program sees.\n"
         "With --pty, it hangs on a pseudo-terminal, whose name is the first line printed.\n"
         "Every frame that passes is printed. The camera's commands on the control socket, one a\n"
-        "line: unplug, plug, silent on, silent off, quit."));
+        "line: unplug, plug, silent on, silent off, faults PLAN [SEED], quit."));
     parser.addOptions({
         {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Print this help.")},
         {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Print the version.")},
@@ -122,6 +122,12 @@ void describe(QCommandLineParser &parser)
         {QStringLiteral("save-firmware"),
          QStringLiteral("Write each firmware that the camera has received completely."),
          QStringLiteral("FILE")},
+        {QStringLiteral("faults"),
+         QStringLiteral("Put faults on the line; \"--faults help\" lists them."),
+         QStringLiteral("PLAN")},
+        {QStringLiteral("seed"),
+         QStringLiteral("What the random numbers of the faults start from (default: 0)."),
+         QStringLiteral("N")},
         {QStringLiteral("hex"), QStringLiteral("Print the bytes of every frame as well.")},
         {QStringLiteral("quiet"), QStringLiteral("Do not print what passes.")},
         {QStringLiteral("control"), QStringLiteral("Take commands on a local socket."),
@@ -161,6 +167,10 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
     if (parser.isSet(option("version"))) {
         return Information{QStringLiteral("%1 %2\n").arg(QCoreApplication::applicationName(),
                                                          QCoreApplication::applicationVersion())};
+    }
+
+    if (parser.value(option("faults")) == QLatin1String("help")) {
+        return Information{FaultPlan::help()};
     }
 
     SimulatorOptions options;
@@ -214,6 +224,22 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
         qint16 &zoom = options.camera.lensZoom[i];
         zoom = static_cast<qint16>(
             reader.number(QStringLiteral("zoom-%1").arg(i + 1), Zoom::min(), Zoom::max(), zoom));
+    }
+
+    if (parser.isSet(option("faults"))) {
+        QString fault;
+        const auto plan = FaultPlan::parse(parser.value(option("faults")), &fault);
+        if (!plan) {
+            return BadUsage{QStringLiteral("--faults: ") + fault};
+        }
+        options.faults = *plan;
+    }
+    if (parser.isSet(option("seed"))) {
+        const auto seed = faultSeedFrom(parser.value(option("seed")));
+        if (!seed) {
+            reader.complain(option("seed"), QStringLiteral("a number from 0 to 4294967295"));
+        }
+        options.seed = seed.value_or(0);
     }
 
     options.controlPath = parser.value(option("control"));

@@ -5,6 +5,7 @@
 
 #include "answeringcamera.h"
 #include "camera.h"
+#include "faultplan.h"
 
 #include <QString>
 #include <QStringList>
@@ -20,6 +21,8 @@ struct SimulatorOptions {
     QString portName = QStringLiteral("ttyUSB0"); ///< of the adapter
     QString controlPath;                          ///< empty: no control socket
     QString firmwarePath;                         ///< where to save a firmware; empty: nowhere
+    FaultPlan faults;                             ///< on the line
+    quint32 seed = 0;                             ///< of the faults' random numbers
     bool withHex = false;
     bool quiet = false;
 };
