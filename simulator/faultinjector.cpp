@@ -5,8 +5,10 @@
 
 #include "faultpassage.h"
 
-FaultInjector::FaultInjector(const FaultPlan &plan, quint32 seed)
-    : m_plan(plan)
+#include <utility>
+
+FaultInjector::FaultInjector(FaultPlan plan, quint32 seed)
+    : m_plan(std::move(plan))
     , m_lanes{Lane{SeededRandom(seed, Fault::Request), 0, {}, false},
               Lane{SeededRandom(seed, Fault::Reply), 0, {}, false}}
 {

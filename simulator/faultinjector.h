@@ -19,7 +19,7 @@
 /// each other: neither counts the other's frames or uses its random numbers.
 class FaultInjector {
 public:
-    explicit FaultInjector(const FaultPlan &plan = {}, quint32 seed = 0);
+    explicit FaultInjector(FaultPlan plan = {}, quint32 seed = 0);
 
     /// @param frame  whole and with the right checksum; it counts as the next one of its direction
     /// @param notes  gets one line for each fault applied, such as "reply 7: corrupted byte 3, 41

@@ -7,6 +7,7 @@
 #include "uartframe.h"
 
 #include <numeric>
+#include <utility>
 
 namespace {
 
@@ -25,10 +26,9 @@ QString hexadecimal(int byte)
 
 } // namespace
 
-FaultPassage::FaultPassage(const QByteArray &frame, const QByteArray &previous,
-                           SeededRandom &random)
-    : m_frame(frame)
-    , m_previous(previous)
+FaultPassage::FaultPassage(QByteArray frame, QByteArray previous, SeededRandom &random)
+    : m_frame(std::move(frame))
+    , m_previous(std::move(previous))
     , m_random(random)
 {
 }

@@ -26,7 +26,7 @@ public:
     /// @param frame     whole and with the right checksum
     /// @param previous  the frame before it in the same direction; empty for the first one
     /// @param random    not owned, must outlive this object
-    FaultPassage(const QByteArray &frame, const QByteArray &previous, SeededRandom &random);
+    FaultPassage(QByteArray frame, QByteArray previous, SeededRandom &random);
 
     /// @return what was done, such as "corrupted byte 3, 41 became 43"
     QString apply(const Fault &fault);

@@ -62,14 +62,14 @@ struct Fault {
 
 /// What there is to say about a kind of fault: how it is written, and what its value means.
 struct FaultKind {
-    Fault::Kind kind;
-    const char *name;
-    const char *value; ///< what its value is, such as "ms"; null when it has none
-    int minimum;       ///< of the value
-    int maximum;
+    Fault::Kind kind = Fault::Drop;
+    const char *name = nullptr;
+    const char *value = nullptr; ///< what its value is, such as "ms"; null when it has none
+    int minimum = 0;             ///< of the value
+    int maximum = 0;
     std::optional<int> fallback; ///< the value when none is given; nothing for a random one
-    bool actsAtByte;
-    const char *effect; ///< in one sentence
+    bool actsAtByte = false;
+    const char *effect = nullptr; ///< in one sentence
 
     static const FaultKind &of(Fault::Kind kind);
 };

@@ -39,6 +39,8 @@ void SimulatorOptionsTest::hasDefaults()
     QCOMPARE(options.portName, QString("ttyUSB0"));
     QVERIFY(options.controlPath.isEmpty());
     QVERIFY(options.firmwarePath.isEmpty());
+    QVERIFY(options.faults.isEmpty());
+    QCOMPARE(options.seed, 0U);
     QVERIFY(!options.withHex);
     QVERIFY(!options.quiet);
 }
@@ -50,7 +52,8 @@ void SimulatorOptionsTest::readsEveryOption()
                "1.2.10.255", "--settings",      "2,9,1,0,3", "--zoom-1", "-32768",
                "--zoom-2",   "32767",           "--silent",  "--delay",  "1500",
                "--hex",      "--quiet",         "--control", "/tmp/x",   "--reboot-time",
-               "250",        "--save-firmware", "/tmp/y",    "--",       "corvane"}));
+               "250",        "--save-firmware", "/tmp/y",    "--faults", "drop@reply:2",
+               "--seed",     "4294967295",      "--",        "corvane"}));
     QCOMPARE(options.program, QString("corvane"));
     QCOMPARE(options.portName, QString("ttyACM7"));
     QCOMPARE(options.manner.baud, 0);
@@ -68,6 +71,8 @@ void SimulatorOptionsTest::readsEveryOption()
     QVERIFY(options.quiet);
     QCOMPARE(options.controlPath, QString("/tmp/x"));
     QCOMPARE(options.firmwarePath, QString("/tmp/y"));
+    QCOMPARE(options.faults.toString(), QString("drop@reply:2"));
+    QCOMPARE(options.seed, 4294967295U);
 }
 
 void SimulatorOptionsTest::leavesTheProgramItsArguments_data()
@@ -101,6 +106,10 @@ void SimulatorOptionsTest::informs_data()
     QTest::newRow("short help") << QStringList{"-h"} << "--control <PATH>";
     QTest::newRow("help on firmware") << QStringList{"--help"} << "--save-firmware <FILE>";
     QTest::newRow("help on reboots") << QStringList{"--help"} << "--reboot-time <MS>";
+    QTest::newRow("help on the option for faults") << QStringList{"--help"} << "--faults <PLAN>";
+    QTest::newRow("help on the command for faults")
+        << QStringList{"--help"} << "faults PLAN [SEED]";
+    QTest::newRow("list of faults") << QStringList{"--faults", "help"} << "  wrong-sum  ";
     QTest::newRow("help beside a program") << QStringList{"--help", "sh"} << "Exit codes:";
     QTest::newRow("version") << QStringList{"--version"} << "tst_simulatoroptions 1.2.3\n";
 }
@@ -160,6 +169,15 @@ void SimulatorOptionsTest::refusesBadUsage_data()
                                        << "--port is a name of letters and digits, not '../x'";
     QTest::newRow("empty port") << QStringList{"--port=", "sh"}
                                 << "--port is a name of letters and digits, not ''";
+    QTest::newRow("bad faults") << QStringList{"--pty", "--faults", "dorp@reply:1"}
+                                << "--faults: fault 'dorp@reply:1': there is no kind 'dorp', see "
+                                   "--faults help";
+    QTest::newRow("empty faults") << QStringList{"--pty", "--faults="}
+                                  << "--faults: fault '': expected KIND[=VALUE]@DIRECTION:PLACE";
+    QTest::newRow("negative seed")
+        << QStringList{"--pty", "--seed=-1"} << "--seed is a number from 0 to 4294967295, not '-1'";
+    QTest::newRow("seed too high") << QStringList{"--pty", "--seed", "4294967296"}
+                                   << "--seed is a number from 0 to 4294967295, not '4294967296'";
     QTest::newRow("empty control path")
         << QStringList{"--control=", "sh"} << "--control is a path, not ''";
     QTest::newRow("empty firmware path")

@@ -228,6 +228,9 @@ private slots:
     void savesAFirmwareBeforeItsLastAcknowledgement();
     void savesNothingOfAnIncompleteFirmware();
     void goesOnWhenAFirmwareCannotBeSaved();
+    void putsFaultsOnTheLine();
+    void changesFaultsOnCommand();
+    void hangsUpAndComesBack();
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -633,6 +636,80 @@ void SimulatorProgramTest::goesOnWhenAFirmwareCannotBeSaved()
     QCOMPARE(simulator.event(), QString("-- running version 1.0.0.7"));
     QVERIFY(host.write(hello()));
     QVERIFY(host.read(26).contains("05 16 00 01 00 00 07"));
+}
+
+void SimulatorProgramTest::putsFaultsOnTheLine()
+{
+    Simulator simulator({"--pty", "--faults",
+                         "wrong-sum@request:1,noise@reply:1,corrupt=2@reply:2.3", "--seed", "7"});
+    Host host(simulator.portName());
+    // The camera does not answer a request with a bad checksum.
+    QVERIFY(host.write(hello()));
+    QCOMPARE(simulator.event(), QString("-- request 1: changed the checksum, 7F became 80"));
+    QCOMPARE(simulator.event(),
+             QString("<- (bad checksum)       FF FF 0A 41 01 06 07 06 09 01 16 00 80"));
+    QVERIFY(host.write(hello()));
+    QCOMPARE(host.read(34), "27 F1 E8 9B 71 B7 F8 0E " + helloReply());
+    QCOMPARE(simulator.event(), QString("<- HELLO"));
+    QCOMPARE(simulator.event(),
+             QString("-- reply 1: put noise before it, 27 F1 E8 9B 71 B7 F8 0E"));
+    QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+    QVERIFY(host.write(announcement()));
+    QCOMPARE(host.read(13), QByteArray("FF FF 0A 43 01 06 07 06 09 05 10 00 7D"));
+    QVERIFY(host.write(hello()));
+    QCOMPARE(host.read(26), helloReply());
+}
+
+void SimulatorProgramTest::changesFaultsOnCommand()
+{
+    Simulator simulator({"--pty", "--quiet", "--control", m_controlPath, "--seed", "7"});
+    Host host(simulator.portName());
+    Control control(m_controlPath);
+    const auto ask = [&host](int size) {
+        return host.write(hello()) ? host.read(size) : QByteArray("not written");
+    };
+    QCOMPARE(ask(26), helloReply());
+    QCOMPARE(control.obey("faults noise@reply:1"), QByteArray("ok"));
+    QCOMPARE(ask(34), "27 F1 E8 9B 71 B7 F8 0E " + helloReply());
+    QCOMPARE(ask(26), helloReply());
+    QCOMPARE(control.obey("faults noise@reply:1 0"), QByteArray("ok"));
+    QCOMPARE(ask(34), "E5 49 F1 99 30 0D 81 D2 " + helloReply());
+    // What is refused leaves the faults as they are.
+    QCOMPARE(control.obey("faults noise@reply:all"), QByteArray("ok"));
+    QCOMPARE(control.obey("faults dorp@reply:1"),
+             QByteArray("error: fault 'dorp@reply:1': there is no kind 'dorp', see --faults help"));
+    QCOMPARE(control.obey("faults none x"),
+             QByteArray("error: the seed is a number from 0 to 4294967295, not 'x'"));
+    QCOMPARE(control.obey("faults"), QByteArray("error: unknown command 'faults'"));
+    QCOMPARE(ask(34), "27 F1 E8 9B 71 B7 F8 0E " + helloReply());
+    QCOMPARE(control.obey("faults none"), QByteArray("ok"));
+    QCOMPARE(ask(26), helloReply());
+}
+
+void SimulatorProgramTest::hangsUpAndComesBack()
+{
+    Simulator simulator(
+        {"--pty", "--control", m_controlPath, "--faults", "hang-up=200@reply:1.5,drop@request:3"});
+    {
+        Host host(simulator.portName());
+        QVERIFY(host.write(hello()));
+        QCOMPARE(host.read(26), QByteArray("FF FF 17 41 01"));
+    }
+    QCOMPARE(simulator.event(), QString("<- HELLO"));
+    QCOMPARE(simulator.event(), QString("-- reply 1: hung up before byte 5"));
+    QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+    QCOMPARE(simulator.event(), QString("-- unplugged"));
+    Control control(m_controlPath);
+    QCOMPARE(control.obey("unplug"), QByteArray("error: not plugged"));
+    QCOMPARE(control.obey("plug"), QByteArray("ok"));
+    Host host(simulator.portName());
+    QCOMPARE(simulator.event(), QString("-- plugged"));
+    QVERIFY(host.write(hello()));
+    QCOMPARE(host.read(26), helloReply());
+    QCOMPARE(simulator.event(), QString("<- HELLO"));
+    QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+    QVERIFY(host.write(hello()));
+    QCOMPARE(simulator.event(), QString("-- request 3: dropped"));
 }
 
 QTEST_GUILESS_MAIN(SimulatorProgramTest)
