@@ -89,9 +89,13 @@ int Pilot::exitCode() const
 
 QString Pilot::output()
 {
-    m_process.waitForReadyRead(0);
-    m_output += QString::fromUtf8(m_process.readAll());
+    readOutput();
     return m_output;
+}
+
+qint64 Pilot::operatedProcessId()
+{
+    return state()[QStringLiteral("process")].toInt(-1);
 }
 
 bool Pilot::click(const QString &widget)
@@ -124,6 +128,11 @@ bool Pilot::answerDialog()
     return order({{"do", "answer"}});
 }
 
+bool Pilot::dismiss()
+{
+    return order({{"do", "dismiss"}});
+}
+
 bool Pilot::close()
 {
     return order({{"do", "close"}});
@@ -132,6 +141,19 @@ bool Pilot::close()
 bool Pilot::picture(const QString &path)
 {
     return order({{"do", "picture"}, {"path", path}});
+}
+
+QStringList Pilot::usableWidgets()
+{
+    QStringList names;
+    const QJsonObject widgets = state()[QStringLiteral("widgets")].toObject();
+    for (auto widget = widgets.begin(); widget != widgets.end(); ++widget) {
+        const QJsonObject of = widget->toObject();
+        if (of[QStringLiteral("enabled")].toBool() && of[QStringLiteral("visible")].toBool()) {
+            names << widget.key();
+        }
+    }
+    return names;
 }
 
 QString Pilot::text(const QString &widget)
@@ -169,6 +191,11 @@ QString Pilot::dialog()
     return state()[QStringLiteral("dialog")].toString();
 }
 
+bool Pilot::isBlocked()
+{
+    return state()[QStringLiteral("blocked")].toBool();
+}
+
 bool Pilot::waitUntil(const QString &description, const std::function<bool()> &condition,
                       int limitMs)
 {
@@ -177,7 +204,7 @@ bool Pilot::waitUntil(const QString &description, const std::function<bool()> &c
         if (deadline.hasExpired() || m_process.state() == QProcess::NotRunning) {
             return fail(QStringLiteral("waited in vain until ") + description);
         }
-        m_process.waitForReadyRead(0);
+        readOutput();
         QThread::msleep(kPollMs);
     }
     return true;
@@ -221,6 +248,16 @@ QJsonObject Pilot::state()
 QJsonValue Pilot::stateOf(const QString &widget, const QString &key)
 {
     return state()[QStringLiteral("widgets")].toObject()[widget].toObject()[key];
+}
+
+// To be called again and again: a program whose output nobody reads comes to a halt.
+void Pilot::readOutput()
+{
+    m_process.waitForReadyRead(0);
+    m_output += QString::fromUtf8(m_process.readAll());
+    if (m_output.size() > m_outputLimit) {
+        m_output = m_output.right(m_outputLimit);
+    }
 }
 
 bool Pilot::fail(const QString &text)

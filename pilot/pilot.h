@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 
 #include <functional>
+#include <limits>
 #include <memory>
 
 class QLocalSocket;
@@ -34,9 +35,15 @@ public:
     bool waitUntilEnded(int limitMs = 10000);
     /// As the program left it; -1 when it crashed, was killed or still runs.
     int exitCode() const;
+    /// The process that start() started, also when that is another program which starts the one
+    /// that is operated.
     qint64 processId() const { return m_process.processId(); }
+    /// The process that is operated; -1 when it does not answer.
+    qint64 operatedProcessId();
     /// What the program has printed so far, standard output and error together.
     QString output();
+    /// From now on at most the last @p characters of that are kept, for programs that run for long.
+    void limitOutput(int characters) { m_outputLimit = characters; }
 
     bool click(const QString &widget);
     bool hover(const QString &widget);
@@ -48,11 +55,15 @@ public:
     bool type(const QString &widget, const QString &text);
     /// Presses Ok in the message box that is open.
     bool answerDialog();
+    /// Closes the dialog or popup that is open, whatever it is, with Escape.
+    bool dismiss();
     /// Closes the main window.
     bool close();
     /// Saves what the program shows on the screen.
     bool picture(const QString &path);
 
+    /// The named widgets of the main window that are shown and enabled.
+    QStringList usableWidgets();
     QString text(const QString &widget);
     int index(const QString &widget);
     int value(const QString &widget);
@@ -61,6 +72,8 @@ public:
     bool isListOpen();
     /// "title: text" of the message box that is open, or nothing.
     QString dialog();
+    /// Whether a message box or another dialog keeps the main window from being used.
+    bool isBlocked();
 
     /// Asks again and again until @p condition holds.
     bool waitUntil(const QString &description, const std::function<bool()> &condition,
@@ -74,6 +87,7 @@ private:
     bool order(const QJsonObject &order);
     QJsonObject state();
     QJsonValue stateOf(const QString &widget, const QString &key);
+    void readOutput();
     bool fail(const QString &text);
 
     QTemporaryDir m_directory;
@@ -81,6 +95,7 @@ private:
     QLocalSocket *m_socket = nullptr; ///< child of m_server
     QProcess m_process;
     QString m_output;
+    int m_outputLimit = std::numeric_limits<int>::max();
     QJsonObject m_answer;
     QString m_errorText;
 };

@@ -123,6 +123,9 @@ std::optional<QJsonObject> PilotAgent::carryOut(const QJsonObject &order)
     if (action == "answer") {
         return answerDialog();
     }
+    if (action == "dismiss") {
+        return dismiss();
+    }
     if (action == "picture") {
         return picture(order["path"].toString());
     }
@@ -229,6 +232,16 @@ std::optional<QJsonObject> PilotAgent::answerDialog()
     });
 }
 
+std::optional<QJsonObject> PilotAgent::dismiss()
+{
+    QWidget *const popup = QApplication::activePopupWidget();
+    QWidget *const top = popup != nullptr ? popup : QApplication::activeModalWidget();
+    if (top == nullptr) {
+        return error("there is nothing to dismiss");
+    }
+    return answerFirst(top, [top] { QTest::keyClick(top->windowHandle(), Qt::Key_Escape); });
+}
+
 QJsonObject PilotAgent::picture(const QString &path)
 {
     // What is to be painted is on the screen when the event loop has gone round.
@@ -258,7 +271,9 @@ QJsonObject PilotAgent::state()
         }
     }
     QJsonObject state{{"ok", true}, {"widgets", widgets}};
+    state["process"] = static_cast<int>(QCoreApplication::applicationPid());
     state["list"] = QApplication::activePopupWidget() != nullptr;
+    state["blocked"] = QApplication::activeModalWidget() != nullptr;
     if (const QMessageBox *const dialog = openDialog()) {
         state["dialog"] = dialog->windowTitle() + ": " + dialog->text();
     }

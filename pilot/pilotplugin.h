@@ -36,6 +36,7 @@ private:
     static QJsonObject closeList();
     static QJsonObject pressKeys(QWidget *widget, const QString &text);
     std::optional<QJsonObject> answerDialog();
+    std::optional<QJsonObject> dismiss();
     static QJsonObject picture(const QString &path);
     static QJsonObject state();
 

@@ -1,0 +1,120 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "desk.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include <atomic>
+#include <cstdio>
+
+namespace {
+
+// Opening a port locks its name for the whole machine, on which other desks may stand.
+QString uniquePort()
+{
+    static std::atomic<int> count{0};
+    return QStringLiteral("ttyUSB%1x%2").arg(QCoreApplication::applicationPid()).arg(++count);
+}
+
+} // namespace
+
+Desk::Desk()
+    : m_port(uniquePort())
+{
+}
+
+bool Desk::start(const QStringList &simulatorOptions)
+{
+    QStringList command;
+    if (m_speed > 1) {
+        command << QStringLiteral("faketime") << QStringLiteral("-f")
+                << QStringLiteral("+0 x%1").arg(m_speed);
+    }
+    command << CORVANE_SIMULATOR << QStringLiteral("--hex") << QStringLiteral("--control")
+            << controlSocket() << QStringLiteral("--port") << m_port << simulatorOptions
+            << QStringLiteral("--") << m_wrapper << CORVANE_PROGRAM;
+    const QString first = command.takeFirst();
+    return corvane.start(first, command);
+}
+
+bool Desk::connectCamera()
+{
+    return corvane.click(QStringLiteral("pushButton_connect"))
+        && corvane.waitForEnabled(QStringLiteral("tabWidget"));
+}
+
+bool Desk::pack(const QByteArray &firmware)
+{
+    QFile file(path(QStringLiteral("firmware")));
+    return file.open(QIODevice::WriteOnly) && file.write(firmware) == firmware.size()
+        && file.flush()
+        && QProcess::execute(CORVANE_IMAGE,
+                             {QStringLiteral("pack"), QStringLiteral("--protocol-version"),
+                              QStringLiteral("1.2.0.7"), QStringLiteral("--image-version"),
+                              QStringLiteral("1.0.0.6"), file.fileName(),
+                              path(QStringLiteral("image"))})
+        == 0;
+}
+
+bool Desk::startUpgrade()
+{
+    return corvane.choose(QStringLiteral("tabWidget"), 1)
+        && corvane.waitUntil(QStringLiteral("the page is shown"),
+                             [this] { return corvane.index(QStringLiteral("tabWidget")) == 1; })
+        && corvane.type(QStringLiteral("lineEdit_firmware"), path(QStringLiteral("image")))
+        && corvane.waitForEnabled(QStringLiteral("pushButton_start_upgrade"))
+        && corvane.click(QStringLiteral("pushButton_start_upgrade"));
+}
+
+bool Desk::waitUntilComplete()
+{
+    constexpr int kUpgradeLimitMs = 30000;
+    return corvane.waitUntil(
+               QStringLiteral("the upgrade is complete"),
+               [this] {
+                   return corvane.text(QStringLiteral("textEdit_firmware_info"))
+                       == QLatin1String("Update is complete. Device auto-rebooting.");
+               },
+               kUpgradeLimitMs)
+        && corvane.waitForEnabled(QStringLiteral("pushButton_connect"));
+}
+
+bool Desk::tell(const QByteArray &command)
+{
+    return tellSimulator(controlSocket(), command);
+}
+
+QString Desk::portItem() const
+{
+    return m_port + QLatin1String(" (USB Serial)");
+}
+
+QByteArray Desk::contents(const QString &name) const
+{
+    QFile file(path(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QStringList Desk::frames()
+{
+    constexpr int kArrowOffset = 14; // behind the time, "12:00:01.234  "
+    QStringList frames;
+    const QStringList lines = corvane.output().split(QLatin1Char('\n'));
+    for (const QString &line : lines) {
+        const int bytes = line.indexOf(QLatin1String(" | "));
+        const QString arrow = line.mid(kArrowOffset, 2);
+        if (bytes >= 0 && (arrow == QLatin1String("<-") || arrow == QLatin1String("->"))) {
+            frames << arrow + QLatin1Char(' ') + line.mid(bytes + 3);
+        }
+    }
+    return frames;
+}
+
+QString Desk::explanation()
+{
+    const QString error = corvane.errorText();
+    std::fputs(qPrintable(corvane.output()), stderr);
+    return error + QLatin1String("; open message box: ") + corvane.dialog();
+}

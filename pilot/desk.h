@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "pilot.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+/// The unmodified program with a simulated camera of its own on its line, and an operator.
+///
+/// Several may stand side by side, also in threads. Its functions fail as those of Pilot do, and
+/// explanation() tells why.
+class Desk {
+public:
+    Desk();
+
+    /// Lets time run this many times as fast for program and camera, with all their waits; 1 to
+    /// 100, to be set before start(). Limits of this class and of Pilot remain those of the clock.
+    void setSpeed(int speed) { m_speed = speed; }
+    /// Runs the program below another one, with that one's arguments. To be set before start().
+    void setWrapper(const QStringList &wrapper) { m_wrapper = wrapper; }
+
+    bool start(const QStringList &simulatorOptions = {});
+    bool connectCamera();
+    /// Makes the image that startUpgrade() uses.
+    bool pack(const QByteArray &firmware);
+    /// From the connected state.
+    bool startUpgrade();
+    /// The window is disconnected then.
+    bool waitUntilComplete();
+    /// Gives the simulator a command of its control socket.
+    bool tell(const QByteArray &command);
+
+    /// The adapter as it stands in the list of ports.
+    QString portItem() const;
+    /// A file of this desk's own folder.
+    QString path(const QString &name) const { return m_directory.filePath(name); }
+    /// What is in such a file; nothing when it is not there.
+    QByteArray contents(const QString &name) const;
+    /// The frames that passed, as "<- FF FF ..." from the host and "-> FF FF ..." to it.
+    QStringList frames();
+    /// What went wrong last. Prints what the programs have printed, which is too much for QtTest.
+    QString explanation();
+
+    Pilot corvane;
+
+private:
+    QString controlSocket() const { return path(QStringLiteral("control")); }
+
+    QString m_port;
+    QTemporaryDir m_directory;
+    int m_speed = 1;
+    QStringList m_wrapper;
+};

@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "processstatus.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <unistd.h>
+
+namespace {
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+ProcessStatus ProcessStatus::of(qint64 processId)
+{
+    const QString folder = QStringLiteral("/proc/%1/").arg(processId);
+    const QByteArray status = read(folder + QStringLiteral("stat"));
+    // Counted from behind the name, which stands in brackets and may hold blanks.
+    const QList<QByteArray> fields = status.mid(status.lastIndexOf(')') + 2).split(' ');
+    constexpr int kUserTime = 11;
+    constexpr int kSystemTime = 12;
+    constexpr int kThreads = 17;
+    constexpr int kResidentPages = 21;
+
+    const qint64 ticks =
+        fields.value(kUserTime).toLongLong() + fields.value(kSystemTime).toLongLong();
+    ProcessStatus process;
+    process.processorTimeMs = ticks * 1000 / ::sysconf(_SC_CLK_TCK);
+    process.residentKiB =
+        fields.value(kResidentPages).toLongLong() * ::sysconf(_SC_PAGESIZE) / 1024;
+    process.threads = fields.value(kThreads).toInt();
+    process.descriptors = QDir(folder + QStringLiteral("fd"))
+                              .entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot)
+                              .size();
+    return process;
+}

@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QtGlobal>
+
+/// What the system says about a running process at one moment.
+struct ProcessStatus {
+    /// @return all zero when there is no such process
+    static ProcessStatus of(qint64 processId);
+
+    qint64 processorTimeMs = 0; ///< used since its start, in steps of 10
+    qint64 residentKiB = 0;
+    int threads = 0;
+    int descriptors = 0; ///< open files, sockets and so on
+};
