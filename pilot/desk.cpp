@@ -25,8 +25,19 @@ Desk::Desk()
 {
 }
 
+Desk::~Desk()
+{
+    // The pilot can only end what it has started, which may be the program that speeds time up.
+    constexpr int kEndLimitMs = 5000;
+    if (tell("quit")) {
+        corvane.waitUntilEnded(kEndLimitMs);
+    }
+}
+
 bool Desk::start(const QStringList &simulatorOptions)
 {
+    const QStringList wrapper =
+        qEnvironmentVariable("CORVANE_WRAPPER").split(QLatin1Char(' '), Qt::SkipEmptyParts);
     QStringList command;
     if (m_speed > 1) {
         command << QStringLiteral("faketime") << QStringLiteral("-f")
@@ -34,7 +45,7 @@ bool Desk::start(const QStringList &simulatorOptions)
     }
     command << CORVANE_SIMULATOR << QStringLiteral("--hex") << QStringLiteral("--control")
             << controlSocket() << QStringLiteral("--port") << m_port << simulatorOptions
-            << QStringLiteral("--") << m_wrapper << CORVANE_PROGRAM;
+            << QStringLiteral("--") << wrapper << CORVANE_PROGRAM;
     const QString first = command.takeFirst();
     return corvane.start(first, command);
 }

@@ -12,17 +12,19 @@
 
 /// The unmodified program with a simulated camera of its own on its line, and an operator.
 ///
+/// The environment variable CORVANE_WRAPPER, if set, holds a command under which the program runs,
+/// a memory checker for example.
+///
 /// Several may stand side by side, also in threads. Its functions fail as those of Pilot do, and
 /// explanation() tells why.
 class Desk {
 public:
     Desk();
+    ~Desk();
 
     /// Lets time run this many times as fast for program and camera, with all their waits; 1 to
     /// 100, to be set before start(). Limits of this class and of Pilot remain those of the clock.
     void setSpeed(int speed) { m_speed = speed; }
-    /// Runs the program below another one, with that one's arguments. To be set before start().
-    void setWrapper(const QStringList &wrapper) { m_wrapper = wrapper; }
 
     bool start(const QStringList &simulatorOptions = {});
     bool connectCamera();
@@ -54,5 +56,4 @@ private:
     QString m_port;
     QTemporaryDir m_directory;
     int m_speed = 1;
-    QStringList m_wrapper;
 };

@@ -5,6 +5,9 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
 
 #include <unistd.h>
 
@@ -36,8 +39,15 @@ ProcessStatus ProcessStatus::of(qint64 processId)
     process.residentKiB =
         fields.value(kResidentPages).toLongLong() * ::sysconf(_SC_PAGESIZE) / 1024;
     process.threads = fields.value(kThreads).toInt();
-    process.descriptors = QDir(folder + QStringLiteral("fd"))
-                              .entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot)
-                              .size();
+    const QFileInfoList descriptors =
+        QDir(folder + QStringLiteral("fd"))
+            .entryInfoList(QDir::Files | QDir::System | QDir::NoDotAndDotDot);
+    process.descriptors = descriptors.size();
+    process.terminals = static_cast<int>(
+        std::count_if(descriptors.begin(), descriptors.end(), [](const QFileInfo &descriptor) {
+            const QString path = descriptor.symLinkTarget();
+            return path.startsWith(QLatin1String("/dev/pts/"))
+                || path.startsWith(QLatin1String("/dev/tty"));
+        }));
     return process;
 }

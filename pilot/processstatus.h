@@ -14,4 +14,5 @@ struct ProcessStatus {
     qint64 residentKiB = 0;
     int threads = 0;
     int descriptors = 0; ///< open files, sockets and so on
+    int terminals = 0;   ///< those of them that are terminals or serial ports
 };

@@ -1,0 +1,78 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "endurancetrial.h"
+
+#include "desk.h"
+#include "firmwarepacket.h"
+#include "processstatus.h"
+#include "randomfirmware.h"
+#include "upload.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+constexpr int kOutputKept = 100'000; // characters; a packet takes about 500
+
+// The same from the second upload on is flat: the first one brings in what is loaded when needed.
+void note(Tally &tally, const ProcessStatus &first, const ProcessStatus &now)
+{
+    tally.highest(QStringLiteral("resident KiB"), now.residentKiB);
+    tally.highest(QStringLiteral("resident KiB more than after the first upload"),
+                  now.residentKiB - first.residentKiB);
+    tally.highest(QStringLiteral("threads"), now.threads);
+    tally.highest(QStringLiteral("descriptors"), now.descriptors);
+}
+
+} // namespace
+
+Tally enduranceTrial(const TrialOptions &options)
+{
+    const QString again = QStringLiteral("endurance --seed %1 --count %2 --speed %3")
+                              .arg(options.seed)
+                              .arg(options.count)
+                              .arg(options.speed);
+    constexpr int kLargest = FirmwarePacket::kMaximumFirmwareSize / FirmwarePacket::kSize;
+    constexpr int kFewestUploads = 4;
+    const int perUpload = std::clamp(options.count / kFewestUploads, 1, kLargest);
+    QRandomGenerator random(options.seed);
+    const QByteArray firmware = randomFirmware(perUpload * FirmwarePacket::kSize, random);
+
+    Tally tally;
+    Desk desk;
+    desk.setSpeed(options.speed);
+    if (!desk.start(Upload::simulatorOptions(desk))) {
+        tally.fail(desk.explanation(), again);
+        return tally;
+    }
+    desk.corvane.limitOutput(kOutputKept);
+    const qint64 process = desk.corvane.operatedProcessId();
+    Upload upload(desk);
+    ProcessStatus first;
+    for (int packets = 0; packets < options.count; packets += perUpload) {
+        const UploadOutcome outcome = upload.run(firmware, QStringLiteral("none"), 0,
+                                                 Upload::limitMs(perUpload, options.speed));
+        if (outcome.ending != UploadOutcome::Complete || !outcome.isIdentical) {
+            tally.fail(outcome.told + outcome.problem, again);
+            return tally;
+        }
+        tally.count(QStringLiteral("packets"), perUpload);
+        tally.count(QStringLiteral("uploads"));
+        const ProcessStatus now = ProcessStatus::of(process);
+        if (packets == 0) {
+            first = now;
+        }
+        std::fprintf(stderr, "%d packets: %lld KiB resident, %d threads, %d descriptors\n",
+                     packets + perUpload, static_cast<long long>(now.residentKiB), now.threads,
+                     now.descriptors);
+        note(tally, first, now);
+        if (now.threads != first.threads || now.descriptors != first.descriptors) {
+            tally.fail(QStringLiteral("threads or descriptors have become more"), again);
+        }
+    }
+    return tally;
+}

@@ -1,0 +1,142 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+// Runs one trial of the program and prints what it has counted. Ends with 0, with 1 when something
+// happened that must not, with 2 for a command line that makes no sense.
+
+#include "desktrial.h"
+#include "endurancetrial.h"
+#include "faulttrial.h"
+#include "monkeytrial.h"
+#include "trialoptions.h"
+#include "undetectederrors.h"
+#include "uploadtrial.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+
+namespace {
+
+constexpr int kFailedStatus = 1;
+constexpr int kBadUsageStatus = 2;
+
+struct Trial {
+    const char *name;
+    const char *description;
+    int usualCount;
+    Tally (*run)(const TrialOptions &);
+};
+
+constexpr std::array<Trial, 6> kTrials{{
+    {"faults", "every kind of fault at every frame of an upload; COUNT cases, all when 0", 0,
+     &faultTrial},
+    {"uploads", "COUNT sessions of 20 uploads each under random faults", 5, &uploadTrial},
+    {"endurance", "COUNT packets in one process", 2000, &enduranceTrial},
+    {"desk", "COUNT times connecting and pulling the plug at a random moment", 20, &deskTrial},
+    {"monkey", "COUNT sessions of 100 random clicks each", 5, &monkeyTrial},
+    {"undetected", "COUNT errors of each class that the checksum is measured with", 100'000,
+     &undetectedErrorsTrial},
+}};
+
+QString trialList()
+{
+    QString text = QStringLiteral("Trials:\n");
+    for (const Trial &trial : kTrials) {
+        text += QStringLiteral("  %1%2 (usually %3)\n")
+                    .arg(QLatin1String(trial.name), -12)
+                    .arg(QLatin1String(trial.description))
+                    .arg(trial.usualCount);
+    }
+    return text;
+}
+
+void describe(QCommandLineParser &parser)
+{
+    parser.setApplicationDescription(
+        QStringLiteral("Tries the unmodified program with a simulated camera.\n\n")
+        + trialList().trimmed());
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("TRIAL"), QStringLiteral("Which one to run."));
+    parser.addOptions({
+        {QStringLiteral("count"), QStringLiteral("How many, see the trial."),
+         QStringLiteral("COUNT")},
+        {QStringLiteral("seed"), QStringLiteral("The first session's (default: 1)."),
+         QStringLiteral("N"), QStringLiteral("1")},
+        {QStringLiteral("every"), QStringLiteral("Only every Kth case (default: 1)."),
+         QStringLiteral("K"), QStringLiteral("1")},
+        {QStringLiteral("jobs"), QStringLiteral("Sessions at the same time (default: 1)."),
+         QStringLiteral("N"), QStringLiteral("1")},
+        {QStringLiteral("speed"), QStringLiteral("Times as fast as the clock (default: 1)."),
+         QStringLiteral("N"), QStringLiteral("1")},
+        {QStringLiteral("plan"),
+         QStringLiteral("For faults: this plan instead, see corvane-simulator --faults help."),
+         QStringLiteral("PLAN")},
+        {QStringLiteral("blind"),
+         QStringLiteral("For uploads: faults that the protocol cannot always catch.")},
+    });
+}
+
+std::optional<int> number(const QCommandLineParser &parser, const QString &name, int minimum)
+{
+    bool isNumber = false;
+    const int value = parser.value(name).toInt(&isNumber);
+    if (!isNumber || value < minimum) {
+        std::fprintf(stderr, "--%s is a number of at least %d\n", qPrintable(name), minimum);
+        return std::nullopt;
+    }
+    return value;
+}
+
+std::optional<TrialOptions> optionsFrom(const QCommandLineParser &parser, const Trial &trial)
+{
+    const QString countName = QStringLiteral("count");
+    const auto count = parser.isSet(countName) ? number(parser, countName, 0) : trial.usualCount;
+    const auto seed = number(parser, QStringLiteral("seed"), 0);
+    const auto every = number(parser, QStringLiteral("every"), 1);
+    const auto jobs = number(parser, QStringLiteral("jobs"), 1);
+    const auto speed = number(parser, QStringLiteral("speed"), 1);
+    if (!count || !seed || !every || !jobs || !speed) {
+        return std::nullopt;
+    }
+    TrialOptions options;
+    options.count = *count;
+    options.seed = static_cast<quint32>(*seed);
+    options.every = *every;
+    options.jobs = *jobs;
+    options.speed = *speed;
+    options.plan = parser.value(QStringLiteral("plan"));
+    options.isBlind = parser.isSet(QStringLiteral("blind"));
+    return options;
+}
+
+int run(const Trial &trial, const TrialOptions &options)
+{
+    const Tally tally = trial.run(options);
+    std::printf("%s\n", qPrintable(tally.text()));
+    return tally.hasFailed() ? kFailedStatus : EXIT_SUCCESS;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("corvane-trial"));
+    QCommandLineParser parser;
+    describe(parser);
+    parser.process(application);
+    const QString name = parser.positionalArguments().value(0);
+    for (const Trial &trial : kTrials) {
+        if (name == QLatin1String(trial.name)) {
+            const auto options = optionsFrom(parser, trial);
+            return options ? run(trial, *options) : kBadUsageStatus;
+        }
+    }
+    std::fprintf(stderr, "%s", qPrintable(trialList()));
+    return kBadUsageStatus;
+}

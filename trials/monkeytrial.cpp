@@ -1,0 +1,213 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "monkeytrial.h"
+
+#include "desk.h"
+#include "patientoperator.h"
+#include "randomfirmware.h"
+#include "sessions.h"
+#include "upload.h"
+
+#include <QRandomGenerator>
+#include <QThread>
+
+namespace {
+
+constexpr int kEvents = 100;
+constexpr int kOutputKept = 20'000;
+constexpr int kFirmwareSize = 1500;
+constexpr int kEndLimitMs = 20'000;
+
+class MonkeySession {
+public:
+    MonkeySession(quint32 seed, int speed)
+        : m_random(seed)
+        , m_operator(m_desk)
+        , m_again(QStringLiteral("monkey --seed %1 --count 1 --speed %2").arg(seed).arg(speed))
+    {
+        m_desk.setSpeed(speed);
+    }
+
+    Tally run()
+    {
+        if (!m_desk.start(Upload::simulatorOptions(m_desk))
+            || !m_desk.pack(randomFirmware(kFirmwareSize, m_random))) {
+            fail(QStringLiteral("cannot start"));
+            return m_tally;
+        }
+        m_desk.corvane.limitOutput(kOutputKept);
+        for (int event = 0; event < kEvents && !m_tally.hasFailed(); ++event) {
+            act();
+            m_tally.count(QStringLiteral("events"));
+            if (m_desk.corvane.operatedProcessId() < 0) {
+                fail(QStringLiteral("the program does not answer"));
+            }
+            QThread::msleep(static_cast<unsigned long>(m_random.bounded(kLongestPauseMs)));
+        }
+        if (!m_tally.hasFailed()) {
+            end();
+        }
+        return m_tally;
+    }
+
+private:
+    static constexpr int kLongestPauseMs = 40;
+
+    bool chance(int percent) { return m_random.bounded(100) < percent; }
+
+    void act()
+    {
+        Pilot &corvane = m_desk.corvane;
+        if (chance(7)) {
+            disturbTheCamera();
+        } else if (corvane.isBlocked() || corvane.isListOpen()) {
+            // Left open for a while, so that things happen behind it.
+            if (chance(40)) {
+                corvane.dismiss();
+                m_tally.count(QStringLiteral("boxes and lists dismissed"));
+            }
+        } else {
+            operateSomething();
+        }
+    }
+
+    void disturbTheCamera()
+    {
+        switch (m_random.bounded(5)) {
+        case 0:
+            m_desk.tell("silent on");
+            break;
+        case 1:
+            m_desk.tell("unplug");
+            break;
+        default: // more often than the others, or nothing would ever be connected
+            m_desk.tell("plug");
+            m_desk.tell("silent off");
+        }
+        m_tally.count(QStringLiteral("events at the camera"));
+    }
+
+    void operateSomething()
+    {
+        QStringList widgets;
+        const QStringList usable = m_desk.corvane.usableWidgets();
+        for (const QString &name : usable) {
+            if (kindOf(name) != Passive) {
+                widgets << name;
+            }
+        }
+        if (widgets.isEmpty()) {
+            return;
+        }
+        // Most widgets can only be used while connected.
+        const QString connectName = QStringLiteral("pushButton_connect");
+        const QString name = widgets.contains(connectName) && chance(50)
+            ? connectName
+            : widgets.at(m_random.bounded(widgets.size()));
+        m_tally.count(QStringLiteral("operated ") + name);
+        Pilot &corvane = m_desk.corvane;
+        // That it does not work, because the widget has just been disabled, is nothing wrong.
+        switch (kindOf(name)) {
+        case Choice:
+            corvane.choose(name, m_random.bounded(m_random.bounded(2) == 0 ? 2 : 10));
+            break;
+        case Line:
+            corvane.type(
+                name,
+                m_desk.path(chance(80) ? QStringLiteral("image") : QStringLiteral("missing")));
+            break;
+        case Button:
+            corvane.click(name);
+            break;
+        case Passive:
+            break;
+        }
+    }
+
+    enum Kind {
+        Passive,
+        Choice,
+        Line,
+        Button,
+    };
+
+    static Kind kindOf(const QString &name)
+    {
+        if (name.startsWith(QLatin1String("comboBox_")) || name == QLatin1String("tabWidget")) {
+            return Choice;
+        }
+        if (name.startsWith(QLatin1String("lineEdit_"))) {
+            return Line;
+        }
+        const bool isButton = name.startsWith(QLatin1String("pushButton_"))
+            || name.startsWith(QLatin1String("toolButton_"))
+            || name.startsWith(QLatin1String("radioButton_"));
+        return isButton ? Button : Passive;
+    }
+
+    void end()
+    {
+        m_desk.tell("silent off");
+        m_desk.tell("plug");
+        if (chance(50)) {
+            m_tally.count(QStringLiteral("sessions that connect in the end"));
+            // The list may have been opened while the adapter was gone, and is empty then.
+            choosePort();
+            if (!m_operator.connectCamera()) {
+                fail(QStringLiteral("cannot connect in the end"));
+                return;
+            }
+        }
+        m_tally.count(QStringLiteral("windows closed"));
+        // An upgrade declines it until it has ended; boxes have to be answered.
+        Pilot &corvane = m_desk.corvane;
+        for (int waited = 0; waited < kEndLimitMs && !corvane.waitUntilEnded(100); waited += 100) {
+            corvane.close();
+            if (corvane.isBlocked() || corvane.isListOpen()) {
+                corvane.dismiss();
+            }
+        }
+        if (!corvane.waitUntilEnded(0)) {
+            fail(QStringLiteral("closing the window does not end the program"));
+        } else if (corvane.exitCode() != 0) {
+            fail(QStringLiteral("the program has ended with %1").arg(corvane.exitCode()));
+        }
+    }
+
+    void choosePort()
+    {
+        const QString list = QStringLiteral("comboBox_portlist");
+        m_operator.waitUntil(
+            QStringLiteral("the port is chosen"),
+            [this, list] {
+                Pilot &corvane = m_desk.corvane;
+                if (corvane.text(list) == m_desk.portItem() || !corvane.isEnabled(list)) {
+                    return true;
+                }
+                corvane.choose(list, 0);
+                return false;
+            },
+            kEndLimitMs);
+    }
+
+    void fail(const QString &what)
+    {
+        m_tally.fail(QStringLiteral("%1: %2").arg(what, m_desk.explanation()), m_again);
+    }
+
+    QRandomGenerator m_random;
+    Desk m_desk;
+    PatientOperator m_operator;
+    QString m_again;
+    Tally m_tally;
+};
+
+} // namespace
+
+Tally monkeyTrial(const TrialOptions &options)
+{
+    return runSessions(options.seed, options.count, options.jobs, [&options](quint32 seed) {
+        return MonkeySession(seed, options.speed).run();
+    });
+}

@@ -1,0 +1,12 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "tally.h"
+#include "trialoptions.h"
+
+/// Clicks at random on everything that can be clicked on, also during waits, while the camera falls
+/// silent and the plug is pulled at random; TrialOptions::count sessions of 100 events. In the end
+/// it has to be possible to connect, and closing the window has to end the program.
+Tally monkeyTrial(const TrialOptions &options);

@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "patientoperator.h"
+
+#include "desk.h"
+
+#include <QElapsedTimer>
+
+namespace {
+
+constexpr int kLongestWaitMs = 5000;
+constexpr int kConnectionAttempts = 5;
+constexpr int kConnectionLimitMs = 12000;
+
+} // namespace
+
+PatientOperator::PatientOperator(Desk &desk)
+    : m_desk(desk)
+{
+}
+
+bool PatientOperator::waitUntil(const QString &description, const std::function<bool()> &condition,
+                                int limitMs)
+{
+    Pilot &corvane = m_desk.corvane;
+    return corvane.waitUntil(
+        description,
+        [&corvane, &condition] {
+            if (!corvane.isBlocked() && !corvane.isListOpen()) {
+                return condition();
+            }
+            corvane.dismiss();
+            return false;
+        },
+        limitMs);
+}
+
+bool PatientOperator::connectCamera()
+{
+    Pilot &corvane = m_desk.corvane;
+    for (int attempt = 0; attempt < kConnectionAttempts; ++attempt) {
+        const auto isDecided = [this] { return isConnected() || isDisconnected(); };
+        if (!waitUntil(QStringLiteral("the window is at rest"), isDecided, kConnectionLimitMs)) {
+            return false;
+        }
+        if (isConnected()) {
+            return true;
+        }
+        corvane.click(QStringLiteral("pushButton_connect"));
+        corvane.waitForEnabled(QStringLiteral("pushButton_connect"), false);
+    }
+    return false;
+}
+
+bool PatientOperator::isDisconnected() const
+{
+    Pilot &corvane = m_desk.corvane;
+    // Not that the pane of the device is empty: a reply that was on its way is still shown.
+    return corvane.isEnabled(QStringLiteral("pushButton_connect"))
+        && !corvane.isEnabled(QStringLiteral("tabWidget"));
+}
+
+bool PatientOperator::outlastWaits(int speed)
+{
+    QElapsedTimer elapsed;
+    elapsed.start();
+    // Waits may be nested in each other, and then their boxes come one after the other.
+    const int restMs = (kLongestWaitMs + 1000) / speed;
+    return waitUntil(
+        QStringLiteral("all waits have ended"),
+        [this, &elapsed, restMs] { return elapsed.hasExpired(restMs) && isDisconnected(); },
+        restMs + kConnectionLimitMs);
+}
+
+bool PatientOperator::isConnected() const
+{
+    return m_desk.corvane.isEnabled(QStringLiteral("tabWidget"))
+        && m_desk.corvane.isEnabled(QStringLiteral("pushButton_disconnect"));
+}

@@ -1,0 +1,144 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "upload.h"
+
+#include "desk.h"
+#include "processstatus.h"
+
+#include <QFile>
+
+namespace {
+
+constexpr int kConnectionAttempts = 20;
+constexpr int kSettleLimitMs = 10000;
+
+QString receivedFirmware(const Desk &desk)
+{
+    return desk.path(QStringLiteral("received"));
+}
+
+} // namespace
+
+QStringList Upload::simulatorOptions(const Desk &desk)
+{
+    return {QStringLiteral("--quiet"), QStringLiteral("--reboot-time"), QStringLiteral("0"),
+            QStringLiteral("--save-firmware"), receivedFirmware(desk)};
+}
+
+int Upload::limitMs(int packets, int speed)
+{
+    constexpr int kAnnouncementLimitMs = 5000;
+    constexpr int kPacketLimitMs = 2000;
+    constexpr int kSpareMs = 20'000;
+    return (kAnnouncementLimitMs + packets * kPacketLimitMs) / speed + kSpareMs;
+}
+
+Upload::Upload(Desk &desk)
+    : m_desk(desk)
+{
+}
+
+UploadOutcome Upload::run(const QByteArray &firmware, const QString &plan, quint32 planSeed,
+                          int limitMs)
+{
+    m_outcome = {};
+    if (!prepare(firmware)) {
+        return improper(QStringLiteral("could not be prepared"));
+    }
+    if (!connectCamera()) {
+        return improper(QStringLiteral("could not connect without faults"));
+    }
+    const QString faults = QStringLiteral("faults %1 %2").arg(plan).arg(planSeed);
+    if (!m_desk.tell(faults.toUtf8())) {
+        return improper(QStringLiteral("the simulator refuses the plan"));
+    }
+    if (!m_desk.startUpgrade()) {
+        return improper(QStringLiteral("could not be started"));
+    }
+    if (!awaitEnd(limitMs)) {
+        return improper(QStringLiteral("does not end"));
+    }
+    if (!isAtRest()) {
+        return improper(QStringLiteral("ends with the port open or the window unusable"));
+    }
+    m_desk.tell("faults none");
+    m_outcome.isIdentical = m_desk.contents(QStringLiteral("received")) == firmware
+        && QFile::exists(receivedFirmware(m_desk));
+    return m_outcome;
+}
+
+bool Upload::prepare(const QByteArray &firmware)
+{
+    QFile::remove(receivedFirmware(m_desk));
+    // Refused when no fault has hung up, and then it is plugged.
+    m_desk.tell("plug");
+    return m_desk.tell("faults none") && m_desk.pack(firmware);
+}
+
+// What a fault has left of a frame may cost the next one, here the reply to HELLO. And on a machine
+// that is busy, waits at many times the speed may be too short.
+bool Upload::connectCamera()
+{
+    Pilot &corvane = m_desk.corvane;
+    while (m_outcome.connections < kConnectionAttempts) {
+        ++m_outcome.connections;
+        const auto isDecided = [&corvane] {
+            return corvane.isEnabled(QStringLiteral("tabWidget")) || !corvane.dialog().isEmpty();
+        };
+        if (!corvane.click(QStringLiteral("pushButton_connect"))
+            || !corvane.waitUntil(QStringLiteral("the handshake has ended"), isDecided)) {
+            return false;
+        }
+        if (corvane.isEnabled(QStringLiteral("tabWidget"))) {
+            return true;
+        }
+        if (corvane.dialog() != QLatin1String("Error: Connection fail!") || !corvane.answerDialog()
+            || !corvane.waitForEnabled(QStringLiteral("pushButton_connect"))) {
+            return false;
+        }
+    }
+    return false;
+}
+
+bool Upload::awaitEnd(int limitMs)
+{
+    Pilot &corvane = m_desk.corvane;
+    const auto hasEnded = [this, &corvane] {
+        const QString dialog = corvane.dialog();
+        const QString pane = corvane.text(QStringLiteral("textEdit_firmware_info"));
+        if (pane == QLatin1String("Update is complete. Device auto-rebooting.")) {
+            m_outcome.ending = UploadOutcome::Complete;
+            m_outcome.told = pane;
+            return true;
+        }
+        if (dialog == QLatin1String("Error: Connection timeout!")
+            || dialog == QLatin1String("Error: Transmission stop!")) {
+            m_outcome.ending = UploadOutcome::Failed;
+            m_outcome.told = dialog;
+            return corvane.answerDialog();
+        }
+        return false;
+    };
+    return corvane.waitUntil(QStringLiteral("the upload has ended"), hasEnded, limitMs);
+}
+
+bool Upload::isAtRest()
+{
+    Pilot &corvane = m_desk.corvane;
+    const auto isDisconnected = [&corvane] {
+        return corvane.isEnabled(QStringLiteral("pushButton_connect")) && !corvane.isBlocked()
+            && !corvane.isEnabled(QStringLiteral("tabWidget"))
+            && ProcessStatus::of(corvane.operatedProcessId()).terminals == 0;
+    };
+    return corvane.waitUntil(QStringLiteral("the window is disconnected"), isDisconnected,
+                             kSettleLimitMs);
+}
+
+UploadOutcome Upload::improper(const QString &problem)
+{
+    m_outcome.ending = UploadOutcome::Improper;
+    m_outcome.problem = QStringLiteral("%1 (%2; open: %3)")
+                            .arg(problem, m_desk.corvane.errorText(), m_desk.corvane.dialog());
+    return m_outcome;
+}

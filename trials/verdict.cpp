@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "verdict.h"
+
+#include "upload.h"
+
+void judge(Tally &tally, const UploadOutcome &outcome, const QString &plan, bool isBlind,
+           const QString &again)
+{
+    tally.count(QStringLiteral("uploads"));
+    tally.highest(QStringLiteral("attempts to connect"), outcome.connections);
+    switch (outcome.ending) {
+    case UploadOutcome::Failed:
+        tally.count(QStringLiteral("uploads failed, ") + outcome.told);
+        break;
+    case UploadOutcome::Complete:
+        if (outcome.isIdentical) {
+            tally.count(QStringLiteral("uploads complete, identical firmware"));
+        } else if (isBlind) {
+            tally.count(QStringLiteral("uploads called complete with a wrong firmware"));
+            tally.remark(QStringLiteral("called complete, wrong firmware: ") + plan);
+        } else {
+            tally.fail(QStringLiteral("called complete with a wrong firmware under ") + plan,
+                       again);
+        }
+        break;
+    case UploadOutcome::Improper:
+        tally.fail(QStringLiteral("%1 under %2").arg(outcome.problem, plan), again);
+        break;
+    }
+}
