@@ -226,7 +226,7 @@ bool Pilot::waitForEnabled(const QString &widget, bool enabled, int limitMs)
 
 bool Pilot::order(const QJsonObject &order)
 {
-    if (m_socket == nullptr) {
+    if (m_socket == nullptr || !m_socket->isOpen()) {
         return fail(QStringLiteral("the program is not there"));
     }
     m_socket->write(QJsonDocument(order).toJson(QJsonDocument::Compact) + '\n');

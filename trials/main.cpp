@@ -4,6 +4,7 @@
 // Runs one trial of the program and prints what it has counted. Ends with 0, with 1 when something
 // happened that must not, with 2 for a command line that makes no sense.
 
+#include "closetrial.h"
 #include "desktrial.h"
 #include "endurancetrial.h"
 #include "faulttrial.h"
@@ -32,12 +33,13 @@ struct Trial {
     Tally (*run)(const TrialOptions &);
 };
 
-constexpr std::array<Trial, 6> kTrials{{
+constexpr std::array<Trial, 7> kTrials{{
     {"faults", "every kind of fault at every frame of an upload; COUNT cases, all when 0", 0,
      &faultTrial},
     {"uploads", "COUNT sessions of 20 uploads each under random faults", 5, &uploadTrial},
     {"endurance", "COUNT packets in one process", 2000, &enduranceTrial},
-    {"desk", "COUNT times connecting and pulling the plug at a random moment", 20, &deskTrial},
+    {"desk", "COUNT sessions of pulling the plug 25 times at a random moment", 2, &deskTrial},
+    {"close", "closing the window at a random moment, COUNT times", 10, &closeTrial},
     {"monkey", "COUNT sessions of 100 random clicks each", 5, &monkeyTrial},
     {"undetected", "COUNT errors of each class that the checksum is measured with", 100'000,
      &undetectedErrorsTrial},

@@ -3,6 +3,7 @@
 
 #include "monkeytrial.h"
 
+#include "closing.h"
 #include "desk.h"
 #include "patientoperator.h"
 #include "randomfirmware.h"
@@ -160,18 +161,9 @@ private:
             }
         }
         m_tally.count(QStringLiteral("windows closed"));
-        // An upgrade declines it until it has ended; boxes have to be answered.
-        Pilot &corvane = m_desk.corvane;
-        for (int waited = 0; waited < kEndLimitMs && !corvane.waitUntilEnded(100); waited += 100) {
-            corvane.close();
-            if (corvane.isBlocked() || corvane.isListOpen()) {
-                corvane.dismiss();
-            }
-        }
-        if (!corvane.waitUntilEnded(0)) {
-            fail(QStringLiteral("closing the window does not end the program"));
-        } else if (corvane.exitCode() != 0) {
-            fail(QStringLiteral("the program has ended with %1").arg(corvane.exitCode()));
+        const QString problem = closeAndEnd(m_desk.corvane);
+        if (!problem.isEmpty()) {
+            fail(problem);
         }
     }
 
