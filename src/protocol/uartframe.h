@@ -8,8 +8,8 @@
 #include <array>
 #include <optional>
 
-/// Byte 9 of a frame: who speaks.
-enum UARTCommunicationType_t {
+/// Byte 9 of a frame: who speaks. Of a fixed type, so that a value without a name is one too.
+enum UARTCommunicationType_t : int {
     UART_COMM_TYPE_REQUEST = 1,  ///< from the host; every frame it sends
     UART_COMM_TYPE_RESERVED = 2, ///< received and ignored
     UART_COMM_TYPE_ACK = 5,      ///< from the camera, in reply to a request
