@@ -105,7 +105,9 @@ QVector<FrameReader::Piece> FrameReader::cut()
 
 FrameReader::Piece FrameReader::cutFaulty(Kind kind, int size, bool moreMayCome)
 {
-    const int end = qMin(size, headerIn(m_pending, kHeaderSize, moreMayCome));
+    // What is behind the piece must not count: whether it is there already depends on how the bytes
+    // arrive.
+    const int end = headerIn(m_pending.left(size), kHeaderSize, moreMayCome);
     Piece piece{kind, m_pending.left(end)};
     m_pending.remove(0, end);
     return piece;

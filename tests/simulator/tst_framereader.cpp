@@ -84,6 +84,10 @@ void FrameReaderTest::addStreams()
     QTest::newRow("wrong checksum")
         << "FF FF 0A 41 01 06 07 06 09 01 16 00 80 " + hello()
         << QStringList{"bad FF FF 0A 41 01 06 07 06 09 01 16 00 80", "frame " + hello()} << false;
+    QTest::newRow("a wrong checksum of FF may start a frame, even if none follows")
+        << "FF FF 0A 41 01 06 07 06 09 01 16 00 FF 12 " + hello()
+        << QStringList{"bad FF FF 0A 41 01 06 07 06 09 01 16 00", "noise FF 12", "frame " + hello()}
+        << false;
     QTest::newRow("the header is not part of the sum")
         << QByteArray("FF FF 0A 41 01 06 07 06 09 01 16 00 7D")
         << QStringList{"bad FF FF 0A 41 01 06 07 06 09 01 16 00 7D"} << false;
