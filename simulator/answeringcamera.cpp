@@ -14,15 +14,13 @@
 
 namespace {
 
-/// A frame whose bytes stop coming for this long is not going to be completed.
-constexpr std::chrono::milliseconds kStall(100);
 constexpr std::chrono::milliseconds kWritePause(1);
 
 } // namespace
 
 AnsweringCamera::AnsweringCamera(const CameraState &state, const Manner &manner,
                                  const ExchangeLog &log, CameraLine &line, QObject *parent)
-    : QObject(parent)
+    : CameraEnd(parent)
     , m_camera(state)
     , m_manner(manner)
     , m_log(log)
@@ -31,7 +29,7 @@ AnsweringCamera::AnsweringCamera(const CameraState &state, const Manner &manner,
 {
     m_clock.start();
     m_stallTimer.setSingleShot(true);
-    m_stallTimer.setInterval(kStall);
+    m_stallTimer.setInterval(FrameReader::kStall);
     m_writeTimer.setTimerType(Qt::PreciseTimer);
     m_writeTimer.setInterval(kWritePause);
     m_rebootTimer.setSingleShot(true);
@@ -74,22 +72,10 @@ void AnsweringCamera::dropPartial()
 void AnsweringCamera::handle(const QVector<FrameReader::Piece> &pieces)
 {
     for (const FrameReader::Piece &piece : pieces) {
-        const auto logFault = [this, &piece](const QString &fault) {
-            emit logged(m_log.receivedFaulty(QTime::currentTime(), piece.bytes, fault));
-        };
-        switch (piece.kind) {
-        case FrameReader::Frame:
+        if (piece.kind == FrameReader::Frame) {
             handleFrame(piece.bytes);
-            break;
-        case FrameReader::BadChecksum:
-            logFault(QStringLiteral("bad checksum"));
-            break;
-        case FrameReader::Incomplete:
-            logFault(QStringLiteral("incomplete"));
-            break;
-        case FrameReader::Noise:
-            logFault(QStringLiteral("no frame"));
-            break;
+        } else {
+            emit logged(m_log.receivedFaulty(QTime::currentTime(), piece.bytes, piece.fault()));
         }
     }
     write();

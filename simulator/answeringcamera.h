@@ -4,13 +4,13 @@
 #pragma once
 
 #include "camera.h"
+#include "cameraend.h"
 #include "exchangelog.h"
 #include "framereader.h"
 #include "linepacer.h"
 
 #include <QByteArray>
 #include <QElapsedTimer>
-#include <QObject>
 #include <QString>
 #include <QTimer>
 
@@ -20,7 +20,7 @@ class CameraLine;
 
 /// Connects the camera to a line: bytes in, answers out at the speed of the line, and a line of
 /// text for each of them.
-class AnsweringCamera : public QObject {
+class AnsweringCamera : public CameraEnd {
     Q_OBJECT
 
 public:
@@ -38,12 +38,9 @@ public:
                     CameraLine &line, QObject *parent = nullptr);
 
     void setSilent(bool silent);
-    /// The line is gone, and with it whatever was on its way.
-    void lineLost();
+    void lineLost() override;
 
 signals:
-    /// One line of the log, without a line feed.
-    void logged(const QString &text);
     /// A firmware has come in completely. Its last packet is acknowledged after this.
     void firmwareReceived(const QByteArray &firmware);
 

@@ -161,6 +161,13 @@ QString ExchangeLog::sent(const QTime &time, const QByteArray &frame) const
                 replyText(frame), frame);
 }
 
+QString ExchangeLog::sentFaulty(const QTime &time, const QByteArray &bytes,
+                                const QString &fault) const
+{
+    return line(time, QStringLiteral("->"), QStringLiteral("(%1)").arg(fault), hexadecimal(bytes),
+                {});
+}
+
 QString ExchangeLog::notice(const QTime &time, const QString &text) const
 {
     return line(time, QStringLiteral("--"), text, {}, {});

@@ -29,6 +29,8 @@ public:
     QString receivedFaulty(const QTime &time, const QByteArray &bytes, const QString &fault) const;
     /// A frame to the host, as built by the camera.
     QString sent(const QTime &time, const QByteArray &frame) const;
+    /// Bytes to the host that are no frame that the camera can have meant, always with their bytes.
+    QString sentFaulty(const QTime &time, const QByteArray &bytes, const QString &fault) const;
     /// Something else that happened, such as "unplugged".
     QString notice(const QTime &time, const QString &text) const;
 

@@ -52,6 +52,21 @@ void addNoise(QVector<FrameReader::Piece> &pieces, const QByteArray &bytes)
 
 } // namespace
 
+QString FrameReader::Piece::fault() const
+{
+    switch (kind) {
+    case Frame:
+        break;
+    case BadChecksum:
+        return QStringLiteral("bad checksum");
+    case Incomplete:
+        return QStringLiteral("incomplete");
+    case Noise:
+        return QStringLiteral("no frame");
+    }
+    return {};
+}
+
 QVector<FrameReader::Piece> FrameReader::take(const QByteArray &bytes)
 {
     m_pending += bytes;

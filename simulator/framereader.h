@@ -4,9 +4,12 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 #include <QVector>
 
-/// Cuts the stream of bytes from the host into frames, by their length byte.
+#include <chrono>
+
+/// Cuts a stream of bytes into frames, by their length byte.
 ///
 /// A frame is FF FF, a length byte L of 10 to 138 and L more bytes, the last of which is the
 /// checksum. What is inside does not matter, so that a payload may hold FF FF, which the host's own
@@ -29,7 +32,12 @@ public:
     struct Piece {
         Kind kind;
         QByteArray bytes;
+
+        /// What is wrong with it, for the log; empty for a frame.
+        QString fault() const;
     };
+    /// A frame whose bytes stop coming for this long is not going to be completed.
+    static constexpr std::chrono::milliseconds kStall{100};
 
     /// Takes received bytes, any number of them.
     /// @return what is complete now

@@ -3,9 +3,13 @@
 
 #include "simulator.h"
 
+#include "forwardingcamera.h"
 #include "mockedadapterline.h"
 #include "pseudoterminalline.h"
+#include "recordingline.h"
+#include "replayingcamera.h"
 
+#include <QFile>
 #include <QSaveFile>
 #include <QTime>
 
@@ -15,12 +19,28 @@ namespace {
 
 constexpr int kNotStartedStatus = 127; // as shells have it
 
-std::unique_ptr<CameraLine> makeLine(const SimulatorOptions &options)
+std::unique_ptr<CameraLine> makeWire(const SimulatorOptions &options)
 {
     if (options.program.isEmpty()) {
         return std::make_unique<PseudoTerminalLine>();
     }
     return std::make_unique<MockedAdapterLine>(options.portName);
+}
+
+/// @param error  set to the reason when the result is nothing
+std::optional<QVector<LineEvent>> readRecording(const QString &path, QString *error)
+{
+    QFile file(path);
+    std::optional<QVector<LineEvent>> events;
+    if (file.open(QIODevice::ReadOnly)) {
+        events = Recording::parse(file.readAll(), error);
+    } else {
+        *error = file.errorString();
+    }
+    if (!events) {
+        *error = QStringLiteral("cannot replay %1: %2").arg(path, *error);
+    }
+    return events;
 }
 
 } // namespace
@@ -29,20 +49,9 @@ Simulator::Simulator(const SimulatorOptions &options, QObject *parent)
     : QObject(parent)
     , m_options(options)
     , m_log(options.withHex)
-    , m_line(makeLine(options))
-    , m_faultyLine(*m_line)
-    , m_camera(options.camera, options.manner, m_log, m_faultyLine)
+    , m_wire(makeWire(options))
     , m_control([this](const QString &command) { return obey(command); })
 {
-    m_faultyLine.setFaults(options.faults, options.seed);
-    connect(&m_faultyLine, &FaultyLine::faultApplied, this, &Simulator::note);
-    connect(&m_faultyLine, &FaultyLine::hungUp, this, &Simulator::lineLost);
-    if (!options.quiet) {
-        connect(&m_camera, &AnsweringCamera::logged, this, &Simulator::printed);
-    }
-    if (!options.firmwarePath.isEmpty()) {
-        connect(&m_camera, &AnsweringCamera::firmwareReceived, this, &Simulator::saveFirmware);
-    }
     connect(&m_program, &ChildProgram::finished, this,
             [this](int status) { emit finished(status, {}); });
     connect(&m_program, &ChildProgram::failedToStart, this, [this](const QString &reason) {
@@ -64,24 +73,120 @@ bool Simulator::start(QString *error)
     if (!m_options.controlPath.isEmpty() && !m_control.listen(m_options.controlPath, error)) {
         return false;
     }
-    if (!plug(error)) {
+    if (!makeCamera(error) || !plug(error)) {
         return false;
     }
+    m_camera->start();
     if (!m_options.program.isEmpty()) {
         m_program.start(m_options.program, m_options.arguments);
     }
     return true;
 }
 
-bool Simulator::plug(QString *error)
+bool Simulator::makeCamera(QString *error)
 {
-    if (!m_line->plug(error)) {
+    const bool isMade = !m_options.replayPath.isEmpty() ? makeReplayingCamera(error)
+        : !m_options.throughPort.isEmpty()              ? makeForwardingCamera(error)
+                                                        : makeAnsweringCamera(error);
+    if (!isMade) {
         return false;
     }
-    if (const auto *terminal = qobject_cast<PseudoTerminalLine *>(m_line.get())) {
+    if (!m_options.quiet) {
+        connect(m_camera.get(), &CameraEnd::logged, this, &Simulator::printed);
+    }
+    connect(m_camera.get(), &CameraEnd::plugDue, this, &Simulator::plugIfNot);
+    connect(m_camera.get(), &CameraEnd::unplugDue, this, &Simulator::unplugIfPlugged);
+    return true;
+}
+
+bool Simulator::makeAnsweringCamera(QString *error)
+{
+    if (!makeLine(error)) {
+        return false;
+    }
+    auto camera =
+        std::make_unique<AnsweringCamera>(m_options.camera, m_options.manner, m_log, *m_faultyLine);
+    if (!m_options.firmwarePath.isEmpty()) {
+        connect(camera.get(), &AnsweringCamera::firmwareReceived, this, &Simulator::saveFirmware);
+    }
+    m_camera = std::move(camera);
+    return true;
+}
+
+bool Simulator::makeReplayingCamera(QString *error)
+{
+    // Before a new recording is made, of which nothing would come.
+    const auto recording = readRecording(m_options.replayPath, error);
+    if (!recording || !makeLine(error)) {
+        return false;
+    }
+    m_camera = std::make_unique<ReplayingCamera>(*recording, m_log, *m_faultyLine);
+    return true;
+}
+
+bool Simulator::makeForwardingCamera(QString *error)
+{
+    auto port = ForwardingCamera::openPort(m_options.throughPort, error);
+    if (port == nullptr || !makeLine(error)) {
+        return false;
+    }
+    m_camera = std::make_unique<ForwardingCamera>(std::move(port), m_log, *m_faultyLine);
+    return true;
+}
+
+bool Simulator::makeLine(QString *error)
+{
+    if (!m_options.recordingPath.isEmpty()) {
+        m_recordingLine = RecordingLine::create(*m_wire, m_options.recordingPath, error);
+        if (m_recordingLine == nullptr) {
+            return false;
+        }
+        connect(m_recordingLine.get(), &RecordingLine::failed, this, &Simulator::noteFailure);
+    }
+    CameraLine &line = m_recordingLine != nullptr ? *m_recordingLine : *m_wire;
+    m_faultyLine = std::make_unique<FaultyLine>(line);
+    m_faultyLine->setFaults(m_options.faults, m_options.seed);
+    connect(m_faultyLine.get(), &FaultyLine::faultApplied, this, &Simulator::note);
+    connect(m_faultyLine.get(), &FaultyLine::hungUp, this, &Simulator::lineLost);
+    return true;
+}
+
+bool Simulator::plug(QString *error)
+{
+    if (!m_faultyLine->plug(error)) {
+        return false;
+    }
+    if (const auto *terminal = qobject_cast<PseudoTerminalLine *>(m_wire.get())) {
         emit printed(QStringLiteral("Port: ") + terminal->portName());
     }
     return true;
+}
+
+void Simulator::plugIfNot()
+{
+    QString error;
+    if (m_wire->isPlugged()) {
+        return;
+    }
+    if (plug(&error)) {
+        note(QStringLiteral("plugged"));
+    } else {
+        noteFailure(error);
+    }
+}
+
+void Simulator::unplugIfPlugged()
+{
+    if (m_wire->isPlugged()) {
+        m_faultyLine->unplug();
+        lineLost();
+    }
+}
+
+void Simulator::lineLost()
+{
+    m_camera->lineLost();
+    note(QStringLiteral("unplugged"));
 }
 
 void Simulator::saveFirmware(const QByteArray &firmware)
@@ -91,23 +196,20 @@ void Simulator::saveFirmware(const QByteArray &firmware)
         && file.commit()) {
         return;
     }
-    const QString reason = QStringLiteral("cannot save the firmware as %1: %2")
-                               .arg(m_options.firmwarePath, file.errorString());
-    note(reason);
-    emit complained(reason);
+    noteFailure(QStringLiteral("cannot save the firmware as %1: %2")
+                    .arg(m_options.firmwarePath, file.errorString()));
 }
 
 // Returns why it could not, or an empty text.
 QString Simulator::obey(const QString &command)
 {
     if (command == QLatin1String("unplug")) {
-        if (!m_line->isPlugged()) {
+        if (!m_wire->isPlugged()) {
             return QStringLiteral("not plugged");
         }
-        m_faultyLine.unplug();
-        lineLost();
+        unplugIfPlugged();
     } else if (command == QLatin1String("plug")) {
-        if (m_line->isPlugged()) {
+        if (m_wire->isPlugged()) {
             return QStringLiteral("already plugged");
         }
         QString error;
@@ -116,9 +218,9 @@ QString Simulator::obey(const QString &command)
         }
         note(QStringLiteral("plugged"));
     } else if (command == QLatin1String("silent on")) {
-        m_camera.setSilent(true);
+        return setSilent(true);
     } else if (command == QLatin1String("silent off")) {
-        m_camera.setSilent(false);
+        return setSilent(false);
     } else if (command.startsWith(QLatin1String("faults "))) {
         return setFaults(command.section(QLatin1Char(' '), 1));
     } else if (command == QLatin1String("quit")) {
@@ -142,14 +244,19 @@ QString Simulator::setFaults(const QString &planAndSeed)
     if (!seed) {
         return QStringLiteral("the seed is a number from 0 to 4294967295, not '%1'").arg(seedText);
     }
-    m_faultyLine.setFaults(*plan, *seed);
+    m_faultyLine->setFaults(*plan, *seed);
     return {};
 }
 
-void Simulator::lineLost()
+// Returns why it could not, or an empty text.
+QString Simulator::setSilent(bool silent)
 {
-    m_camera.lineLost();
-    note(QStringLiteral("unplugged"));
+    auto *const camera = qobject_cast<AnsweringCamera *>(m_camera.get());
+    if (camera == nullptr) {
+        return QStringLiteral("there is no simulated camera");
+    }
+    camera->setSilent(silent);
+    return {};
 }
 
 void Simulator::note(const QString &text)
@@ -157,6 +264,12 @@ void Simulator::note(const QString &text)
     if (!m_options.quiet) {
         emit printed(m_log.notice(QTime::currentTime(), text));
     }
+}
+
+void Simulator::noteFailure(const QString &reason)
+{
+    note(reason);
+    emit complained(reason);
 }
 
 // With a program, it is the program's end that ends the run.

@@ -16,6 +16,7 @@
 #include <memory>
 
 class CameraLine;
+class RecordingLine;
 
 /// One run of the simulator: the camera, its line, the program on the other end of that if there is
 /// one, and those who may end the run.
@@ -41,19 +42,29 @@ signals:
     void finished(int exitCode, const QString &fault);
 
 private:
+    bool makeLine(QString *error);
+    bool makeCamera(QString *error);
+    bool makeAnsweringCamera(QString *error);
+    bool makeReplayingCamera(QString *error);
+    bool makeForwardingCamera(QString *error);
     bool plug(QString *error);
+    void plugIfNot();
+    void unplugIfPlugged();
     void saveFirmware(const QByteArray &firmware);
     QString obey(const QString &command);
     QString setFaults(const QString &planAndSeed);
     void lineLost();
+    QString setSilent(bool silent);
     void note(const QString &text);
+    void noteFailure(const QString &reason);
     void end(int signalNumber);
 
     SimulatorOptions m_options;
     ExchangeLog m_log;
-    std::unique_ptr<CameraLine> m_line;
-    FaultyLine m_faultyLine; ///< between the line and the camera
-    AnsweringCamera m_camera;
+    std::unique_ptr<CameraLine> m_wire;             ///< the line as the host has it
+    std::unique_ptr<RecordingLine> m_recordingLine; ///< null when nothing is recorded
+    std::unique_ptr<FaultyLine> m_faultyLine;       ///< as the camera has it; null before start()
+    std::unique_ptr<CameraEnd> m_camera;            ///< null before start()
     ChildProgram m_program;
     ControlSocket m_control;
     TerminationSignals m_signals;

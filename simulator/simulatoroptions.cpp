@@ -6,8 +6,10 @@
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <optional>
@@ -80,6 +82,41 @@ QString option(const char *name)
     return QString::fromLatin1(name);
 }
 
+/// What only the simulated camera heeds.
+constexpr std::array<const char *, 9> kCameraOptions{"baud",   "camera-version", "settings",
+                                                     "zoom-1", "zoom-2",         "silent",
+                                                     "delay",  "reboot-time",    "save-firmware"};
+
+/// The name of the first option among these that is set, or nothing.
+template <std::size_t Count>
+QString firstSet(const QCommandLineParser &parser, const std::array<const char *, Count> &names)
+{
+    const auto *const found = std::find_if(names.begin(), names.end(), [&parser](const char *name) {
+        return parser.isSet(option(name));
+    });
+    return found == names.end() ? QString() : option(*found);
+}
+
+/// Why not both what the options say about the camera can be, or an empty text.
+QString conflictOfSources(const QCommandLineParser &parser)
+{
+    const bool isReplay = parser.isSet(option("replay"));
+    const bool isThrough = parser.isSet(option("through"));
+    if (isReplay && isThrough) {
+        return QStringLiteral("--replay and --through exclude each other");
+    }
+    const QString unfit = firstSet(parser, kCameraOptions);
+    if (unfit.isEmpty() || (!isReplay && !isThrough)) {
+        return {};
+    }
+    return isReplay ? QStringLiteral("--replay and --%1 exclude each other: what the camera sent, "
+                                     "and when, is in the recording")
+                          .arg(unfit)
+                    : QStringLiteral("--through and --%1 exclude each other: the real camera has "
+                                     "its own way")
+                          .arg(unfit);
+}
+
 void describe(QCommandLineParser &parser)
 {
     parser.setApplicationDescription(QStringLiteral(
@@ -128,6 +165,16 @@ void describe(QCommandLineParser &parser)
         {QStringLiteral("seed"),
          QStringLiteral("What the random numbers of the faults start from (default: 0)."),
          QStringLiteral("N")},
+        {QStringLiteral("record"),
+         QStringLiteral("Keep what passes on the line in a new file, with its time."),
+         QStringLiteral("FILE")},
+        {QStringLiteral("through"),
+         QStringLiteral("Use the camera at a real serial port instead of a simulated one. The "
+                        "adapter's port is then ttyTHROUGH0 by default."),
+         QStringLiteral("PORT")},
+        {QStringLiteral("replay"),
+         QStringLiteral("Play the camera's side of a recording instead of a camera."),
+         QStringLiteral("FILE")},
         {QStringLiteral("hex"), QStringLiteral("Print the bytes of every frame as well.")},
         {QStringLiteral("quiet"), QStringLiteral("Do not print what passes.")},
         {QStringLiteral("control"), QStringLiteral("Take commands on a local socket."),
@@ -148,7 +195,8 @@ QString exitCodes()
         "  with --pty   0 when ended by SIGINT, SIGTERM or quit\n"
         "  PROGRAM      the program's own; 128 + N when signal N killed it;\n"
         "               127 when it could not be started\n"
-        "  otherwise    1 when the line or the control socket could not be made,\n"
+        "  otherwise    1 when the line, the control socket or a recording could not be made,\n"
+        "               a recording could not be read or a real port not be opened,\n"
         "               2 for a command line that makes no sense\n");
 }
 
@@ -172,6 +220,10 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
     if (parser.value(option("faults")) == QLatin1String("help")) {
         return Information{FaultPlan::help()};
     }
+    const QString conflict = conflictOfSources(parser);
+    if (!conflict.isEmpty()) {
+        return BadUsage{conflict};
+    }
 
     SimulatorOptions options;
     QStringList program = parser.positionalArguments();
@@ -186,12 +238,23 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
     }
 
     OptionReader reader(parser);
+    options.throughPort = parser.value(option("through"));
+    if (parser.isSet(option("through"))) {
+        if (options.throughPort.isEmpty()) {
+            reader.complain(option("through"), QStringLiteral("a port"));
+        }
+        options.portName = QStringLiteral("ttyTHROUGH0");
+    }
     if (parser.isSet(option("port"))) {
         static const QRegularExpression kName(QStringLiteral("\\A[A-Za-z][A-Za-z0-9]*\\z"));
         options.portName = parser.value(option("port"));
         if (!kName.match(options.portName).hasMatch()) {
             reader.complain(option("port"), QStringLiteral("a name of letters and digits"));
         }
+    }
+    // The real port locks its name, and the program could not open one that is called the same.
+    if (QFileInfo(options.throughPort).fileName() == options.portName) {
+        reader.complain(option("port"), QStringLiteral("another name than that of --through"));
     }
     constexpr int kMaximumBaud = 4'000'000;
     options.manner.baud = reader.number(option("baud"), 0, kMaximumBaud, options.manner.baud);
@@ -249,6 +312,14 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
     options.firmwarePath = parser.value(option("save-firmware"));
     if (parser.isSet(option("save-firmware")) && options.firmwarePath.isEmpty()) {
         reader.complain(option("save-firmware"), QStringLiteral("a path"));
+    }
+    options.recordingPath = parser.value(option("record"));
+    if (parser.isSet(option("record")) && options.recordingPath.isEmpty()) {
+        reader.complain(option("record"), QStringLiteral("a path"));
+    }
+    options.replayPath = parser.value(option("replay"));
+    if (parser.isSet(option("replay")) && options.replayPath.isEmpty()) {
+        reader.complain(option("replay"), QStringLiteral("a path"));
     }
     options.withHex = parser.isSet(option("hex"));
     options.quiet = parser.isSet(option("quiet"));

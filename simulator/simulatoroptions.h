@@ -23,6 +23,9 @@ struct SimulatorOptions {
     QString firmwarePath;                         ///< where to save a firmware; empty: nowhere
     FaultPlan faults;                             ///< on the line
     quint32 seed = 0;                             ///< of the faults' random numbers
+    QString recordingPath;                        ///< of the file to record in; empty: none
+    QString throughPort; ///< a real port with the camera to use; empty: none
+    QString replayPath;  ///< of a recording to play instead of the camera; empty: none
     bool withHex = false;
     bool quiet = false;
 };

@@ -158,6 +158,8 @@ void ExchangeLogTest::showsTheBytesOfWhatIsFaulty()
         QCOMPARE(
             log.receivedFaulty(someTime(), QByteArray::fromHex("FF FF 0A 41 7F"), "bad checksum"),
             "09:05:01.034  <- (bad checksum)       FF FF 0A 41 7F");
+        QCOMPARE(log.sentFaulty(someTime(), QByteArray::fromHex("FF FF 0A 41 7F"), "no frame"),
+                 "09:05:01.034  -> (no frame)           FF FF 0A 41 7F");
     }
 }
 

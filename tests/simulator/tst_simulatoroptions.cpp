@@ -20,6 +20,8 @@ class SimulatorOptionsTest : public QObject {
 private slots:
     void hasDefaults();
     void readsEveryOption();
+    void readsTheOptionsOfAReplay();
+    void readsTheOptionsOfARealPort();
     void leavesTheProgramItsArguments_data();
     void leavesTheProgramItsArguments();
     void informs_data();
@@ -41,6 +43,9 @@ void SimulatorOptionsTest::hasDefaults()
     QVERIFY(options.firmwarePath.isEmpty());
     QVERIFY(options.faults.isEmpty());
     QCOMPARE(options.seed, 0U);
+    QVERIFY(options.recordingPath.isEmpty());
+    QVERIFY(options.replayPath.isEmpty());
+    QVERIFY(options.throughPort.isEmpty());
     QVERIFY(!options.withHex);
     QVERIFY(!options.quiet);
 }
@@ -53,7 +58,8 @@ void SimulatorOptionsTest::readsEveryOption()
                "--zoom-2",   "32767",           "--silent",  "--delay",  "1500",
                "--hex",      "--quiet",         "--control", "/tmp/x",   "--reboot-time",
                "250",        "--save-firmware", "/tmp/y",    "--faults", "drop@reply:2",
-               "--seed",     "4294967295",      "--",        "corvane"}));
+               "--seed",     "4294967295",      "--record",  "/tmp/z",   "--",
+               "corvane"}));
     QCOMPARE(options.program, QString("corvane"));
     QCOMPARE(options.portName, QString("ttyACM7"));
     QCOMPARE(options.manner.baud, 0);
@@ -73,6 +79,32 @@ void SimulatorOptionsTest::readsEveryOption()
     QCOMPARE(options.firmwarePath, QString("/tmp/y"));
     QCOMPARE(options.faults.toString(), QString("drop@reply:2"));
     QCOMPARE(options.seed, 4294967295U);
+    QCOMPARE(options.recordingPath, QString("/tmp/z"));
+}
+
+void SimulatorOptionsTest::readsTheOptionsOfAReplay()
+{
+    const auto options = std::get<SimulatorOptions>(
+        parse({"--replay", "/tmp/x", "--record", "/tmp/y", "--port", "ttyACM7", "--control",
+               "/tmp/z", "--hex", "--quiet", "corvane"}));
+    QCOMPARE(options.replayPath, QString("/tmp/x"));
+    QCOMPARE(options.recordingPath, QString("/tmp/y"));
+    QCOMPARE(options.controlPath, QString("/tmp/z"));
+    QVERIFY(options.withHex);
+    QVERIFY(options.quiet);
+    QCOMPARE(std::get<SimulatorOptions>(parse({"--replay", "/tmp/x", "--pty"})).program, QString());
+}
+
+void SimulatorOptionsTest::readsTheOptionsOfARealPort()
+{
+    auto options = std::get<SimulatorOptions>(parse({"--through", "/dev/ttyUSB0", "corvane"}));
+    QCOMPARE(options.throughPort, QString("/dev/ttyUSB0"));
+    QCOMPARE(options.portName, QString("ttyTHROUGH0"));
+    options = std::get<SimulatorOptions>(
+        parse({"--through", "ttyUSB0", "--port", "ttyUSB1", "--record", "/tmp/x", "corvane"}));
+    QCOMPARE(options.throughPort, QString("ttyUSB0"));
+    QCOMPARE(options.portName, QString("ttyUSB1"));
+    QCOMPARE(options.recordingPath, QString("/tmp/x"));
 }
 
 void SimulatorOptionsTest::leavesTheProgramItsArguments_data()
@@ -105,6 +137,8 @@ void SimulatorOptionsTest::informs_data()
     QTest::newRow("help") << QStringList{"--help"} << "Exit codes:";
     QTest::newRow("short help") << QStringList{"-h"} << "--control <PATH>";
     QTest::newRow("help on firmware") << QStringList{"--help"} << "--save-firmware <FILE>";
+    QTest::newRow("help on recordings") << QStringList{"--help"} << "--record <FILE>";
+    QTest::newRow("help on replays") << QStringList{"--help"} << "--replay <FILE>";
     QTest::newRow("help on reboots") << QStringList{"--help"} << "--reboot-time <MS>";
     QTest::newRow("help on the option for faults") << QStringList{"--help"} << "--faults <PLAN>";
     QTest::newRow("help on the command for faults")
@@ -182,6 +216,30 @@ void SimulatorOptionsTest::refusesBadUsage_data()
         << QStringList{"--control=", "sh"} << "--control is a path, not ''";
     QTest::newRow("empty firmware path")
         << QStringList{"--save-firmware=", "sh"} << "--save-firmware is a path, not ''";
+    QTest::newRow("empty recording path")
+        << QStringList{"--record=", "sh"} << "--record is a path, not ''";
+    QTest::newRow("empty replay path")
+        << QStringList{"--replay=", "sh"} << "--replay is a path, not ''";
+    QTest::newRow("empty real port")
+        << QStringList{"--through=", "sh"} << "--through is a port, not ''";
+    QTest::newRow("a replay on a real port") << QStringList{"--replay", "x", "--through", "y", "sh"}
+                                             << "--replay and --through exclude each other";
+    QTest::newRow("a port named like the real one")
+        << QStringList{"--through", "/dev/ttyUSB1", "--port", "ttyUSB1", "sh"}
+        << "--port is another name than that of --through, not 'ttyUSB1'";
+    for (const char *option :
+         {"--baud=9600", "--camera-version=1.2.3.4", "--settings=1,1,0,1,1", "--zoom-1=1",
+          "--zoom-2=1", "--silent", "--delay=1", "--reboot-time=1", "--save-firmware=/tmp/x"}) {
+        QTest::addRow("a replay with %s", option)
+            << QStringList{"--pty", "--replay", "/tmp/y", option}
+            << QString("--replay and %1 exclude each other: what the camera sent, and when, is in "
+                       "the recording")
+                   .arg(QString(option).section('=', 0, 0));
+        QTest::addRow("a real port with %s", option)
+            << QStringList{"--pty", "--through", "ttyUSB0", option}
+            << QString("--through and %1 exclude each other: the real camera has its own way")
+                   .arg(QString(option).section('=', 0, 0));
+    }
 }
 
 void SimulatorOptionsTest::refusesBadUsage()

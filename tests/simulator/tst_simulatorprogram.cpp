@@ -70,6 +70,15 @@ public:
     {
         m_process.start(SIMULATOR_PROGRAM, arguments);
     }
+    /// With no file growing beyond half a kilobyte, as on a disk that is full.
+    struct WithoutSpace {};
+    Simulator(WithoutSpace /*tag*/, const QStringList &arguments)
+    {
+        m_process.start(
+            "sh",
+            QStringList{"-c", R"(trap '' XFSZ; ulimit -f 1; exec "$0" "$@")", SIMULATOR_PROGRAM}
+                + arguments);
+    }
     Simulator(const Simulator &) = delete;
     Simulator &operator=(const Simulator &) = delete;
     ~Simulator()
@@ -193,6 +202,25 @@ QString uniquePortName()
     return QString("ttyTEST%1").arg(QCoreApplication::applicationPid());
 }
 
+// The lines of a recording from the first event on, without their times.
+QStringList recordedEvents(const QString &path)
+{
+    QStringList events;
+    const QStringList lines = QString::fromUtf8(contents(path)).split('\n');
+    for (const QString &line : lines) {
+        if (!line.isEmpty() && !line.startsWith('#')) {
+            events << line.mid(line.indexOf(' ') + 1);
+        }
+    }
+    return events;
+}
+
+bool write(const QString &path, const QByteArray &contents)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size();
+}
+
 } // namespace
 
 class SimulatorProgramTest : public QObject {
@@ -231,6 +259,18 @@ private slots:
     void putsFaultsOnTheLine();
     void changesFaultsOnCommand();
     void hangsUpAndComesBack();
+    void recordsWhatPassesOnThePseudoTerminal();
+    void recordsWhatPassesOnTheAdapter();
+    void needsItsRecording();
+    void goesOnWhenTheRecordingCannot();
+    void replaysOnThePseudoTerminal();
+    void replaysOnTheAdapter();
+    void letsOthersInterfereWithAReplay();
+    void needsARecordingToReplay_data();
+    void needsARecordingToReplay();
+    void recordsACameraAtARealPort();
+    void isUnpluggedTogetherWithTheRealPort();
+    void needsTheRealPort();
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -710,6 +750,236 @@ void SimulatorProgramTest::hangsUpAndComesBack()
     QVERIFY(simulator.event().startsWith("-> HELLO ack "));
     QVERIFY(host.write(hello()));
     QCOMPARE(simulator.event(), QString("-- request 3: dropped"));
+}
+
+void SimulatorProgramTest::recordsWhatPassesOnThePseudoTerminal()
+{
+    const QString path = m_folder->filePath("recording");
+    Simulator simulator({"--pty", "--baud", "0", "--control", m_controlPath, "--record", path});
+    const QString portName = simulator.portName();
+    Control control(m_controlPath);
+    {
+        Host host(portName);
+        QVERIFY(host.write(hello()));
+        QCOMPARE(host.read(26), helloReply());
+        QCOMPARE(simulator.event(), QString("<- HELLO"));
+        QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+    }
+    QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+    QCOMPARE(simulator.event(), QString("-- unplugged"));
+    QCOMPARE(control.obey("plug"), QByteArray("ok"));
+    {
+        Host host(simulator.portName());
+        QVERIFY(host.write("12 34"));
+        QCOMPARE(simulator.event(), QString("-- plugged"));
+        QCOMPARE(simulator.event(), QString("<- (no frame)           12 34"));
+    }
+    // Killed, so that there is no time left to write anything.
+    simulator.sendSignal(SIGKILL);
+    QCOMPARE(simulator.exitCode(), -2);
+    QCOMPARE(recordedEvents(path),
+             (QStringList{"plugged", "host   " + hello(), "camera " + helloReply(), "unplugged",
+                          "plugged", "host   12 34"}));
+}
+
+void SimulatorProgramTest::recordsWhatPassesOnTheAdapter()
+{
+    const QString path = m_folder->filePath("recording");
+    Simulator simulator({"--quiet", "--baud", "0", "--record", path, "--port", uniquePortName(),
+                         "--", SERIAL_HOST_PROGRAM, "hello", uniquePortName()});
+    QCOMPARE(simulator.line(), QString(helloReply()));
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(recordedEvents(path),
+             (QStringList{"plugged", "host   " + hello(), "camera " + helloReply()}));
+}
+
+void SimulatorProgramTest::needsItsRecording()
+{
+    const QString path = m_folder->filePath("no/such/folder");
+    Simulator simulator({"--pty", "--record", path});
+    QCOMPARE(simulator.exitCode(), 1);
+    QCOMPARE(
+        simulator.errors(),
+        QString("corvane-simulator: cannot record in %1: No such file or directory\n").arg(path));
+    QCOMPARE(simulator.output(), QString());
+}
+
+void SimulatorProgramTest::goesOnWhenTheRecordingCannot()
+{
+    const QString path = m_folder->filePath("recording");
+    Simulator simulator(Simulator::WithoutSpace(), {"--pty", "--record", path});
+    Host host(simulator.portName());
+    // More than half a kilobyte in the recording.
+    for (int i = 0; i < 10; ++i) {
+        QVERIFY(host.write(hello()));
+        QCOMPARE(host.read(26), helloReply());
+    }
+    const QString complaint = QString("cannot go on recording in %1: File too large").arg(path);
+    QCOMPARE(simulator.errorLine(), "corvane-simulator: " + complaint);
+    simulator.sendSignal(SIGTERM);
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(simulator.errors(), QString());
+    QCOMPARE(simulator.output().count("-- " + complaint), 1);
+    QVERIFY(contents(path).endsWith('\n'));
+}
+
+void SimulatorProgramTest::replaysOnThePseudoTerminal()
+{
+    const QString path = m_folder->filePath("recording");
+    QVERIFY(write(path,
+                  "# Corvane line recording 1\n0 plugged\n0.5 host 01 02\n0.5 camera AB CD\n"
+                  "0.6 unplugged\n0.6 plugged\n0.7 host 03\n0.7 camera EF\n"));
+    Simulator simulator({"--pty", "--replay", path});
+    {
+        const QString portName = simulator.portName();
+        Host host(portName);
+        QVERIFY(host.write("01 04"));
+        // The third does not come: the line is hung up on.
+        QCOMPARE(host.read(3), QByteArray("AB CD"));
+        QTRY_VERIFY(!QFile::exists(portName));
+    }
+    QCOMPARE(simulator.event(), QString("<- (no frame)           01 04"));
+    QCOMPARE(simulator.event(),
+             QString("-- from byte 2 on the host sends 04 instead of 02, recorded at 0.500000"));
+    QCOMPARE(simulator.event(), QString("-> (no frame)           AB CD"));
+    QCOMPARE(simulator.event(), QString("-- unplugged"));
+    Host host(simulator.portName());
+    QCOMPARE(simulator.event(), QString("-- plugged"));
+    QVERIFY(host.write("03"));
+    QCOMPARE(host.read(1), QByteArray("EF"));
+    QCOMPARE(simulator.event(), QString("<- (no frame)           03"));
+    QCOMPARE(simulator.event(), QString("-> (no frame)           EF"));
+    QCOMPARE(simulator.event(), QString("-- the recording has ended"));
+    simulator.sendSignal(SIGTERM);
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(simulator.errors(), QString());
+}
+
+void SimulatorProgramTest::replaysOnTheAdapter()
+{
+    const QString path = m_folder->filePath("recording");
+    const QString copy = m_folder->filePath("copy");
+    QVERIFY(write(path,
+                  "# Corvane line recording 1\n0 plugged\n9 host " + hello() + "\n9 camera "
+                      + helloReply() + '\n'));
+    Simulator simulator({"--quiet", "--replay", path, "--record", copy, "--port", uniquePortName(),
+                         "--", SERIAL_HOST_PROGRAM, "hello", uniquePortName()});
+    QCOMPARE(simulator.line(), QString(helloReply()));
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(simulator.output(), QString());
+    QCOMPARE(recordedEvents(copy),
+             (QStringList{"plugged", "host   " + hello(), "camera " + helloReply()}));
+}
+
+void SimulatorProgramTest::letsOthersInterfereWithAReplay()
+{
+    const QString path = m_folder->filePath("recording");
+    QVERIFY(write(path,
+                  "# Corvane line recording 1\n0 host 01\n0 unplugged\n0 plugged\n"
+                  "0 host 02\n"));
+    Simulator simulator({"--pty", "--control", m_controlPath, "--replay", path});
+    simulator.portName();
+    Control control(m_controlPath);
+    QCOMPARE(control.obey("silent on"), QByteArray("error: there is no simulated camera"));
+    QCOMPARE(control.obey("silent off"), QByteArray("error: there is no simulated camera"));
+    QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+    QCOMPARE(simulator.event(), QString("-- unplugged"));
+    QCOMPARE(control.obey("plug"), QByteArray("ok"));
+    {
+        Host host(simulator.portName());
+        QCOMPARE(simulator.event(), QString("-- plugged"));
+        QVERIFY(host.write("01"));
+        QCOMPARE(simulator.event(), QString("<- (no frame)           01"));
+        QCOMPARE(simulator.event(), QString("-- unplugged"));
+    }
+    simulator.portName();
+    QCOMPARE(simulator.event(), QString("-- plugged"));
+    QCOMPARE(control.obey("quit"), QByteArray("ok"));
+    QCOMPARE(simulator.exitCode(), 0);
+}
+
+void SimulatorProgramTest::needsARecordingToReplay_data()
+{
+    QTest::addColumn<QByteArray>("contents");
+    QTest::addColumn<QString>("reason");
+
+    QTest::newRow("no file") << QByteArray() << "No such file or directory";
+    QTest::newRow("a bad line") << QByteArray("# Corvane line recording 1\n1 host\n")
+                                << "line 2: bytes of two hexadecimal digits, such as FF 0A, "
+                                   "expected";
+}
+
+void SimulatorProgramTest::needsARecordingToReplay()
+{
+    QFETCH(QByteArray, contents);
+    QFETCH(QString, reason);
+    const QString path = m_folder->filePath("recording");
+    const QString copy = m_folder->filePath("copy");
+    QVERIFY(contents.isEmpty() || write(path, contents));
+    Simulator simulator({"--pty", "--replay", path, "--record", copy});
+    QCOMPARE(simulator.exitCode(), 1);
+    QCOMPARE(simulator.errors(),
+             QString("corvane-simulator: cannot replay %1: %2\n").arg(path, reason));
+    QVERIFY(!QFile::exists(copy));
+}
+
+// Another simulator's pseudo-terminal is the real port here.
+void SimulatorProgramTest::recordsACameraAtARealPort()
+{
+    const QString path = m_folder->filePath("recording");
+    Simulator camera({"--pty", "--baud", "0"});
+    Simulator simulator({"--quiet", "--through", camera.portName(), "--record", path, "--port",
+                         uniquePortName(), "--", SERIAL_HOST_PROGRAM, "hello", uniquePortName()});
+    QCOMPARE(simulator.line(), QString(helloReply()));
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(camera.event(), QString("<- HELLO"));
+    QStringList events = recordedEvents(path);
+    QCOMPARE(events.mid(0, 2), (QStringList{"plugged", "host   " + hello()}));
+    // In as many pieces as the port has handed over.
+    QStringList replies = events.mid(2);
+    QCOMPARE(replies.replaceInStrings("camera ", QString()).join(' '), QString(helloReply()));
+}
+
+void SimulatorProgramTest::isUnpluggedTogetherWithTheRealPort()
+{
+    // A name that stays when the pseudo-terminal has got another one.
+    const QString realPort = m_folder->filePath("tty" + uniquePortName());
+    Simulator camera({"--pty", "--quiet", "--control", m_controlPath});
+    QVERIFY(QFile::link(camera.portName(), realPort));
+    Control control(m_controlPath);
+    Simulator simulator({"--pty", "--through", realPort});
+    {
+        Host host(simulator.portName());
+        QVERIFY(host.write(hello()));
+        QCOMPARE(host.read(26), helloReply());
+        QCOMPARE(simulator.event(), QString("<- HELLO"));
+        QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+        QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+        QCOMPARE(host.read(1), QByteArray());
+    }
+    QCOMPARE(simulator.event(), QString("-- unplugged"));
+    QCOMPARE(control.obey("plug"), QByteArray("ok"));
+    QVERIFY(QFile::remove(realPort));
+    QVERIFY(QFile::link(camera.portName(), realPort));
+    Host host(simulator.portName());
+    QCOMPARE(simulator.event(), QString("-- plugged"));
+    QVERIFY(host.write(hello()));
+    QCOMPARE(host.read(26), helloReply());
+    simulator.sendSignal(SIGTERM);
+    QCOMPARE(simulator.exitCode(), 0);
+    QCOMPARE(simulator.errors(), QString());
+}
+
+void SimulatorProgramTest::needsTheRealPort()
+{
+    const QString realPort = m_folder->filePath("tty" + uniquePortName());
+    const QString path = m_folder->filePath("recording");
+    Simulator simulator({"--pty", "--through", realPort, "--record", path});
+    QCOMPARE(simulator.exitCode(), 1);
+    QCOMPARE(
+        simulator.errors(),
+        QString("corvane-simulator: cannot open %1: No such file or directory\n").arg(realPort));
+    QVERIFY(!QFile::exists(path));
 }
 
 QTEST_GUILESS_MAIN(SimulatorProgramTest)

@@ -1,0 +1,249 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "pilot.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QtTest>
+
+#include <cstdio>
+
+namespace {
+
+/// The installed program on a line that is recorded or replayed.
+class Desk {
+public:
+    bool start(const QStringList &simulatorOptions)
+    {
+        return corvane.start(
+            CORVANE_SIMULATOR,
+            QStringList{"--control", m_directory.filePath("control"), "--port", portName()}
+                + simulatorOptions + QStringList{"--", CORVANE_PROGRAM});
+    }
+    /// Of all desks, which therefore stand one after the other. Opening a port locks its name for
+    /// the whole machine, on which other tests may run.
+    static QString portName()
+    {
+        return QStringLiteral("ttyUSB%1").arg(QCoreApplication::applicationPid());
+    }
+    bool tell(const QByteArray &command)
+    {
+        return tellSimulator(m_directory.filePath("control"), command);
+    }
+    bool connectCamera()
+    {
+        return corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget");
+    }
+    bool disconnectCamera()
+    {
+        return corvane.click("pushButton_disconnect") && corvane.waitForEnabled("tabWidget", false);
+    }
+    bool apply()
+    {
+        return corvane.click("pushButton_apply")
+            && corvane.waitForDialog("Information: Apply Success.") && corvane.answerDialog()
+            && corvane.waitForDialog({});
+    }
+    /// Sets a zoom preset.
+    /// @param outcome  what the window says then, below the version
+    bool zoom(int preset, const QString &outcome)
+    {
+        return corvane.click(QStringLiteral("pushButton_custom_zoom_%1").arg(preset))
+            && waitForInfo(outcome);
+    }
+    bool waitForInfo(const QString &lastLine)
+    {
+        return corvane.waitUntil(QStringLiteral("\"%1\" is shown").arg(lastLine), [=] {
+            return corvane.text("textEdit_device_info").section('\n', 1) == lastLine;
+        });
+    }
+    bool end() { return corvane.close() && corvane.waitUntilEnded(); }
+
+    /// What the program has said on its standard error so far, without the quotation marks.
+    QStringList statusLines()
+    {
+        QStringList lines = corvane.output().split('\n').filter(QRegularExpression("^\""));
+        return lines.replaceInStrings("\"", QString());
+    }
+    /// What the simulator has noted so far, without frames and times.
+    QStringList notes()
+    {
+        static const QRegularExpression kNote(R"(^\d\d:\d\d:\d\d\.\d\d\d  -- )");
+        QStringList lines = corvane.output().split('\n').filter(kNote);
+        return lines.replaceInStrings(kNote, QString());
+    }
+    /// What went wrong last. Prints what the programs have printed, which is too much for QtTest.
+    QString explanation()
+    {
+        const QString error = corvane.errorText();
+        std::fputs(qPrintable(corvane.output()), stderr);
+        return error + "; open message box: " + corvane.dialog();
+    }
+
+    Pilot corvane;
+
+private:
+    QTemporaryDir m_directory;
+};
+
+/// One operator's session.
+struct Session {
+    QStringList cameraOptions; ///< of the simulator, when it is recorded
+    /// What the operator does, and sees.
+    /// @param isReplay  false: the camera misbehaves only if it is told to
+    std::function<bool(Desk &desk, bool isReplay)> operate;
+};
+
+bool changeSettings(Desk &desk, bool /*isReplay*/)
+{
+    Pilot &corvane = desk.corvane;
+    return desk.connectCamera() && corvane.choose("comboBox_autotracking", 2)
+        && corvane.choose("comboBox_zoomoffset", 3)
+        && corvane.waitUntil("both are chosen",
+                             [&corvane] {
+                                 return corvane.index("comboBox_autotracking") == 2
+                                     && corvane.index("comboBox_zoomoffset") == 3;
+                             })
+        && desk.apply() && desk.zoom(2, "Setting custom zoom: 272") && desk.disconnectCamera();
+}
+
+bool askASilentCamera(Desk &desk, bool isReplay)
+{
+    return desk.connectCamera() && (isReplay || desk.tell("silent on"))
+        && desk.zoom(1, "Setting custom zoom 1 failed!") && (isReplay || desk.tell("silent off"))
+        && desk.zoom(2, "Setting custom zoom: 25") && desk.disconnectCamera();
+}
+
+// The camera takes longer than the program waits.
+bool askALateCamera(Desk &desk, bool /*isReplay*/)
+{
+    return desk.connectCamera() && desk.zoom(1, "Setting custom zoom 1 failed!")
+        && desk.waitForInfo("Setting custom zoom: 100") && desk.disconnectCamera();
+}
+
+// Hands take their time, before the pull and before the plug. In a replay, where these come by
+// themselves, it is what the program has to show what came before.
+bool letTimePass(bool isReplay)
+{
+    if (!isReplay) {
+        QTest::qSleep(1500);
+    }
+    return true;
+}
+
+bool pullTheAdapterOut(Desk &desk, bool isReplay)
+{
+    return desk.connectCamera() && desk.zoom(1, "Setting custom zoom: 100") && letTimePass(isReplay)
+        && (isReplay || desk.tell("unplug")) && desk.corvane.waitForEnabled("tabWidget", false)
+        && letTimePass(isReplay) && (isReplay || desk.tell("plug"))
+        && desk.corvane.waitUntil("it is plugged again",
+                                  [&desk] { return desk.notes().contains("plugged"); })
+        && desk.corvane.choose("comboBox_portlist", 0) && desk.connectCamera()
+        && desk.disconnectCamera();
+}
+
+bool seeACorruptedReply(Desk &desk, bool /*isReplay*/)
+{
+    return desk.connectCamera() && desk.apply() && desk.zoom(1, "Setting custom zoom 1 failed!")
+        && desk.zoom(1, "Setting custom zoom: 300")
+        && desk.corvane.waitForEnabled("tabWidget", false);
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Session)
+
+// A step that does not work ends the test with the pilot's own words, behind all that was printed.
+#define DO(step)                                                                                   \
+    do {                                                                                           \
+        if (!(step)) {                                                                             \
+            QFAIL(qPrintable(desk.explanation()));                                                 \
+        }                                                                                          \
+    } while (false)
+
+class ReplayTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void drivesTheProgramThroughTheSameStatusLines_data();
+    void drivesTheProgramThroughTheSameStatusLines();
+    void showsWhatHappenedAtAnotherDesk();
+};
+
+void ReplayTest::drivesTheProgramThroughTheSameStatusLines_data()
+{
+    QTest::addColumn<Session>("session");
+
+    QTest::newRow("settings and a zoom") << Session{{"--zoom-2", "272"}, changeSettings};
+    QTest::newRow("an unanswered request") << Session{{}, askASilentCamera};
+    QTest::newRow("a late reply") << Session{{"--delay", "3500"}, askALateCamera};
+    QTest::newRow("a pulled adapter") << Session{{}, pullTheAdapterOut};
+    // Recorded from a replay, because the simulated camera would not make such a reply.
+    QTest::newRow("a corrupted reply") << Session{{"--replay", DESK_RECORDING}, seeACorruptedReply};
+}
+
+void ReplayTest::drivesTheProgramThroughTheSameStatusLines()
+{
+    QFETCH(Session, session);
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("recording");
+    QStringList linesBefore;
+    {
+        Desk desk;
+        DO(desk.start(session.cameraOptions + QStringList{"--record", path}));
+        DO(session.operate(desk, false));
+        DO(desk.end());
+        linesBefore = desk.statusLines();
+    }
+    // Those of the start alone would always be the same.
+    QVERIFY(linesBefore.contains("UART_CTRL_CMD_HELLO Received"));
+    Desk desk;
+    DO(desk.start({"--replay", path}));
+    DO(session.operate(desk, true));
+    DO(desk.corvane.waitUntil("the recording has ended", [&desk] {
+        return desk.notes().contains("the recording has ended");
+    }));
+    DO(desk.end());
+    QCOMPARE(desk.statusLines(), linesBefore);
+    QCOMPARE(desk.notes().filter("the host sends"), QStringList());
+}
+
+void ReplayTest::showsWhatHappenedAtAnotherDesk()
+{
+    Desk desk;
+    DO(desk.start({"--replay", DESK_RECORDING}));
+    DO(seeACorruptedReply(desk, true));
+    DO(desk.end());
+    QCOMPARE(desk.notes(), (QStringList{"unplugged", "the recording has ended"}));
+    QCOMPARE(desk.statusLines(),
+             (QStringList{"startParser",
+                          "Disconnected",
+                          "Connected to " + Desk::portName(),
+                          "data_step_head_ready: length = 23",
+                          "Analyze Data: length = 23",
+                          "AnalyzeReceiveData 25",
+                          "UART_COMM_TYPE_ACK Received",
+                          "UART_CTRL_CMD_HELLO Received",
+                          "ClientVersion: 1.2.3.a",
+                          "2.1.1.1.0.1.2",
+                          "data_step_head_ready: length = 23",
+                          "Analyze Data: length = 23",
+                          "AnalyzeReceiveData 25",
+                          "UART_COMM_TYPE_ACK Received",
+                          "UART_CTRL_CMD_CUSTOM_SETTING Received",
+                          "ClientVersion: 1.2.3.a",
+                          "2.1.1.1.0.1.2",
+                          "data_step_head_ready: length = 12",
+                          "Checksum Error 278",
+                          "data_step_head_ready: length = 12",
+                          "Analyze Data: length = 12",
+                          "AnalyzeReceiveData 14",
+                          "UART_COMM_TYPE_ACK Received",
+                          "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 300",
+                          "Disconnected",
+                          "Disconnected"}));
+}
+
+QTEST_GUILESS_MAIN(ReplayTest)
+#include "tst_replay.moc"
