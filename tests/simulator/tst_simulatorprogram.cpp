@@ -764,8 +764,12 @@ void SimulatorProgramTest::recordsWhatPassesOnThePseudoTerminal()
         QCOMPARE(host.read(26), helloReply());
         QCOMPARE(simulator.event(), QString("<- HELLO"));
         QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+        // What has begun when the line goes is said before that.
+        QVERIFY(host.write("FF FF 0A"));
+        QTRY_VERIFY(recordedEvents(path).contains("host   FF FF 0A"));
+        QCOMPARE(control.obey("unplug"), QByteArray("ok"));
     }
-    QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+    QCOMPARE(simulator.event(), QString("<- (incomplete)         FF FF 0A"));
     QCOMPARE(simulator.event(), QString("-- unplugged"));
     QCOMPARE(control.obey("plug"), QByteArray("ok"));
     {
@@ -778,8 +782,8 @@ void SimulatorProgramTest::recordsWhatPassesOnThePseudoTerminal()
     simulator.sendSignal(SIGKILL);
     QCOMPARE(simulator.exitCode(), -2);
     QCOMPARE(recordedEvents(path),
-             (QStringList{"plugged", "host   " + hello(), "camera " + helloReply(), "unplugged",
-                          "plugged", "host   12 34"}));
+             (QStringList{"plugged", "host   " + hello(), "camera " + helloReply(),
+                          "host   FF FF 0A", "unplugged", "plugged", "host   12 34"}));
 }
 
 void SimulatorProgramTest::recordsWhatPassesOnTheAdapter()
@@ -874,9 +878,8 @@ void SimulatorProgramTest::replaysOnTheAdapter()
 void SimulatorProgramTest::letsOthersInterfereWithAReplay()
 {
     const QString path = m_folder->filePath("recording");
-    QVERIFY(write(path,
-                  "# Corvane line recording 1\n0 host 01\n0 unplugged\n0 plugged\n"
-                  "0 host 02\n"));
+    QVERIFY(
+        write(path, "# Corvane line recording 1\n0 host 01\n0 unplugged\n3 plugged\n3 host 02\n"));
     Simulator simulator({"--pty", "--control", m_controlPath, "--replay", path});
     simulator.portName();
     Control control(m_controlPath);
@@ -892,8 +895,13 @@ void SimulatorProgramTest::letsOthersInterfereWithAReplay()
         QCOMPARE(simulator.event(), QString("<- (no frame)           01"));
         QCOMPARE(simulator.event(), QString("-- unplugged"));
     }
-    simulator.portName();
+    // Before the recording does, which then finds it plugged.
+    QCOMPARE(control.obey("plug"), QByteArray("ok"));
+    Host host(simulator.portName());
     QCOMPARE(simulator.event(), QString("-- plugged"));
+    QVERIFY(host.write("02"));
+    QCOMPARE(simulator.event(), QString("<- (no frame)           02"));
+    QCOMPARE(simulator.event(), QString("-- the recording has ended"));
     QCOMPARE(control.obey("quit"), QByteArray("ok"));
     QCOMPARE(simulator.exitCode(), 0);
 }
@@ -963,6 +971,10 @@ void SimulatorProgramTest::isUnpluggedTogetherWithTheRealPort()
     QVERIFY(QFile::link(camera.portName(), realPort));
     Host host(simulator.portName());
     QCOMPARE(simulator.event(), QString("-- plugged"));
+    QVERIFY(host.write(hello()));
+    QCOMPARE(host.read(26), helloReply());
+    // It stays: longer than the pause between two attempts to open the real port.
+    QTest::qWait(600);
     QVERIFY(host.write(hello()));
     QCOMPARE(host.read(26), helloReply());
     simulator.sendSignal(SIGTERM);
