@@ -9,8 +9,7 @@ void DeliveryQueue::add(const QVector<Delivery> &deliveries, Time now)
 {
     bool isFirst = true;
     for (const Delivery &delivery : deliveries) {
-        Entry entry{delivery, isFirst ? now + delivery.pause : Time::zero(),
-                    isFirst ? Time::zero() : Time(delivery.pause)};
+        Entry entry{delivery, now + delivery.pause, isFirst ? Time::zero() : Time(delivery.pause)};
         if (!m_entries.empty() && m_entries.back().delivery.awaitsNext) {
             entry.delivery.bytes.prepend(m_entries.back().delivery.bytes);
             m_entries.pop_back();

@@ -33,8 +33,8 @@ public:
 private:
     struct Entry {
         Delivery delivery;
-        Time earliest; ///< from the moment its frame came
-        Time pause;    ///< since the delivery before it
+        Time earliest; ///< counted from when its frame came
+        Time pause;    ///< since the delivery before it out of that frame
     };
 
     std::deque<Entry> m_entries;

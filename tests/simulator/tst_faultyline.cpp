@@ -164,7 +164,7 @@ void FaultyLineTest::givesUpOnAStalledRequest()
     Line line("drop@request:1");
     line.inner.receive("FF FF 0A 41 01 06 07 06");
     QTRY_COMPARE(line.requests, QStringList{"FF FF 0A 41 01 06 07 06"});
-    QVERIFY2(line.requestTimes.at(0) >= 95, qPrintable(QString::number(line.requestTimes.at(0))));
+    QVERIFY2(line.requestTimes.at(0) >= 90, qPrintable(QString::number(line.requestTimes.at(0))));
     line.inner.receive("09 01 16 00 7F");
     QTRY_COMPARE(line.requests.size(), 2);
     QCOMPARE(line.notes, QStringList());

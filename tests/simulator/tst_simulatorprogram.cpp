@@ -729,7 +729,7 @@ void SimulatorProgramTest::changesFaultsOnCommand()
 void SimulatorProgramTest::hangsUpAndComesBack()
 {
     Simulator simulator(
-        {"--pty", "--control", m_controlPath, "--faults", "hang-up=200@reply:1.5,drop@request:3"});
+        {"--pty", "--control", m_controlPath, "--faults", "hang-up=500@reply:1.5,drop@request:3"});
     {
         Host host(simulator.portName());
         QVERIFY(host.write(hello()));
