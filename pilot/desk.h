@@ -26,6 +26,10 @@ public:
     /// 100, to be set before start(). Limits of this class and of Pilot remain those of the clock.
     void setSpeed(int speed) { m_speed = speed; }
 
+    /// The name of the adapter's port instead of one that no other desk has. To be set before
+    /// start().
+    void setPort(const QString &name) { m_port = name; }
+
     bool start(const QStringList &simulatorOptions = {});
     bool connectCamera();
     /// Makes the image that startUpgrade() uses.
@@ -37,6 +41,7 @@ public:
     /// Gives the simulator a command of its control socket.
     bool tell(const QByteArray &command);
 
+    QString portName() const { return m_port; }
     /// The adapter as it stands in the list of ports.
     QString portItem() const;
     /// A file of this desk's own folder.

@@ -21,6 +21,9 @@ bool tellSimulator(const QString &controlSocket, const QByteArray &command)
 {
     QLocalSocket socket;
     socket.connectToServer(controlSocket);
+    if (!socket.waitForConnected(kAnswerLimitMs)) {
+        return false;
+    }
     socket.write(command + '\n');
     while (!socket.canReadLine()) {
         if (!socket.waitForReadyRead(kAnswerLimitMs)) {

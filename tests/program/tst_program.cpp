@@ -3,12 +3,10 @@
 
 #include "desk.h"
 #include "processstatus.h"
+#include "step.h"
 
 #include <QRandomGenerator>
 #include <QtTest>
-
-// A step that does not work ends the test with the pilot's own words, behind all that was printed.
-#define DO(step) QVERIFY2(step, qPrintable(desk.explanation()))
 
 class ProgramTest : public QObject {
     Q_OBJECT

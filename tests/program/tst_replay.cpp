@@ -1,39 +1,28 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "pilot.h"
+#include "step.h"
 
 #include <QFile>
 #include <QRegularExpression>
 #include <QtTest>
 
-#include <cstdio>
-
 namespace {
 
-/// The installed program on a line that is recorded or replayed.
-class Desk {
+/// Of all desks, which therefore stand one after the other: a status line names the port.
+QString sharedPort()
+{
+    return QStringLiteral("ttyUSB%1").arg(QCoreApplication::applicationPid());
+}
+
+/// A desk whose line is recorded or replayed.
+class RecordedDesk : public Desk {
 public:
-    bool start(const QStringList &simulatorOptions)
+    RecordedDesk()
     {
-        return corvane.start(
-            CORVANE_SIMULATOR,
-            QStringList{"--control", m_directory.filePath("control"), "--port", portName()}
-                + simulatorOptions + QStringList{"--", CORVANE_PROGRAM});
-    }
-    /// Of all desks, which therefore stand one after the other. Opening a port locks its name for
-    /// the whole machine, on which other tests may run.
-    static QString portName()
-    {
-        return QStringLiteral("ttyUSB%1").arg(QCoreApplication::applicationPid());
-    }
-    bool tell(const QByteArray &command)
-    {
-        return tellSimulator(m_directory.filePath("control"), command);
-    }
-    bool connectCamera()
-    {
-        return corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget");
+        constexpr int kSpeed = 5;
+        setPort(sharedPort());
+        setSpeed(kSpeed);
     }
     bool disconnectCamera()
     {
@@ -73,18 +62,6 @@ public:
         QStringList lines = corvane.output().split('\n').filter(kNote);
         return lines.replaceInStrings(kNote, QString());
     }
-    /// What went wrong last. Prints what the programs have printed, which is too much for QtTest.
-    QString explanation()
-    {
-        const QString error = corvane.errorText();
-        std::fputs(qPrintable(corvane.output()), stderr);
-        return error + "; open message box: " + corvane.dialog();
-    }
-
-    Pilot corvane;
-
-private:
-    QTemporaryDir m_directory;
 };
 
 /// One operator's session.
@@ -92,10 +69,10 @@ struct Session {
     QStringList cameraOptions; ///< of the simulator, when it is recorded
     /// What the operator does, and sees.
     /// @param isReplay  false: the camera misbehaves only if it is told to
-    std::function<bool(Desk &desk, bool isReplay)> operate;
+    std::function<bool(RecordedDesk &desk, bool isReplay)> operate;
 };
 
-bool changeSettings(Desk &desk, bool /*isReplay*/)
+bool changeSettings(RecordedDesk &desk, bool /*isReplay*/)
 {
     Pilot &corvane = desk.corvane;
     return desk.connectCamera() && corvane.choose("comboBox_autotracking", 2)
@@ -108,7 +85,7 @@ bool changeSettings(Desk &desk, bool /*isReplay*/)
         && desk.apply() && desk.zoom(2, "Setting custom zoom: 272") && desk.disconnectCamera();
 }
 
-bool askASilentCamera(Desk &desk, bool isReplay)
+bool askASilentCamera(RecordedDesk &desk, bool isReplay)
 {
     return desk.connectCamera() && (isReplay || desk.tell("silent on"))
         && desk.zoom(1, "Setting custom zoom 1 failed!") && (isReplay || desk.tell("silent off"))
@@ -116,7 +93,7 @@ bool askASilentCamera(Desk &desk, bool isReplay)
 }
 
 // The camera takes longer than the program waits.
-bool askALateCamera(Desk &desk, bool /*isReplay*/)
+bool askALateCamera(RecordedDesk &desk, bool /*isReplay*/)
 {
     return desk.connectCamera() && desk.zoom(1, "Setting custom zoom 1 failed!")
         && desk.waitForInfo("Setting custom zoom: 100") && desk.disconnectCamera();
@@ -132,7 +109,7 @@ bool letTimePass(bool isReplay)
     return true;
 }
 
-bool pullTheAdapterOut(Desk &desk, bool isReplay)
+bool pullTheAdapterOut(RecordedDesk &desk, bool isReplay)
 {
     return desk.connectCamera() && desk.zoom(1, "Setting custom zoom: 100") && letTimePass(isReplay)
         && (isReplay || desk.tell("unplug")) && desk.corvane.waitForEnabled("tabWidget", false)
@@ -143,7 +120,7 @@ bool pullTheAdapterOut(Desk &desk, bool isReplay)
         && desk.disconnectCamera();
 }
 
-bool seeACorruptedReply(Desk &desk, bool /*isReplay*/)
+bool seeACorruptedReply(RecordedDesk &desk, bool /*isReplay*/)
 {
     return desk.connectCamera() && desk.apply() && desk.zoom(1, "Setting custom zoom 1 failed!")
         && desk.zoom(1, "Setting custom zoom: 300")
@@ -153,14 +130,6 @@ bool seeACorruptedReply(Desk &desk, bool /*isReplay*/)
 } // namespace
 
 Q_DECLARE_METATYPE(Session)
-
-// A step that does not work ends the test with the pilot's own words, behind all that was printed.
-#define DO(step)                                                                                   \
-    do {                                                                                           \
-        if (!(step)) {                                                                             \
-            QFAIL(qPrintable(desk.explanation()));                                                 \
-        }                                                                                          \
-    } while (false)
 
 class ReplayTest : public QObject {
     Q_OBJECT
@@ -190,7 +159,7 @@ void ReplayTest::drivesTheProgramThroughTheSameStatusLines()
     const QString path = directory.filePath("recording");
     QStringList linesBefore;
     {
-        Desk desk;
+        RecordedDesk desk;
         DO(desk.start(session.cameraOptions + QStringList{"--record", path}));
         DO(session.operate(desk, false));
         DO(desk.end());
@@ -198,7 +167,7 @@ void ReplayTest::drivesTheProgramThroughTheSameStatusLines()
     }
     // Those of the start alone would always be the same.
     QVERIFY(linesBefore.contains("UART_CTRL_CMD_HELLO Received"));
-    Desk desk;
+    RecordedDesk desk;
     DO(desk.start({"--replay", path}));
     DO(session.operate(desk, true));
     DO(desk.corvane.waitUntil("the recording has ended", [&desk] {
@@ -211,7 +180,7 @@ void ReplayTest::drivesTheProgramThroughTheSameStatusLines()
 
 void ReplayTest::showsWhatHappenedAtAnotherDesk()
 {
-    Desk desk;
+    RecordedDesk desk;
     DO(desk.start({"--replay", DESK_RECORDING}));
     DO(seeACorruptedReply(desk, true));
     DO(desk.end());
@@ -219,7 +188,7 @@ void ReplayTest::showsWhatHappenedAtAnotherDesk()
     QCOMPARE(desk.statusLines(),
              (QStringList{"startParser",
                           "Disconnected",
-                          "Connected to " + Desk::portName(),
+                          "Connected to " + sharedPort(),
                           "data_step_head_ready: length = 23",
                           "Analyze Data: length = 23",
                           "AnalyzeReceiveData 25",

@@ -1,12 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "desk.h"
+#include "step.h"
 
 #include <QtTest>
-
-// A step that does not work ends the test with the pilot's own words, behind all that was printed.
-#define DO(step) QVERIFY2(step, qPrintable(desk.explanation()))
 
 // What the protocol cannot catch, told in docs/reliability.md: these are not the program's to mend,
 // and this test tells when one of them has become different.
