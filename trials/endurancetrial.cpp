@@ -8,6 +8,7 @@
 #include "processstatus.h"
 #include "randomfirmware.h"
 #include "upload.h"
+#include "verdict.h"
 
 #include <QRandomGenerator>
 
@@ -38,9 +39,9 @@ Tally enduranceTrial(const TrialOptions &options)
                               .arg(options.seed)
                               .arg(options.count)
                               .arg(options.speed);
-    constexpr int kLargest = FirmwarePacket::kMaximumFirmwareSize / FirmwarePacket::kSize;
     constexpr int kFewestUploads = 4;
-    const int perUpload = std::clamp(options.count / kFewestUploads, 1, kLargest);
+    constexpr int kMostPackets = 10'000;
+    const int perUpload = std::clamp(options.count / kFewestUploads, 1, kMostPackets);
     QRandomGenerator random(options.seed);
     const QByteArray firmware = randomFirmware(perUpload * FirmwarePacket::kSize, random);
 
@@ -55,22 +56,21 @@ Tally enduranceTrial(const TrialOptions &options)
     const qint64 process = desk.corvane.operatedProcessId();
     Upload upload(desk);
     ProcessStatus first;
-    for (int packets = 0; packets < options.count; packets += perUpload) {
+    int packets = 0;
+    while (packets < options.count && !tally.hasFailed()) {
         const UploadOutcome outcome = upload.run(firmware, QStringLiteral("none"), 0,
                                                  Upload::limitMs(perUpload, options.speed));
-        if (outcome.ending != UploadOutcome::Complete || !outcome.isIdentical) {
-            tally.fail(outcome.told + outcome.problem, again);
-            return tally;
-        }
-        tally.count(QStringLiteral("packets"), perUpload);
-        tally.count(QStringLiteral("uploads"));
+        judge(tally, outcome, QStringLiteral("no faults"), false, again);
+        const int acknowledged =
+            desk.corvane.value(QStringLiteral("progressBar_updating")) / FirmwarePacket::kSize;
+        packets += acknowledged;
+        tally.count(QStringLiteral("packets acknowledged"), acknowledged);
         const ProcessStatus now = ProcessStatus::of(process);
-        if (packets == 0) {
+        if (first.threads == 0) {
             first = now;
         }
-        std::fprintf(stderr, "%d packets: %lld KiB resident, %d threads, %d descriptors\n",
-                     packets + perUpload, static_cast<long long>(now.residentKiB), now.threads,
-                     now.descriptors);
+        std::fprintf(stderr, "%d packets: %lld KiB resident, %d threads, %d descriptors\n", packets,
+                     static_cast<long long>(now.residentKiB), now.threads, now.descriptors);
         note(tally, first, now);
         if (now.threads > first.threads || now.descriptors > first.descriptors
             || now.residentKiB > first.residentKiB + kFlatKiB) {
