@@ -1,0 +1,218 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Corvane developers
+# SPDX-License-Identifier: MIT
+"""Tests what script/mutate is made of. Ends with 77 where libclang's bindings are not installed."""
+
+from __future__ import annotations
+
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).resolve().parents[2]))
+
+try:
+    from mutation import tree
+    from mutation.mutants import Mutant, find_mutants
+    from mutation.report import Result, markdown, read_equivalent, summary
+    from mutation.tree import Outcome, Tree
+except ImportError as error:
+    print(error, file=sys.stderr)
+    sys.exit(77)
+
+PROJECT = """cmake_minimum_required(VERSION 3.25)
+project(example LANGUAGES CXX)
+enable_testing()
+add_executable(tst_sum src/sum.cpp tst_sum.cpp)
+add_test(NAME tst_sum COMMAND $<TARGET_FILE:tst_sum>)
+"""
+CODE = """int sum(int count)
+{
+    int sum = 0;
+    while (count > 0) {
+        sum += count;
+        --count;
+    }
+    return sum;
+}
+"""
+# Speaks like QtTest, and goes on for long behind a failure.
+TEST = """#include <cstdio>
+#include <unistd.h>
+int sum(int count);
+int main()
+{
+    if (sum(3) != 6) {
+        std::puts("FAIL!  : SumTest::addsUp(three) Compared values are not the same");
+        std::fflush(stdout);
+        sleep(600);
+    }
+}
+"""
+
+
+class FindingMutants(unittest.TestCase):
+    def setUp(self) -> None:
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.path = Path(folder.name) / "example.cpp"
+
+    def find(self, code: str) -> list[Mutant]:
+        self.path.write_text(code)
+        return find_mutants(self.path, ["-x", "c++", "-std=c++17"], {self.path: "example.cpp"})
+
+    def changes(self, code: str) -> set[tuple[str, str, str]]:
+        source = code.encode()
+        return {
+            (each.operator, source[each.start : each.end].decode(), each.replacement.decode())
+            for each in self.find(code)
+        }
+
+    def test_integers_go_up_and_down_and_to_nothing(self) -> None:
+        self.assertEqual(
+            self.changes("constexpr int kSize = 0x10;"),
+            {("integer", "0x10", "17"), ("integer", "0x10", "15"), ("integer", "0x10", "0")},
+        )
+
+    def test_milliseconds_change_by_what_can_be_seen(self) -> None:
+        self.assertEqual(
+            self.changes("constexpr int kPauseMs = 200;"),
+            {("duration", "200", "0"), ("duration", "200", "100"), ("duration", "200", "400")},
+        )
+
+    def test_conditions_are_moved_turned_and_joined_otherwise(self) -> None:
+        self.assertEqual(
+            self.changes("bool f(int a, bool b, bool c) { return (a < a && !b) || c; }"),
+            {
+                ("comparison", "<", "<="),
+                ("comparison", "<", ">="),
+                ("logical", "&&", "||"),
+                ("logical", "||", "&&"),
+                ("negation", "!b", "b"),
+                ("return", "(a < a && !b) || c", "!((a < a && !b) || c)"),
+            },
+        )
+
+    def test_statements_are_left_out_and_swapped(self) -> None:
+        self.assertEqual(
+            self.changes("void a(); void b(); void f() { a(); b(); }"),
+            {("drop", "a()", ""), ("drop", "b()", ""), ("swap-statements", "a(); b()", "b(); a()")},
+        )
+
+    def test_an_emit_goes_with_its_signal(self) -> None:
+        code = "#define emit\nvoid a();\nvoid f() { emit a(); }"
+        self.assertEqual(self.changes(code), {("drop", "emit a()", "")})
+
+    def test_assignments_that_commute_are_not_swapped(self) -> None:
+        code = "struct S { int x; int y; }; void f(S &s, int v) { s.x = v; s.y = v; }"
+        self.assertEqual({change[0] for change in self.changes(code)}, {"drop"})
+
+    def test_arguments_of_one_type_are_swapped(self) -> None:
+        self.assertEqual(
+            self.changes("void g(int, int, char); void f(int a, int b) { g(a, b, 'c'); }"),
+            {
+                ("swap-arguments", "a, b", "b, a"),
+                ("drop", "g(a, b, 'c')", ""),
+                ("text", "'c'", "'d'"),
+            },
+        )
+
+    def test_texts_change_inside_macros_too(self) -> None:
+        code = '#define TEXT(x) x\nconst char *const kText = TEXT("ab\\n");'
+        self.assertEqual(self.changes(code), {("text", '"ab\\n"', '"ac\\n"')})
+
+    def test_an_id_outlives_changes_elsewhere(self) -> None:
+        line = "int f(int a) { return a + a; }"
+        before = {each.id for each in self.find(line)}
+        after = {each.id for each in self.find(f"int other = 3;\n\n{line}")}
+        self.assertTrue(before)
+        self.assertTrue(before < after)
+
+
+class JudgingMutants(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls) -> None:
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        project = Path(folder.name) / "project"
+        (project / "src").mkdir(parents=True)
+        (project / "CMakeLists.txt").write_text(PROJECT)
+        (project / "src/sum.cpp").write_text(CODE)
+        (project / "tst_sum.cpp").write_text(TEST)
+        subprocess.run(["git", "init", "--quiet"], cwd=project, check=True)
+        cls.copy = Path(folder.name) / "work/tree/src/sum.cpp"
+        cls.tree = Tree(project, Path(folder.name) / "work")
+        cls.tree.prepare()
+        cls.tree.measure()
+        cls.mutants = cls.tree.mutants(["src/sum.cpp"])
+
+    def judge(self, operator: str, replacement: str, line: int) -> Outcome:
+        [mutant] = [
+            each
+            for each in self.mutants
+            if (each.operator, each.replacement.decode(), each.line) == (operator, replacement, line)
+        ]
+        outcome = self.tree.judge(mutant)
+        self.assertEqual(self.copy.read_text(), CODE, "the file was not put back")
+        return outcome
+
+    def test_a_mutant_that_a_test_notices_is_killed_at_once(self) -> None:
+        outcome = self.judge("drop", "", 5)
+        self.assertEqual(outcome.verdict, "killed")
+        self.assertEqual(outcome.by, "tst_sum: SumTest::addsUp(three)")
+        self.assertLess(outcome.seconds, 60)
+
+    def test_a_mutant_that_no_test_notices_survives(self) -> None:
+        outcome = self.judge("comparison", ">=", 4)
+        self.assertEqual((outcome.verdict, outcome.by), ("survived", ""))
+
+    def test_a_mutant_that_never_ends_is_killed(self) -> None:
+        extra, tree.EXTRA_SECONDS = tree.EXTRA_SECONDS, 1
+        self.addCleanup(setattr, tree, "EXTRA_SECONDS", extra)
+        outcome = self.judge("drop", "", 6)
+        self.assertEqual(outcome.verdict, "killed")
+        self.assertIn("time-out", outcome.by)
+
+    def test_a_mutant_that_does_not_build_is_invalid(self) -> None:
+        mutant = Mutant("id", "src/sum.cpp", "sum", "text", 1, 0, 3, b"nonsense")
+        self.assertEqual(self.tree.judge(mutant).verdict, "invalid")
+
+
+class Reporting(unittest.TestCase):
+    def setUp(self) -> None:
+        mutant = Mutant("a.cpp:f:drop:123abc", "a.cpp", "f", "drop", 1, 0, 1, b"")
+        self.results = [
+            Result(mutant, Outcome("killed", "tst_a: A::b()"), "-x\n"),
+            Result(mutant, Outcome("survived"), "-y\n"),
+            Result(mutant, Outcome("survived"), "-z\n", "Nobody reads it."),
+            Result(mutant, Outcome("invalid"), "-w\n"),
+        ]
+
+    def test_equivalent_mutants_are_counted_apart(self) -> None:
+        self.assertEqual(
+            summary(self.results),
+            "3 valid mutants, 1 killed (33.3 %); 50.0 % of the 2 that are not listed as "
+            "equivalent; 1 survived; 1 more do not build",
+        )
+
+    def test_survivors_are_shown_with_their_change(self) -> None:
+        text = markdown(self.results)
+        self.assertIn("| a.cpp | 3 | 1 | 1 | 1 | 1 | 33.3 % |", text)
+        self.assertIn("```diff\n-y\n```", text)
+        self.assertIn("Nobody reads it.\n\n```diff\n-z\n```", text)
+        self.assertNotIn("-x", text)
+
+    def test_an_equivalent_mutant_needs_a_reason(self) -> None:
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "equivalent.txt"
+            path.write_text("# comment\n\na:b:c:1 Nobody reads it.\n")
+            self.assertEqual(read_equivalent(path), {"a:b:c:1": "Nobody reads it."})
+            path.write_text("a:b:c:1\n")
+            self.assertRaises(ValueError, read_equivalent, path)
+
+
+if __name__ == "__main__":
+    unittest.main()
