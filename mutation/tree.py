@@ -14,7 +14,7 @@ import signal
 import subprocess
 import threading
 import time
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -25,15 +25,16 @@ BUILD_LIMIT_SECONDS = 600
 # Of a test run, on top of a multiple of what it takes when nothing is broken.
 EXTRA_SECONDS = 30
 SLOWER_THAN_USUAL = 3
+# How often tests that fail only together with others are run.
+ATTEMPTS = 3
 # Tests that take less than the first are run together before the others, and so on.
 STEPS_SECONDS = (1.0, 10.0, float("inf"))
 # Of address space; a mutant may loop and allocate.
 MEMORY_LIMIT = 6 << 30
 FILE_LIMIT = 2 << 30
 
-FAILED_FUNCTION = re.compile(r"^\d+: FAIL!  : (?P<function>\w+::[^)]*\))")
-FATAL_FUNCTION = re.compile(r"^\d+: QFATAL : (?P<function>\w+::[^)]*\))")
-FAILED_TEST = re.compile(r"Test +#\d+: (?P<test>\w+) \.+.*(\*\*\*|Subprocess)")
+FAILED_FUNCTION = re.compile(r"^(?P<number>\d+): (FAIL!  |QFATAL ): (?P<function>\w+::.*?\))( |$)")
+ENDED_TEST = re.compile(r"Test +#\d+: (?P<test>\w+) \.*(?P<result>.*)")
 
 
 @dataclass(frozen=True)
@@ -45,6 +46,17 @@ class Outcome:
     seconds: float = 0.0
 
 
+@dataclass(frozen=True)
+class Failure:
+    """A test function that failed; a test as a whole where it is not known which."""
+
+    test: str
+    function: str = ""
+
+    def __str__(self) -> str:
+        return f"{self.test} {self.function}".rstrip()
+
+
 class Tree:
     """Copies, builds and tests. One at a time uses a folder."""
 
@@ -54,6 +66,8 @@ class Tree:
         self._build = folder / "build"
         self._temporary = folder / "tmp"
         self._tests: dict[str, Path] = {}
+        self._commands: dict[str, list[str]] = {}
+        self._environments: dict[str, dict[str, str]] = {}
         self._programs: dict[str, list[Path]] = {}
         self._durations: dict[str, float] = {}
 
@@ -120,6 +134,11 @@ class Tree:
             if not paths:
                 continue  # not ours to build, and not concerned with the code
             self._tests[test["name"]] = paths[0]
+            self._commands[test["name"]] = test["command"]
+            properties = {each["name"]: each["value"] for each in test["properties"]}
+            self._environments[test["name"]] = dict(
+                variable.split("=", 1) for variable in properties.get("ENVIRONMENT", [])
+            )
             inputs = subprocess.run(
                 ["ninja", "-t", "inputs", str(paths[0].relative_to(self._build))],
                 cwd=self._build,
@@ -132,9 +151,9 @@ class Tree:
 
     def measure(self) -> None:
         """Runs every test on the unchanged code. They have to pass."""
-        failure = self._test(sorted(self._tests), 1200)
-        if failure:
-            raise RuntimeError(f"a test fails although nothing is broken: {failure}")
+        failures = self._test(sorted(self._tests), 1200)
+        if failures:
+            raise RuntimeError(f"a test fails although nothing is broken: {failures[0]}")
         costs = self._build / "Testing/Temporary/CTestCostData.txt"
         for line in costs.read_text().splitlines():
             words = line.split()
@@ -162,8 +181,11 @@ class Tree:
     def source_of(self, mutant: Mutant) -> bytes:
         return (self._project / mutant.path).read_bytes()
 
-    def judge(self, mutant: Mutant) -> Outcome:
-        """Builds and tests the mutant in the copy, and puts the file back."""
+    def judge(self, mutant: Mutant, control: Tree) -> Outcome:
+        """Builds and tests the mutant in the copy, and puts the file back.
+
+        control: holds the unchanged code, built; may be used by several at a time.
+        """
         started = time.monotonic()
         path = self._source / mutant.path
         original = path.read_bytes()
@@ -171,12 +193,12 @@ class Tree:
             raise RuntimeError(f"{mutant.path} was changed meanwhile")
         path.write_bytes(mutant.apply(original))
         try:
-            verdict, by = self._judge(mutant)
+            verdict, by = self._judge(mutant, control)
         finally:
             path.write_bytes(original)
         return Outcome(verdict, by, time.monotonic() - started)
 
-    def _judge(self, mutant: Mutant) -> tuple[str, str]:
+    def _judge(self, mutant: Mutant, control: Tree) -> tuple[str, str]:
         stem = Path(mutant.path).stem
         nearest = [name for name in self._tests if name.startswith(f"tst_{stem}")]
         rest = [name for name in self._tests if name not in nearest]
@@ -192,9 +214,9 @@ class Tree:
                 or name in nearest
             ]
             for group in self._by_duration(concerned):
-                failure = self._confirmed_failure(group)
+                failure = self._confirmed_failure(group, control)
                 if failure:
-                    return "killed", failure
+                    return "killed", str(failure)
         return "survived", ""
 
     def _by_duration(self, tests: list[str]) -> Iterator[list[str]]:
@@ -220,42 +242,68 @@ class Tree:
         )
         return done.returncode == 0
 
-    def _confirmed_failure(self, tests: list[str]) -> str:
-        """Runs the tests. A failure counts when the test fails a second time, on its own: on a
-        busy machine a test may be too slow once."""
-        limit = self._limit(tests)
-        failure = self._test(tests, limit)
-        if not failure:
-            return ""
-        test = failure.split(":")[0]
-        if test not in self._tests:
-            return failure
-        again = self._test([test], limit)
-        if again:
-            return again
-        return self._test(tests, limit)
+    def _confirmed_failure(self, tests: list[str], control: Tree) -> Failure | None:
+        """The first failure that is the mutant's doing.
+
+        On a busy machine a test may be too slow by chance. So the function that failed has to
+        fail on its own too, and to pass with the unchanged code at that time.
+        """
+        for _ in range(ATTEMPTS):
+            failures = self._test(tests, self._limit(tests))
+            if not failures:
+                return None
+            for failure in failures:
+                limit = self._limit([failure.test])
+                if self._fails(failure, limit) and not control._fails(failure, limit):
+                    return failure
+        return None
 
     def _limit(self, tests: list[str]) -> float:
         usual = [self._durations.get(name, 0.0) for name in tests]
         longest = max([*usual, sum(usual) / PARALLEL_TESTS])
-        return SLOWER_THAN_USUAL * longest + EXTRA_SECONDS
+        crowd = max(1.0, os.getloadavg()[0] / (os.cpu_count() or 1))
+        return (SLOWER_THAN_USUAL * longest + EXTRA_SECONDS) * crowd
 
-    def _test(self, tests: list[str], limit: float) -> str:
-        """Runs tests until one fails.
-
-        Returns "test: function" of the first failure, or nothing.
-        """
+    def _test(self, tests: list[str], limit: float) -> list[Failure]:
+        """Runs tests until one fails, and gives that; where time is up, those that still ran."""
         if not tests:
-            return ""
+            return []
         shutil.rmtree(self._temporary, ignore_errors=True)
         self._temporary.mkdir(parents=True)
         names = "|".join(tests)
         command = ["ctest", "--verbose", "--stop-on-failure", "--parallel", str(PARALLEL_TESTS)]
         command += ["--tests-regex", f"^({names})$"]
+        watch = _Watch()
+        code = self._run_limited(command, {}, limit, watch.sees_failure)
+        if watch.failure:
+            return [watch.failure]
+        return [Failure(name) for name in watch.running] if code != 0 else []
+
+    def _fails(self, failure: Failure, limit: float) -> bool:
+        """Whether the function fails when it is run on its own."""
+        arguments = []
+        function = re.fullmatch(r"\w+::(\w+)\((.*)\)", failure.function)
+        if function and function[1] not in ("initTestCase", "init", "cleanup", "cleanupTestCase"):
+            arguments = [":".join(filter(None, function.groups()))]
+        command = self._commands[failure.test] + arguments
+        return self._run_limited(command, self._environments[failure.test], limit) != 0
+
+    def _run_limited(
+        self,
+        command: list[str],
+        environment: dict[str, str],
+        limit: float,
+        has_seen_enough: Callable[[str], bool] = lambda line: False,
+    ) -> int:
+        """Runs a command until it ends, has printed enough or takes too long, and ends all that it
+        has started. Returns its exit code, negative if it was ended."""
+        self._temporary.mkdir(parents=True, exist_ok=True)
+        # A mutant that crashes needs no debugger to look at it.
+        ours = {"TMPDIR": str(self._temporary), "QTEST_DISABLE_STACK_DUMP": "1"}
         process = subprocess.Popen(
             command,
             cwd=self._build,
-            env={**os.environ, "TMPDIR": str(self._temporary)},
+            env={**os.environ, **environment, **ours},
             stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE,
             stderr=subprocess.STDOUT,
@@ -264,44 +312,48 @@ class Tree:
             start_new_session=True,
             preexec_fn=_limit_resources,
         )
-        timed_out = threading.Event()
-
-        def stop() -> None:
-            timed_out.set()
-            _end_session(process.pid)
-
-        timer = threading.Timer(limit, stop)
+        timer = threading.Timer(limit, _end_session, [process.pid])
         timer.start()
         try:
-            failure = _first_failure(process)
+            assert process.stdout is not None
+            for line in process.stdout:
+                if has_seen_enough(line):
+                    break
+            else:
+                process.wait()
         finally:
             timer.cancel()
             _end_session(process.pid)
             process.communicate()
-        if timed_out.is_set() and not failure:
-            return f"(time-out after {limit:.0f} s)"
-        if not failure and process.returncode != 0:
-            return f"(ctest ended with {process.returncode})"
-        return failure
+        return process.returncode
 
 
-def _first_failure(process: subprocess.Popen[str]) -> str:
-    # QtTest goes on behind a failed function and CTest tells only at a test's end, so the tests'
-    # own output is watched.
-    tests: dict[str, str] = {}
-    assert process.stdout is not None
-    for line in process.stdout:
-        started = re.match(r"^ +Start +(\d+): (\w+)", line)
+class _Watch:
+    """Reads along what CTest prints.
+
+    QtTest goes on behind a failed function and CTest tells only at a test's end, so it is the
+    tests' own output that counts.
+    """
+
+    def __init__(self) -> None:
+        self.failure: Failure | None = None
+        self.running: list[str] = []
+        self._names: dict[str, str] = {}
+
+    def sees_failure(self, line: str) -> bool:
+        started = re.match(r"^ *Start +(\d+): (\w+)", line)
         if started:
-            tests[started[1]] = started[2]
-        function = FAILED_FUNCTION.match(line) or FATAL_FUNCTION.match(line)
+            self._names[started[1]] = started[2]
+            self.running.append(started[2])
+        function = FAILED_FUNCTION.match(line)
         if function:
-            return f"{tests.get(line.split(':')[0], '?')}: {function['function']}"
-        ended = FAILED_TEST.search(line)
-        if ended:
-            return f"{ended['test']}: {line.split('***')[-1].strip()}"
-    process.wait()
-    return ""
+            self.failure = Failure(self._names[function["number"]], function["function"])
+        ended = ENDED_TEST.search(line)
+        if ended and ended["test"] in self.running:
+            self.running.remove(ended["test"])
+            if "Passed" not in ended["result"]:
+                self.failure = Failure(ended["test"])
+        return self.failure is not None
 
 
 def _limit_resources() -> None:

@@ -5,6 +5,7 @@
 
 from __future__ import annotations
 
+import os
 import subprocess
 import sys
 import tempfile
@@ -39,16 +40,18 @@ CODE = """int sum(int count)
     return sum;
 }
 """
-# Speaks like QtTest, and goes on for long behind a failure.
+# Speaks like QtTest, and goes on for a while behind a failure.
 TEST = """#include <cstdio>
+#include <cstdlib>
 #include <unistd.h>
 int sum(int count);
 int main()
 {
-    if (sum(3) != 6) {
+    if (sum(3) != 6 || access(std::getenv("TROUBLE"), F_OK) == 0) {
         std::puts("FAIL!  : SumTest::addsUp(three) Compared values are not the same");
         std::fflush(stdout);
-        sleep(600);
+        sleep(2);
+        return 1;
     }
 }
 """
@@ -144,9 +147,14 @@ class JudgingMutants(unittest.TestCase):
         (project / "tst_sum.cpp").write_text(TEST)
         subprocess.run(["git", "init", "--quiet"], cwd=project, check=True)
         cls.copy = Path(folder.name) / "work/tree/src/sum.cpp"
+        cls.trouble = Path(folder.name) / "trouble"
+        os.environ["TROUBLE"] = str(cls.trouble)
+        cls.control = Tree(project, Path(folder.name) / "control")
+        cls.control.prepare()
+        cls.control.measure()
         cls.tree = Tree(project, Path(folder.name) / "work")
         cls.tree.prepare()
-        cls.tree.measure()
+        cls.tree.use_measures_of(cls.control)
         cls.mutants = cls.tree.mutants(["src/sum.cpp"])
 
     def judge(self, operator: str, replacement: str, line: int) -> Outcome:
@@ -155,14 +163,14 @@ class JudgingMutants(unittest.TestCase):
             for each in self.mutants
             if (each.operator, each.replacement.decode(), each.line) == (operator, replacement, line)
         ]
-        outcome = self.tree.judge(mutant)
+        outcome = self.tree.judge(mutant, self.control)
         self.assertEqual(self.copy.read_text(), CODE, "the file was not put back")
         return outcome
 
     def test_a_mutant_that_a_test_notices_is_killed_at_once(self) -> None:
         outcome = self.judge("drop", "", 5)
         self.assertEqual(outcome.verdict, "killed")
-        self.assertEqual(outcome.by, "tst_sum: SumTest::addsUp(three)")
+        self.assertEqual(outcome.by, "tst_sum SumTest::addsUp(three)")
         self.assertLess(outcome.seconds, 60)
 
     def test_a_mutant_that_no_test_notices_survives(self) -> None:
@@ -174,11 +182,16 @@ class JudgingMutants(unittest.TestCase):
         self.addCleanup(setattr, tree, "EXTRA_SECONDS", extra)
         outcome = self.judge("drop", "", 6)
         self.assertEqual(outcome.verdict, "killed")
-        self.assertIn("time-out", outcome.by)
+        self.assertEqual(outcome.by, "tst_sum")
+
+    def test_a_failure_that_the_unchanged_code_shares_does_not_count(self) -> None:
+        self.trouble.touch()
+        self.addCleanup(self.trouble.unlink)
+        self.assertEqual(self.judge("drop", "", 5).verdict, "survived")
 
     def test_a_mutant_that_does_not_build_is_invalid(self) -> None:
         mutant = Mutant("id", "src/sum.cpp", "sum", "text", 1, 0, 3, b"nonsense")
-        self.assertEqual(self.tree.judge(mutant).verdict, "invalid")
+        self.assertEqual(self.tree.judge(mutant, self.control).verdict, "invalid")
 
 
 class Reporting(unittest.TestCase):
