@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr qint64 kLargestSize = 268435456; // 256 MiB
+
 QByteArray header(const QByteArray &start = "KVEL")
 {
     return start.leftJustified(128, '\0');
@@ -32,6 +34,7 @@ private slots:
     void yieldsItsFirmware_data();
     void yieldsItsFirmware();
     void readsAFileAsItIs();
+    void readsAFileOfTheLargestSize();
     void doesNotReadWhatIsNoFile_data();
     void doesNotReadWhatIsNoFile();
 };
@@ -130,6 +133,15 @@ void FirmwareImageTest::readsAFileAsItIs()
     QCOMPARE(image->firmware(), rawPrefix() + "ABCDEF");
 }
 
+void FirmwareImageTest::readsAFileOfTheLargestSize()
+{
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    QVERIFY(file.resize(kLargestSize)); // takes no room on the disk
+    file.close();
+    QVERIFY(FirmwareImage::read(file.fileName()).has_value());
+}
+
 void FirmwareImageTest::doesNotReadWhatIsNoFile_data()
 {
     QTest::addColumn<QString>("name");
@@ -150,7 +162,7 @@ void FirmwareImageTest::doesNotReadWhatIsNoFile()
     QVERIFY(QFile::link(directory.filePath("nowhere"), directory.filePath("link")));
     QFile huge(directory.filePath("huge"));
     QVERIFY(huge.open(QIODevice::WriteOnly));
-    QVERIFY(huge.resize(FirmwareImage::kMaximumFileSize + 1)); // takes no room on the disk
+    QVERIFY(huge.resize(kLargestSize + 1));
     const QString path = name.isEmpty() ? QString() : directory.filePath(name);
     QVERIFY(!FirmwareImage::read(path).has_value());
 }
