@@ -236,7 +236,7 @@ class _Finder:
             self._change_statements(list(_flattened(cursor)), function)
         if kind == Kind.RETURN_STMT:
             self._change_return(cursor, function, definition)
-        if kind == Kind.CALL_EXPR and not cursor.spelling.startswith("operator"):
+        if kind == Kind.CALL_EXPR and not re.match("operator|min$|max$", cursor.spelling):
             self._swap_arguments(_typed_arguments(cursor), function)
         if kind == Kind.INIT_LIST_EXPR:
             elements = [(each, _plain(each.type)) for each in cursor.get_children()]

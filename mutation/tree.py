@@ -21,6 +21,7 @@ from pathlib import Path
 from mutation.mutants import Mutant, find_mutants
 
 PARALLEL_TESTS = 4
+PARALLEL_BUILDS = 2
 BUILD_LIMIT_SECONDS = 600
 # Of a test run, on top of a multiple of what it takes when nothing is broken.
 EXTRA_SECONDS = 30
@@ -80,7 +81,7 @@ class Tree:
         if not built:
             self._run(["cmake", "--build", ".", "--target", "corvane_window_autogen"])
             return
-        self._run(["cmake", "--build", "."])
+        self._run(["cmake", "--build", ".", "--parallel", str(PARALLEL_BUILDS)])
         self._learn_tests()
 
     def _copy(self) -> None:
@@ -107,8 +108,12 @@ class Tree:
     def _configure(self) -> None:
         command = ["cmake", "-S", str(self._source), "-B", str(self._build), "-G", "Ninja"]
         command += ["--log-level=WARNING", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON"]
-        command += ["-DCORVANE_WARNINGS_AS_ERRORS=OFF", "-DCMAKE_BUILD_TYPE=None"]
-        command += ["-DCMAKE_CXX_FLAGS=-O0 -w"]
+        # Quick to build, and with the assertions of both libraries: what reads or writes where
+        # there is nothing must not pass for harmless.
+        command += ["-DCORVANE_WARNINGS_AS_ERRORS=OFF", "-DCMAKE_BUILD_TYPE=Debug"]
+        command += ["-DCMAKE_CXX_FLAGS_DEBUG=-O0 -w -D_GLIBCXX_ASSERTIONS"]
+        # The folder's name in each test would keep the copies from sharing what ccache holds.
+        command += ["-DCMAKE_CXX_FLAGS=-UQT_TESTCASE_BUILDDIR"]
         if shutil.which("ld.lld"):
             command += ["-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld"]
         if shutil.which("ccache"):
@@ -234,7 +239,7 @@ class Tree:
             return True
         targets = [str(self._tests[name].relative_to(self._build)) for name in tests]
         done = subprocess.run(
-            ["ninja", "-j2", *targets],
+            ["ninja", f"-j{PARALLEL_BUILDS}", *targets],
             cwd=self._build,
             stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,
