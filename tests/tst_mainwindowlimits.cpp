@@ -1,0 +1,142 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "windowonline.h"
+
+#include <QLineEdit>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+/// For how long waits and pauses of the GUI thread were meant to last, in milliseconds.
+struct Asked {
+    QList<int> limits;
+    QList<unsigned long> pauses;
+};
+
+Asked &asked()
+{
+    static Asked all;
+    return all;
+}
+
+bool isGuiThread()
+{
+    return QThread::currentThread() == QCoreApplication::instance()->thread();
+}
+
+} // namespace
+
+// The linker prefers these two to those in Qt's library. How long they really take is the
+// machine's affair, so the test looks at what is asked for.
+void QTimer::start(int msec)
+{
+    // Only a wait for an acknowledgement is that particular about its end.
+    if (isSingleShot() && timerType() == Qt::PreciseTimer) {
+        asked().limits << msec;
+    }
+    setInterval(msec);
+    start();
+}
+
+void QThread::msleep(unsigned long msec)
+{
+    if (isGuiThread()) {
+        asked().pauses << msec;
+    }
+    usleep(1000);
+}
+
+class MainWindowLimitsTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void waitsForAReplyAtMost_data();
+    void waitsForAReplyAtMost();
+    void waitsForTheReplyToAConnectionAtMostFiveSeconds();
+    void waitsForEachPacketAtMostTwoSeconds();
+    void pausesForAFifthOfASecondBetweenRepetitions();
+};
+
+namespace {
+
+/// Raises a signal of the window again and again, so that no wait for it takes long.
+class Acknowledger : public QTimer {
+public:
+    Acknowledger(MainWindow *window, const QByteArray &signal)
+    {
+        callOnTimeout(window, [window, signal] { QMetaObject::invokeMethod(window, signal); });
+        setInterval(1);
+        QTimer::start();
+    }
+};
+
+} // namespace
+
+void MainWindowLimitsTest::waitsForAReplyAtMost_data()
+{
+    QTest::addColumn<QByteArray>("slot");
+    QTest::addColumn<QByteArray>("acknowledgement");
+    QTest::addColumn<int>("limit");
+
+    QTest::newRow("settings, 5 s")
+        << QByteArray("on_pushButton_apply_clicked") << QByteArray("receive_setting_ack") << 5000;
+    QTest::newRow("custom zoom 1, 2 s") << QByteArray("on_pushButton_custom_zoom_1_clicked")
+                                        << QByteArray("receive_custom_zoom_ack") << 2000;
+    QTest::newRow("custom zoom 2, 2 s") << QByteArray("on_pushButton_custom_zoom_2_clicked")
+                                        << QByteArray("receive_custom_zoom_ack") << 2000;
+}
+
+void MainWindowLimitsTest::waitsForAReplyAtMost()
+{
+    QFETCH(QByteArray, slot);
+    QFETCH(QByteArray, acknowledgement);
+    QFETCH(int, limit);
+    WindowOnLine desk;
+    const Acknowledger acknowledger(&desk.window, acknowledgement);
+    asked() = {};
+    QVERIFY(QMetaObject::invokeMethod(&desk.window, slot));
+    QCOMPARE(asked().limits, QList<int>{limit});
+}
+
+void MainWindowLimitsTest::waitsForTheReplyToAConnectionAtMostFiveSeconds()
+{
+    WindowOnLine desk;
+    const Acknowledger acknowledger(&desk.window, "receive_hello_ack");
+    asked() = {};
+    desk.click("pushButton_connect");
+    QVERIFY(desk.port()->isOpen());
+    QCOMPARE(asked().limits, QList<int>{5000});
+}
+
+void MainWindowLimitsTest::waitsForEachPacketAtMostTwoSeconds()
+{
+    const QTemporaryDir directory;
+    QFile file(directory.filePath("image"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    // 256 bytes of firmware, which are two packets: 32 as they are and 224 in base64.
+    file.write(QByteArray("KVEL").leftJustified(160, '\0') + QByteArray(224, 'x').toBase64());
+    file.close();
+
+    WindowOnLine desk;
+    desk.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
+    const Acknowledger acknowledger(&desk.window, "receive_fw_info_ack");
+    asked() = {};
+    QVERIFY(QMetaObject::invokeMethod(&desk.window, "on_pushButton_start_upgrade_clicked"));
+    QCOMPARE(asked().limits, QList<int>({5000, 2000, 2000}));
+}
+
+void MainWindowLimitsTest::pausesForAFifthOfASecondBetweenRepetitions()
+{
+    WindowOnLine desk;
+    QVERIFY(desk.connectCamera());
+    asked() = {};
+    QCOMPARE(
+        desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr, 0, 3),
+        0);
+    QCOMPARE(asked().pauses, QList<unsigned long>({200, 200}));
+}
+
+QTEST_MAIN(MainWindowLimitsTest)
+#include "tst_mainwindowlimits.moc"
