@@ -182,7 +182,7 @@ class JudgingMutants(unittest.TestCase):
         self.addCleanup(setattr, tree, "EXTRA_SECONDS", extra)
         outcome = self.judge("drop", "", 6)
         self.assertEqual(outcome.verdict, "killed")
-        self.assertEqual(outcome.by, "tst_sum")
+        self.assertEqual(outcome.by, "tst_sum takes too long")
 
     def test_a_failure_that_the_unchanged_code_shares_does_not_count(self) -> None:
         self.trouble.touch()
