@@ -18,26 +18,34 @@ namespace {
 constexpr int kFirstHit = UARTFrame::kLengthOffset + 1;
 constexpr int kBits = 8;
 
-/// Keeps what the assembler accepts.
+/// Notices when a frame of the right length is accepted. An error that makes FF FF can make
+/// another, shorter one of what is behind it; that is no undetected error in this one.
 class Acceptance : public FrameAssembler::Listener {
 public:
+    explicit Acceptance(int size)
+        : m_size(size)
+    {
+    }
     void lengthReceived(quint32 length) override { Q_UNUSED(length) }
     void frameAccepted(const QByteArray &frame, quint32 length) override
     {
-        Q_UNUSED(frame)
         Q_UNUSED(length)
-        hasAccepted = true;
+        // It comes without its checksum.
+        hasAccepted = hasAccepted || frame.size() + 1 == m_size;
     }
     void checksumFailed(qint32 sum) override { Q_UNUSED(sum) }
     void lengthRejected(quint32 length) override { Q_UNUSED(length) }
 
     bool hasAccepted = false;
+
+private:
+    int m_size; ///< bytes
 };
 
 bool isAccepted(const QByteArray &frame)
 {
     FrameAssembler assembler;
-    Acceptance acceptance;
+    Acceptance acceptance(frame.size());
     for (const char byte : frame) {
         assembler.take(static_cast<unsigned char>(byte), acceptance);
     }
