@@ -8,7 +8,6 @@
 #include "firmwareimage.h"
 #include "firmwarepacket.h"
 #include "requestpayload.h"
-#include "serialdevice.h"
 #include "ui_mainwindow.h"
 #include "version.h"
 
@@ -166,10 +165,13 @@ void MainWindow::closePort()
 
 void MainWindow::handleError(QSerialPort::SerialPortError error)
 {
-    const bool lineHungUp = error != QSerialPort::NoError && m_serial->isOpen()
-        && serialDeviceIsGone(m_settings.portName);
-    if (error == QSerialPort::ResourceError || lineHungUp) {
+    if (error == QSerialPort::ResourceError) {
         on_pushButton_disconnect_clicked();
+    } else if (error == QSerialPort::ReadError && m_serial->isOpen()) {
+        // A line that has hung up gives this error again and again, with the processor at full
+        // load, and under its name there may be another device by now. It answers any change of
+        // its parameters, even to what they are, with the ResourceError that it should have given.
+        m_serial->setDataBits(m_settings.dataBits);
     }
 }
 

@@ -8,6 +8,8 @@
 #include <QRandomGenerator>
 #include <QtTest>
 
+#include <csignal>
+
 class ProgramTest : public QObject {
     Q_OBJECT
 
@@ -15,6 +17,7 @@ private slots:
     void anOperatorsSessionPutsExactlyTheseBytesOnTheWire();
     void aSilentCameraFailsTheConnection();
     void anUnpluggedAdapterDisconnectsAndLeavesTheProgramIdle();
+    void anAdapterThatIsBackAtOnceDisconnectsToo();
     void aPluggedAdapterShowsWhenTheListOpens();
     void theCameraReceivesTheFirmwareThatWasPacked();
     void closingTheWindowDuringAnUpgradeIsDeclined();
@@ -107,6 +110,22 @@ void ProgramTest::anUnpluggedAdapterDisconnectsAndLeavesTheProgramIdle()
 
     DO(desk.corvane.click("pushButton_connect"));
     DO(desk.corvane.waitForDialog("Error: No such file or directory"));
+}
+
+void ProgramTest::anAdapterThatIsBackAtOnceDisconnectsToo()
+{
+    Desk desk;
+    DO(desk.start());
+    DO(desk.connectCamera());
+    // Held, the program cannot notice that the line is dead before its name is in use again.
+    const auto process = static_cast<pid_t>(desk.corvane.operatedProcessId());
+    QVERIFY(process > 0);
+    QCOMPARE(::kill(process, SIGSTOP), 0);
+    const bool isBack = desk.tell("unplug") && desk.tell("plug");
+    QCOMPARE(::kill(process, SIGCONT), 0);
+    QVERIFY2(isBack, qPrintable(desk.explanation()));
+    DO(desk.corvane.waitForEnabled("tabWidget", false, 1000));
+    DO(desk.connectCamera());
 }
 
 void ProgramTest::aPluggedAdapterShowsWhenTheListOpens()
