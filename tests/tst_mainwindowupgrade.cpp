@@ -521,6 +521,8 @@ void MainWindowUpgradeTest::theEndOfTheProgramClaimsNothing()
     QCOMPARE(upgrade.frames.size(), frame + 1);
     QCOMPARE(upgrade.desk.dialogs.texts(), QStringList());
     QCOMPARE(upgrade.pane(), QString(kVersionLines));
+    QVERIFY(!upgrade.desk.log.statusTexts().contains("Disconnected"));
+    QVERIFY(upgrade.desk.port()->isOpen());
 }
 
 // Disabling the page takes the focus from the path's field, whose check then runs once more.
