@@ -57,7 +57,8 @@ QStringList FaultClasses::other()
 {
     static const QStringList kOther = [] {
         QStringList faults;
-        for (const QString &fault : all()) {
+        const QStringList every = all();
+        for (const QString &fault : every) {
             if (!blind().contains(fault) && !changing().contains(fault)) {
                 faults << fault;
             }

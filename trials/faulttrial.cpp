@@ -46,8 +46,9 @@ struct Case {
 QVector<Case> allCases()
 {
     QVector<Case> cases;
+    const QStringList faults = FaultClasses::all();
     for (int number = 1; number <= kFrames; ++number) {
-        for (const QString &fault : FaultClasses::all()) {
+        for (const QString &fault : faults) {
             cases.append({QStringLiteral("%1:%2").arg(fault).arg(number),
                           FaultClasses::blind().contains(fault)});
         }

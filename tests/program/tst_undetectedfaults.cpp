@@ -54,7 +54,8 @@ void UndetectedFaultsTest::aReplyWhoseChecksumIsFFCostsTheOneBehindIt()
     desk.setSpeed(10);
     DO(desk.start({"--camera-version", "1.0.0.105", "--settings", "1,1,0,1,1"}));
     DO(desk.connectCamera());
-    QVERIFY(desk.frames().last().endsWith("FF"));
+    const QStringList frames = desk.frames();
+    QVERIFY(frames.last().endsWith("FF"));
     DO(desk.corvane.click("pushButton_apply"));
     DO(desk.corvane.waitForDialog("Error: Apply fail!"));
     DO(desk.corvane.answerDialog());
