@@ -29,12 +29,11 @@ public:
     void finish() const { require(m_next == m_end, "everything that is due is reported"); }
 
     void lengthReceived(quint32 length) override { take(Kind::LengthAnnounced, length); }
-    void frameAccepted(const QByteArray &frame, quint32 length) override
+    void frameAccepted(std::string_view frame, quint32 length) override
     {
         const Event &event = take(Kind::FrameAccepted, length);
-        const auto size = static_cast<std::size_t>(frame.size());
-        require(size == event.frameSize, "a frame has the size that is due");
-        require(std::memcmp(frame.constData(), event.frame, size) == 0,
+        require(frame.size() == event.frameSize, "a frame has the size that is due");
+        require(std::memcmp(frame.data(), event.frame, frame.size()) == 0,
                 "a frame has the bytes that are due");
     }
     void checksumFailed(qint32 sum) override

@@ -63,10 +63,10 @@ void checkBytes(const unsigned char *frame, std::size_t size, const Request &req
 class Receiver : public FrameAssembler::Listener {
 public:
     void lengthReceived(quint32) override { ++lengths; }
-    void frameAccepted(const QByteArray &frame, quint32) override
+    void frameAccepted(std::string_view frame, quint32) override
     {
         ++frames;
-        last = frame;
+        last = QByteArray(frame.data(), static_cast<int>(frame.size()));
     }
     void checksumFailed(qint32) override { ++failures; }
     void lengthRejected(quint32) override { ++failures; }

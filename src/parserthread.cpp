@@ -66,10 +66,10 @@ void ParserThread::lengthReceived(quint32 length)
     showDebugMessage(QStringLiteral("data_step_head_ready: length = %1").arg(length));
 }
 
-void ParserThread::frameAccepted(const QByteArray &frame, quint32 length)
+void ParserThread::frameAccepted(std::string_view frame, quint32 length)
 {
     showDebugMessage(QStringLiteral("Analyze Data: length = %1").arg(length));
-    emit command(frame);
+    emit command(QByteArray(frame.data(), static_cast<int>(frame.size())));
 }
 
 void ParserThread::checksumFailed(qint32 sum)

@@ -27,11 +27,11 @@ public:
     {
     }
     void lengthReceived(quint32 length) override { Q_UNUSED(length) }
-    void frameAccepted(const QByteArray &frame, quint32 length) override
+    void frameAccepted(std::string_view frame, quint32 length) override
     {
         Q_UNUSED(length)
         // It comes without its checksum.
-        hasAccepted = hasAccepted || frame.size() + 1 == m_size;
+        hasAccepted = hasAccepted || static_cast<int>(frame.size()) + 1 == m_size;
     }
     void checksumFailed(qint32 sum) override { Q_UNUSED(sum) }
     void lengthRejected(quint32 length) override { Q_UNUSED(length) }

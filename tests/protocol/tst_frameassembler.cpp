@@ -33,9 +33,10 @@ public:
     {
         events << QStringLiteral("length %1").arg(length);
     }
-    void frameAccepted(const QByteArray &frame, quint32 length) override
+    void frameAccepted(std::string_view frame, quint32 length) override
     {
-        events << QStringLiteral("frame of %1: ").arg(length) + QString::fromLatin1(frame.toHex());
+        const QByteArray bytes(frame.data(), static_cast<int>(frame.size()));
+        events << QStringLiteral("frame of %1: ").arg(length) + QString::fromLatin1(bytes.toHex());
     }
     void checksumFailed(qint32 sum) override { events << QStringLiteral("sum %1").arg(sum); }
     void lengthRejected(quint32 length) override
