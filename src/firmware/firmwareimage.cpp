@@ -3,6 +3,7 @@
 
 #include "firmwareimage.h"
 
+#include "base64.h"
 #include "versiontext.h"
 
 #include <QFile>
@@ -16,20 +17,6 @@ constexpr auto kMagic = "KVEL";
 constexpr int kMagicSize = 4;
 constexpr int kProtocolVersionOffset = 4;
 constexpr int kImageVersionOffset = 8;
-
-/// Completes base64 text whose padding is missing. A length of 1 modulo 4 cannot be completed, and
-/// stays.
-QByteArray padded(const QByteArray &text)
-{
-    switch (text.size() % 4) {
-    case 2:
-        return text + "==";
-    case 3:
-        return text + '=';
-    default:
-        return text;
-    }
-}
 
 } // namespace
 
@@ -68,10 +55,8 @@ QByteArray FirmwareImage::firmware() const
     constexpr int kBodyOffset = kHeaderSize + kRawPrefixSize;
     QByteArray firmware = m_contents.mid(kHeaderSize, kRawPrefixSize);
     if (m_contents.size() > kBodyOffset) {
-        // A view: the body is most of the file, and only padding needs a copy of it.
-        const QByteArray body = QByteArray::fromRawData(m_contents.constData() + kBodyOffset,
-                                                        m_contents.size() - kBodyOffset);
-        firmware += QByteArray::fromBase64(padded(body));
+        appendBase64(firmware, m_contents.constData() + kBodyOffset,
+                     m_contents.size() - kBodyOffset);
     }
     return firmware;
 }
