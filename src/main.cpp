@@ -25,6 +25,7 @@ int main(int argc, char *argv[])
 {
     doWithoutOpenGL();
     const QApplication application(argc, argv);
+    QApplication::setDesktopFileName(QStringLiteral(CORVANE_APPLICATION_ID));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/logo.png")));
     MainWindow window;
     window.show();

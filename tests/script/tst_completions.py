@@ -1,0 +1,109 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Corvane developers
+# SPDX-License-Identifier: MIT
+"""Tests what bash completes, with the programs of the build.
+
+Ends with 77 where the package bash-completion is not installed.
+"""
+
+from __future__ import annotations
+
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+HELPERS = Path("/usr/share/bash-completion/bash_completion")
+COMPLETIONS = Path(__file__).resolve().parents[2] / "packaging" / "completions"
+PROGRAMS = Path(os.environ.get("CORVANE_PROGRAMS", "build/dev/bin")).resolve()
+
+# Breaks the line into words as readline does it, and asks for the last of them. bash-completion
+# takes @ out of readline's break characters.
+COMPLETE = r"""
+COMP_WORDBREAKS=$' \t\n"\'@><=;|&(:' # as in an interactive shell
+source "$1"; source "$2/$3"
+COMP_LINE=$4; COMP_POINT=${#4}; COMP_TYPE=9; COMP_KEY=9
+mapfile -t COMP_WORDS < <(grep -oE '[=:]+|[^=: ]+' <<<"$4")
+if [[ $4 == *" " ]]; then COMP_WORDS+=(""); fi
+COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+"_${3//-/_}" "$3" "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
+printf '%s\n' "${COMPREPLY[@]}"
+"""
+
+
+class Completing(unittest.TestCase):
+    def setUp(self) -> None:
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        for name in ("camera.img", "camera.bin"):
+            (self.folder / name).touch()
+        # Where bash-completion looks for the completion of the program behind the simulator.
+        loadable = self.folder / "share" / "bash-completion"
+        loadable.mkdir(parents=True)
+        (loadable / "completions").symlink_to(COMPLETIONS)
+
+    def completions(self, line: str) -> set[str]:
+        program = line.split()[0]
+        result = subprocess.run(
+            ["bash", "--norc", "-c", COMPLETE, "bash", HELPERS, COMPLETIONS, program, line],
+            capture_output=True,
+            text=True,
+            check=False,
+            cwd=self.folder,
+            env={
+                **os.environ,
+                "PATH": f"{PROGRAMS}:{os.environ['PATH']}",
+                "XDG_DATA_HOME": str(self.folder / "share"),
+            },
+        )
+        return set(result.stdout.split())
+
+    def test_what_can_stand_there_is_offered(self) -> None:
+        for line, expected in {
+            "corvane-image ": {"pack", "info", "unpack", "verify"},
+            "corvane-image u": {"unpack"},
+            "corvane-image --v": {"--version"},
+            "corvane-image pack --": {
+                "--help",
+                "--version",
+                "--protocol-version",
+                "--image-version",
+            },
+            "corvane-image info --": {"--help", "--version"},
+            "corvane-image info c": {"camera.img"},
+            "corvane-image pack c": {"camera.img", "camera.bin"},
+            "corvane-image pack --image-version ": set(),
+            "corvane-simulator --re": {"--reboot-time", "--record", "--replay"},
+            "corvane-simulator --replay camera.b": {"camera.bin"},
+            "corvane-simulator --seed ": set(),
+            "corvane-simulator --faults wrong-": {
+                "wrong-sum@",
+                "wrong-length@",
+                "wrong-command@",
+                "wrong-parameter@",
+            },
+            "corvane-simulator --faults h": {"half-frame@", "hang-up@", "help"},
+            "corvane-simulator --faults drop@": {"drop@request:", "drop@reply:"},
+            "corvane-simulator --faults drop@rep": {"drop@reply:"},
+            "corvane-simulator --faults drop@reply:": set(),
+            # Only what is behind the last = or : is replaced.
+            "corvane-simulator --faults drop@reply:3,sw": {"3,swap@"},
+            "corvane-simulator --faults late=60@reply:3,drop@req": {"3,drop@request:"},
+            "corvane-simulator --pty --he": {"--help", "--hex"},
+            "corvane-simulator -- corvane-ima": {"corvane-image"},
+            "corvane-simulator --quiet corvane-image inf": {"info"},
+            "corvane-simulator --faults drop@reply:3 -- corvane-image ver": {"verify"},
+            "corvane-simulator --seed 3 -- corvane-image --ver": {"--version"},
+        }.items():
+            with self.subTest(line):
+                self.assertEqual(self.completions(line), expected)
+
+
+if __name__ == "__main__":
+    if not HELPERS.exists():
+        print("bash-completion is not installed", file=sys.stderr)
+        sys.exit(77)
+    unittest.main()
