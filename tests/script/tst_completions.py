@@ -15,7 +15,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-HELPERS = Path("/usr/share/bash-completion/bash_completion")
+BASH_COMPLETION = Path("/usr/share/bash-completion/bash_completion")
 COMPLETIONS = Path(__file__).resolve().parents[2] / "packaging" / "completions"
 PROGRAMS = Path(os.environ.get("CORVANE_PROGRAMS", "build/dev/bin")).resolve()
 
@@ -48,7 +48,7 @@ class Completing(unittest.TestCase):
     def completions(self, line: str) -> set[str]:
         program = line.split()[0]
         result = subprocess.run(
-            ["bash", "--norc", "-c", COMPLETE, "bash", HELPERS, COMPLETIONS, program, line],
+            ["bash", "--norc", "-c", COMPLETE, "bash", BASH_COMPLETION, COMPLETIONS, program, line],
             capture_output=True,
             text=True,
             check=False,
@@ -103,7 +103,7 @@ class Completing(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if not HELPERS.exists():
+    if not BASH_COMPLETION.exists():
         print("bash-completion is not installed", file=sys.stderr)
         sys.exit(77)
     unittest.main()
