@@ -1,0 +1,129 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "diagnoseoptions.h"
+
+#include "diagnosis.h"
+
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <cmath>
+#include <optional>
+
+namespace {
+
+void describe(QCommandLineParser &parser)
+{
+    parser.setApplicationDescription(QStringLiteral(
+        "Finds out what is wrong between this computer and a camera.\n"
+        "\n"
+        "Opens the port as Corvane does, asks the camera once for its version and settings, and\n"
+        "tells what came of it and what to do. It changes nothing at the camera. Close Corvane\n"
+        "before, because only one program at a time can use a port."));
+    parser.addOptions({
+        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Print this help.")},
+        {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Print the version.")},
+        {QStringLiteral("list"), QStringLiteral("List the ports that there are.")},
+        {QStringLiteral("json"), QStringLiteral("Print the result as one JSON object.")},
+        {QStringLiteral("wait"),
+         QStringLiteral("How long to wait for the answer, 0.1 to 3600 seconds (default: 6). "
+                        "Corvane waits for 5."),
+         QStringLiteral("SECONDS")},
+    });
+    parser.addPositionalArgument(QStringLiteral("PORT"),
+                                 QStringLiteral("The port, such as ttyUSB0 or /dev/ttyUSB0."),
+                                 QStringLiteral("PORT"));
+}
+
+/// Lines with the verdicts of one exit code.
+QString verdictLines(DiagnosisStatus status)
+{
+    constexpr int kWidth = 90;
+    QString lines;
+    QString line;
+    const QStringList ids = verdictsOf(status);
+    for (const QString &id : ids) {
+        if (!line.isEmpty() && line.size() + 2 + id.size() > kWidth) {
+            lines += QStringLiteral("       %1,\n").arg(line);
+            line.clear();
+        }
+        line += (line.isEmpty() ? QString() : QStringLiteral(", ")) + id;
+    }
+    return lines + QStringLiteral("       %1\n").arg(line);
+}
+
+QString exitCodes()
+{
+    return QStringLiteral("\n"
+                          "Exit codes, and the verdicts that have them:\n"
+                          "  0  the camera answers\n")
+        + verdictLines(DiagnosisStatus::Answer)
+        + QStringLiteral("  1  it answers, with a warning\n")
+        + verdictLines(DiagnosisStatus::Warning)
+        + QStringLiteral("  2  the command line makes no sense\n"
+                         "  3  the port cannot be used\n")
+        + verdictLines(DiagnosisStatus::BadPort)
+        + QStringLiteral("  4  nothing came back that Corvane could use\n")
+        + verdictLines(DiagnosisStatus::NoAnswer)
+        + QStringLiteral("  5  the result could not be written\n");
+}
+
+/// Nothing when the text is no such time.
+std::optional<std::chrono::milliseconds> waitFrom(const QString &text)
+{
+    constexpr double kShortest = 0.1;
+    constexpr double kLongest = 3600.0;
+    bool isNumber = false;
+    const double seconds = text.toDouble(&isNumber);
+    // Also keeps "nan" out, which is neither more nor less than anything.
+    if (!isNumber || !(seconds >= kShortest && seconds <= kLongest)) {
+        return std::nullopt;
+    }
+    return std::chrono::milliseconds(std::lround(seconds * 1000.0));
+}
+
+} // namespace
+
+std::variant<DiagnoseOptions, Information, BadUsage>
+parseDiagnoseCommandLine(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    describe(parser);
+    if (!parser.parse(arguments)) {
+        return BadUsage{parser.errorText()};
+    }
+    if (parser.isSet(QStringLiteral("help"))) {
+        return Information{parser.helpText() + exitCodes()};
+    }
+    if (parser.isSet(QStringLiteral("version"))) {
+        return Information{QStringLiteral("%1 %2\n").arg(QCoreApplication::applicationName(),
+                                                         QCoreApplication::applicationVersion())};
+    }
+
+    DiagnoseOptions options;
+    options.asJson = parser.isSet(QStringLiteral("json"));
+    if (parser.isSet(QStringLiteral("wait"))) {
+        const QString text = parser.value(QStringLiteral("wait"));
+        const auto wait = waitFrom(text);
+        if (!wait) {
+            return BadUsage{
+                QStringLiteral("--wait is a number from 0.1 to 3600, not '%1'").arg(text)};
+        }
+        options.wait = *wait;
+    }
+    const QStringList ports = parser.positionalArguments();
+    if (parser.isSet(QStringLiteral("list"))) {
+        return ports.isEmpty() ? std::variant<DiagnoseOptions, Information, BadUsage>(options)
+                               : BadUsage{QStringLiteral("--list takes no port")};
+    }
+    if (ports.isEmpty() || ports.first().isEmpty()) {
+        return BadUsage{QStringLiteral("the name of a port is needed; --list shows them")};
+    }
+    if (ports.size() > 1) {
+        return BadUsage{QStringLiteral("one port at a time")};
+    }
+    options.port = ports.first();
+    return options;
+}

@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <variant>
+
+/// What the command line asks for.
+struct DiagnoseOptions {
+    QString port; ///< a name such as ttyUSB0, or a path; empty when the ports are to be listed
+    std::chrono::milliseconds wait{6000}; ///< for the camera's answer
+    bool asJson = false;
+};
+
+/// A text to print on the standard output before ending with success, such as the help.
+struct Information {
+    QString text;
+};
+
+/// Why the command line makes no sense.
+struct BadUsage {
+    QString reason;
+};
+
+/// Reads the command line.
+/// @param arguments  with the program's name in front
+std::variant<DiagnoseOptions, Information, BadUsage>
+parseDiagnoseCommandLine(const QStringList &arguments);
