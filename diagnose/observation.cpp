@@ -23,7 +23,7 @@ bool bearsSignature(const QByteArray &start)
         const auto byte = static_cast<unsigned char>(start.at(UARTFrame::kSignatureOffset + i));
         right += byte == UARTFrame::kSignature[static_cast<std::size_t>(i)] ? 1 : 0;
     }
-    return present == 0 || (right > 0 && right >= present - kDamageAllowed);
+    return right > 0 && right >= present - kDamageAllowed;
 }
 
 unsigned char sumOf(const QByteArray &frame)
@@ -132,8 +132,7 @@ void Observation::abandon()
         return;
     }
     m_pending.chop(UARTFrame::kBytesBeforeCounted);
-    // Of no more than a header and a length byte, there are many in any noise.
-    if (m_pending.size() > UARTFrame::kBytesBeforeCounted && bearsSignature(m_pending)) {
+    if (bearsSignature(m_pending)) {
         ++m_record.brokenOff;
     }
     m_pending.clear();

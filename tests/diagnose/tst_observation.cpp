@@ -67,7 +67,7 @@ void ObservationTest::countsWhatCameBack_data()
     QTest::newRow("an answer that ends before its checksum")
         << kAnswer.chopped(3) << Counts{25, 0, 0, 0, 0, 0, 0, 1, 25};
     QTest::newRow("an answer that ends behind its length")
-        << QByteArray("FF FF 17") << Counts{3, 0, 0, 0, 0, 0, 0, 1, 3};
+        << QByteArray("FF FF 17") << Counts{3, 0, 0, 0, 0, 0, 0, 0, 3};
     QTest::newRow("an answer that ends before its length")
         << QByteArray("FF FF") << Counts{2, 0, 0, 0, 0, 0, 0, 0, 2};
     QTest::newRow("an end that is no frame's")

@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "linelistener.h"
+
+#include "uartframe.h"
+
+#include <QTimer>
+
+using std::chrono::milliseconds;
+
+namespace {
+
+/// Long enough for whatever else is on its way with an answer, such as noise or a second answer.
+constexpr milliseconds kSettlingTime(300);
+
+} // namespace
+
+LineListener::LineListener(QSerialPort &serial, QObject *parent)
+    : QObject(parent)
+    , m_serial(serial)
+{
+    connect(&m_serial, &QSerialPort::readyRead, this, &LineListener::take);
+    connect(&m_serial, &QSerialPort::errorOccurred, this, &LineListener::fail);
+}
+
+void LineListener::askAndListen(milliseconds wait)
+{
+    QTimer::singleShot(wait, Qt::PreciseTimer, &m_loop, &QEventLoop::quit);
+    m_clock.start();
+    m_serial.write(*UARTFrame::build(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr, 0));
+    if (m_failure.isEmpty()) {
+        m_loop.exec();
+    }
+}
+
+LineRecord LineListener::record() const
+{
+    return m_observation.record();
+}
+
+const QString &LineListener::failure() const
+{
+    return m_failure;
+}
+
+void LineListener::take()
+{
+    m_observation.take(m_serial.readAll(), milliseconds(m_clock.elapsed()));
+    if (m_observation.hasAnswer() && !m_isSettling) {
+        m_isSettling = true;
+        QTimer::singleShot(kSettlingTime, Qt::PreciseTimer, &m_loop, &QEventLoop::quit);
+    }
+}
+
+void LineListener::fail(QSerialPort::SerialPortError error)
+{
+    if (error == QSerialPort::NoError) {
+        return;
+    }
+    if (error == QSerialPort::ReadError) {
+        // A line that has hung up gives this error again and again, with no reason. It answers any
+        // change of its parameters, even to what they are, with the ResourceError that it should
+        // have given.
+        m_serial.setDataBits(m_serial.dataBits());
+        return;
+    }
+    m_failure = m_serial.errorString();
+    m_serial.disconnect(this);
+    m_loop.quit();
+}

@@ -1,0 +1,101 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "portholders.h"
+
+#include <QByteArray>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QLockFile>
+#include <QStringList>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+
+#include <limits.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+const QString kProcesses = QStringLiteral("/proc");
+
+bool deviceNumber(const QByteArray &path, dev_t *number)
+{
+    struct stat status {};
+    if (::stat(path.constData(), &status) != 0 || !S_ISCHR(status.st_mode)) {
+        return false;
+    }
+    *number = status.st_rdev;
+    return true;
+}
+
+QString nameOf(qint64 pid)
+{
+    QFile file(QStringLiteral("%1/%2/comm").arg(kProcesses).arg(pid));
+    const QString name = file.open(QIODevice::ReadOnly)
+        ? QString::fromLocal8Bit(file.readAll()).trimmed()
+        : QString();
+    return name.isEmpty() ? QStringLiteral("unknown program") : name;
+}
+
+bool hasOpen(const QString &process, dev_t device)
+{
+    const QDir folder(QStringLiteral("%1/%2/fd").arg(kProcesses, process));
+    const QStringList descriptors = folder.entryList(QDir::Files | QDir::System | QDir::Hidden);
+    for (const QString &descriptor : descriptors) {
+        const QByteArray link = QFile::encodeName(folder.filePath(descriptor));
+        // Only what is in /dev is looked at closer: a file on a network drive can take for ever.
+        std::array<char, PATH_MAX> target{};
+        dev_t number = 0;
+        if (::readlink(link.constData(), target.data(), target.size() - 1) > 0
+            && QByteArray(target.data()).startsWith("/dev/") && deviceNumber(link, &number)
+            && number == device) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+QVector<PortHolder> holdersOfDevice(const QString &devicePath)
+{
+    QVector<PortHolder> holders;
+    dev_t device = 0;
+    if (!deviceNumber(QFile::encodeName(devicePath), &device)) {
+        return holders;
+    }
+    const QStringList processes = QDir(kProcesses).entryList(QDir::Dirs);
+    for (const QString &process : processes) {
+        bool isProcess = false;
+        const qint64 pid = process.toLongLong(&isProcess);
+        if (isProcess && pid != QCoreApplication::applicationPid() && hasOpen(process, device)) {
+            holders += PortHolder{pid, nameOf(pid)};
+        }
+    }
+    return holders;
+}
+
+bool readPortLock(const QString &devicePath, PortLock *lock)
+{
+    QString name = devicePath;
+    if (name.startsWith(QLatin1String("/dev/"))) {
+        name.remove(0, 5);
+    }
+    name.replace(QLatin1Char('/'), QLatin1Char('_'));
+    lock->filePath = QStringLiteral("/var/lock/LCK..") + name;
+
+    qint64 pid = 0;
+    QString host;
+    QString program;
+    if (!QLockFile(lock->filePath).getLockInfo(&pid, &host, &program) || pid <= 0) {
+        return false;
+    }
+    // A process of another user is there as well.
+    const bool isRunning = ::kill(static_cast<pid_t>(pid), 0) == 0 || errno == EPERM;
+    lock->holder = isRunning ? PortHolder{pid, nameOf(pid)} : PortHolder{};
+    return true;
+}

@@ -1,0 +1,772 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <array>
+#include <cstdlib>
+#include <memory>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <sys/stat.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+const QByteArray kRequest = "FF FF 0A 41 01 06 07 06 09 01 16 00 7F";
+const QByteArray kAnswer = "FF FF 17 41 01 06 07 06 09 05 16 00 "
+                           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C";
+
+/// A program that runs beside the test, and is ended with it.
+class Companion {
+public:
+    Companion() = default;
+    Companion(const QString &program, const QStringList &arguments)
+    {
+        m_process.start(program, arguments);
+    }
+    Companion(const Companion &) = delete;
+    Companion &operator=(const Companion &) = delete;
+    ~Companion()
+    {
+        m_process.terminate();
+        m_process.waitForFinished();
+    }
+
+    QProcess &process() { return m_process; }
+    /// The next line of its output, or a text that no test expects.
+    QString line()
+    {
+        while (!m_process.canReadLine()) {
+            if (!m_process.waitForReadyRead()) {
+                return "no more lines; errors: "
+                    + QString::fromLocal8Bit(m_process.readAllStandardError());
+            }
+        }
+        return QString::fromLocal8Bit(m_process.readLine()).trimmed();
+    }
+
+private:
+    QProcess m_process;
+};
+
+/// The simulated camera on a pseudo-terminal.
+class Simulator : public Companion {
+public:
+    explicit Simulator(const QStringList &arguments)
+        : Companion(SIMULATOR_PROGRAM, QStringList{"--pty"} + arguments)
+    {
+    }
+    QString portName()
+    {
+        const QString text = line();
+        return text.startsWith("Port: ") ? text.mid(6) : "no port in: " + text;
+    }
+    /// The next line of its log without the time in front.
+    QString event() { return line().mid(14); }
+};
+
+/// The program that is tested, telling its result as JSON.
+class Diagnosis {
+public:
+    /// @param wrapper  a command that runs the rest of its arguments
+    explicit Diagnosis(const QStringList &arguments, const QStringList &wrapper = {})
+    {
+        QStringList command = wrapper + QStringList{DIAGNOSE_PROGRAM, "--json"} + arguments;
+        const QString program = command.takeFirst();
+        m_process.start(program, command);
+    }
+    Diagnosis(const Diagnosis &) = delete;
+    Diagnosis &operator=(const Diagnosis &) = delete;
+    ~Diagnosis()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+
+    bool hasEnded(int patience) { return m_process.waitForFinished(patience); }
+    /// Waits for its end.
+    int exitCode()
+    {
+        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished()) {
+            return -1;
+        }
+        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -2;
+    }
+    /// Only once it has ended, likewise below.
+    const QJsonObject &report()
+    {
+        if (m_report.isEmpty()) {
+            m_report = QJsonDocument::fromJson(m_process.readAllStandardOutput()).object();
+        }
+        return m_report;
+    }
+    /// All of them, the first one first.
+    QString verdicts()
+    {
+        QStringList ids{report()["verdict"].toString()};
+        const QJsonArray warnings = report()["furtherWarnings"].toArray();
+        for (const QJsonValue warning : warnings) {
+            ids << warning["verdict"].toString();
+        }
+        return ids.join(' ');
+    }
+    QString sentence() { return report()["sentence"].toString(); }
+    QString remedy() { return report()["remedy"].toString(); }
+    int received(const QString &what) { return report()["received"][what].toInt(-1); }
+
+private:
+    QProcess m_process;
+    QJsonObject m_report;
+};
+
+/// The far end of a serial line that does what the test says.
+class FarEnd {
+public:
+    FarEnd()
+        : m_master(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC))
+    {
+        if (m_master < 0 || ::grantpt(m_master) != 0 || ::unlockpt(m_master) != 0) {
+            qFatal("no pseudo-terminal to be had");
+        }
+        m_portName = QString::fromLocal8Bit(::ptsname(m_master));
+    }
+    FarEnd(const FarEnd &) = delete;
+    FarEnd &operator=(const FarEnd &) = delete;
+    ~FarEnd() { ::close(m_master); }
+
+    const QString &portName() const { return m_portName; }
+    QByteArray path() const { return QFile::encodeName(m_portName); }
+    /// The lock that a program which has the port open holds on its name.
+    QString lockPath() const { return "/var/lock/LCK..pts_" + QFileInfo(m_portName).fileName(); }
+    /// All that has arrived so far, in hexadecimal.
+    QByteArray received()
+    {
+        std::array<char, 256> buffer{};
+        const ssize_t count = ::read(m_master, buffer.data(), buffer.size());
+        if (count > 0) {
+            m_received.append(buffer.data(), static_cast<int>(count));
+        }
+        return m_received.toHex(' ').toUpper();
+    }
+    /// As much as the line takes at this moment.
+    void write(const QByteArray &bytes) const
+    {
+        const ssize_t count =
+            ::write(m_master, bytes.constData(), static_cast<std::size_t>(bytes.size()));
+        Q_UNUSED(count)
+    }
+    termios settings() const
+    {
+        termios result{};
+        ::tcgetattr(m_master, &result);
+        return result;
+    }
+    void setSettings(const termios &settings) const { ::tcsetattr(m_master, TCSANOW, &settings); }
+
+private:
+    int m_master;
+    QString m_portName;
+    QByteArray m_received;
+};
+
+/// Sends bytes back once the request has come in.
+void answerWith(FarEnd &farEnd, const QByteArray &hexadecimal)
+{
+    QTRY_COMPARE(farEnd.received(), kRequest);
+    farEnd.write(QByteArray::fromHex(hexadecimal));
+}
+
+// Qt's serial ports lock their names for the whole machine, and other tests may run at this moment.
+QString uniquePortName()
+{
+    return QString("ttyDIAGNOSE%1").arg(QCoreApplication::applicationPid());
+}
+
+bool isRoot()
+{
+    return ::geteuid() == 0;
+}
+
+// Runs the rest as a user who is nobody and in no group but one.
+QStringList asNobodyIn(const QString &group)
+{
+    return {"setpriv", "--reuid=nobody", "--regid=" + group, "--clear-groups"};
+}
+
+bool isSuccessful(const QStringList &command)
+{
+    QProcess process;
+    process.start(command.first(), command.mid(1));
+    return process.waitForFinished() && process.exitStatus() == QProcess::NormalExit
+        && process.exitCode() == 0;
+}
+
+// What stands in the way of running the program as another user; empty when nothing does.
+QString obstacleToOtherUsers()
+{
+    if (!isRoot()) {
+        return "only root can run a program as another user";
+    }
+    const QStringList command = asNobodyIn("nogroup") + QStringList{DIAGNOSE_PROGRAM, "--version"};
+    return isSuccessful(command) ? QString() : "user nobody cannot run the program where it is";
+}
+
+// Gives a device to a group, or only to root when that has no name.
+bool give(const FarEnd &farEnd, const char *group, mode_t mode)
+{
+    const ::group *const entry = group == nullptr ? nullptr : ::getgrnam(group);
+    const gid_t id = entry == nullptr ? 0 : entry->gr_gid;
+    return (group == nullptr || entry != nullptr) && ::chown(farEnd.path(), 0, id) == 0
+        && ::chmod(farEnd.path(), mode) == 0;
+}
+
+} // namespace
+
+class DiagnoseProgramTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void judgesACamera_data();
+    void judgesACamera();
+    void asksOnceForHelloAndNothingElse();
+    void tellsVersionAndSettings();
+    void tellsTheSameToPeople();
+    void judgesAnAdapter_data();
+    void judgesAnAdapter();
+    void listsThePorts();
+    void noticesThatTheAdapterIsPulledOut();
+    void judgesWhatAFarEndSends_data();
+    void judgesWhatAFarEndSends();
+    void endsWhateverKeepsComing_data();
+    void endsWhateverKeepsComing();
+    void opensThePortAsCorvaneDoes();
+    void judgesWhatIsNoPort_data();
+    void judgesWhatIsNoPort();
+    void namesTheProgramThatHasThePort();
+    void namesTheProgramThatSharesThePort_data();
+    void namesTheProgramThatSharesThePort();
+    void namesTheProgramOfAnotherUserByItsLock();
+    void tellsOfAProgramThatItMayNotSee();
+    void tellsALockLeftBehind();
+    void tellsAPortThatItsOwnerHasClosed();
+    void tellsWhichGroupWouldHelp_data();
+    void tellsWhichGroupWouldHelp();
+    void stopsWithABadCommandLine();
+    void informs();
+    void tellsAStandardOutputThatIsFull();
+};
+
+void DiagnoseProgramTest::initTestCase()
+{
+    // The simulator's preload library stands in front of a sanitizer's runtime library, which does
+    // no harm here and is reported all the same.
+    qputenv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":verify_asan_link_order=0");
+}
+
+void DiagnoseProgramTest::judgesACamera_data()
+{
+    QTest::addColumn<QStringList>("camera");
+    QTest::addColumn<QString>("wait");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("verdicts");
+
+    const auto fault = [](const char *plan) { return QStringList{"--faults", plan}; };
+    QTest::newRow("in order") << QStringList{} << "20" << 0 << "answer";
+    QTest::newRow("a reply byte by byte") << fault("split@reply:1") << "20" << 0 << "answer";
+    QTest::newRow("a slow camera") << QStringList{"--delay", "1100"} << "20" << 1 << "answer-late";
+    QTest::newRow("a camera slower than Corvane waits")
+        << QStringList{"--delay", "5100"} << "20" << 4 << "answer-too-late";
+    QTest::newRow("a camera slower than the wait")
+        << QStringList{"--delay", "20000"} << "0.3" << 4 << "silent";
+    QTest::newRow("switched off") << QStringList{"--silent"} << "0.3" << 4 << "silent";
+    QTest::newRow("the request lost") << fault("drop@request:1") << "0.3" << 4 << "silent";
+    QTest::newRow("a wrong sum") << fault("wrong-sum@reply:1") << "0.3" << 4 << "wrong-sums";
+    QTest::newRow("a damaged bit")
+        << fault("corrupt=0x10@reply:1.15") << "0.3" << 4 << "wrong-sums";
+    QTest::newRow("a damaged header")
+        << fault("corrupt=0x20@reply:1.0") << "0.3" << 4 << "no-frame";
+    QTest::newRow("cut short") << fault("truncate@reply:1.20") << "0.3" << 4 << "broken-off";
+    QTest::newRow("a byte lost") << fault("drop-byte@reply:1.14") << "0.3" << 4 << "broken-off";
+    QTest::newRow("the reply to another command")
+        << fault("wrong-command@reply:1") << "0.3" << 4 << "other-acknowledgements";
+    QTest::newRow("a frame of the reserved type")
+        << fault("foreign-type@reply:1") << "0.3" << 4 << "foreign-frames";
+    QTest::newRow("somebody else's request")
+        << fault("foreign-type=1@reply:1") << "0.3" << 4 << "foreign-frames";
+    QTest::newRow("two replies") << fault("duplicate=100@reply:1") << "20" << 1
+                                 << "answer-among-others";
+    QTest::newRow("noise before the reply")
+        << fault("noise@reply:1") << "20" << 1 << "answer-amid-noise";
+    QTest::newRow("noise behind the reply")
+        << fault("trail@reply:1") << "20" << 1 << "answer-amid-noise";
+    QTest::newRow("half a reply before the reply")
+        << fault("half-frame@reply:1") << "20" << 1 << "answer-amid-noise";
+    QTest::newRow("a version that makes the sum FF")
+        << QStringList{"--camera-version", "1.0.0.105"} << "20" << 1 << "answer-sum-ff";
+    QTest::newRow("a slow camera amid noise")
+        << QStringList{"--delay", "1100", "--faults", "noise@reply:1"} << "20" << 1
+        << "answer-amid-noise answer-late";
+    QTest::newRow("hung up within the reply")
+        << fault("hang-up@reply:1.5") << "20" << 3 << "hung-up";
+    QTest::newRow("hung up before the reply")
+        << fault("hang-up@reply:1.0") << "20" << 3 << "hung-up";
+}
+
+void DiagnoseProgramTest::judgesACamera()
+{
+    QFETCH(QStringList, camera);
+    QFETCH(QString, wait);
+    Simulator simulator(QStringList{"--quiet"} + camera);
+    Diagnosis diagnosis({"--wait", wait, simulator.portName()});
+    QTEST(diagnosis.exitCode(), "exitCode");
+    QTEST(diagnosis.verdicts(), "verdicts");
+}
+
+void DiagnoseProgramTest::asksOnceForHelloAndNothingElse()
+{
+    Simulator simulator({"--hex", "--delay", "1000"});
+    Diagnosis diagnosis({"--wait", "20", simulator.portName()});
+    QCOMPARE(diagnosis.exitCode(), 1);
+    QVERIFY(simulator.event().endsWith("| " + kRequest));
+    QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+    simulator.process().terminate();
+    QVERIFY(simulator.process().waitForFinished());
+    QCOMPARE(simulator.process().readAllStandardOutput(), QByteArray());
+}
+
+void DiagnoseProgramTest::tellsVersionAndSettings()
+{
+    Simulator simulator({"--quiet", "--camera-version", "1.2.10.16", "--settings", "2,9,1,0,3"});
+    const QString port = simulator.portName();
+    Diagnosis diagnosis({port});
+    QCOMPARE(diagnosis.exitCode(), 0);
+    const QJsonObject report = diagnosis.report();
+    QCOMPARE(report["port"].toString(), port);
+    QCOMPARE(report["version"].toString(), QString("1.2.a.10"));
+    QCOMPARE(report["settings"].toObject(),
+             (QJsonObject{{"Auto Tracking", "Pan Tracking"},
+                          {"Target Missing Compensation", "Preset 7"},
+                          {"Camera Installed direction", "Upside down"},
+                          {"Auto Zoom", "OFF"},
+                          {"Zoom Offset", "Custom"}}));
+    QCOMPARE(diagnosis.received("bytes"), 26);
+    QVERIFY(report["answerMilliseconds"].toInt(-1) >= 0);
+}
+
+void DiagnoseProgramTest::tellsTheSameToPeople()
+{
+    Simulator simulator({"--quiet", "--silent"});
+    const QString port = simulator.portName();
+    QProcess process;
+    process.start(DIAGNOSE_PROGRAM, {"--wait", "0.3", port});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 4);
+    const QString output = QString::fromLocal8Bit(process.readAllStandardOutput());
+    QVERIFY2(output.startsWith("Nothing at all came back within 0.3 s.\nIs the camera on? Is "
+                               + port + " the right adapter? "),
+             qPrintable(output));
+    QVERIFY2(output.endsWith("\nVerdict on " + port + ": silent\n"), qPrintable(output));
+    QCOMPARE(process.readAllStandardError(),
+             "Asking the camera at " + port.toLocal8Bit() + ", for up to 0.3 seconds ...\n");
+}
+
+void DiagnoseProgramTest::judgesAnAdapter_data()
+{
+    QTest::addColumn<QStringList>("camera");
+    QTest::addColumn<QString>("port");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("sentence");
+
+    const QString port = uniquePortName();
+    QTest::newRow("by its name") << QStringList{"--delay", "1500"} << port << 1
+                                 << "The camera answered, but only after 1.5";
+    QTest::newRow("by its path") << QStringList{"--delay", "1500"} << "/dev/" + port << 1
+                                 << "The camera answered, but only after 1.5";
+    QTest::newRow("by another name")
+        << QStringList{} << port + "x" << 3 << "There is no serial port " + port + "x.";
+    QTest::newRow("that hangs up") << QStringList{"--faults", "hang-up@reply:1.5"} << port << 3
+                                   << port + " failed while the camera was asked: ";
+}
+
+void DiagnoseProgramTest::judgesAnAdapter()
+{
+    QFETCH(QStringList, camera);
+    QFETCH(QString, port);
+    QFETCH(QString, sentence);
+    Companion simulator(SIMULATOR_PROGRAM,
+                        QStringList{"--quiet", "--port", uniquePortName()} + camera
+                            + QStringList{"--", DIAGNOSE_PROGRAM, "--json", port});
+    QVERIFY(simulator.process().waitForFinished());
+    QTEST(simulator.process().exitCode(), "exitCode");
+    const QJsonObject report =
+        QJsonDocument::fromJson(simulator.process().readAllStandardOutput()).object();
+    QVERIFY2(report["sentence"].toString().startsWith(sentence),
+             qPrintable(report["sentence"].toString()));
+    QCOMPARE(report["ports"].toArray(), QJsonArray{uniquePortName() + " (USB Serial)"});
+}
+
+void DiagnoseProgramTest::listsThePorts()
+{
+    const QStringList adapter{"--quiet", "--port", uniquePortName(), "--", DIAGNOSE_PROGRAM};
+    Companion text(SIMULATOR_PROGRAM, adapter + QStringList{"--list"});
+    QVERIFY(text.process().waitForFinished());
+    QCOMPARE(text.process().exitCode(), 0);
+    QCOMPARE(text.line(), uniquePortName() + " (USB Serial)");
+    QCOMPARE(text.process().readAllStandardOutput(), QByteArray());
+
+    Companion json(SIMULATOR_PROGRAM, adapter + QStringList{"--list", "--json"});
+    QVERIFY(json.process().waitForFinished());
+    QCOMPARE(json.process().exitCode(), 0);
+    QCOMPARE(QJsonDocument::fromJson(json.process().readAllStandardOutput()).object(),
+             (QJsonObject{{"ports", QJsonArray{uniquePortName() + " (USB Serial)"}}}));
+}
+
+void DiagnoseProgramTest::noticesThatTheAdapterIsPulledOut()
+{
+    const QTemporaryDir folder;
+    const QString controlPath = folder.filePath("control");
+    Simulator simulator({"--silent", "--control", controlPath});
+    Diagnosis diagnosis({"--wait", "600", simulator.portName()});
+    QVERIFY(simulator.event().startsWith("<- HELLO "));
+    QLocalSocket control;
+    control.connectToServer(controlPath);
+    control.write("unplug\n");
+    QVERIFY(control.waitForBytesWritten());
+    QCOMPARE(simulator.event(), QString("-- unplugged"));
+    QCOMPARE(diagnosis.exitCode(), 3);
+    QCOMPARE(diagnosis.verdicts(), QString("hung-up"));
+    QCOMPARE(diagnosis.report()["systemError"].toString(), QString("Input/output error"));
+    QCOMPARE(diagnosis.received("bytes"), 0);
+}
+
+void DiagnoseProgramTest::judgesWhatAFarEndSends_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("verdicts");
+    QTest::addColumn<QString>("sentence");
+
+    QTest::newRow("what was sent") << kRequest << 4 << "echo"
+                                   << "The own request came back, and no answer.";
+    QTest::newRow("what was sent, and an answer")
+        << kRequest + kAnswer << 1 << "answer-among-others"
+        << "The camera answered, but other frames came as well: 1 of the own request.";
+    QTest::newRow("another device's prompt")
+        << QByteArray("6C 6F 67 69 6E 3A 20") << 4 << "no-frame"
+        << "7 bytes came, but no frame. The first: 6C 6F 67 69 6E 3A 20, as text \"login: \".";
+    QTest::newRow("bytes at another speed")
+        << QByteArray("80 78 F8 00") << 4 << "no-frame"
+        << "4 bytes came, but no frame. The first: 80 78 F8 00.";
+    QTest::newRow("an answer without settings")
+        << QByteArray("FF FF 0E 41 01 06 07 06 09 05 16 00 01 00 00 06 8E") << 1 << "answer-short"
+        << "The camera answered, but its answer is too short: 17 bytes instead of 26. Corvane "
+           "connects and takes for 0 what is missing.";
+}
+
+void DiagnoseProgramTest::judgesWhatAFarEndSends()
+{
+    QFETCH(QByteArray, bytes);
+    FarEnd farEnd;
+    Diagnosis diagnosis({"--wait", "1.5", farEnd.portName()});
+    answerWith(farEnd, bytes);
+    QTEST(diagnosis.exitCode(), "exitCode");
+    QTEST(diagnosis.verdicts(), "verdicts");
+    QTEST(diagnosis.sentence(), "sentence");
+}
+
+void DiagnoseProgramTest::endsWhateverKeepsComing_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("wait");
+    QTest::addColumn<QString>("verdict");
+
+    QTest::newRow("noise") << QByteArray("00 12 FF 34 80") << "0.5"
+                           << "no-frame";
+    QTest::newRow("FF") << QByteArray("FF") << "0.5"
+                        << "no-frame";
+    QTest::newRow("headers") << QByteArray("FF FF 0A") << "0.5"
+                             << "no-frame";
+    QTest::newRow("answers") << kAnswer << "600"
+                             << "answer-among-others";
+}
+
+// At full speed, for as long as the program runs.
+void DiagnoseProgramTest::endsWhateverKeepsComing()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, wait);
+    FarEnd farEnd;
+    Diagnosis diagnosis({"--wait", wait, farEnd.portName()});
+    QTRY_COMPARE(farEnd.received(), kRequest);
+    const QByteArray many = QByteArray::fromHex(bytes).repeated(100);
+    QElapsedTimer clock;
+    clock.start();
+    while (!diagnosis.hasEnded(1)) {
+        QVERIFY(!clock.hasExpired(30000));
+        for (int i = 0; i < 100; ++i) {
+            farEnd.write(many);
+        }
+    }
+    QTEST(diagnosis.verdicts().section(' ', 0, 0), "verdict");
+    QVERIFY(diagnosis.received("bytes") > 1000);
+}
+
+void DiagnoseProgramTest::opensThePortAsCorvaneDoes()
+{
+    FarEnd farEnd;
+    termios settings = farEnd.settings();
+    ::cfsetspeed(&settings, B9600);
+    settings.c_cflag |= static_cast<tcflag_t>(CSTOPB | CRTSCTS);
+    settings.c_iflag |= static_cast<tcflag_t>(IXON | IXOFF | ICRNL);
+    settings.c_lflag |= static_cast<tcflag_t>(ECHO | ICANON);
+    farEnd.setSettings(settings);
+    Diagnosis diagnosis({farEnd.portName()});
+    QTRY_COMPARE(farEnd.received(), kRequest);
+    settings = farEnd.settings();
+    QCOMPARE(::cfgetispeed(&settings), speed_t{B115200});
+    QCOMPARE(::cfgetospeed(&settings), speed_t{B115200});
+    QCOMPARE(settings.c_cflag & tcflag_t{CSIZE}, tcflag_t{CS8});
+    QCOMPARE(settings.c_cflag & static_cast<tcflag_t>(PARENB | CSTOPB | CRTSCTS), 0U);
+    QCOMPARE(settings.c_iflag & static_cast<tcflag_t>(IXON | IXOFF | ICRNL), 0U);
+    QCOMPARE(settings.c_lflag & static_cast<tcflag_t>(ECHO | ICANON), 0U);
+    farEnd.write(QByteArray::fromHex(kAnswer));
+    QCOMPARE(diagnosis.exitCode(), 0);
+}
+
+void DiagnoseProgramTest::judgesWhatIsNoPort_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("verdict");
+    QTest::addColumn<QString>("sentence");
+
+    QTest::newRow("a file") << SERIAL_HOST_PROGRAM << "not-serial"
+                            << "is no serial port but a file.";
+    QTest::newRow("a folder") << "/"
+                              << "not-serial"
+                              << "is no serial port but a folder.";
+    QTest::newRow("another device") << "/dev/null"
+                                    << "not-serial"
+                                    << "is no serial port but another kind of device.";
+    QTest::newRow("nothing") << "/nowhere"
+                             << "no-device"
+                             << "There is no serial port";
+    QTest::newRow("below a file") << QString(SERIAL_HOST_PROGRAM) + "/x"
+                                  << "no-device"
+                                  << "There is no serial port";
+}
+
+void DiagnoseProgramTest::judgesWhatIsNoPort()
+{
+    QFETCH(QString, target);
+    QFETCH(QString, sentence);
+    // Under a name of its own, because what can be opened is locked by its name.
+    const QTemporaryDir folder;
+    const QString port = folder.filePath("port");
+    QVERIFY(QFile::link(target, port));
+    Diagnosis diagnosis({port});
+    QCOMPARE(diagnosis.exitCode(), 3);
+    QTEST(diagnosis.verdicts(), "verdict");
+    QVERIFY2(diagnosis.sentence().contains(sentence) && diagnosis.sentence().contains(port),
+             qPrintable(diagnosis.sentence()));
+}
+
+void DiagnoseProgramTest::namesTheProgramThatHasThePort()
+{
+    const FarEnd farEnd;
+    Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
+    QCOMPARE(holder.line(), QString("open"));
+    Diagnosis diagnosis({farEnd.portName()});
+    QCOMPARE(diagnosis.exitCode(), 3);
+    QCOMPARE(diagnosis.verdicts(), QString("held"));
+    QCOMPARE(diagnosis.sentence(),
+             QString("Another program has %1 open: serialhost (process %2).")
+                 .arg(farEnd.portName())
+                 .arg(holder.process().processId()));
+}
+
+void DiagnoseProgramTest::namesTheProgramThatSharesThePort_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("verdict");
+
+    QTest::newRow("with an answer") << kAnswer << 1 << "answer-shared";
+    QTest::newRow("without") << QByteArray() << 4 << "shared";
+}
+
+void DiagnoseProgramTest::namesTheProgramThatSharesThePort()
+{
+    QFETCH(QByteArray, bytes);
+    FarEnd farEnd;
+    Companion holder;
+    holder.process().setStandardInputFile(farEnd.portName());
+    holder.process().start("sleep", {"600"});
+    QVERIFY(holder.process().waitForStarted());
+    Diagnosis diagnosis({"--wait", "1.5", farEnd.portName()});
+    answerWith(farEnd, bytes);
+    QTEST(diagnosis.exitCode(), "exitCode");
+    QTEST(diagnosis.verdicts(), "verdict");
+    const auto pid = static_cast<int>(holder.process().processId());
+    QCOMPARE(diagnosis.report()["holders"].toArray(),
+             (QJsonArray{QJsonObject{{"name", "sleep"}, {"pid", pid}}}));
+}
+
+void DiagnoseProgramTest::namesTheProgramOfAnotherUserByItsLock()
+{
+    const QString obstacle = obstacleToOtherUsers();
+    if (!obstacle.isEmpty()) {
+        QSKIP(qPrintable(obstacle));
+    }
+    const FarEnd farEnd;
+    QVERIFY(give(farEnd, nullptr, 0666));
+    Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
+    QCOMPARE(holder.line(), QString("open"));
+    Diagnosis diagnosis({farEnd.portName()}, asNobodyIn("nogroup"));
+    QCOMPARE(diagnosis.exitCode(), 3);
+    QCOMPARE(diagnosis.verdicts(), QString("held"));
+    QVERIFY2(
+        diagnosis.sentence().endsWith(QString("(process %1).").arg(holder.process().processId())),
+        qPrintable(diagnosis.sentence()));
+}
+
+void DiagnoseProgramTest::tellsOfAProgramThatItMayNotSee()
+{
+    const QString obstacle = obstacleToOtherUsers();
+    if (!obstacle.isEmpty()) {
+        QSKIP(qPrintable(obstacle));
+    }
+    const FarEnd farEnd;
+    QVERIFY(give(farEnd, nullptr, 0666));
+    Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
+    QCOMPARE(holder.line(), QString("open"));
+    // Not every program locks its port.
+    QVERIFY(QFile::remove(farEnd.lockPath()));
+    Diagnosis diagnosis({farEnd.portName()}, asNobodyIn("nogroup"));
+    QCOMPARE(diagnosis.exitCode(), 3);
+    QCOMPARE(diagnosis.verdicts(), QString("held-unseen"));
+}
+
+void DiagnoseProgramTest::tellsALockLeftBehind()
+{
+    const FarEnd farEnd;
+    Companion ended("true", {});
+    QVERIFY(ended.process().waitForStarted());
+    const qint64 pid = ended.process().processId();
+    QVERIFY(ended.process().waitForFinished());
+    QFile lock(farEnd.lockPath());
+    if (!lock.open(QIODevice::WriteOnly)) {
+        QSKIP("the lock files of serial ports cannot be written");
+    }
+    // Of another computer's name, as it was called otherwise then: a lock of this one would be
+    // removed by whoever comes next.
+    lock.write(QByteArray::number(pid) + "\nminicom\nother-name\n");
+    lock.close();
+    Diagnosis diagnosis({farEnd.portName()});
+    const int exitCode = diagnosis.exitCode();
+    lock.remove();
+    QCOMPARE(exitCode, 3);
+    QCOMPARE(diagnosis.verdicts(), QString("stale-lock"));
+    QVERIFY2(diagnosis.remedy().contains(QString("\"sudo rm %1\"").arg(farEnd.lockPath())),
+             qPrintable(diagnosis.remedy()));
+}
+
+void DiagnoseProgramTest::tellsAPortThatItsOwnerHasClosed()
+{
+    const QString obstacle = obstacleToOtherUsers();
+    if (isRoot() && !obstacle.isEmpty()) {
+        QSKIP(qPrintable(obstacle));
+    }
+    const FarEnd farEnd;
+    QCOMPARE(::chmod(farEnd.path(), 0), 0);
+    Diagnosis diagnosis({farEnd.portName()}, isRoot() ? asNobodyIn("nogroup") : QStringList{});
+    QCOMPARE(diagnosis.exitCode(), 3);
+    QCOMPARE(diagnosis.verdicts(), QString("not-permitted"));
+    QVERIFY(diagnosis.remedy().contains(QString("\"ls -l %1\"").arg(farEnd.portName())));
+}
+
+void DiagnoseProgramTest::tellsWhichGroupWouldHelp_data()
+{
+    QTest::addColumn<QString>("ownGroup");
+    QTest::addColumn<QByteArray>("group");
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<QString>("verdict");
+    QTest::addColumn<QString>("sentence");
+
+    QTest::newRow("a group to join")
+        << "nogroup" << QByteArray("dialout") << 0660 << "not-in-group"
+        << "You may not open %1: it is for the group dialout, and nobody is not in it.";
+    QTest::newRow("a group joined, but not in this session")
+        << "daemon" << QByteArray("nogroup") << 0660 << "login-missing"
+        << "You may not open %1 yet: nobody has joined the group nogroup, but not logged in since.";
+    QTest::newRow("a group that may only read")
+        << "nogroup" << QByteArray("dialout") << 0640 << "not-permitted"
+        << "You may not open %1: it belongs to root, and joining a group would not help.";
+    QTest::newRow("a group that is kept out")
+        << "dialout" << QByteArray("dialout") << 0606 << "not-permitted"
+        << "You may not open %1: it belongs to root, and joining a group would not help.";
+}
+
+void DiagnoseProgramTest::tellsWhichGroupWouldHelp()
+{
+    QFETCH(QString, ownGroup);
+    QFETCH(QByteArray, group);
+    QFETCH(int, mode);
+    QFETCH(QString, sentence);
+    const QString obstacle = obstacleToOtherUsers();
+    if (!obstacle.isEmpty()) {
+        QSKIP(qPrintable(obstacle));
+    }
+    const FarEnd farEnd;
+    QVERIFY(give(farEnd, group, static_cast<mode_t>(mode)));
+    Diagnosis diagnosis({farEnd.portName()}, asNobodyIn(ownGroup));
+    QCOMPARE(diagnosis.exitCode(), 3);
+    QTEST(diagnosis.verdicts(), "verdict");
+    QCOMPARE(diagnosis.sentence(), sentence.arg(farEnd.portName()));
+}
+
+void DiagnoseProgramTest::stopsWithABadCommandLine()
+{
+    QProcess process;
+    process.start(DIAGNOSE_PROGRAM, QStringList{});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 2);
+    QCOMPARE(process.readAllStandardError(),
+             QByteArray("corvane-diagnose: the name of a port is needed; --list shows them\n"
+                        "Try --help.\n"));
+    QCOMPARE(process.readAllStandardOutput(), QByteArray());
+}
+
+void DiagnoseProgramTest::informs()
+{
+    QProcess process;
+    process.start(DIAGNOSE_PROGRAM, {"--version"});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+    QCOMPARE(process.readAllStandardOutput(), QByteArray("corvane-diagnose 1.0.0.5\n"));
+}
+
+void DiagnoseProgramTest::tellsAStandardOutputThatIsFull()
+{
+    QProcess process;
+    process.setStandardOutputFile("/dev/full");
+    process.start(DIAGNOSE_PROGRAM, {"/nowhere"});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 5);
+    QCOMPARE(process.readAllStandardError(),
+             QByteArray("corvane-diagnose: cannot write the result: No space left on device\n"));
+}
+
+QTEST_GUILESS_MAIN(DiagnoseProgramTest)
+#include "tst_diagnoseprogram.moc"
