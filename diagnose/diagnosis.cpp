@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 
 namespace {
 
@@ -50,7 +49,7 @@ struct Rule {
 /// The first rule that applies gives the verdict; if that is a warning, each further warning that
 /// applies is given as well. Behind the rules for ports, the port is open; behind those for
 /// answers, there is none.
-const Rule kRules[] = {
+const std::array<Rule, 26> kRules{{
     {"no-device", Status::BadPort, is<Kind::NoDevice>, "There is no serial port {port}.",
      "{ports} If the adapter is plugged in and not among them, the end of what \"sudo dmesg\" "
      "prints says why."},
@@ -158,7 +157,7 @@ const Rule kRules[] = {
      "{bytes} came, but no frame. The first: {first}.",
      "The camera or the adapter has another baud rate than 115200 (8N1), the levels are wrong "
      "(RS-232 against TTL), or this is another device. {ports}"},
-};
+}};
 
 QString secondsText(milliseconds time)
 {
@@ -280,7 +279,7 @@ Verdict verdictOf(const Rule &rule, const Case &of)
 Diagnosis diagnose(const PortFinding &finding, const LineRecord &line, milliseconds wait)
 {
     const Case given{finding, line, wait};
-    const auto *rule = std::find_if(std::begin(kRules), std::end(kRules),
+    const auto *rule = std::find_if(kRules.begin(), kRules.end(),
                                     [&given](const Rule &each) { return each.applies(given); });
     Diagnosis diagnosis{rule->status, verdictOf(*rule, given), {}};
     if (rule->status == Status::Warning) {

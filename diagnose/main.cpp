@@ -116,6 +116,6 @@ int main(int argc, char *argv[])
         say(QStringLiteral("Try --help.\n"));
         return static_cast<int>(DiagnosisStatus::BadUsage);
     }
-    const auto &options = std::get<DiagnoseOptions>(commandLine);
+    const auto &options = *std::get_if<DiagnoseOptions>(&commandLine);
     return options.port.isEmpty() ? printPorts(options.asJson) : diagnosePort(options);
 }

@@ -12,9 +12,9 @@
 
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 
-#include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
