@@ -17,6 +17,7 @@
 
 #include <fcntl.h>
 #include <grp.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
@@ -222,12 +223,12 @@ QString obstacleToOtherUsers()
     return isSuccessful(command) ? QString() : "user nobody cannot run the program where it is";
 }
 
-// Gives a device to a group, or only to root when that has no name.
-bool give(const FarEnd &farEnd, const char *group, mode_t mode)
+bool give(const FarEnd &farEnd, const char *owner, const char *group, mode_t mode)
 {
-    const ::group *const entry = group == nullptr ? nullptr : ::getgrnam(group);
-    const gid_t id = entry == nullptr ? 0 : entry->gr_gid;
-    return (group == nullptr || entry != nullptr) && ::chown(farEnd.path(), 0, id) == 0
+    const passwd *const user = ::getpwnam(owner);
+    const ::group *const entry = ::getgrnam(group);
+    return user != nullptr && entry != nullptr
+        && ::chown(farEnd.path(), user->pw_uid, entry->gr_gid) == 0
         && ::chmod(farEnd.path(), mode) == 0;
 }
 
@@ -630,7 +631,7 @@ void DiagnoseProgramTest::namesTheProgramOfAnotherUserByItsLock()
         QSKIP(qPrintable(obstacle));
     }
     const FarEnd farEnd;
-    QVERIFY(give(farEnd, nullptr, 0666));
+    QVERIFY(give(farEnd, "root", "root", 0666));
     Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
     QCOMPARE(holder.line(), QString("open"));
     Diagnosis diagnosis({farEnd.portName()}, asNobodyIn("nogroup"));
@@ -648,7 +649,7 @@ void DiagnoseProgramTest::tellsOfAProgramThatItMayNotSee()
         QSKIP(qPrintable(obstacle));
     }
     const FarEnd farEnd;
-    QVERIFY(give(farEnd, nullptr, 0666));
+    QVERIFY(give(farEnd, "root", "root", 0666));
     Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
     QCOMPARE(holder.line(), QString("open"));
     // Not every program locks its port.
@@ -699,28 +700,33 @@ void DiagnoseProgramTest::tellsAPortThatItsOwnerHasClosed()
 void DiagnoseProgramTest::tellsWhichGroupWouldHelp_data()
 {
     QTest::addColumn<QString>("ownGroup");
+    QTest::addColumn<QByteArray>("owner");
     QTest::addColumn<QByteArray>("group");
     QTest::addColumn<int>("mode");
     QTest::addColumn<QString>("verdict");
     QTest::addColumn<QString>("sentence");
 
     QTest::newRow("a group to join")
-        << "nogroup" << QByteArray("dialout") << 0660 << "not-in-group"
+        << "nogroup" << QByteArray("root") << QByteArray("dialout") << 0660 << "not-in-group"
         << "You may not open %1: it is for the group dialout, and nobody is not in it.";
     QTest::newRow("a group joined, but not in this session")
-        << "daemon" << QByteArray("nogroup") << 0660 << "login-missing"
+        << "daemon" << QByteArray("root") << QByteArray("nogroup") << 0660 << "login-missing"
         << "You may not open %1 yet: nobody has joined the group nogroup, but not logged in since.";
     QTest::newRow("a group that may only read")
-        << "nogroup" << QByteArray("dialout") << 0640 << "not-permitted"
+        << "nogroup" << QByteArray("root") << QByteArray("dialout") << 0640 << "not-permitted"
         << "You may not open %1: it belongs to root, and joining a group would not help.";
     QTest::newRow("a group that is kept out")
-        << "dialout" << QByteArray("dialout") << 0606 << "not-permitted"
+        << "dialout" << QByteArray("root") << QByteArray("dialout") << 0606 << "not-permitted"
         << "You may not open %1: it belongs to root, and joining a group would not help.";
+    QTest::newRow("an owner who is kept out")
+        << "nogroup" << QByteArray("nobody") << QByteArray("dialout") << 0066 << "not-permitted"
+        << "You may not open %1: it belongs to nobody, and joining a group would not help.";
 }
 
 void DiagnoseProgramTest::tellsWhichGroupWouldHelp()
 {
     QFETCH(QString, ownGroup);
+    QFETCH(QByteArray, owner);
     QFETCH(QByteArray, group);
     QFETCH(int, mode);
     QFETCH(QString, sentence);
@@ -729,7 +735,7 @@ void DiagnoseProgramTest::tellsWhichGroupWouldHelp()
         QSKIP(qPrintable(obstacle));
     }
     const FarEnd farEnd;
-    QVERIFY(give(farEnd, group, static_cast<mode_t>(mode)));
+    QVERIFY(give(farEnd, owner, group, static_cast<mode_t>(mode)));
     Diagnosis diagnosis({farEnd.portName()}, asNobodyIn(ownGroup));
     QCOMPARE(diagnosis.exitCode(), 3);
     QTEST(diagnosis.verdicts(), "verdict");

@@ -78,6 +78,8 @@ void ObservationTest::countsWhatCameBack_data()
         << QByteArray("FF FF 17 42") << Counts{4, 0, 0, 0, 0, 0, 0, 0, 4};
     QTest::newRow("an answer cut short by another")
         << QByteArray("FF FF 17 41 01 06 07 06 ") + kAnswer << Counts{34, 1, 1, 0, 0, 0, 0, 1, 8};
+    QTest::newRow("an answer cut short by another within the signature")
+        << QByteArray("FF FF 17 41 ") + kAnswer << Counts{30, 1, 1, 0, 0, 0, 0, 1, 4};
     QTest::newRow("headers without anything behind them")
         << QByteArray("FF FF 17 FF FF 17 FF FF 17 00 00 00 00")
         << Counts{13, 0, 0, 0, 0, 0, 0, 0, 13};
