@@ -144,7 +144,12 @@ public:
     }
     FarEnd(const FarEnd &) = delete;
     FarEnd &operator=(const FarEnd &) = delete;
-    ~FarEnd() { ::close(m_master); }
+    ~FarEnd()
+    {
+        // A program that was killed leaves its lock behind, and the name will be another's.
+        QFile::remove(lockPath());
+        ::close(m_master);
+    }
 
     const QString &portName() const { return m_portName; }
     QByteArray path() const { return QFile::encodeName(m_portName); }
