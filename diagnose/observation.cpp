@@ -81,12 +81,13 @@ void Observation::lengthReceived(quint32 length)
     }
 }
 
-void Observation::frameAccepted(const QByteArray &frame, quint32 /*length*/)
+void Observation::frameAccepted(std::string_view frame, quint32 /*length*/)
 {
+    const QByteArray bytes(frame.data(), static_cast<int>(frame.size()));
     m_pending.clear();
-    m_bytesInFrames += frame.size() + 1;
+    m_bytesInFrames += bytes.size() + 1;
     ++m_record.frames;
-    sort(frame);
+    sort(bytes);
 }
 
 void Observation::checksumFailed(qint32 /*sum*/)

@@ -56,7 +56,7 @@ public:
 
 private:
     void lengthReceived(quint32 length) override;
-    void frameAccepted(const QByteArray &frame, quint32 length) override;
+    void frameAccepted(std::string_view frame, quint32 length) override;
     void checksumFailed(qint32 sum) override;
     void lengthRejected(quint32 length) override;
 
