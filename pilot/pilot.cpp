@@ -14,6 +14,7 @@ namespace {
 constexpr int kStartLimitMs = 20000;
 constexpr int kAnswerLimitMs = 10000;
 constexpr unsigned long kPollMs = 20;
+constexpr unsigned long kSettleMs = 150;
 
 } // namespace
 
@@ -111,6 +112,21 @@ bool Pilot::hover(const QString &widget)
     return order({{"do", "hover"}, {"widget", widget}});
 }
 
+bool Pilot::press(const QString &widget)
+{
+    return order({{"do", "press"}, {"widget", widget}});
+}
+
+bool Pilot::release(const QString &widget)
+{
+    return order({{"do", "release"}, {"widget", widget}});
+}
+
+bool Pilot::openList(const QString &widget)
+{
+    return order({{"do", "open list"}, {"widget", widget}});
+}
+
 bool Pilot::choose(const QString &widget, int index)
 {
     return order({{"do", "choose"}, {"widget", widget}, {"index", index}});
@@ -143,6 +159,9 @@ bool Pilot::close()
 
 bool Pilot::picture(const QString &path)
 {
+    // What is to be painted is on the screen when the program's event loop has gone round. Slept
+    // here, because the program's time may be running faster than that of the screen.
+    QThread::msleep(kSettleMs);
     return order({{"do", "picture"}, {"path", path}});
 }
 

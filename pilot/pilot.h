@@ -47,8 +47,14 @@ public:
 
     bool click(const QString &widget);
     bool hover(const QString &widget);
+    /// Holds the mouse button down on a widget, until release().
+    bool press(const QString &widget);
+    /// Lets the mouse button go outside of the widget, so that nothing is clicked.
+    bool release(const QString &widget);
     /// Chooses an item of a combo box through its popup, or a tab.
     bool choose(const QString &widget, int index);
+    /// Opens the popup of a combo box, at the keyboard.
+    bool openList(const QString &widget);
     /// Closes the popup that is open, with Escape.
     bool closeList();
     /// Replaces what a line edit holds, ending with Return.

@@ -22,8 +22,6 @@
 
 namespace {
 
-constexpr int kSettleMs = 200;
-
 QJsonObject ok()
 {
     return {{"ok", true}};
@@ -148,6 +146,15 @@ std::optional<QJsonObject> PilotAgent::carryOut(const QJsonObject &order)
     if (action == "hover") {
         return hover(widget);
     }
+    if (action == "press") {
+        return press(widget);
+    }
+    if (action == "release") {
+        return release(widget);
+    }
+    if (action == "open list") {
+        return openList(widget);
+    }
     if (action == "choose") {
         return choose(widget, order["index"].toInt());
     }
@@ -171,6 +178,28 @@ QJsonObject PilotAgent::hover(QWidget *widget)
 {
     QTest::mouseMove(widget->window()->windowHandle(),
                      widget->mapTo(widget->window(), widget->rect().center()));
+    return ok();
+}
+
+QJsonObject PilotAgent::press(QWidget *widget)
+{
+    QTest::mousePress(widget->window()->windowHandle(), Qt::LeftButton, Qt::NoModifier,
+                      widget->mapTo(widget->window(), widget->rect().center()));
+    return ok();
+}
+
+QJsonObject PilotAgent::release(QWidget *widget)
+{
+    const QPoint outside = widget->mapTo(widget->window(), QPoint(-1, -1));
+    QTest::mouseMove(widget->window()->windowHandle(), outside);
+    QTest::mouseRelease(widget->window()->windowHandle(), Qt::LeftButton, Qt::NoModifier, outside);
+    return ok();
+}
+
+QJsonObject PilotAgent::openList(QWidget *widget)
+{
+    widget->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(widget->window()->windowHandle(), Qt::Key_Down, Qt::AltModifier);
     return ok();
 }
 
@@ -244,8 +273,6 @@ std::optional<QJsonObject> PilotAgent::dismiss()
 
 QJsonObject PilotAgent::picture(const QString &path)
 {
-    // What is to be painted is on the screen when the event loop has gone round.
-    QTest::qWait(kSettleMs);
     QRect area;
     const auto windows = QApplication::topLevelWidgets();
     for (const QWidget *window : windows) {

@@ -32,6 +32,9 @@ private:
 
     std::nullopt_t click(QWidget *widget);
     static QJsonObject hover(QWidget *widget);
+    static QJsonObject press(QWidget *widget);
+    static QJsonObject release(QWidget *widget);
+    static QJsonObject openList(QWidget *widget);
     static QJsonObject choose(QWidget *widget, int index);
     static QJsonObject closeList();
     static QJsonObject pressKeys(QWidget *widget, const QString &text);

@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QLockFile>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -16,17 +17,14 @@
 
 namespace {
 
+constexpr int kFirmwareSize = 12345;
+constexpr int kUpgradeLimitMs = 20000;
+
 void say(const QString &text)
 {
     std::puts(text.toLocal8Bit().constData());
     std::fflush(stdout);
 }
-
-struct Step {
-    const char *picture; ///< the name of its PNG file
-    const char *description;
-    std::function<bool(Pilot &)> perform;
-};
 
 QByteArray contentsOf(const QString &path)
 {
@@ -34,42 +32,145 @@ QByteArray contentsOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// @param scratch  a folder for what the steps need, gone when the tour is over
-std::vector<Step> steps(const QDir &scratch)
+/// What a step has at hand: the program, its camera, and a folder that is gone after the tour.
+class Stage {
+public:
+    /// @param programArguments  what corvane gets on its command line
+    bool start(const QStringList &programArguments)
+    {
+        // Copies, so that the pictures show a path that is the same for everybody.
+        QFile::copy(QStringLiteral(SAMPLE_FIRMWARE), firmware());
+        QFile::copy(QStringLiteral(SAMPLE_IMAGE), image());
+        // Time-outs are half of the tour, so program and camera live four times as fast.
+        return corvane.start(QStringLiteral("faketime"),
+                             QStringList{"-f", "+0 x4", CORVANE_SIMULATOR, "--control", control(),
+                                         "--settings", "0,0,0,0,0", "--save-firmware", saved(),
+                                         "--reboot-time", "2000", "--", CORVANE_PROGRAM}
+                                 + programArguments);
+    }
+
+    bool tell(const QByteArray &command) { return tellSimulator(control(), command); }
+
+    bool shows(const QString &textEdit, const QString &text, int limitMs = 8000)
+    {
+        return corvane.waitUntil(
+            textEdit + QLatin1String(" shows what it should"),
+            [this, textEdit, text] { return corvane.text(textEdit) == text; }, limitMs);
+    }
+
+    bool connectCamera()
+    {
+        return corvane.click(QStringLiteral("pushButton_connect"))
+            && corvane.waitForEnabled(QStringLiteral("tabWidget"));
+    }
+
+    bool showPage(int index)
+    {
+        return corvane.choose(QStringLiteral("tabWidget"), index)
+            && corvane.waitUntil(QStringLiteral("the page is shown"), [this, index] {
+                   return corvane.index(QStringLiteral("tabWidget")) == index;
+               });
+    }
+
+    bool openList(const QString &comboBox)
+    {
+        return corvane.openList(comboBox)
+            && corvane.waitUntil(QStringLiteral("the list is open"),
+                                 [this] { return corvane.isListOpen(); });
+    }
+
+    bool closeDialog() { return corvane.answerDialog() && corvane.waitForDialog({}); }
+
+    bool chooseImage()
+    {
+        return corvane.type(QStringLiteral("lineEdit_firmware"), image())
+            && corvane.waitForEnabled(QStringLiteral("pushButton_start_upgrade"));
+    }
+
+    bool upgradeUntil(int bytes)
+    {
+        return corvane.click(QStringLiteral("pushButton_start_upgrade"))
+            && corvane.waitUntil(
+                QStringLiteral("so many bytes are sent"),
+                [this, bytes] {
+                    return corvane.value(QStringLiteral("progressBar_updating")) > bytes;
+                },
+                kUpgradeLimitMs);
+    }
+
+    QString firmware() const { return m_scratch.filePath(QStringLiteral("firmware.bin")); }
+    QString image() const { return m_scratch.filePath(QStringLiteral("sample.img")); }
+    QString saved() const { return m_scratch.filePath(QStringLiteral("received.bin")); }
+
+    Pilot corvane;
+    /// As any program that has the port open, and its lock.
+    QLockFile portLock{QStringLiteral("/var/lock/LCK..ttyUSB0")};
+
+private:
+    QString control() const { return m_scratch.filePath(QStringLiteral("control")); }
+
+    QTemporaryDir m_scratch{QDir::tempPath() + QLatin1String("/corvane-tour-XXXXXX")};
+};
+
+struct Step {
+    const char *picture; ///< the name of its PNG file; none for a step that shows nothing
+    const char *description;
+    std::function<bool(Stage &)> perform;
+};
+using Steps = std::vector<Step>;
+
+Step list(const char *picture, const char *description, const char *comboBox)
 {
-    const QString controlSocket = scratch.filePath("control");
-    const QString savedFirmware = scratch.filePath("received.bin");
-    // Copies, so that the pictures show a path that is the same for everybody.
-    const QString firmware = scratch.filePath("firmware.bin");
-    const QString image = scratch.filePath("sample.img");
-    QFile::copy(SAMPLE_FIRMWARE, firmware);
-    QFile::copy(SAMPLE_IMAGE, image);
+    return {picture, description,
+            [comboBox](Stage &stage) { return stage.openList(QLatin1String(comboBox)); }};
+}
+
+Step closeTheList()
+{
+    return {nullptr, "Close it", [](Stage &stage) { return stage.corvane.closeList(); }};
+}
+
+Steps connecting()
+{
     return {
         {"start", "Start: the adapter stands in the list of ports",
-         [controlSocket, savedFirmware](Pilot &corvane) {
-             return corvane.start(CORVANE_SIMULATOR,
-                                  {"--control", controlSocket, "--settings", "0,0,0,0,0",
-                                   "--save-firmware", savedFirmware, "--reboot-time", "2000", "--",
-                                   CORVANE_PROGRAM})
-                 && corvane.waitUntil("the port is listed", [&corvane] {
-                        return corvane.text("comboBox_portlist") == "ttyUSB0 (USB Serial)";
-                    });
+         [](Stage &stage) { return stage.shows("comboBox_portlist", "ttyUSB0 (USB Serial)"); }},
+        list("port-list", "Open a list: the ports", "comboBox_portlist"),
+        closeTheList(),
+        list("baud-rate-list", "Open a list: the only baud rate", "comboBox_baudrate"),
+        closeTheList(),
+        {"hover-connect", "Point at Connect",
+         [](Stage &stage) { return stage.corvane.hover("pushButton_connect"); }},
+        {"pressed-connect", "Press Connect, and keep it pressed",
+         [](Stage &stage) { return stage.corvane.press("pushButton_connect"); }},
+        {"hover-about", "Let go beside it, and point at About",
+         [](Stage &stage) {
+             return stage.corvane.release("pushButton_connect")
+                 && stage.corvane.hover("toolButton_about");
          }},
-        {"connect", "Connect: the camera reports its version and settings",
-         [](Pilot &corvane) {
-             return corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget")
-                 && corvane.waitUntil("the version is shown", [&corvane] {
-                        return corvane.text("textEdit_device_info") == "Device Version: 1.0.0.6";
-                    });
+        {"connecting", "Connect to a camera that is switched off: it is waited for",
+         [](Stage &stage) {
+             return stage.corvane.hover("label_logo_title") && stage.tell("silent on")
+                 && stage.corvane.click("pushButton_connect")
+                 && stage.corvane.waitForEnabled("pushButton_connect", false);
          }},
-        {"list", "Open a list: the tracking modes",
-         [](Pilot &corvane) {
-             return corvane.click("comboBox_autotracking")
-                 && corvane.waitUntil("the list is open",
-                                      [&corvane] { return corvane.isListOpen(); });
+        {"no-answer", "Five seconds later it says so",
+         [](Stage &stage) { return stage.corvane.waitForDialog("Error: Connection fail!"); }},
+        {"connect", "Switch it on, connect: the camera reports its version and settings",
+         [](Stage &stage) {
+             return stage.closeDialog() && stage.tell("silent off") && stage.connectCamera()
+                 && stage.shows("textEdit_device_info", "Device Version: 1.0.0.6");
          }},
+    };
+}
+
+Steps changingSettings()
+{
+    return {
+        list("tracking-list", "Open a list: the tracking modes", "comboBox_autotracking"),
         {"change", "Change: pan tracking, preset 7, upside down, no auto zoom, custom zoom offset",
-         [](Pilot &corvane) {
+         [](Stage &stage) {
+             Pilot &corvane = stage.corvane;
              return corvane.closeList() && corvane.choose("comboBox_autotracking", 2)
                  && corvane.waitForEnabled("comboBox_targetmissing")
                  && corvane.choose("comboBox_targetmissing", 9)
@@ -83,107 +184,177 @@ std::vector<Step> steps(const QDir &scratch)
                             && corvane.index("comboBox_zoomoffset") == 3;
                     });
          }},
-        {"apply", "Apply: the camera acknowledges",
-         [](Pilot &corvane) {
-             return corvane.click("pushButton_apply")
-                 && corvane.waitForDialog("Information: Apply Success.");
+        list("zoom-list", "Open a list: auto zoom", "comboBox_autozoom"),
+        closeTheList(),
+        list("target-list", "Open a list: what to do without a target", "comboBox_targetmissing"),
+        closeTheList(),
+        list("offset-list", "Open a list: the zoom offsets", "comboBox_zoomoffset"),
+        closeTheList(),
+        {"hover-apply", "Point at Apply",
+         [](Stage &stage) { return stage.corvane.hover("pushButton_apply"); }},
+        {"pressed-apply", "Press Apply, and keep it pressed",
+         [](Stage &stage) { return stage.corvane.press("pushButton_apply"); }},
+        {"apply", "Let go beside it; apply: the camera acknowledges",
+         [](Stage &stage) {
+             return stage.corvane.release("pushButton_apply")
+                 && stage.corvane.click("pushButton_apply")
+                 && stage.corvane.waitForDialog("Information: Apply Success.");
          }},
         {"zoom", "Set the second zoom preset: the camera reports its zoom",
-         [](Pilot &corvane) {
-             return corvane.answerDialog() && corvane.waitForDialog({})
-                 && corvane.click("pushButton_custom_zoom_2")
-                 && corvane.waitUntil("the zoom is shown", [&corvane] {
-                        return corvane.text("textEdit_device_info")
-                            == "Device Version: 1.0.0.6\nSetting custom zoom: 25";
-                    });
+         [](Stage &stage) {
+             return stage.closeDialog() && stage.corvane.click("pushButton_custom_zoom_2")
+                 && stage.shows("textEdit_device_info",
+                                "Device Version: 1.0.0.6\nSetting custom zoom: 25");
+         }},
+        {"apply-failed", "Apply to a camera that is switched off: five seconds later it says so",
+         [](Stage &stage) {
+             return stage.tell("silent on") && stage.corvane.click("pushButton_apply")
+                 && stage.corvane.waitForDialog("Error: Apply fail!");
+         }},
+        {"zoom-failed", "Set the first zoom preset: two seconds later it says that this failed",
+         [](Stage &stage) {
+             return stage.closeDialog() && stage.corvane.click("pushButton_custom_zoom_1")
+                 && stage.shows("textEdit_device_info",
+                                "Device Version: 1.0.0.6\nSetting custom zoom 1 failed!")
+                 && stage.tell("silent off");
          }},
         {"about", "About: the program's version",
-         [](Pilot &corvane) {
-             return corvane.click("toolButton_about")
-                 && corvane.waitForDialog("about: Corvane: Version 1.0.0.5");
+         [](Stage &stage) {
+             return stage.corvane.click("toolButton_about")
+                 && stage.corvane.waitForDialog("about: Corvane: Version 1.0.0.5");
+         }},
+    };
+}
+
+Steps failingToUpgrade()
+{
+    return {
+        {"firmware", "The firmware page at rest",
+         [](Stage &stage) { return stage.closeDialog() && stage.showPage(1); }},
+        {"choose-file", "Choose a file, from a dialog",
+         [](Stage &stage) {
+             return stage.corvane.click("pushButton_choose_file")
+                 && stage.corvane.waitUntil("the dialog is open",
+                                            [&stage] { return stage.corvane.isBlocked(); });
          }},
         {"no-image", "Choose a file that is no firmware image: it is refused",
-         [firmware](Pilot &corvane) {
-             return corvane.answerDialog() && corvane.waitForDialog({})
-                 && corvane.choose("tabWidget", 1)
-                 && corvane.waitUntil("the page is shown",
-                                      [&corvane] { return corvane.index("tabWidget") == 1; })
-                 && corvane.type("lineEdit_firmware", firmware)
-                 && corvane.waitUntil("it is refused", [&corvane] {
-                        return corvane.text("textEdit_firmware_info") == "Firmware file error."
-                            && !corvane.isEnabled("pushButton_start_upgrade");
-                    });
+         [](Stage &stage) {
+             return stage.corvane.dismiss()
+                 && stage.corvane.waitUntil("the dialog is closed",
+                                            [&stage] { return !stage.corvane.isBlocked(); })
+                 && stage.corvane.type("lineEdit_firmware", stage.firmware())
+                 && stage.shows("textEdit_firmware_info", "Firmware file error.")
+                 && !stage.corvane.isEnabled("pushButton_start_upgrade");
          }},
         {"image", "Choose a firmware image: its versions are shown",
-         [image](Pilot &corvane) {
-             return corvane.type("lineEdit_firmware", image)
-                 && corvane.waitForEnabled("pushButton_start_upgrade")
-                 && corvane.text("textEdit_firmware_info")
-                 == "Protocol version: 1.2.0.7\nImage version: 1.0.0.7";
+         [](Stage &stage) {
+             return stage.chooseImage()
+                 && stage.shows("textEdit_firmware_info",
+                                "Protocol version: 1.2.0.7\nImage version: 1.0.0.7");
          }},
+        {"not-announced", "Upgrade a camera that is switched off: five seconds later it says so",
+         [](Stage &stage) {
+             return stage.tell("silent on") && stage.corvane.click("pushButton_start_upgrade")
+                 && stage.corvane.waitForDialog("Error: Connection timeout!");
+         }},
+        {"stopped", "Upgrade a camera that is switched off half-way: it says so after two seconds",
+         [](Stage &stage) {
+             return stage.closeDialog() && stage.tell("silent off") && stage.connectCamera()
+                 && stage.chooseImage() && stage.upgradeUntil(kFirmwareSize / 2)
+                 && stage.tell("silent on")
+                 && stage.corvane.waitForDialog("Error: Transmission stop!");
+         }},
+    };
+}
+
+Steps upgrading()
+{
+    return {
         {"half-way", "Upgrade: half of it is done",
-         [](Pilot &corvane) {
-             return corvane.click("pushButton_start_upgrade")
-                 && corvane.waitUntil(
-                     "half of it is done",
-                     [&corvane] { return corvane.value("progressBar_updating") > 12345 / 2; },
-                     20000);
+         [](Stage &stage) {
+             return stage.closeDialog() && stage.tell("silent off") && stage.connectCamera()
+                 && stage.chooseImage() && stage.upgradeUntil(kFirmwareSize / 2);
          }},
         {"complete", "The upgrade is complete, and the camera has received what was packed",
-         [savedFirmware](Pilot &corvane) {
-             return corvane.waitUntil(
-                        "it is complete",
-                        [&corvane] {
-                            return corvane.text("textEdit_firmware_info")
-                                == "Update is complete. Device auto-rebooting.";
-                        },
-                        20000)
-                 && corvane.waitForEnabled("pushButton_connect")
-                 && corvane.waitUntil("the firmware is saved", [savedFirmware] {
-                        return contentsOf(savedFirmware) == contentsOf(SAMPLE_FIRMWARE);
+         [](Stage &stage) {
+             return stage.shows("textEdit_firmware_info",
+                                "Update is complete. Device auto-rebooting.", kUpgradeLimitMs)
+                 && stage.corvane.waitForEnabled("pushButton_connect")
+                 && stage.corvane.waitUntil("the firmware is saved", [&stage] {
+                        return contentsOf(stage.saved()) == contentsOf(SAMPLE_FIRMWARE);
                     });
          }},
         {"reconnect", "Connect again when it has rebooted: it reports its new version",
-         [](Pilot &corvane) {
-             return corvane.waitUntil(
-                        "it has rebooted",
-                        [&corvane] { return corvane.output().contains("running version 1.0.0.7"); })
-                 && corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget")
-                 && corvane.choose("tabWidget", 0)
-                 && corvane.waitUntil("the version is shown", [&corvane] {
-                        return corvane.text("textEdit_device_info") == "Device Version: 1.0.0.7";
-                    });
+         [](Stage &stage) {
+             return stage.corvane.waitUntil("it has rebooted",
+                                            [&stage] {
+                                                return stage.corvane.output().contains(
+                                                    "running version 1.0.0.7");
+                                            })
+                 && stage.connectCamera() && stage.showPage(0)
+                 && stage.shows("textEdit_device_info", "Device Version: 1.0.0.7");
          }},
         {"disconnect", "Disconnect",
-         [](Pilot &corvane) {
-             return corvane.click("pushButton_disconnect")
-                 && corvane.waitForEnabled("tabWidget", false);
-         }},
-        {"no-answer", "Connect to a camera that is switched off: five seconds later it says so",
-         [controlSocket](Pilot &corvane) {
-             return tellSimulator(controlSocket, "silent on") && corvane.click("pushButton_connect")
-                 && corvane.waitForDialog("Error: Connection fail!");
-         }},
-        {"unplugged", "Switch it on, connect, pull the plug: the window is disconnected again",
-         [controlSocket](Pilot &corvane) {
-             return corvane.answerDialog() && corvane.waitForDialog({})
-                 && tellSimulator(controlSocket, "silent off")
-                 && corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget")
-                 && tellSimulator(controlSocket, "unplug")
-                 && corvane.waitForEnabled("tabWidget", false)
-                 && corvane.waitForEnabled("pushButton_connect");
-         }},
-        {"no-port", "Connect to the adapter that is gone",
-         [](Pilot &corvane) {
-             return corvane.click("pushButton_connect")
-                 && corvane.waitForDialog("Error: No such file or directory");
-         }},
-        {nullptr, "Close the window: the program ends",
-         [](Pilot &corvane) {
-             return corvane.answerDialog() && corvane.waitForDialog({}) && corvane.close()
-                 && corvane.waitUntilEnded() && corvane.exitCode() == 0;
+         [](Stage &stage) {
+             return stage.corvane.click("pushButton_disconnect")
+                 && stage.corvane.waitForEnabled("tabWidget", false);
          }},
     };
+}
+
+Steps losingThePort()
+{
+    return {
+        {"locked", "Connect while another program has locked the port",
+         [](Stage &stage) {
+             return stage.portLock.tryLock() && stage.corvane.click("pushButton_connect")
+                 && stage.corvane.waitForDialog("Error: Permission error while locking the device");
+         }},
+        {"unplugged", "Connect, pull the plug: the window is disconnected again",
+         [](Stage &stage) {
+             stage.portLock.unlock();
+             return stage.closeDialog() && stage.connectCamera() && stage.tell("unplug")
+                 && stage.corvane.waitForEnabled("tabWidget", false)
+                 && stage.corvane.waitForEnabled("pushButton_connect");
+         }},
+        {"no-port", "Connect to the adapter that is gone",
+         [](Stage &stage) {
+             return stage.corvane.click("pushButton_connect")
+                 && stage.corvane.waitForDialog("Error: No such file or directory");
+         }},
+        {"no-ports", "Open the list of ports again: it is empty",
+         [](Stage &stage) {
+             return stage.closeDialog() && stage.corvane.openList("comboBox_portlist")
+                 && stage.shows("comboBox_portlist", "");
+         }},
+        {nullptr, "Close the window: the program ends",
+         [](Stage &stage) {
+             return stage.corvane.close() && stage.corvane.waitUntilEnded()
+                 && stage.corvane.exitCode() == 0;
+         }},
+    };
+}
+
+Steps allSteps()
+{
+    Steps all;
+    for (const Steps &part :
+         {connecting(), changingSettings(), failingToUpgrade(), upgrading(), losingThePort()}) {
+        all.insert(all.end(), part.begin(), part.end());
+    }
+    return all;
+}
+
+/// The folder of the pictures, without those of an earlier tour.
+QDir emptied(const QString &path)
+{
+    QDir directory(path);
+    directory.mkpath(".");
+    const QStringList oldPictures = directory.entryList({"*.png"});
+    for (const QString &picture : oldPictures) {
+        directory.remove(picture);
+    }
+    return directory;
 }
 
 } // namespace
@@ -191,32 +362,31 @@ std::vector<Step> steps(const QDir &scratch)
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
-    if (argc != 2) {
-        say("usage: corvane-tour DIRECTORY-FOR-THE-PICTURES");
+    QStringList arguments = QCoreApplication::arguments().mid(1);
+    if (arguments.isEmpty()) {
+        say("usage: corvane-tour DIRECTORY-FOR-THE-PICTURES [ARGUMENT-OF-CORVANE...]");
         return 100;
     }
-    const QDir directory(QString::fromLocal8Bit(argv[1]));
-    directory.mkpath(".");
-    const QStringList oldPictures = directory.entryList({"*.png"});
-    for (const QString &picture : oldPictures) {
-        QFile::remove(directory.filePath(picture));
-    }
+    const QDir directory = emptied(arguments.takeFirst());
 
-    const QTemporaryDir scratch(QDir::tempPath() + "/corvane-tour-XXXXXX");
-    Pilot corvane;
+    Stage stage;
+    if (!stage.start(arguments)) {
+        say(QStringLiteral("Corvane has not started: ") + stage.corvane.errorText());
+        return 100;
+    }
     int number = 0;
-    for (const Step &step : steps(QDir(scratch.path()))) {
+    for (const Step &step : allSteps()) {
         ++number;
         say(QStringLiteral("%1. %2").arg(number, 2).arg(QLatin1String(step.description)));
-        bool isDone = step.perform(corvane);
+        bool isDone = step.perform(stage);
         if (isDone && step.picture != nullptr) {
             const QString path = directory.filePath(
                 QStringLiteral("%1-%2.png").arg(number, 2, 10, QLatin1Char('0')).arg(step.picture));
-            isDone = corvane.picture(path);
+            isDone = stage.corvane.picture(path);
         }
         if (!isDone) {
-            say(QStringLiteral("    went wrong: ") + corvane.errorText());
-            say(QStringLiteral("What the programs printed:\n") + corvane.output());
+            say(QStringLiteral("    went wrong: ") + stage.corvane.errorText());
+            say(QStringLiteral("What the programs printed:\n") + stage.corvane.output());
             return number;
         }
     }
