@@ -38,7 +38,7 @@ public:
     /// @param programArguments  what corvane gets on its command line
     bool start(const QStringList &programArguments)
     {
-        // Copies, so that the pictures show a path that is the same for everybody.
+        // Copies, so that the pictures do not show where somebody has built the program.
         QFile::copy(QStringLiteral(SAMPLE_FIRMWARE), firmware());
         QFile::copy(QStringLiteral(SAMPLE_IMAGE), image());
         // Time-outs are half of the tour, so program and camera live four times as fast.
@@ -87,15 +87,17 @@ public:
             && corvane.waitForEnabled(QStringLiteral("pushButton_start_upgrade"));
     }
 
-    bool upgradeUntil(int bytes)
+    bool upgradeHalfWay()
     {
+        const auto hasSentHalf = [this] {
+            return corvane.value(QStringLiteral("progressBar_updating")) > kFirmwareSize / 2;
+        };
+        // The bar still shows what the upgrade before has come to.
         return corvane.click(QStringLiteral("pushButton_start_upgrade"))
-            && corvane.waitUntil(
-                QStringLiteral("so many bytes are sent"),
-                [this, bytes] {
-                    return corvane.value(QStringLiteral("progressBar_updating")) > bytes;
-                },
-                kUpgradeLimitMs);
+            && corvane.waitUntil(QStringLiteral("the bar starts anew"),
+                                 [hasSentHalf] { return !hasSentHalf(); })
+            && corvane.waitUntil(QStringLiteral("half of it is sent"), hasSentHalf,
+                                 kUpgradeLimitMs);
     }
 
     QString firmware() const { return m_scratch.filePath(QStringLiteral("firmware.bin")); }
@@ -260,8 +262,7 @@ Steps failingToUpgrade()
         {"stopped", "Upgrade a camera that is switched off half-way: it says so after two seconds",
          [](Stage &stage) {
              return stage.closeDialog() && stage.tell("silent off") && stage.connectCamera()
-                 && stage.chooseImage() && stage.upgradeUntil(kFirmwareSize / 2)
-                 && stage.tell("silent on")
+                 && stage.chooseImage() && stage.upgradeHalfWay() && stage.tell("silent on")
                  && stage.corvane.waitForDialog("Error: Transmission stop!");
          }},
     };
@@ -273,7 +274,7 @@ Steps upgrading()
         {"half-way", "Upgrade: half of it is done",
          [](Stage &stage) {
              return stage.closeDialog() && stage.tell("silent off") && stage.connectCamera()
-                 && stage.chooseImage() && stage.upgradeUntil(kFirmwareSize / 2);
+                 && stage.chooseImage() && stage.upgradeHalfWay();
          }},
         {"complete", "The upgrade is complete, and the camera has received what was packed",
          [](Stage &stage) {
