@@ -1,0 +1,375 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "windowonline.h"
+
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QTabWidget>
+#include <QTemporaryFile>
+#include <QtTest>
+
+namespace {
+
+/// The window with the focus on it, and a hand on the keyboard.
+class WindowAtTheKeyboard : public WindowOnLine {
+public:
+    explicit WindowAtTheKeyboard(bool answersDialogs = true)
+        : WindowOnLine(answersDialogs)
+    {
+        window.show();
+        window.activateWindow();
+        isActive = QTest::qWaitForWindowActive(&window);
+    }
+
+    /// A key as the window system delivers it: whoever has the focus gets it.
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QTest::keyClick(window.windowHandle(), key, modifiers);
+    }
+
+    QString focus() const
+    {
+        const QWidget *const widget = window.focusWidget();
+        return widget != nullptr ? widget->objectName() : QString();
+    }
+
+    /// Presses a key again and again until the widget has the focus.
+    bool goTo(const char *widget, Qt::Key key = Qt::Key_Tab)
+    {
+        constexpr int kMoreThanThereAre = 40;
+        for (int count = 0; count < kMoreThanThereAre; ++count) {
+            if (focus() == QLatin1String(widget)) {
+                return true;
+            }
+            press(key);
+        }
+        return false;
+    }
+
+    /// Where the focus goes from a widget at each press, until it comes back or no longer moves.
+    QStringList walk(const char *from, Qt::Key key)
+    {
+        QStringList stations;
+        widget(from)->setFocus(Qt::OtherFocusReason);
+        QString before;
+        while (focus() != before && !stations.contains(focus())) {
+            before = focus();
+            stations << before;
+            press(key);
+        }
+        return stations;
+    }
+
+    void showFirmwarePage() { child<QTabWidget>("tabWidget")->setCurrentIndex(1); }
+
+    bool isActive = false;
+};
+
+const char *const kTabBar = "qt_tabwidget_tabbar";
+
+} // namespace
+
+class MainWindowKeyboardTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void tabVisitsWhatIsEnabled_data();
+    void tabVisitsWhatIsEnabled();
+    void whatIsEnabledIsVisited_data();
+    void whatIsEnabledIsVisited();
+    void aTextPaneKeepsTabButNotTheOthers();
+    void spaceConnectsAndDisconnects();
+    void spacePressesTheButtonsOfThePage_data();
+    void spacePressesTheButtonsOfThePage();
+    void spaceOpensTheAboutBoxAndEscapeClosesIt();
+    void arrowsChooseInComboBoxes_data();
+    void arrowsChooseInComboBoxes();
+    void anOpenListIsChosenFromByArrowsAndReturn();
+    void arrowsChooseTheDirection();
+    void arrowsOnTheTabsAndCtrlTabElsewhereChangeThePage();
+    void aTypedPathIsCheckedAtReturnAndAtTab_data();
+    void aTypedPathIsCheckedAtReturnAndAtTab();
+};
+
+void MainWindowKeyboardTest::tabVisitsWhatIsEnabled_data()
+{
+    QTest::addColumn<bool>("isConnected");
+    QTest::addColumn<int>("page");
+    QTest::addColumn<QByteArray>("from");
+    QTest::addColumn<bool>("isBackward");
+    QTest::addColumn<QStringList>("stations");
+
+    QTest::newRow("disconnected") << false << 0 << QByteArray("comboBox_portlist") << false
+                                  << QStringList{"comboBox_portlist", "comboBox_baudrate",
+                                                 "pushButton_connect", "toolButton_about"};
+    QTest::newRow("disconnected, backward")
+        << false << 0 << QByteArray("comboBox_portlist") << true
+        << QStringList{"comboBox_portlist", "toolButton_about", "pushButton_connect",
+                       "comboBox_baudrate"};
+    // The pane takes the Tab key for itself, because text can be typed there.
+    QTest::newRow("settings, up to the pane")
+        << true << 0 << QByteArray("pushButton_disconnect") << false
+        << QStringList{"pushButton_disconnect", "toolButton_about",       kTabBar,
+                       "pushButton_default",    "pushButton_apply",       "comboBox_autozoom",
+                       "comboBox_zoomoffset",   "comboBox_targetmissing", "comboBox_autotracking",
+                       "radioButton_upright",   "textEdit_device_info"};
+    QTest::newRow("settings, backward")
+        << true << 0 << QByteArray("pushButton_disconnect") << true
+        << QStringList{
+               "pushButton_disconnect",  "pushButton_custom_zoom_2", "pushButton_custom_zoom_1",
+               "textEdit_device_info",   "radioButton_upside_down",  "comboBox_autotracking",
+               "comboBox_targetmissing", "comboBox_zoomoffset",      "comboBox_autozoom",
+               "pushButton_apply",       "pushButton_default",       kTabBar,
+               "toolButton_about"};
+    QTest::newRow("firmware, up to the pane")
+        << true << 1 << QByteArray("pushButton_disconnect") << false
+        << QStringList{"pushButton_disconnect",  "toolButton_about",  kTabBar,
+                       "pushButton_choose_file", "lineEdit_firmware", "textEdit_firmware_info"};
+    QTest::newRow("firmware, backward") << true << 1 << QByteArray("pushButton_disconnect") << true
+                                        << QStringList{"pushButton_disconnect",
+                                                       "textEdit_firmware_info",
+                                                       "lineEdit_firmware",
+                                                       "pushButton_choose_file",
+                                                       kTabBar,
+                                                       "toolButton_about"};
+}
+
+void MainWindowKeyboardTest::tabVisitsWhatIsEnabled()
+{
+    QFETCH(bool, isConnected);
+    QFETCH(int, page);
+    QFETCH(QByteArray, from);
+    QFETCH(bool, isBackward);
+    WindowAtTheKeyboard desk;
+    QVERIFY(desk.isActive);
+    QVERIFY(!isConnected || desk.connectCamera());
+    desk.child<QTabWidget>("tabWidget")->setCurrentIndex(page);
+    QTEST(desk.walk(from, isBackward ? Qt::Key_Backtab : Qt::Key_Tab), "stations");
+}
+
+void MainWindowKeyboardTest::whatIsEnabledIsVisited_data()
+{
+    QTest::addColumn<bool>("isConnected");
+    QTest::addColumn<int>("page");
+    QTest::newRow("disconnected") << false << 0;
+    QTest::newRow("settings") << true << 0;
+    QTest::newRow("firmware") << true << 1;
+}
+
+void MainWindowKeyboardTest::whatIsEnabledIsVisited()
+{
+    QFETCH(bool, isConnected);
+    QFETCH(int, page);
+    WindowAtTheKeyboard desk;
+    QVERIFY(desk.isActive);
+    QVERIFY(!isConnected || desk.connectCamera());
+    desk.child<QTabWidget>("tabWidget")->setCurrentIndex(page);
+
+    // Backward, because the panes take Tab for themselves.
+    const QStringList visited =
+        desk.walk(isConnected ? "pushButton_disconnect" : "pushButton_connect", Qt::Key_Backtab);
+    QStringList missed;
+    const auto widgets = desk.window.findChildren<QWidget *>();
+    for (const QWidget *widget : widgets) {
+        // Of the radio buttons, the one that is checked stands for both.
+        const auto *const radio = qobject_cast<const QRadioButton *>(widget);
+        const bool isStation = widget->isVisible() && widget->isEnabled()
+            && (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr
+            && (radio == nullptr || radio->isChecked());
+        if (isStation && !visited.contains(widget->objectName())) {
+            missed << widget->objectName();
+        }
+    }
+    QCOMPARE(missed, QStringList());
+}
+
+void MainWindowKeyboardTest::aTextPaneKeepsTabButNotTheOthers()
+{
+    WindowAtTheKeyboard desk;
+    QVERIFY(desk.connectCamera());
+    desk.widget("textEdit_device_info")->setFocus();
+    desk.press(Qt::Key_Tab);
+    QCOMPARE(desk.focus(), QString("textEdit_device_info"));
+    QVERIFY(desk.text("textEdit_device_info").contains('\t'));
+
+    desk.press(Qt::Key_Backtab, Qt::ShiftModifier);
+    QCOMPARE(desk.focus(), QString("radioButton_upside_down"));
+
+    desk.widget("textEdit_device_info")->setFocus();
+    desk.press(Qt::Key_Tab, Qt::ControlModifier);
+    QCOMPARE(desk.child<QTabWidget>("tabWidget")->currentIndex(), 1);
+    QVERIFY(desk.focus() != "textEdit_device_info");
+}
+
+void MainWindowKeyboardTest::spaceConnectsAndDisconnects()
+{
+    WindowAtTheKeyboard desk;
+    QVERIFY(desk.isActive);
+    desk.replyWith(WindowOnLine::helloReply());
+    QVERIFY(desk.goTo("pushButton_connect"));
+    desk.press(Qt::Key_Space);
+    QVERIFY(desk.widget("tabWidget")->isEnabled());
+    QCOMPARE(desk.line.received(), WindowOnLine::helloRequest());
+
+    QVERIFY(desk.goTo("pushButton_disconnect", Qt::Key_Backtab));
+    desk.press(Qt::Key_Space);
+    QVERIFY(!desk.widget("tabWidget")->isEnabled());
+    QVERIFY(!desk.port()->isOpen());
+}
+
+void MainWindowKeyboardTest::spacePressesTheButtonsOfThePage_data()
+{
+    QTest::addColumn<QByteArray>("button");
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<QString>("pane");
+    QTest::addColumn<QStringList>("boxes");
+
+    // The short acknowledgement: 10 + 94 + 5 + 85 = 194
+    QTest::newRow("Apply") << QByteArray("pushButton_apply") << Qt::Key_Tab
+                           << QByteArray::fromHex("ffff0a410106070609055500c2")
+                           << "Device Version: 1.0.a.10"
+                           << QStringList{"Information: Apply Success."};
+    // A zoom of 25: 12 + 94 + 5 + 58 + 25 = 194
+    QTest::newRow("Zoom 1") << QByteArray("pushButton_custom_zoom_1") << Qt::Key_Backtab
+                            << QByteArray::fromHex("ffff0c410106070609053a000019c2")
+                            << "Device Version: 1.0.a.10\nSetting custom zoom: 25" << QStringList();
+    QTest::newRow("Zoom 2") << QByteArray("pushButton_custom_zoom_2") << Qt::Key_Backtab
+                            << QByteArray::fromHex("ffff0c410106070609053a000019c2")
+                            << "Device Version: 1.0.a.10\nSetting custom zoom: 25" << QStringList();
+}
+
+void MainWindowKeyboardTest::spacePressesTheButtonsOfThePage()
+{
+    QFETCH(QByteArray, button);
+    QFETCH(Qt::Key, key);
+    QFETCH(QByteArray, reply);
+    WindowAtTheKeyboard desk;
+    QVERIFY(desk.connectCamera());
+    desk.replyWith(reply);
+    QVERIFY(desk.goTo("pushButton_disconnect", Qt::Key_Backtab));
+    QVERIFY(desk.goTo(button, key));
+    desk.press(Qt::Key_Space);
+    QTEST(desk.text("textEdit_device_info"), "pane");
+    QTEST(desk.dialogs.texts(), "boxes");
+}
+
+void MainWindowKeyboardTest::spaceOpensTheAboutBoxAndEscapeClosesIt()
+{
+    WindowAtTheKeyboard desk(false);
+    QVERIFY(desk.isActive);
+    QVERIFY(desk.goTo("toolButton_about"));
+    QTimer poll;
+    connect(&poll, &QTimer::timeout, [] {
+        if (QWidget *const box = QApplication::activeModalWidget()) {
+            QTest::keyClick(box, Qt::Key_Escape);
+        }
+    });
+    poll.start(10);
+    desk.press(Qt::Key_Space);
+    QCOMPARE(desk.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
+    QVERIFY(!desk.dialogs.isOpen());
+}
+
+void MainWindowKeyboardTest::arrowsChooseInComboBoxes_data()
+{
+    QTest::addColumn<QByteArray>("comboBox");
+    QTest::addColumn<int>("count");
+    QTest::newRow("auto tracking") << QByteArray("comboBox_autotracking") << 4;
+    QTest::newRow("target missing") << QByteArray("comboBox_targetmissing") << 10;
+    QTest::newRow("auto zoom") << QByteArray("comboBox_autozoom") << 2;
+    QTest::newRow("zoom offset") << QByteArray("comboBox_zoomoffset") << 4;
+}
+
+void MainWindowKeyboardTest::arrowsChooseInComboBoxes()
+{
+    QFETCH(QByteArray, comboBox);
+    QFETCH(int, count);
+    WindowAtTheKeyboard desk;
+    QVERIFY(desk.connectCamera());
+    QVERIFY(desk.goTo("pushButton_disconnect", Qt::Key_Backtab));
+    QVERIFY(desk.goTo(comboBox));
+    desk.press(Qt::Key_Home);
+    QCOMPARE(desk.combo(comboBox)->currentIndex(), 0);
+    desk.press(Qt::Key_Down);
+    QCOMPARE(desk.combo(comboBox)->currentIndex(), 1);
+    desk.press(Qt::Key_End);
+    QCOMPARE(desk.combo(comboBox)->currentIndex(), count - 1);
+    desk.press(Qt::Key_Up);
+    QCOMPARE(desk.combo(comboBox)->currentIndex(), count - 2);
+}
+
+void MainWindowKeyboardTest::anOpenListIsChosenFromByArrowsAndReturn()
+{
+    WindowAtTheKeyboard desk;
+    QVERIFY(desk.connectCamera());
+    QVERIFY(desk.goTo("comboBox_autotracking", Qt::Key_Backtab));
+    QCOMPARE(desk.combo("comboBox_autotracking")->currentIndex(), 2);
+    desk.press(Qt::Key_Down, Qt::AltModifier);
+    QWidget *const list = QApplication::activePopupWidget();
+    QVERIFY(list != nullptr);
+    QTest::keyClick(list->windowHandle(), Qt::Key_Up);
+    QTest::keyClick(list->windowHandle(), Qt::Key_Return);
+    QCOMPARE(desk.combo("comboBox_autotracking")->currentIndex(), 1);
+    QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
+}
+
+void MainWindowKeyboardTest::arrowsChooseTheDirection()
+{
+    WindowAtTheKeyboard desk;
+    QVERIFY(desk.connectCamera());
+    QVERIFY(desk.goTo("radioButton_upside_down", Qt::Key_Backtab));
+    desk.press(Qt::Key_Left);
+    QVERIFY(desk.child<QRadioButton>("radioButton_upright")->isChecked());
+    desk.press(Qt::Key_Right);
+    QVERIFY(desk.child<QRadioButton>("radioButton_upside_down")->isChecked());
+}
+
+void MainWindowKeyboardTest::arrowsOnTheTabsAndCtrlTabElsewhereChangeThePage()
+{
+    WindowAtTheKeyboard desk;
+    QVERIFY(desk.connectCamera());
+    const auto *const tabs = desk.child<QTabWidget>("tabWidget");
+    QVERIFY(desk.goTo(kTabBar, Qt::Key_Backtab));
+    desk.press(Qt::Key_Right);
+    QCOMPARE(tabs->currentIndex(), 1);
+    desk.press(Qt::Key_Left);
+    QCOMPARE(tabs->currentIndex(), 0);
+
+    QVERIFY(desk.goTo("pushButton_apply", Qt::Key_Backtab));
+    desk.press(Qt::Key_Tab, Qt::ControlModifier);
+    QCOMPARE(tabs->currentIndex(), 1);
+    desk.press(Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(tabs->currentIndex(), 0);
+}
+
+void MainWindowKeyboardTest::aTypedPathIsCheckedAtReturnAndAtTab_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    QTest::newRow("Return") << Qt::Key_Return;
+    QTest::newRow("Tab") << Qt::Key_Tab;
+}
+
+void MainWindowKeyboardTest::aTypedPathIsCheckedAtReturnAndAtTab()
+{
+    QFETCH(Qt::Key, key);
+    QTemporaryFile image;
+    QVERIFY(image.open());
+    image.write("KVEL" + QByteArray::fromHex("01020aff 05060708"));
+    image.close();
+
+    WindowAtTheKeyboard desk;
+    QVERIFY(desk.connectCamera());
+    desk.showFirmwarePage();
+    QVERIFY(desk.goTo("lineEdit_firmware", Qt::Key_Backtab));
+    QTest::keyClicks(desk.window.focusWidget(), image.fileName());
+    desk.press(key);
+    QCOMPARE(desk.text("textEdit_firmware_info"),
+             QString("Protocol version: 1.2.a.-1\nImage version: 5.6.7.8"));
+    QVERIFY(desk.widget("pushButton_start_upgrade")->isEnabled());
+    QVERIFY(desk.goTo("pushButton_start_upgrade", Qt::Key_Backtab));
+}
+
+QTEST_MAIN(MainWindowKeyboardTest)
+#include "tst_mainwindowkeyboard.moc"
