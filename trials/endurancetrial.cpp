@@ -19,7 +19,7 @@ namespace {
 
 /// After so many, what is loaded when it is first needed is there, and the allocator, which keeps
 /// what was freed of large blocks from the second time on, has the memory that an upload takes.
-constexpr int kWarmUpUploads = 5;
+constexpr int kWarmUpUploads = 10;
 /// As much as memory may go up and down and still be flat.
 constexpr qint64 kFlatKiB = 1024;
 constexpr int kOutputKept = 100'000; // characters; a packet takes about 500
@@ -41,7 +41,7 @@ Tally enduranceTrial(const TrialOptions &options)
                               .arg(options.seed)
                               .arg(options.count)
                               .arg(options.speed);
-    constexpr int kFewestUploads = 8;
+    constexpr int kFewestUploads = 16;
     constexpr int kMostPackets = 10'000;
     const int perUpload = std::clamp(options.count / kFewestUploads, 1, kMostPackets);
     QRandomGenerator random(options.seed);
