@@ -45,10 +45,12 @@ class Completing(unittest.TestCase):
         loadable.mkdir(parents=True)
         (loadable / "completions").symlink_to(COMPLETIONS)
 
-    def completions(self, line: str) -> set[str]:
+    def completions(self, line: str, *under: str) -> set[str]:
+        """:param under: a program that runs the shell, with its arguments"""
         program = line.split()[0]
         result = subprocess.run(
-            ["bash", "--norc", "-c", COMPLETE, "bash", BASH_COMPLETION, COMPLETIONS, program, line],
+            [*under, "bash", "--norc", "-c", COMPLETE]
+            + ["bash", BASH_COMPLETION, COMPLETIONS, program, line],
             capture_output=True,
             text=True,
             check=False,
@@ -63,6 +65,11 @@ class Completing(unittest.TestCase):
 
     def test_what_can_stand_there_is_offered(self) -> None:
         for line, expected in {
+            "corvane-diagnose --": {"--help", "--json", "--list", "--version", "--wait"},
+            "corvane-diagnose --wait ": set(),
+            "corvane-diagnose --list ": set(),
+            "corvane-diagnose ttyUSB0 ": set(),
+            "corvane-diagnose ./camera.b": {"./camera.bin"},
             "corvane-image ": {"pack", "info", "unpack", "verify"},
             "corvane-image u": {"unpack"},
             "corvane-image --v": {"--version"},
@@ -100,6 +107,18 @@ class Completing(unittest.TestCase):
         }.items():
             with self.subTest(line):
                 self.assertEqual(self.completions(line), expected)
+
+    def test_the_ports_that_there_are_are_offered(self) -> None:
+        port = f"ttyUSB{os.getpid()}"
+        camera = [str(PROGRAMS / "corvane-simulator"), "--quiet", "--port", port, "--"]
+        for line, expected in {
+            "corvane-diagnose ": {port},
+            "corvane-diagnose --json --wait 3 tty": {port},
+            "corvane-diagnose ttyS": set(),
+            f"corvane-diagnose {port} tty": set(),
+        }.items():
+            with self.subTest(line):
+                self.assertEqual(self.completions(line, *camera), expected)
 
 
 if __name__ == "__main__":
