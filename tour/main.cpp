@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLockFile>
 #include <QTemporaryDir>
 
@@ -38,7 +39,8 @@ public:
     /// @param programArguments  what corvane gets on its command line
     bool start(const QStringList &programArguments)
     {
-        // Copies, so that the pictures do not show where somebody has built the program.
+        // Copies, by names without a folder, so that the pictures show the same for everybody.
+        QDir::setCurrent(m_scratch.path());
         QFile::copy(QStringLiteral(SAMPLE_FIRMWARE), firmware());
         QFile::copy(QStringLiteral(SAMPLE_IMAGE), image());
         // Time-outs are half of the tour, so program and camera live four times as fast.
@@ -100,8 +102,8 @@ public:
                                  kUpgradeLimitMs);
     }
 
-    QString firmware() const { return m_scratch.filePath(QStringLiteral("firmware.bin")); }
-    QString image() const { return m_scratch.filePath(QStringLiteral("sample.img")); }
+    static QString firmware() { return QStringLiteral("firmware.bin"); }
+    static QString image() { return QStringLiteral("sample.img"); }
     QString saved() const { return m_scratch.filePath(QStringLiteral("received.bin")); }
 
     Pilot corvane;
@@ -349,7 +351,8 @@ Steps allSteps()
 /// The folder of the pictures, without those of an earlier tour.
 QDir emptied(const QString &path)
 {
-    QDir directory(path);
+    // Whole, because the tour goes to another folder.
+    QDir directory(QFileInfo(path).absoluteFilePath());
     directory.mkpath(".");
     const QStringList oldPictures = directory.entryList({"*.png"});
     for (const QString &picture : oldPictures) {
