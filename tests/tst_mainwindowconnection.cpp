@@ -20,6 +20,7 @@ private slots:
     void aCameraThatAnswersIsConnected();
     void widgetsChangeInOrder();
     void usesTheFixedLineParameters();
+    void setsTheLineParametersInOrderBeforeItOpens();
     void connectsOn_data();
     void connectsOn();
     void failsAfterFiveSecondsOn_data();
@@ -111,6 +112,30 @@ void MainWindowConnectionTest::usesTheFixedLineParameters()
     QCOMPARE(desk.port()->parity(), QSerialPort::NoParity);
     QCOMPARE(desk.port()->stopBits(), QSerialPort::OneStop);
     QCOMPARE(desk.port()->flowControl(), QSerialPort::NoFlowControl);
+}
+
+void MainWindowConnectionTest::setsTheLineParametersInOrderBeforeItOpens()
+{
+    WindowOnLine desk;
+    QSerialPort *const port = desk.port();
+    port->setBaudRate(9600);
+    port->setDataBits(QSerialPort::Data7);
+    port->setParity(QSerialPort::EvenParity);
+    port->setStopBits(QSerialPort::TwoStop);
+    port->setFlowControl(QSerialPort::HardwareControl);
+    QStringList changes;
+    const auto note = [&desk, port, &changes](const QString &what) {
+        const bool hasName = "/dev/" + port->portName() == desk.line.portName();
+        changes << what + (hasName && !port->isOpen() ? "" : " out of turn");
+    };
+    connect(port, &QSerialPort::baudRateChanged, port, [note] { note("baud rate"); });
+    connect(port, &QSerialPort::dataBitsChanged, port, [note] { note("data bits"); });
+    connect(port, &QSerialPort::parityChanged, port, [note] { note("parity"); });
+    connect(port, &QSerialPort::stopBitsChanged, port, [note] { note("stop bits"); });
+    connect(port, &QSerialPort::flowControlChanged, port, [note] { note("flow control"); });
+    QVERIFY(desk.connectCamera());
+    QCOMPARE(changes,
+             QStringList({"baud rate", "data bits", "parity", "stop bits", "flow control"}));
 }
 
 void MainWindowConnectionTest::connectsOn_data()

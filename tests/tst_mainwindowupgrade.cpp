@@ -168,6 +168,9 @@ private slots:
     void uploadsAFirmwareOf_data();
     void uploadsAFirmwareOf();
     void changesTheWidgetsInOrder();
+    void showsTheProgressBehindThePacket();
+    void deliversEventsBetweenTheFullBarAndTheText();
+    void anAcknowledgementBeforeTheWaitIsLost();
     void readsTheFileAgain();
     void aFileThatHasGoneOnlyDisablesTheStart_data();
     void aFileThatHasGoneOnlyDisablesTheStart();
@@ -304,6 +307,55 @@ void MainWindowUpgradeTest::changesTheWidgetsInOrder()
                  "comboBox_baudrate on",
                  "textEdit_device_info = ",
              }));
+}
+
+void MainWindowUpgradeTest::showsTheProgressBehindThePacket()
+{
+    Upgrade upgrade(129);
+    QList<qint64> unsent;
+    connect(upgrade.desk.child<QProgressBar>("progressBar_updating"), &QProgressBar::valueChanged,
+            &upgrade, [&upgrade, &unsent] { unsent << upgrade.desk.port()->bytesToWrite(); });
+    upgrade.start();
+    // The second packet's frame, and nothing when all is acknowledged.
+    QCOMPARE(unsent, QList<qint64>({14, 0}));
+}
+
+// So that the operator sees the full bar before the text takes the place of the versions.
+void MainWindowUpgradeTest::deliversEventsBetweenTheFullBarAndTheText()
+{
+    Upgrade upgrade(129);
+    QString paneAtTheFullBar;
+    connect(upgrade.desk.child<QProgressBar>("progressBar_updating"), &QProgressBar::valueChanged,
+            &upgrade, [&upgrade, &paneAtTheFullBar](int value) {
+                if (value == 129) {
+                    QMetaObject::invokeMethod(
+                        &upgrade,
+                        [&upgrade, &paneAtTheFullBar] { paneAtTheFullBar = upgrade.pane(); },
+                        Qt::QueuedConnection);
+                }
+            });
+    upgrade.start();
+    QCOMPARE(upgrade.pane(), QString(kComplete));
+    QCOMPARE(paneAtTheFullBar, QString(kVersionLines));
+}
+
+// Events are delivered once behind each packet's progress, and what comes then ends no wait.
+void MainWindowUpgradeTest::anAcknowledgementBeforeTheWaitIsLost()
+{
+    Upgrade upgrade(300);
+    connect(upgrade.desk.child<QProgressBar>("progressBar_updating"), &QProgressBar::valueChanged,
+            &upgrade, [&upgrade](int value) {
+                if (value == 128) {
+                    QMetaObject::invokeMethod(
+                        &upgrade.desk.window, "AnalyzeReceiveData", Qt::QueuedConnection,
+                        Q_ARG(QByteArray, packetAcknowledgement().chopped(1)));
+                }
+            });
+    upgrade.instead[2] = [] {};
+    upgrade.start();
+    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Transmission stop!"});
+    QCOMPARE(upgrade.frames.size(), 3);
+    QCOMPARE(upgrade.progress(), 128);
 }
 
 void MainWindowUpgradeTest::readsTheFileAgain()

@@ -8,6 +8,7 @@
 
 #include "mainwindow.h"
 
+#include <QAbstractItemView>
 #include <QMessageBox>
 #include <QSerialPort>
 #include <QSerialPortInfo>
@@ -74,6 +75,7 @@ private slots:
     void listsPortsInTheSystemsOrder();
     void itemsCarryNeitherDataNorIcon();
     void aNewPortShowsWhenThePopupOpens();
+    void thePopupIsLargeEnoughForANewPort();
     void openingThePopupSelectsTheFirstPort();
     void rebuildingChangesTheIndexTwice();
     void theWindowFollowsTheList();
@@ -151,6 +153,27 @@ void SerialPortComboBoxTest::aNewPortShowsWhenThePopupOpens()
     QTest::mouseClick(&ports, Qt::LeftButton);
     QTRY_COMPARE(ports.count(), 2);
     QCOMPARE(ports.currentIndex(), 0);
+    ports.hidePopup();
+}
+
+void SerialPortComboBoxTest::thePopupIsLargeEnoughForANewPort()
+{
+    MockedMachine machine;
+    machine.plug("ttyUSB0", "USB_Serial");
+    SerialPortComboBox ports;
+    ports.show();
+    for (const char *name : {"ttyUSB1", "ttyUSB2", "ttyUSB3"}) {
+        machine.plug(name, "USB_Serial");
+    }
+    ports.showPopup();
+    QCOMPARE(ports.count(), 4);
+    const QAbstractItemView *const list = ports.view();
+    const QRect last = list->visualRect(list->model()->index(3, 0));
+    QVERIFY(last.isValid());
+    QVERIFY2(last.bottom() < list->viewport()->height(),
+             qPrintable(QStringLiteral("%1, but there are %2 rows of pixels")
+                            .arg(last.bottom())
+                            .arg(list->viewport()->height())));
     ports.hidePopup();
 }
 

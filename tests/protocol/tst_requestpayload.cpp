@@ -20,6 +20,7 @@ class RequestPayloadTest : public QObject {
 private slots:
     void settingsStandInTheOrderOfTheWire_data();
     void settingsStandInTheOrderOfTheWire();
+    void whatIsNotSetIsOff();
     void customZoomIsThePresetAndZero();
     void firmwareSizeTravelsInThreeBytes_data();
     void firmwareSizeTravelsInThreeBytes();
@@ -59,6 +60,11 @@ void RequestPayloadTest::settingsStandInTheOrderOfTheWire()
     settings.autoZoom = autoZoom;
     settings.zoomOffset = zoomOffset;
     QTEST(hex(cameraSettingsPayload(settings)), "payload");
+}
+
+void RequestPayloadTest::whatIsNotSetIsOff()
+{
+    QCOMPARE(hex(cameraSettingsPayload(CameraSettings())), QByteArray("00 00 00 00 00"));
 }
 
 void RequestPayloadTest::customZoomIsThePresetAndZero()

@@ -65,6 +65,7 @@ private slots:
     void deliversQueuedAcrossThreads();
     void logsWhatTheAssemblerSays_data();
     void logsWhatTheAssemblerSays();
+    void logsAFrameBeforeItHandsItOver();
     void dropsWhatIsTooLongAndGoesOn();
     void keepsAPartialFrameForLater();
     void endsWithinOnePoll();
@@ -177,6 +178,25 @@ void ParserThreadTest::logsWhatTheAssemblerSays()
         QTRY_VERIFY(buffer.isEmpty());
     }
     QCOMPARE(log.texts(), QStringList{"startParser"} + lines);
+}
+
+// Whoever takes the frame logs what he makes of it, and the log is to be read from top to bottom.
+void ParserThreadTest::logsAFrameBeforeItHandsItOver()
+{
+    LogCapture log;
+    RingBuffer buffer(4096);
+    {
+        ParserThread parser;
+        connect(
+            &parser, &ParserThread::command, &parser, [] { qDebug("handed over"); },
+            Qt::DirectConnection);
+        parser.startParser(&buffer);
+        buffer.append(shortFrame());
+        QTRY_VERIFY(buffer.isEmpty());
+    }
+    QCOMPARE(log.texts(),
+             QStringList({"startParser", "data_step_head_ready: length = 10",
+                          "Analyze Data: length = 10", "handed over"}));
 }
 
 void ParserThreadTest::dropsWhatIsTooLongAndGoesOn()
