@@ -28,7 +28,9 @@ private slots:
     void aReplyBehindTheTimeOutIsShownUntilTheBoxIsClosed();
     void aPortThatCannotBeOpenedIsReported_data();
     void aPortThatCannotBeOpenedIsReported();
+    void saysThatAPortDoesNotOpenBeforeItReturnsToTheStart();
     void disconnectReturnsToTheStart();
+    void disconnectReturnsToTheStartBeforeItSaysSo();
     void disconnectingWhileDisconnectedIsHarmless();
     void everythingButTheSerialControlsIsLiveWhileConnecting();
     void aPartialFrameSurvivesAReconnect();
@@ -279,6 +281,21 @@ void MainWindowConnectionTest::aPortThatCannotBeOpenedIsReported()
     QVERIFY(!desk.port()->isOpen());
 }
 
+void MainWindowConnectionTest::saysThatAPortDoesNotOpenBeforeItReturnsToTheStart()
+{
+    QStringList said; // outlives the window, which clears its panes at its end
+    WindowOnLine desk;
+    auto *const ports = desk.combo("comboBox_portlist");
+    ports->addItem("/dev/null (test)");
+    ports->setCurrentIndex(ports->count() - 1);
+    auto *const pane = desk.child<QTextEdit>("textEdit_device_info");
+    pane->setPlainText("from before");
+    connect(pane, &QTextEdit::textChanged, pane, [&desk, &said] { said = desk.log.statusTexts(); });
+    desk.log.clear();
+    desk.click("pushButton_connect");
+    QCOMPARE(said, QStringList{"Open error"});
+}
+
 void MainWindowConnectionTest::disconnectReturnsToTheStart()
 {
     WindowOnLine desk;
@@ -298,6 +315,18 @@ void MainWindowConnectionTest::disconnectReturnsToTheStart()
     desk.widget("tabWidget")->setEnabled(false);
 
     QVERIFY(desk.connectCamera());
+}
+
+void MainWindowConnectionTest::disconnectReturnsToTheStartBeforeItSaysSo()
+{
+    QStringList said{"nothing cleared"}; // outlives the window, which clears its panes at its end
+    WindowOnLine desk;
+    QVERIFY(desk.connectCamera());
+    auto *const pane = desk.child<QTextEdit>("textEdit_device_info");
+    connect(pane, &QTextEdit::textChanged, pane, [&desk, &said] { said = desk.log.statusTexts(); });
+    desk.click("pushButton_disconnect");
+    QCOMPARE(said, QStringList());
+    QCOMPARE(desk.log.statusTexts(), QStringList{"Disconnected"});
 }
 
 void MainWindowConnectionTest::disconnectingWhileDisconnectedIsHarmless()
