@@ -35,6 +35,8 @@ private slots:
     void everythingButTheSerialControlsIsLiveWhileConnecting();
     void aPartialFrameSurvivesAReconnect();
     void aHungUpLineDisconnects();
+    void onlyAReadErrorMakesALineShowThatItIsGone_data();
+    void onlyAReadErrorMakesALineShowThatItIsGone();
     void aLineThatHangsUpDuringTheHandshakeDisconnectsTwice();
     void otherErrorsChangeNothing_data();
     void otherErrorsChangeNothing();
@@ -389,6 +391,31 @@ void MainWindowConnectionTest::aHungUpLineDisconnects()
     QVERIFY(desk.widget("pushButton_connect")->isEnabled());
     QVERIFY(!desk.widget("tabWidget")->isEnabled());
     QCOMPARE(desk.dialogs.texts(), QStringList());
+}
+
+void MainWindowConnectionTest::onlyAReadErrorMakesALineShowThatItIsGone_data()
+{
+    QTest::addColumn<QSerialPort::SerialPortError>("error");
+    QTest::addColumn<bool>("disconnects");
+    QTest::newRow("read error") << QSerialPort::ReadError << true;
+    QTest::newRow("no error") << QSerialPort::NoError << false;
+    QTest::newRow("write error") << QSerialPort::WriteError << false;
+    QTest::newRow("time-out") << QSerialPort::TimeoutError << false;
+    QTest::newRow("unknown error") << QSerialPort::UnknownError << false;
+}
+
+// No event loop runs between, so the port itself has not noticed yet.
+void MainWindowConnectionTest::onlyAReadErrorMakesALineShowThatItIsGone()
+{
+    QFETCH(QSerialPort::SerialPortError, error);
+    WindowOnLine desk;
+    QVERIFY(desk.connectCamera());
+    desk.line.hangUp();
+    QVERIFY(desk.port()->isOpen());
+    QVERIFY(QMetaObject::invokeMethod(&desk.window, "handleError",
+                                      Q_ARG(QSerialPort::SerialPortError, error)));
+    QTEST(!desk.port()->isOpen(), "disconnects");
+    QTEST(desk.log.statusTexts().contains("Disconnected"), "disconnects");
 }
 
 void MainWindowConnectionTest::aLineThatHangsUpDuringTheHandshakeDisconnectsTwice()

@@ -42,6 +42,8 @@ private slots:
     void raisesTheSignalOfTheReply_data();
     void raisesTheSignalOfTheReply();
     void changesTheWidgetsInOrder();
+    void saysWhatItShowsBeforeItShowsIt_data();
+    void saysWhatItShowsBeforeItShowsIt();
     void setsTheControls_data();
     void setsTheControls();
     void passesOutOfRangeIndicesToTheComboBoxes();
@@ -212,6 +214,41 @@ void MainWindowDispatchTest::changesTheWidgetsInOrder()
                           "radioButton_upright = chosen", "comboBox_targetmissing off",
                           "comboBox_autozoom off", "comboBox_autotracking = 0",
                           "comboBox_autozoom = 0", "comboBox_zoomoffset = 0"}));
+}
+
+void MainWindowDispatchTest::saysWhatItShowsBeforeItShowsIt_data()
+{
+    QTest::addColumn<QByteArray>("frame");
+    QTest::addColumn<QStringList>("changes");
+
+    QTest::newRow("HELLO") << delivered(5, 22, everythingOn())
+                           << QStringList{"pane after ClientVersion: 1.2.a.10",
+                                          "target missing after 9.1.1.1.1.1.3"};
+    QTest::newRow("settings") << delivered(5, 85, everythingOn())
+                              << QStringList{"pane after ClientVersion: 1.2.a.10",
+                                             "target missing after 9.1.1.1.1.1.3"};
+    QTest::newRow("custom zoom") << delivered(
+        5, 58, "0010") << QStringList{"pane after UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 16"};
+}
+
+void MainWindowDispatchTest::saysWhatItShowsBeforeItShowsIt()
+{
+    QFETCH(QByteArray, frame);
+    QStringList changes; // outlives the window, which clears its panes at its end
+    WindowOnLine desk;
+    const auto note = [&desk, &changes](const QString &what) {
+        changes << what + " after "
+                + desk.log.statusTexts().value(desk.log.statusTexts().size() - 1);
+    };
+    connect(desk.child<QTextEdit>("textEdit_device_info"), &QTextEdit::textChanged, this,
+            [note] { note("pane"); });
+    connect(desk.combo("comboBox_targetmissing"),
+            QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [note] { note("target missing"); });
+    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData", Q_ARG(QByteArray, frame));
+    // The pane changes several times, by itself.
+    changes.removeDuplicates();
+    QTEST(changes, "changes");
 }
 
 void MainWindowDispatchTest::setsTheControls_data()

@@ -171,6 +171,7 @@ private slots:
     void showsTheProgressBehindThePacket();
     void deliversEventsBetweenTheFullBarAndTheText();
     void anAcknowledgementBeforeTheWaitIsLost();
+    void enablesTheStartForTheNextTime();
     void readsTheFileAgain();
     void aFileThatHasGoneOnlyDisablesTheStart_data();
     void aFileThatHasGoneOnlyDisablesTheStart();
@@ -356,6 +357,22 @@ void MainWindowUpgradeTest::anAcknowledgementBeforeTheWaitIsLost()
     QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Transmission stop!"});
     QCOMPARE(upgrade.frames.size(), 3);
     QCOMPARE(upgrade.progress(), 128);
+}
+
+// Beneath the page, which is disabled as a whole.
+void MainWindowUpgradeTest::enablesTheStartForTheNextTime()
+{
+    Upgrade upgrade(129);
+    auto *const start = upgrade.desk.widget("pushButton_start_upgrade");
+    upgrade.start();
+    QCOMPARE(upgrade.pane(), QString(kComplete));
+    QVERIFY(!start->testAttribute(Qt::WA_ForceDisabled));
+
+    QVERIFY(upgrade.desk.connectCamera());
+    start->setEnabled(false);
+    QVERIFY(QMetaObject::invokeMethod(&upgrade.desk.window, "on_pushButton_start_upgrade_clicked"));
+    QCOMPARE(upgrade.pane(), QString(kComplete));
+    QVERIFY(!start->testAttribute(Qt::WA_ForceDisabled));
 }
 
 void MainWindowUpgradeTest::readsTheFileAgain()
