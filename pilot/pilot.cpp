@@ -218,6 +218,16 @@ bool Pilot::isBlocked()
     return state()[QStringLiteral("blocked")].toBool();
 }
 
+bool Pilot::watchEventLoop()
+{
+    return order({{"do", "watch event loop"}});
+}
+
+QJsonObject Pilot::eventLoopGaps()
+{
+    return order({{"do", "event loop gaps"}}) ? m_answer : QJsonObject();
+}
+
 bool Pilot::waitUntil(const QString &description, const std::function<bool()> &condition,
                       int limitMs)
 {

@@ -81,6 +81,13 @@ public:
     /// Whether a message box or another dialog keeps the main window from being used.
     bool isBlocked();
 
+    /// Begins to measure for how long the program's event loop is away from its events.
+    bool watchEventLoop();
+    /// Ends that. @return "turns" of the loop, the gaps' "percentile 99.9 ms" and "longest ms";
+    /// empty
+    ///         on failure
+    QJsonObject eventLoopGaps();
+
     /// Asks again and again until @p condition holds.
     bool waitUntil(const QString &description, const std::function<bool()> &condition,
                    int limitMs = 8000);

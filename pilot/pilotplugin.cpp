@@ -130,6 +130,12 @@ std::optional<QJsonObject> PilotAgent::carryOut(const QJsonObject &order)
     if (action == "close list") {
         return closeList();
     }
+    if (action == "watch event loop") {
+        return watchEventLoop();
+    }
+    if (action == "event loop gaps") {
+        return eventLoopGaps();
+    }
     if (mainWindow() == nullptr) {
         return error("there is no main window");
     }
@@ -305,6 +311,26 @@ QJsonObject PilotAgent::state()
         state["dialog"] = dialog->windowTitle() + ": " + dialog->text();
     }
     return state;
+}
+
+QJsonObject PilotAgent::watchEventLoop()
+{
+    m_watch.start();
+    return ok();
+}
+
+QJsonObject PilotAgent::eventLoopGaps()
+{
+    const QVector<double> gaps = m_watch.stop();
+    if (gaps.isEmpty()) {
+        return error("the event loop was not watched");
+    }
+    constexpr int kThousand = 1000;
+    const int percentile999 = gaps.size() - 1 - gaps.size() / kThousand;
+    return {{"ok", true},
+            {"turns", gaps.size()},
+            {"percentile 99.9 ms", gaps.at(percentile999)},
+            {"longest ms", gaps.last()}};
 }
 
 QObject *PilotPlugin::create(const QString &key, const QString &socketPath)

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "eventloopwatch.h"
+
 #include <QGenericPlugin>
 #include <QJsonObject>
 #include <QLocalSocket>
@@ -42,8 +44,11 @@ private:
     std::optional<QJsonObject> dismiss();
     static QJsonObject picture(const QString &path);
     static QJsonObject state();
+    QJsonObject watchEventLoop();
+    QJsonObject eventLoopGaps();
 
     QLocalSocket m_socket;
+    EventLoopWatch m_watch;
 };
 
 class PilotPlugin : public QGenericPlugin {

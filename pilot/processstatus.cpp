@@ -19,6 +19,19 @@ QByteArray read(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+/// Adds up Private_Clean, Private_Dirty and so on.
+qint64 privateKiBOf(const QByteArray &memoryMap)
+{
+    qint64 sum = 0;
+    const QList<QByteArray> lines = memoryMap.split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.startsWith("Private_")) {
+            sum += line.simplified().split(' ').value(1).toLongLong();
+        }
+    }
+    return sum;
+}
+
 } // namespace
 
 ProcessStatus ProcessStatus::of(qint64 processId)
@@ -38,6 +51,7 @@ ProcessStatus ProcessStatus::of(qint64 processId)
     process.processorTimeMs = ticks * 1000 / ::sysconf(_SC_CLK_TCK);
     process.residentKiB =
         fields.value(kResidentPages).toLongLong() * ::sysconf(_SC_PAGESIZE) / 1024;
+    process.privateKiB = privateKiBOf(read(folder + QStringLiteral("smaps_rollup")));
     process.threads = fields.value(kThreads).toInt();
     const QFileInfoList descriptors =
         QDir(folder + QStringLiteral("fd"))

@@ -12,6 +12,7 @@ struct ProcessStatus {
 
     qint64 processorTimeMs = 0; ///< used since its start, in steps of 10
     qint64 residentKiB = 0;
+    qint64 privateKiB = 0; ///< that of it which no other process has as well
     int threads = 0;
     int descriptors = 0; ///< open files, sockets and so on
     int terminals = 0;   ///< those of them that are terminals or serial ports

@@ -1,0 +1,342 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+// Operates the unmodified program with a simulated camera and measures it from outside. Each
+// measurement prints one line of JSON; script/bench knows what to make of it.
+
+#include "desk.h"
+#include "firmwarepacket.h"
+#include "processstatus.h"
+#include "recording.h"
+#include "uartframe.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRandomGenerator>
+#include <QThread>
+
+#include <cstdio>
+#include <optional>
+
+namespace {
+
+using Result = std::optional<QJsonObject>;
+
+constexpr double kMsPerSecond = 1000;
+
+/// An unhurried poll of 50 ms, and what the slowest machine may take besides.
+int uploadLimitMs(int packets, int speed)
+{
+    constexpr int kPacketLimitMs = 100;
+    constexpr int kStartLimitMs = 20'000;
+    return kStartLimitMs + packets * kPacketLimitMs / speed;
+}
+
+QByteArray randomBytes(int size, quint32 seed)
+{
+    QRandomGenerator random(seed);
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (char &byte : bytes) {
+        byte = static_cast<char>(random.generate());
+    }
+    return bytes;
+}
+
+QByteArray firmwareOf(int packets)
+{
+    return randomBytes(packets * FirmwarePacket::kSize, 1);
+}
+
+Result failed(Desk &desk)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(desk.explanation()));
+    return std::nullopt;
+}
+
+/// Looks only now and then, because a look costs the program time.
+bool waitUntilUploaded(Desk &desk, int packets, int speed)
+{
+    constexpr int kPollMs = 50;
+    QThread::msleep(static_cast<unsigned long>(packets * kPollMs / speed));
+    return desk.corvane.waitUntil(
+        QStringLiteral("the upgrade is complete"),
+        [&desk] {
+            constexpr unsigned long kLookMs = 200;
+            QThread::msleep(kLookMs);
+            return desk.corvane.text(QStringLiteral("textEdit_firmware_info"))
+                == QLatin1String("Update is complete. Device auto-rebooting.");
+        },
+        uploadLimitMs(packets, speed));
+}
+
+/// When each packet's request reached the camera, in milliseconds.
+QVector<double> packetTimes(const QByteArray &recording)
+{
+    QString error;
+    const auto events = Recording::parse(recording, &error);
+    QVector<double> times;
+    if (!events) {
+        return times;
+    }
+    for (const LineEvent &event : *events) {
+        if (event.kind == LineEvent::Host && event.bytes.size() > UARTFrame::kCommandOffset
+            && event.bytes.at(UARTFrame::kCommandOffset) == UART_CTRL_CMD_UPLOAD_FIRMWARE) {
+            times << static_cast<double>(event.time.count()) / kMsPerSecond;
+        }
+    }
+    return times;
+}
+
+bool writeCycles(const QString &path, const QVector<double> &times)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        return false;
+    }
+    for (int packet = 1; packet < times.size(); ++packet) {
+        file.write(QByteArray::number(times.at(packet) - times.at(packet - 1), 'f', 3) + '\n');
+    }
+    return true;
+}
+
+/// @param cyclesFile  gets the time between each two packets in milliseconds, one a line
+Result upload(int packets, const QString &cyclesFile)
+{
+    Desk desk;
+    if (!desk.pack(firmwareOf(packets))
+        || !desk.start({QStringLiteral("--record"), desk.path(QStringLiteral("recording"))})
+        || !desk.connectCamera()) {
+        return failed(desk);
+    }
+    const qint64 process = desk.corvane.operatedProcessId();
+    if (!desk.startUpgrade()) {
+        return failed(desk);
+    }
+    const qint64 before = ProcessStatus::of(process).processorTimeMs;
+    QElapsedTimer timer;
+    timer.start();
+    if (!waitUntilUploaded(desk, packets, 1)) {
+        return failed(desk);
+    }
+    const qint64 after = ProcessStatus::of(process).processorTimeMs;
+    const auto elapsedMs = static_cast<double>(timer.elapsed());
+    const QVector<double> times = packetTimes(desk.contents(QStringLiteral("recording")));
+    if (times.size() != packets || !writeCycles(cyclesFile, times)) {
+        std::fprintf(stderr, "%d packets were recorded, or the cycles cannot be written\n",
+                     times.size());
+        return std::nullopt;
+    }
+    const double seconds = (times.last() - times.first()) / kMsPerSecond;
+    return QJsonObject{{"packets per second", (packets - 1) / seconds},
+                       {"processor share", static_cast<double>(after - before) / elapsedMs}};
+}
+
+double processorShare(qint64 process, int seconds)
+{
+    const qint64 before = ProcessStatus::of(process).processorTimeMs;
+    QThread::sleep(static_cast<unsigned long>(seconds));
+    const qint64 used = ProcessStatus::of(process).processorTimeMs - before;
+    return static_cast<double>(used) / (seconds * kMsPerSecond);
+}
+
+Result idle(int seconds)
+{
+    Desk desk;
+    if (!desk.start()) {
+        return failed(desk);
+    }
+    constexpr unsigned long kSettleSeconds = 2;
+    QThread::sleep(kSettleSeconds);
+    const qint64 process = desk.corvane.operatedProcessId();
+    const double disconnected = processorShare(process, seconds);
+    if (!desk.connectCamera()) {
+        return failed(desk);
+    }
+    QThread::sleep(kSettleSeconds);
+    return QJsonObject{{"disconnected", disconnected},
+                       {"connected", processorShare(process, seconds)}};
+}
+
+/// How much memory many packets leave behind, from a connected window on.
+Result growth(int packets, int speed)
+{
+    Desk desk;
+    desk.setSpeed(speed);
+    if (!desk.pack(firmwareOf(packets)) || !desk.start() || !desk.connectCamera()) {
+        return failed(desk);
+    }
+    const qint64 process = desk.corvane.operatedProcessId();
+    // A small upgrade first, for the page, the bar and the fonts to be there.
+    constexpr int kFirstPackets = 20;
+    const ProcessStatus connected = ProcessStatus::of(process);
+    if (!desk.pack(firmwareOf(kFirstPackets)) || !desk.startUpgrade()
+        || !waitUntilUploaded(desk, kFirstPackets, speed)
+        || !desk.corvane.waitForEnabled(QStringLiteral("pushButton_connect"))) {
+        return failed(desk);
+    }
+    const ProcessStatus first = ProcessStatus::of(process);
+    if (!desk.pack(firmwareOf(packets)) || !desk.connectCamera() || !desk.startUpgrade()
+        || !waitUntilUploaded(desk, packets, speed)
+        || !desk.corvane.waitForEnabled(QStringLiteral("pushButton_connect"))) {
+        return failed(desk);
+    }
+    const ProcessStatus last = ProcessStatus::of(process);
+    return QJsonObject{{"connected resident KiB", connected.residentKiB},
+                       {"connected private KiB", connected.privateKiB},
+                       {"after 20 packets resident KiB", first.residentKiB},
+                       {"after 20 packets private KiB", first.privateKiB},
+                       {"after all packets resident KiB", last.residentKiB},
+                       {"after all packets private KiB", last.privateKiB}};
+}
+
+Result gapsDuring(Desk &desk, const std::function<bool()> &situation)
+{
+    if (!desk.corvane.watchEventLoop() || !situation()) {
+        return failed(desk);
+    }
+    const QJsonObject gaps = desk.corvane.eventLoopGaps();
+    return gaps.isEmpty() ? failed(desk) : gaps;
+}
+
+Result gapsOfUpload()
+{
+    constexpr int kPackets = 200;
+    Desk desk;
+    if (!desk.pack(firmwareOf(kPackets)) || !desk.start() || !desk.connectCamera()
+        || !desk.startUpgrade()) {
+        return failed(desk);
+    }
+    return gapsDuring(desk, [&desk] { return waitUntilUploaded(desk, kPackets, 1); });
+}
+
+Result gapsOfDeadDevice()
+{
+    Desk desk;
+    if (!desk.start({QStringLiteral("--silent")})) {
+        return failed(desk);
+    }
+    return gapsDuring(desk, [&desk] {
+        return desk.corvane.click(QStringLiteral("pushButton_connect"))
+            && desk.corvane.waitForDialog(QStringLiteral("Error: Connection fail!"));
+    });
+}
+
+Result gapsOfVanishedPort()
+{
+    Desk desk;
+    if (!desk.start() || !desk.connectCamera()) {
+        return failed(desk);
+    }
+    return gapsDuring(desk, [&desk] {
+        return desk.tell("unplug")
+            && desk.corvane.waitForEnabled(QStringLiteral("pushButton_connect"));
+    });
+}
+
+Result gapsOfLargeImage()
+{
+    Desk desk;
+    if (!desk.pack(randomBytes(FirmwarePacket::kMaximumFirmwareSize, 1)) || !desk.start()
+        || !desk.connectCamera() || !desk.tell("silent on")
+        || !desk.corvane.choose(QStringLiteral("tabWidget"), 1)) {
+        return failed(desk);
+    }
+    return gapsDuring(desk, [&desk] {
+        return desk.startUpgrade()
+            && desk.corvane.waitForDialog(QStringLiteral("Error: Connection timeout!"));
+    });
+}
+
+/// A recording of a camera that answers HELLO and then sends anything, as fast as 3 Mbaud carry it.
+QByteArray floodRecording()
+{
+    constexpr int kBytesPerMs = 300;
+    constexpr int kFloodMs = 5000;
+    QByteArray recording = Recording::header();
+    recording += "0.000000 plugged\n"
+                 "1.000000 host FF FF 0A 41 01 06 07 06 09 01 16 00 7F\n"
+                 "1.010000 camera FF FF 17 41 01 06 07 06 09 05 16 00"
+                 " 01 00 0A 10 03 00 00 01 01 01 00 00 03 B4\n";
+    const QByteArray garbage = randomBytes(kBytesPerMs * kFloodMs, 1);
+    for (int ms = 0; ms < kFloodMs; ++ms) {
+        LineEvent event;
+        event.kind = LineEvent::Camera;
+        event.time = std::chrono::milliseconds(2000 + ms);
+        event.bytes = garbage.mid(ms * kBytesPerMs, kBytesPerMs);
+        recording += Recording::line(event);
+    }
+    return recording;
+}
+
+Result gapsOfFlood()
+{
+    Desk desk;
+    QFile file(desk.path(QStringLiteral("flood")));
+    if (!file.open(QIODevice::WriteOnly) || file.write(floodRecording()) < 0 || !file.flush()
+        || !desk.start({QStringLiteral("--replay"), file.fileName()}) || !desk.connectCamera()) {
+        return failed(desk);
+    }
+    return gapsDuring(desk, [] {
+        constexpr unsigned long kFloodSeconds = 6;
+        QThread::sleep(kFloodSeconds);
+        return true;
+    });
+}
+
+Result eventLoop()
+{
+    QJsonObject gaps;
+    for (const auto &[name, measure] :
+         {std::pair{"upload", &gapsOfUpload}, std::pair{"dead device", &gapsOfDeadDevice},
+          std::pair{"vanished port", &gapsOfVanishedPort},
+          std::pair{"16 MiB image", &gapsOfLargeImage}, std::pair{"flood", &gapsOfFlood}}) {
+        const Result result = measure();
+        if (!result) {
+            return std::nullopt;
+        }
+        gaps[QLatin1String(name)] = *result;
+    }
+    return gaps;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Measures the running program.\n\n"
+                       "upload PACKETS FILE    rate, processor share; the cycles go to FILE\n"
+                       "idle SECONDS           processor share, connected and not\n"
+                       "growth PACKETS SPEED   memory, at so many times the speed\n"
+                       "eventloop              gaps of the event loop"));
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("MEASUREMENT"), QStringLiteral("Which one."));
+    parser.process(application);
+    const QStringList arguments = parser.positionalArguments();
+    const QString measurement = arguments.value(0);
+    const int count = arguments.value(1).toInt();
+
+    Result result;
+    if (measurement == QLatin1String("upload") && count > 1) {
+        result = upload(count, arguments.value(2));
+    } else if (measurement == QLatin1String("idle") && count > 0) {
+        result = idle(count);
+    } else if (measurement == QLatin1String("growth") && count > 0) {
+        result = growth(count, qMax(1, arguments.value(2).toInt()));
+    } else if (measurement == QLatin1String("eventloop")) {
+        result = eventLoop();
+    } else {
+        parser.showHelp(2);
+    }
+    if (!result) {
+        return 1;
+    }
+    std::puts(QJsonDocument(*result).toJson(QJsonDocument::Compact).constData());
+    return 0;
+}
