@@ -167,8 +167,9 @@ QString secondsText(milliseconds time)
 QString holdersText(const QVector<PortHolder> &holders)
 {
     constexpr int kShown = 5;
+    const QVector<PortHolder> shown = holders.mid(0, kShown);
     QStringList texts;
-    for (const PortHolder &holder : holders.mid(0, kShown)) {
+    for (const PortHolder &holder : shown) {
         texts += QStringLiteral("%1 (process %2)").arg(holder.name).arg(holder.pid);
     }
     if (holders.size() > kShown) {
