@@ -63,8 +63,6 @@ bool waitForDrawing(xcb_connection_t *display, std::uint8_t drawing, Clock::time
             }
             const auto *const damage =
                 reinterpret_cast<const xcb_damage_notify_event_t *>(event.get());
-            if (getenv("DBG"))
-                std::fprintf(stderr, "%d %d\n", damage->area.width, damage->area.height);
             if (damage->area.width >= kSmallestWindow && damage->area.height >= kSmallestWindow) {
                 return true;
             }

@@ -73,7 +73,7 @@ qint64 searchAndSum(const QByteArray &bytes)
 void searchingAndSumming(benchmark::State &state)
 {
     const QByteArray bytes = blockOf(Acknowledgements::one());
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(searchAndSum(bytes));
     }
     if (searchAndSum(bytes) != bytes.size() / Acknowledgements::one().size()) {
@@ -87,7 +87,7 @@ void assembling(benchmark::State &state, const QByteArray &pattern)
     const QByteArray bytes = blockOf(pattern);
     FrameAssembler assembler;
     CountingListener listener;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         takeAll(assembler, bytes, listener);
     }
     state.SetBytesProcessed(state.iterations() * bytes.size());
@@ -101,7 +101,7 @@ void assemblingMebibytes(benchmark::State &state)
     const QByteArray bytes = blockOf(Acknowledgements::one());
     FrameAssembler assembler;
     CountingListener listener;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         for (int block = 0; block < state.range(0); ++block) {
             takeAll(assembler, bytes, listener);
         }

@@ -89,7 +89,7 @@ void receiving(benchmark::State &state)
         state.SkipWithError("the window does not connect");
         return;
     }
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         Exchange exchange(line, window);
         state.SetIterationTime(exchange.run());
     }
