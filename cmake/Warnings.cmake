@@ -25,4 +25,6 @@ target_compile_options(corvane_warnings INTERFACE
     $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-branches>
     $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond>
     $<$<CXX_COMPILER_ID:GNU>:-Wlogical-op>
+    # QSKIP is such a macro, and is used without further arguments.
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>
     $<$<BOOL:${CORVANE_WARNINGS_AS_ERRORS}>:-Werror>)

@@ -292,7 +292,9 @@ void MainWindowConnectionTest::saysThatAPortDoesNotOpenBeforeItReturnsToTheStart
     ports->setCurrentIndex(ports->count() - 1);
     auto *const pane = desk.child<QTextEdit>("textEdit_device_info");
     pane->setPlainText("from before");
-    connect(pane, &QTextEdit::textChanged, pane, [&desk, &said] { said = desk.log.statusTexts(); });
+    const QObject listener;
+    connect(pane, &QTextEdit::textChanged, &listener,
+            [&desk, &said] { said = desk.log.statusTexts(); });
     desk.log.clear();
     desk.click("pushButton_connect");
     QCOMPARE(said, QStringList{"Open error"});
@@ -325,7 +327,9 @@ void MainWindowConnectionTest::disconnectReturnsToTheStartBeforeItSaysSo()
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
     auto *const pane = desk.child<QTextEdit>("textEdit_device_info");
-    connect(pane, &QTextEdit::textChanged, pane, [&desk, &said] { said = desk.log.statusTexts(); });
+    const QObject listener;
+    connect(pane, &QTextEdit::textChanged, &listener,
+            [&desk, &said] { said = desk.log.statusTexts(); });
     desk.click("pushButton_disconnect");
     QCOMPARE(said, QStringList());
     QCOMPARE(desk.log.statusTexts(), QStringList{"Disconnected"});

@@ -270,7 +270,7 @@ void MainWindowKeyboardTest::spaceOpensTheAboutBoxAndEscapeClosesIt()
     QVERIFY(desk.isActive);
     QVERIFY(desk.goTo("toolButton_about"));
     QTimer poll;
-    connect(&poll, &QTimer::timeout, [] {
+    connect(&poll, &QTimer::timeout, &poll, [] {
         if (QWidget *const box = QApplication::activeModalWidget()) {
             QTest::keyClick(box, Qt::Key_Escape);
         }

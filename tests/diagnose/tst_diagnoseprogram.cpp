@@ -24,9 +24,16 @@
 
 namespace {
 
-const QByteArray kRequest = "FF FF 0A 41 01 06 07 06 09 01 16 00 7F";
-const QByteArray kAnswer = "FF FF 17 41 01 06 07 06 09 05 16 00 "
-                           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C";
+QByteArray helloRequest()
+{
+    return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F";
+}
+
+QByteArray helloAnswer()
+{
+    return "FF FF 17 41 01 06 07 06 09 05 16 00 "
+           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C";
+}
 
 /// A program that runs beside the test, and is ended with it.
 class Companion {
@@ -117,7 +124,7 @@ public:
     {
         QStringList ids{report()["verdict"].toString()};
         const QJsonArray warnings = report()["furtherWarnings"].toArray();
-        for (const QJsonValue warning : warnings) {
+        for (const auto &warning : warnings) {
             ids << warning["verdict"].toString();
         }
         return ids.join(' ');
@@ -189,7 +196,7 @@ private:
 /// Sends bytes back once the request has come in.
 void answerWith(FarEnd &farEnd, const QByteArray &hexadecimal)
 {
-    QTRY_COMPARE(farEnd.received(), kRequest);
+    QTRY_COMPARE(farEnd.received(), helloRequest());
     farEnd.write(QByteArray::fromHex(hexadecimal));
 }
 
@@ -345,7 +352,7 @@ void DiagnoseProgramTest::asksOnceForHelloAndNothingElse()
     Simulator simulator({"--hex", "--delay", "1000"});
     Diagnosis diagnosis({"--wait", "20", simulator.portName()});
     QCOMPARE(diagnosis.exitCode(), 1);
-    QVERIFY(simulator.event().endsWith("| " + kRequest));
+    QVERIFY(simulator.event().endsWith("| " + helloRequest()));
     QVERIFY(simulator.event().startsWith("-> HELLO ack "));
     simulator.process().terminate();
     QVERIFY(simulator.process().waitForFinished());
@@ -464,10 +471,10 @@ void DiagnoseProgramTest::judgesWhatAFarEndSends_data()
     QTest::addColumn<QString>("verdicts");
     QTest::addColumn<QString>("sentence");
 
-    QTest::newRow("what was sent") << kRequest << 4 << "echo"
+    QTest::newRow("what was sent") << helloRequest() << 4 << "echo"
                                    << "The own request came back, and no answer.";
     QTest::newRow("what was sent, and an answer")
-        << kRequest + kAnswer << 1 << "answer-among-others"
+        << helloRequest() + helloAnswer() << 1 << "answer-among-others"
         << "The camera answered, but other frames came as well: 1 of the own request.";
     QTest::newRow("another device's prompt")
         << QByteArray("6C 6F 67 69 6E 3A 20") << 4 << "no-frame"
@@ -504,7 +511,7 @@ void DiagnoseProgramTest::endsWhateverKeepsComing_data()
                         << "no-frame";
     QTest::newRow("headers") << QByteArray("FF FF 0A") << "0.5"
                              << "no-frame";
-    QTest::newRow("answers") << kAnswer << "600"
+    QTest::newRow("answers") << helloAnswer() << "600"
                              << "answer-among-others";
 }
 
@@ -515,7 +522,7 @@ void DiagnoseProgramTest::endsWhateverKeepsComing()
     QFETCH(QString, wait);
     FarEnd farEnd;
     Diagnosis diagnosis({"--wait", wait, farEnd.portName()});
-    QTRY_COMPARE(farEnd.received(), kRequest);
+    QTRY_COMPARE(farEnd.received(), helloRequest());
     const QByteArray many = QByteArray::fromHex(bytes).repeated(100);
     QElapsedTimer clock;
     clock.start();
@@ -539,7 +546,7 @@ void DiagnoseProgramTest::opensThePortAsCorvaneDoes()
     settings.c_lflag |= static_cast<tcflag_t>(ECHO | ICANON);
     farEnd.setSettings(settings);
     Diagnosis diagnosis({farEnd.portName()});
-    QTRY_COMPARE(farEnd.received(), kRequest);
+    QTRY_COMPARE(farEnd.received(), helloRequest());
     settings = farEnd.settings();
     QCOMPARE(::cfgetispeed(&settings), speed_t{B115200});
     QCOMPARE(::cfgetospeed(&settings), speed_t{B115200});
@@ -547,7 +554,7 @@ void DiagnoseProgramTest::opensThePortAsCorvaneDoes()
     QCOMPARE(settings.c_cflag & static_cast<tcflag_t>(PARENB | CSTOPB | CRTSCTS), 0U);
     QCOMPARE(settings.c_iflag & static_cast<tcflag_t>(IXON | IXOFF | ICRNL), 0U);
     QCOMPARE(settings.c_lflag & static_cast<tcflag_t>(ECHO | ICANON), 0U);
-    farEnd.write(QByteArray::fromHex(kAnswer));
+    farEnd.write(QByteArray::fromHex(helloAnswer()));
     QCOMPARE(diagnosis.exitCode(), 0);
 }
 
@@ -608,7 +615,7 @@ void DiagnoseProgramTest::namesTheProgramThatSharesThePort_data()
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("verdict");
 
-    QTest::newRow("with an answer") << kAnswer << 1 << "answer-shared";
+    QTest::newRow("with an answer") << helloAnswer() << 1 << "answer-shared";
     QTest::newRow("without") << QByteArray() << 4 << "shared";
 }
 

@@ -11,13 +11,36 @@ using std::chrono::milliseconds;
 
 namespace {
 
-const QByteArray kRequest = "FF FF 0A 41 01 06 07 06 09 01 16 00 7F ";
-const QByteArray kAnswer = "FF FF 17 41 01 06 07 06 09 05 16 00 "
-                           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C ";
-const QByteArray kZoomAcknowledgement = "FF FF 0C 41 01 06 07 06 09 05 3A 00 00 64 0D ";
-const QByteArray kForeignFrame = "FF FF 0A 41 01 06 07 06 09 02 16 00 80 ";
-const QByteArray kWrongSum = "FF FF 0A 41 01 06 07 06 09 05 16 00 84 ";
-const QByteArray kBrokenOff = "FF FF 17 41 01 06 07 ";
+QByteArray helloRequest()
+{
+    return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F ";
+}
+
+QByteArray helloAnswer()
+{
+    return "FF FF 17 41 01 06 07 06 09 05 16 00 "
+           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C ";
+}
+
+QByteArray zoomAcknowledgement()
+{
+    return "FF FF 0C 41 01 06 07 06 09 05 3A 00 00 64 0D ";
+}
+
+QByteArray foreignFrame()
+{
+    return "FF FF 0A 41 01 06 07 06 09 02 16 00 80 ";
+}
+
+QByteArray frameWithWrongSum()
+{
+    return "FF FF 0A 41 01 06 07 06 09 05 16 00 84 ";
+}
+
+QByteArray frameBrokenOff()
+{
+    return "FF FF 17 41 01 06 07 ";
+}
 
 PortFinding openPort()
 {
@@ -83,12 +106,12 @@ void DiagnosisTest::judgesWhatCameBack_data()
     QTest::addColumn<Status>("status");
     QTest::addColumn<QString>("verdict");
 
-    QTest::newRow("an answer") << kAnswer << Status::Answer
+    QTest::newRow("an answer") << helloAnswer() << Status::Answer
                                << "answer: The camera answered after 0.015 s.";
     QTest::newRow("nothing") << QByteArray() << Status::NoAnswer
                              << "silent: Nothing at all came back within 6 s.";
     QTest::newRow("the own request")
-        << kRequest << Status::NoAnswer << "echo: The own request came back, and no answer.";
+        << helloRequest() << Status::NoAnswer << "echo: The own request came back, and no answer.";
     QTest::newRow("a boot message at another speed")
         << QByteArray("80 00 F8 78 80") << Status::NoAnswer
         << "no-frame: 5 bytes came, but no frame. The first: 80 00 F8 78 80.";
@@ -99,20 +122,20 @@ void DiagnosisTest::judgesWhatCameBack_data()
     QTest::newRow("one byte") << QByteArray("00") << Status::NoAnswer
                               << "no-frame: 1 byte came, but no frame. The first: 00.";
     QTest::newRow("a frame that breaks off")
-        << kBrokenOff << Status::NoAnswer
+        << frameBrokenOff() << Status::NoAnswer
         << "broken-off: Frames came, but incomplete: 1 broken off.";
     QTest::newRow("two frames with wrong sums")
-        << kWrongSum + kWrongSum << Status::NoAnswer
+        << frameWithWrongSum() + frameWithWrongSum() << Status::NoAnswer
         << "wrong-sums: Frames came, but damaged: 2 with a wrong sum.";
     QTest::newRow("a frame of the reserved type")
-        << kForeignFrame << Status::NoAnswer
+        << foreignFrame() << Status::NoAnswer
         << "foreign-frames: Frames came, but of other types (2) and no acknowledgement.";
     QTest::newRow("requests of another computer and frames of the reserved type")
-        << kForeignFrame + "FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5 " + kForeignFrame
+        << foreignFrame() + "FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5 " + foreignFrame()
         << Status::NoAnswer
         << "foreign-frames: Frames came, but of other types (1, 2) and no acknowledgement.";
     QTest::newRow("a late acknowledgement of something else")
-        << kZoomAcknowledgement << Status::NoAnswer
+        << zoomAcknowledgement() << Status::NoAnswer
         << "other-acknowledgements: Acknowledgements came, but of other commands (58) and none of "
            "HELLO.";
     QTest::newRow("an answer without version and settings")
@@ -136,28 +159,30 @@ void DiagnosisTest::judgesWhatCameBack_data()
         << "answer-sum-ff: The camera answered, and the checksum of its answer is FF. Corvane "
            "connects, but cannot make out the next reply behind that.";
     QTest::newRow("an answer amid noise")
-        << QByteArray("12 34 ") + kAnswer + "56" << Status::Warning
+        << QByteArray("12 34 ") + helloAnswer() + "56" << Status::Warning
         << "answer-amid-noise: The camera answered, but 3 bytes came outside whole frames.";
     QTest::newRow("an answer behind everything else there is")
-        << kRequest + kForeignFrame + kZoomAcknowledgement + kAnswer + kAnswer << Status::Warning
+        << helloRequest() + foreignFrame() + zoomAcknowledgement() + helloAnswer() + helloAnswer()
+        << Status::Warning
         << "answer-among-others: The camera answered, but other frames came as well: 1 more of "
            "the same, 1 of the own request, 1 acknowledging another command, 1 of another type.";
 
     // What says most about the cause comes first.
     QTest::newRow("an acknowledgement is more than a frame of another type")
-        << kForeignFrame + kZoomAcknowledgement << Status::NoAnswer
+        << foreignFrame() + zoomAcknowledgement() << Status::NoAnswer
         << "other-acknowledgements: Acknowledgements came, but of other commands (58) and none of "
            "HELLO.";
     QTest::newRow("another frame is more than the own request")
-        << kRequest + kForeignFrame << Status::NoAnswer
+        << helloRequest() + foreignFrame() << Status::NoAnswer
         << "foreign-frames: Frames came, but of other types (2) and no acknowledgement.";
-    QTest::newRow("the own request is more than a wrong sum") << kRequest
-            + kWrongSum << Status::NoAnswer << "echo: The own request came back, and no answer.";
+    QTest::newRow("the own request is more than a wrong sum")
+        << helloRequest() + frameWithWrongSum() << Status::NoAnswer
+        << "echo: The own request came back, and no answer.";
     QTest::newRow("a wrong sum is more than the start of a frame")
-        << kWrongSum + kBrokenOff << Status::NoAnswer
+        << frameWithWrongSum() + frameBrokenOff() << Status::NoAnswer
         << "wrong-sums: Frames came, but damaged: 1 with a wrong sum.";
     QTest::newRow("the start of a frame is more than noise")
-        << QByteArray("12 34 ") + kBrokenOff << Status::NoAnswer
+        << QByteArray("12 34 ") + frameBrokenOff() << Status::NoAnswer
         << "broken-off: Frames came, but incomplete: 1 broken off.";
 }
 
@@ -192,7 +217,7 @@ void DiagnosisTest::judgesHowLateTheAnswerIs_data()
 void DiagnosisTest::judgesHowLateTheAnswerIs()
 {
     QFETCH(int, time);
-    const Diagnosis diagnosis = diagnosisOf(kAnswer, time);
+    const Diagnosis diagnosis = diagnosisOf(helloAnswer(), time);
     QTEST(text(diagnosis.verdict), "verdict");
     QTEST(diagnosis.status, "status");
 }
@@ -270,7 +295,7 @@ void DiagnosisTest::judgesAPortThatCannotBeUsed()
 
 void DiagnosisTest::doesNotJudgeTheLineOfAPortThatFailed()
 {
-    const Diagnosis diagnosis = diagnosisOf("00 " + kAnswer, 15, failedPort(Kind::HungUp));
+    const Diagnosis diagnosis = diagnosisOf("00 " + helloAnswer(), 15, failedPort(Kind::HungUp));
     QCOMPARE(diagnosis.verdict.id, QString("hung-up"));
     QVERIFY(diagnosis.furtherWarnings.isEmpty());
 }
@@ -279,7 +304,7 @@ void DiagnosisTest::tellsOfAnotherProgramOnAnOpenPort()
 {
     PortFinding finding = openPort();
     finding.holders = {{42, "cat"}};
-    const Diagnosis answered = diagnosisOf(kAnswer, 15, finding);
+    const Diagnosis answered = diagnosisOf(helloAnswer(), 15, finding);
     QCOMPARE(text(answered.verdict),
              QString("answer-shared: The camera answered, but another program has ttyUSB0 open as "
                      "well: cat (process 42). Each gets only a part of what comes."));
@@ -297,7 +322,7 @@ void DiagnosisTest::givesEveryWarningThatApplies()
     finding.holders = {{42, "cat"}};
     // An answer that is too short, and has the version 01 00 00 77.
     const Diagnosis diagnosis = diagnosisOf(
-        kRequest + "00 FF FF 0E 41 01 06 07 06 09 05 16 00 01 00 00 77 FF", 1500, finding);
+        helloRequest() + "00 FF FF 0E 41 01 06 07 06 09 05 16 00 01 00 00 77 FF", 1500, finding);
     QCOMPARE(diagnosis.verdict.id, QString("answer-short"));
     QCOMPARE(diagnosis.status, Status::Warning);
     QStringList ids;
@@ -309,21 +334,23 @@ void DiagnosisTest::givesEveryWarningThatApplies()
              (QStringList{"answer-shared", "answer-sum-ff", "answer-among-others",
                           "answer-amid-noise", "answer-late"}));
 
-    QVERIFY(diagnosisOf("00 " + kAnswer).furtherWarnings.isEmpty());
-    QVERIFY(diagnosisOf("00 " + kAnswer, 5001).furtherWarnings.isEmpty());
+    QVERIFY(diagnosisOf("00 " + helloAnswer()).furtherWarnings.isEmpty());
+    QVERIFY(diagnosisOf("00 " + helloAnswer(), 5001).furtherWarnings.isEmpty());
 }
 
 void DiagnosisTest::givesARemedyForEverythingButSuccess()
 {
-    QCOMPARE(diagnosisOf(kAnswer).verdict.remedy, QString());
+    QCOMPARE(diagnosisOf(helloAnswer()).verdict.remedy, QString());
     for (const QByteArray &bytes :
-         {QByteArray(), kRequest, QByteArray("00"), kBrokenOff, kWrongSum, kForeignFrame,
-          kZoomAcknowledgement, "00 " + kAnswer, kRequest + kAnswer}) {
+         {QByteArray(), helloRequest(), QByteArray("00"), frameBrokenOff(), frameWithWrongSum(),
+          foreignFrame(), zoomAcknowledgement(), "00 " + helloAnswer(),
+          helloRequest() + helloAnswer()}) {
         const Verdict verdict = diagnosisOf(bytes).verdict;
         QVERIFY2(verdict.remedy.endsWith('.') && !verdict.remedy.contains('{'),
                  qPrintable(verdict.id));
     }
-    QVERIFY(diagnosisOf(kAnswer, 1001).verdict.remedy.startsWith("Was the camera just starting"));
+    QVERIFY(
+        diagnosisOf(helloAnswer(), 1001).verdict.remedy.startsWith("Was the camera just starting"));
     QVERIFY(diagnosisOf({}).verdict.remedy.contains("Is ttyUSB0 the right adapter?"));
 }
 

@@ -9,12 +9,27 @@ using std::chrono::milliseconds;
 
 namespace {
 
-const QByteArray kRequest = "FF FF 0A 41 01 06 07 06 09 01 16 00 7F ";
-const QByteArray kAnswer = "FF FF 17 41 01 06 07 06 09 05 16 00 "
-                           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C ";
-const QByteArray kAnswerWithSumFF = "FF FF 17 41 01 06 07 06 09 05 16 00 "
-                                    "01 00 00 69 01 00 00 00 00 01 01 01 01 FF ";
-const QByteArray kZoomAcknowledgement = "FF FF 0C 41 01 06 07 06 09 05 3A 00 00 64 0D ";
+QByteArray helloRequest()
+{
+    return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F ";
+}
+
+QByteArray helloAnswer()
+{
+    return "FF FF 17 41 01 06 07 06 09 05 16 00 "
+           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C ";
+}
+
+QByteArray answerWithSumFF()
+{
+    return "FF FF 17 41 01 06 07 06 09 05 16 00 "
+           "01 00 00 69 01 00 00 00 00 01 01 01 01 FF ";
+}
+
+QByteArray zoomAcknowledgement()
+{
+    return "FF FF 0C 41 01 06 07 06 09 05 3A 00 00 64 0D ";
+}
 
 } // namespace
 
@@ -41,11 +56,12 @@ void ObservationTest::countsWhatCameBack_data()
     using Counts = QVector<int>;
 
     QTest::newRow("nothing") << QByteArray() << Counts{0, 0, 0, 0, 0, 0, 0, 0, 0};
-    QTest::newRow("an answer") << kAnswer << Counts{26, 1, 1, 0, 0, 0, 0, 0, 0};
-    QTest::newRow("two answers") << kAnswer + kAnswer << Counts{52, 2, 2, 0, 0, 0, 0, 0, 0};
-    QTest::newRow("the own request") << kRequest << Counts{13, 1, 0, 1, 0, 0, 0, 0, 0};
+    QTest::newRow("an answer") << helloAnswer() << Counts{26, 1, 1, 0, 0, 0, 0, 0, 0};
+    QTest::newRow("two answers") << helloAnswer() + helloAnswer()
+                                 << Counts{52, 2, 2, 0, 0, 0, 0, 0, 0};
+    QTest::newRow("the own request") << helloRequest() << Counts{13, 1, 0, 1, 0, 0, 0, 0, 0};
     QTest::newRow("the own request and an answer")
-        << kRequest + kAnswer << Counts{39, 2, 1, 1, 0, 0, 0, 0, 0};
+        << helloRequest() + helloAnswer() << Counts{39, 2, 1, 1, 0, 0, 0, 0, 0};
     QTest::newRow("somebody else's request")
         << QByteArray("FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5")
         << Counts{15, 1, 0, 0, 0, 1, 0, 0, 0};
@@ -56,16 +72,17 @@ void ObservationTest::countsWhatCameBack_data()
         << QByteArray("FF FF 0A 41 01 06 07 06 09 02 16 00 80")
         << Counts{13, 1, 0, 0, 0, 1, 0, 0, 0};
     QTest::newRow("another acknowledgement")
-        << kZoomAcknowledgement << Counts{15, 1, 0, 0, 1, 0, 0, 0, 0};
+        << zoomAcknowledgement() << Counts{15, 1, 0, 0, 1, 0, 0, 0, 0};
     QTest::newRow("an answer with a wrong sum")
-        << QByteArray(kAnswer).replace("9C", "9D") << Counts{26, 0, 0, 0, 0, 0, 1, 0, 26};
+        << QByteArray(helloAnswer()).replace("9C", "9D") << Counts{26, 0, 0, 0, 0, 0, 1, 0, 26};
     QTest::newRow("two bytes of the signature damaged")
-        << QByteArray(kAnswer).replace("06 07", "86 08") << Counts{26, 0, 0, 0, 0, 0, 1, 0, 26};
+        << QByteArray(helloAnswer()).replace("06 07", "86 08")
+        << Counts{26, 0, 0, 0, 0, 0, 1, 0, 26};
     QTest::newRow("three bytes of the signature damaged")
-        << QByteArray(kAnswer).replace("01 06 07", "11 86 08")
+        << QByteArray(helloAnswer()).replace("01 06 07", "11 86 08")
         << Counts{26, 0, 0, 0, 0, 0, 0, 0, 26};
     QTest::newRow("an answer that ends before its checksum")
-        << kAnswer.chopped(3) << Counts{25, 0, 0, 0, 0, 0, 0, 1, 25};
+        << helloAnswer().chopped(3) << Counts{25, 0, 0, 0, 0, 0, 0, 1, 25};
     QTest::newRow("an answer that ends behind its length")
         << QByteArray("FF FF 17") << Counts{3, 0, 0, 0, 0, 0, 0, 0, 3};
     QTest::newRow("an answer that ends before its length")
@@ -76,10 +93,10 @@ void ObservationTest::countsWhatCameBack_data()
         << QByteArray("FF FF 17 41") << Counts{4, 0, 0, 0, 0, 0, 0, 1, 4};
     QTest::newRow("an end behind the only byte of a signature, which is wrong")
         << QByteArray("FF FF 17 42") << Counts{4, 0, 0, 0, 0, 0, 0, 0, 4};
-    QTest::newRow("an answer cut short by another")
-        << QByteArray("FF FF 17 41 01 06 07 06 ") + kAnswer << Counts{34, 1, 1, 0, 0, 0, 0, 1, 8};
+    QTest::newRow("an answer cut short by another") << QByteArray("FF FF 17 41 01 06 07 06 ")
+            + helloAnswer() << Counts{34, 1, 1, 0, 0, 0, 0, 1, 8};
     QTest::newRow("an answer cut short by another within the signature")
-        << QByteArray("FF FF 17 41 ") + kAnswer << Counts{30, 1, 1, 0, 0, 0, 0, 1, 4};
+        << QByteArray("FF FF 17 41 ") + helloAnswer() << Counts{30, 1, 1, 0, 0, 0, 0, 1, 4};
     QTest::newRow("headers without anything behind them")
         << QByteArray("FF FF 17 FF FF 17 FF FF 17 00 00 00 00")
         << Counts{13, 0, 0, 0, 0, 0, 0, 0, 13};
@@ -90,11 +107,11 @@ void ObservationTest::countsWhatCameBack_data()
     QTest::newRow("noise with the sums of frames wrong")
         << QByteArray("FF FF 02 11 22 33 FF FF 03 99 88 77") << Counts{12, 0, 0, 0, 0, 0, 0, 0, 12};
     QTest::newRow("noise on both sides of an answer")
-        << QByteArray("12 34 ") + kAnswer + "56" << Counts{29, 1, 1, 0, 0, 0, 0, 0, 3};
+        << QByteArray("12 34 ") + helloAnswer() + "56" << Counts{29, 1, 1, 0, 0, 0, 0, 0, 3};
     QTest::newRow("a run of FF") << QByteArray("FF FF FF FF FF FF FF FF")
                                  << Counts{8, 0, 0, 0, 0, 0, 0, 0, 8};
     QTest::newRow("a frame behind a checksum of FF is lost")
-        << kAnswerWithSumFF + kZoomAcknowledgement << Counts{41, 1, 1, 0, 0, 0, 0, 0, 15};
+        << answerWithSumFF() + zoomAcknowledgement() << Counts{41, 1, 1, 0, 0, 0, 0, 0, 15};
     QTest::newRow("a frame too short to have a command")
         << QByteArray("FF FF 02 41 43") << Counts{5, 1, 0, 0, 0, 1, 0, 0, 0};
 }
@@ -146,12 +163,12 @@ void ObservationTest::countsTheSameByteByByte()
 void ObservationTest::keepsTheFirstAnswerAndItsTime()
 {
     Observation observation;
-    const QByteArray bytes = QByteArray::fromHex(kAnswer);
+    const QByteArray bytes = QByteArray::fromHex(helloAnswer());
     observation.take(bytes.left(20), milliseconds(100));
     QVERIFY(!observation.hasAnswer());
     observation.take(bytes.mid(20), milliseconds(250));
     QVERIFY(observation.hasAnswer());
-    observation.take(QByteArray::fromHex(kAnswerWithSumFF), milliseconds(900));
+    observation.take(QByteArray::fromHex(answerWithSumFF()), milliseconds(900));
     const LineRecord record = observation.record();
     QCOMPARE(record.answers, 2);
     QCOMPARE(record.answer->time.count(), 250);
@@ -162,14 +179,14 @@ void ObservationTest::keepsTheFirstAnswerAndItsTime()
 void ObservationTest::tellsAChecksumOfFF()
 {
     Observation observation;
-    observation.take(QByteArray::fromHex(kAnswerWithSumFF), milliseconds(0));
+    observation.take(QByteArray::fromHex(answerWithSumFF()), milliseconds(0));
     QVERIFY(observation.record().answer->sumIsHeaderByte);
 }
 
 void ObservationTest::tellsWhichCommandsAndTypesCame()
 {
     Observation observation;
-    observation.take(QByteArray::fromHex(kZoomAcknowledgement + kZoomAcknowledgement
+    observation.take(QByteArray::fromHex(zoomAcknowledgement() + zoomAcknowledgement()
                                          + "FF FF 0A 41 01 06 07 06 09 05 55 00 C2"
                                            "FF FF 0A 41 01 06 07 06 09 02 16 00 80"
                                            "FF FF 0A 41 01 06 07 06 09 FE 16 00 7C"),

@@ -55,7 +55,8 @@ void SettingsTextTest::namesEachSetting()
         QByteArray::fromHex("FF FF 17 41 01 06 07 06 09 05 16 00 01 00 00 06 " + settings);
     QStringList names;
     QStringList values;
-    for (const NamedSetting &setting : namedSettings(DeviceReply(frame).settings())) {
+    const QVector<NamedSetting> settingsOfFrame = namedSettings(DeviceReply(frame).settings());
+    for (const NamedSetting &setting : settingsOfFrame) {
         names << setting.name;
         values << setting.value;
     }
