@@ -112,14 +112,23 @@ void assemblingMebibytes(benchmark::State &state)
 
 } // namespace
 
-BENCHMARK(searchingAndSumming);
-BENCHMARK_CAPTURE(assembling, acknowledgements, Acknowledgements::one());
-BENCHMARK_CAPTURE(assembling, allFF, QByteArray::fromHex("ff"));
-BENCHMARK_CAPTURE(assembling, headersOnly, QByteArray::fromHex("ffff20"));
-BENCHMARK_CAPTURE(assembling, framesCutShort, Acknowledgements::one().left(9));
-BENCHMARK(assemblingMebibytes)
-    ->RangeMultiplier(4)
-    ->Range(1, 1024)
-    ->Unit(benchmark::kMillisecond)
-    ->Complexity(benchmark::oN);
-BENCHMARK_MAIN();
+int main(int argc, char *argv[])
+{
+    benchmark::RegisterBenchmark("searchingAndSumming", searchingAndSumming);
+    const auto assemblingOf = [](const char *name, const QByteArray &pattern) {
+        benchmark::RegisterBenchmark(name, [pattern](auto &state) { assembling(state, pattern); });
+    };
+    assemblingOf("assembling/acknowledgements", Acknowledgements::one());
+    assemblingOf("assembling/allFF", QByteArray::fromHex("ff"));
+    assemblingOf("assembling/headersOnly", QByteArray::fromHex("ffff20"));
+    assemblingOf("assembling/framesCutShort", Acknowledgements::one().left(9));
+    benchmark::RegisterBenchmark("assemblingMebibytes", assemblingMebibytes)
+        ->RangeMultiplier(4)
+        ->Range(1, 1024)
+        ->Unit(benchmark::kMillisecond)
+        ->Complexity(benchmark::oN);
+
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -98,8 +98,6 @@ void receiving(benchmark::State &state)
 
 } // namespace
 
-BENCHMARK(receiving)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
-
 int main(int argc, char *argv[])
 {
     const QApplication application(argc, argv);
@@ -107,6 +105,11 @@ int main(int argc, char *argv[])
     if (std::freopen(qPrintable(folder.filePath(QStringLiteral("log"))), "w", stderr) == nullptr) {
         return 1;
     }
+    constexpr int kRuns = 5;
+    benchmark::RegisterBenchmark("receiving", receiving)
+        ->UseManualTime()
+        ->Iterations(kRuns)
+        ->Unit(benchmark::kMillisecond);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;

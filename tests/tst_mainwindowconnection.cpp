@@ -292,9 +292,8 @@ void MainWindowConnectionTest::saysThatAPortDoesNotOpenBeforeItReturnsToTheStart
     ports->setCurrentIndex(ports->count() - 1);
     auto *const pane = desk.child<QTextEdit>("textEdit_device_info");
     pane->setPlainText("from before");
-    const QObject listener;
-    connect(pane, &QTextEdit::textChanged, &listener,
-            [&desk, &said] { said = desk.log.statusTexts(); });
+    connect(pane, &QTextEdit::textChanged, pane,
+            [log = &desk.log, to = &said] { *to = log->statusTexts(); });
     desk.log.clear();
     desk.click("pushButton_connect");
     QCOMPARE(said, QStringList{"Open error"});
@@ -327,9 +326,8 @@ void MainWindowConnectionTest::disconnectReturnsToTheStartBeforeItSaysSo()
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
     auto *const pane = desk.child<QTextEdit>("textEdit_device_info");
-    const QObject listener;
-    connect(pane, &QTextEdit::textChanged, &listener,
-            [&desk, &said] { said = desk.log.statusTexts(); });
+    connect(pane, &QTextEdit::textChanged, pane,
+            [log = &desk.log, to = &said] { *to = log->statusTexts(); });
     desk.click("pushButton_disconnect");
     QCOMPARE(said, QStringList());
     QCOMPARE(desk.log.statusTexts(), QStringList{"Disconnected"});
