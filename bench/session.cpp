@@ -27,6 +27,7 @@ namespace {
 using Result = std::optional<QJsonObject>;
 
 constexpr double kMsPerSecond = 1000;
+constexpr int kKeptOutput = 10'000; ///< characters, to show when something fails
 
 /// An unhurried poll of 50 ms, and what the slowest machine may take besides.
 int uploadLimitMs(int packets, int speed)
@@ -61,12 +62,13 @@ Result failed(Desk &desk)
 bool waitUntilUploaded(Desk &desk, int packets, int speed)
 {
     constexpr int kPollMs = 50;
-    QThread::msleep(static_cast<unsigned long>(packets * kPollMs / speed));
+    constexpr int kLookMs = 200;
+    desk.corvane.limitOutput(kKeptOutput);
+    desk.corvane.pause(packets * kPollMs / speed);
     return desk.corvane.waitUntil(
         QStringLiteral("the upgrade is complete"),
         [&desk] {
-            constexpr unsigned long kLookMs = 200;
-            QThread::msleep(kLookMs);
+            desk.corvane.pause(kLookMs);
             return desk.corvane.text(QStringLiteral("textEdit_firmware_info"))
                 == QLatin1String("Update is complete. Device auto-rebooting.");
         },
@@ -280,9 +282,9 @@ Result gapsOfFlood()
         || !desk.start({QStringLiteral("--replay"), file.fileName()}) || !desk.connectCamera()) {
         return failed(desk);
     }
-    return gapsDuring(desk, [] {
-        constexpr unsigned long kFloodSeconds = 6;
-        QThread::sleep(kFloodSeconds);
+    return gapsDuring(desk, [&desk] {
+        constexpr int kFloodMs = 6000;
+        desk.corvane.pause(kFloodMs);
         return true;
     });
 }

@@ -228,6 +228,15 @@ QJsonObject Pilot::eventLoopGaps()
     return order({{"do", "event loop gaps"}}) ? m_answer : QJsonObject();
 }
 
+void Pilot::pause(int ms)
+{
+    const QDeadlineTimer deadline(ms);
+    while (!deadline.hasExpired()) {
+        readOutput();
+        QThread::msleep(kPollMs);
+    }
+}
+
 bool Pilot::waitUntil(const QString &description, const std::function<bool()> &condition,
                       int limitMs)
 {

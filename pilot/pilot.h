@@ -88,6 +88,9 @@ public:
     ///         on failure
     QJsonObject eventLoopGaps();
 
+    /// Lets time pass without asking the program anything, and reads what it prints: a full pipe
+    /// would hold it up.
+    void pause(int ms);
     /// Asks again and again until @p condition holds.
     bool waitUntil(const QString &description, const std::function<bool()> &condition,
                    int limitMs = 8000);

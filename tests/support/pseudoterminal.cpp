@@ -4,9 +4,11 @@
 #include "pseudoterminal.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -37,6 +39,22 @@ void PseudoTerminal::send(const QByteArray &bytes)
 {
     if (write(m_master, bytes.constData(), static_cast<size_t>(bytes.size())) != bytes.size()) {
         qFatal("the pseudo-terminal took only a part");
+    }
+}
+
+void PseudoTerminal::sendAll(const QByteArray &bytes) const
+{
+    constexpr int kForever = -1;
+    const char *at = bytes.constData();
+    const char *const end = at + bytes.size();
+    while (at < end) {
+        pollfd writable{m_master, POLLOUT, 0};
+        poll(&writable, 1, kForever);
+        const auto written = write(m_master, at, static_cast<size_t>(end - at));
+        if (written < 0 && errno != EAGAIN) {
+            qFatal("the pseudo-terminal does not take anything");
+        }
+        at += qMax<qint64>(written, 0);
     }
 }
 

@@ -22,6 +22,9 @@ public:
 
     /// Writes at once.
     void send(const QByteArray &bytes);
+    /// Writes as fast as the other end reads, and returns when all is written. For a thread of its
+    /// own.
+    void sendAll(const QByteArray &bytes) const;
     /// Everything that has arrived so far, read without the help of an event loop.
     QByteArray received();
     void forgetReceived();
