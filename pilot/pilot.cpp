@@ -230,10 +230,12 @@ QJsonObject Pilot::eventLoopGaps()
 
 void Pilot::pause(int ms)
 {
+    // A pipe holds 64 KiB, and no program here prints that much in so short a time.
+    constexpr qint64 kReadMs = 100;
     const QDeadlineTimer deadline(ms);
     while (!deadline.hasExpired()) {
         readOutput();
-        QThread::msleep(kPollMs);
+        QThread::msleep(static_cast<unsigned long>(qMin(kReadMs, deadline.remainingTime())));
     }
 }
 

@@ -23,8 +23,8 @@ void doWithoutOpenGL()
     }
 }
 
-/// Has what a large image takes given back to the system when it is done. Otherwise glibc takes such
-/// sizes for usual as soon as one was freed, and keeps up to twice as much for the next one.
+/// Has what a large image takes given back to the system when it is done. Otherwise glibc takes
+/// such sizes for usual as soon as one was freed, and keeps up to twice as much for the next one.
 void giveLargeBlocksBack()
 {
 #ifdef __GLIBC__
