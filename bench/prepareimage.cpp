@@ -14,11 +14,11 @@ int main(int argc, char *argv[])
         std::fputs("usage: corvane-bench-prepareimage FILE\n", stderr);
         return 2;
     }
-    const auto image = FirmwareImage::read(QString::fromLocal8Bit(argv[1]));
+    auto image = FirmwareImage::read(QString::fromLocal8Bit(argv[1]));
     if (!image || !image->hasMagic()) {
         std::fputs("not an image\n", stderr);
         return 1;
     }
-    std::printf("%d\n", image->firmware().size());
+    std::printf("%d\n", image->takeFirmware().size());
     return 0;
 }

@@ -3,12 +3,12 @@
 
 #include "base64.h"
 
+#include <algorithm>
 #include <array>
 
 namespace {
 
 constexpr int kGroupCharacters = 4;
-constexpr int kGroupBytes = 3;
 constexpr quint32 kNotOfTheAlphabet = 1U << 24; // above the 24 bits of a group
 
 /// The bits that each character adds to its group, for each of the four places in it.
@@ -35,14 +35,12 @@ constexpr Bits bitsOfCharacters()
 
 } // namespace
 
-void appendBase64(QByteArray &bytes, const char *text, int size)
+void decodeBase64(QByteArray &bytes, int offset)
 {
     static constexpr Bits kBits = bitsOfCharacters();
-    const int before = bytes.size();
-    bytes.resize(before + size / kGroupCharacters * kGroupBytes);
-    char *to = bytes.data() + before;
-    const auto *from = reinterpret_cast<const unsigned char *>(text);
-    const unsigned char *const end = from + size;
+    char *to = bytes.data() + offset;
+    const auto *from = reinterpret_cast<const unsigned char *>(to);
+    const unsigned char *const end = from + bytes.size() - offset;
     for (; end - from >= kGroupCharacters; from += kGroupCharacters) {
         const quint32 group =
             kBits[0][from[0]] | kBits[1][from[1]] | kBits[2][from[2]] | kBits[3][from[3]];
@@ -53,8 +51,9 @@ void appendBase64(QByteArray &bytes, const char *text, int size)
         *to++ = static_cast<char>(group >> 8);
         *to++ = static_cast<char>(group);
     }
-    bytes.truncate(static_cast<int>(to - bytes.constData()));
     // The end with its padding, and all that is unusual.
-    bytes += QByteArray::fromBase64(QByteArray::fromRawData(reinterpret_cast<const char *>(from),
-                                                            static_cast<int>(end - from)));
+    const QByteArray rest = QByteArray::fromBase64(QByteArray::fromRawData(
+        reinterpret_cast<const char *>(from), static_cast<int>(end - from)));
+    to = std::copy(rest.begin(), rest.end(), to);
+    bytes.truncate(static_cast<int>(to - bytes.constData()));
 }

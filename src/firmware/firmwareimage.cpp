@@ -52,13 +52,17 @@ QString FirmwareImage::imageVersion() const
 
 QByteArray FirmwareImage::firmware() const
 {
+    return FirmwareImage(*this).takeFirmware();
+}
+
+QByteArray FirmwareImage::takeFirmware()
+{
     constexpr int kBodyOffset = kHeaderSize + kRawPrefixSize;
-    QByteArray firmware = m_contents.mid(kHeaderSize, kRawPrefixSize);
-    if (m_contents.size() > kBodyOffset) {
-        appendBase64(firmware, m_contents.constData() + kBodyOffset,
-                     m_contents.size() - kBodyOffset);
+    QByteArray firmware = std::exchange(m_contents, QByteArray());
+    if (firmware.size() > kBodyOffset) {
+        decodeBase64(firmware, kBodyOffset);
     }
-    return firmware;
+    return firmware.remove(0, kHeaderSize);
 }
 
 QString FirmwareImage::versionAt(int offset) const
