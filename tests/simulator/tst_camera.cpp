@@ -269,7 +269,7 @@ void CameraTest::raisesItsVersionByAReboot()
     QFETCH(QByteArray, before);
     const QByteArray version = QByteArray::fromHex(before);
     CameraState state;
-    std::copy(version.begin(), version.end(), state.version.begin());
+    std::copy_n(version.begin(), state.version.size(), state.version.begin());
     Camera camera(state);
     answerTo(camera, announcementOfThreeBytes());
     answerTo(camera, packetOfThreeBytes());
