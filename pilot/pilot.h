@@ -83,9 +83,9 @@ public:
 
     /// Begins to measure for how long the program's event loop is away from its events.
     bool watchEventLoop();
-    /// Ends that. @return "turns" of the loop, the gaps' "percentile 99.9 ms" and "longest ms";
-    /// empty
-    ///         on failure
+    /// Ends that.
+    /// @return the loop's "turns", its gaps' "percentile 99.9 ms" and "longest ms"; empty on
+    ///         failure
     QJsonObject eventLoopGaps();
 
     /// Lets time pass without asking the program anything, and reads what it prints: a full pipe

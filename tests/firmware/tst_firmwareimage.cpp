@@ -33,6 +33,7 @@ private slots:
     void showsItsVersions();
     void yieldsItsFirmware_data();
     void yieldsItsFirmware();
+    void givesItsFirmwareAwayOnce();
     void readsAFileAsItIs();
     void readsAFileOfTheLargestSize();
     void doesNotReadWhatIsNoFile_data();
@@ -119,6 +120,15 @@ void FirmwareImageTest::yieldsItsFirmware()
     QFETCH(QByteArray, contents);
     QFETCH(QByteArray, firmware);
     QCOMPARE(FirmwareImage(contents).firmware().toHex(), firmware.toHex());
+}
+
+void FirmwareImageTest::givesItsFirmwareAwayOnce()
+{
+    FirmwareImage image(header() + rawPrefix() + "QUJD");
+    QCOMPARE(image.firmware(), rawPrefix() + "ABC");
+    QCOMPARE(image.firmware(), rawPrefix() + "ABC");
+    QCOMPARE(image.takeFirmware(), rawPrefix() + "ABC");
+    QCOMPARE(image.firmware(), QByteArray());
 }
 
 void FirmwareImageTest::readsAFileAsItIs()
