@@ -28,6 +28,7 @@ private slots:
     void aReplyBehindTheTimeOutIsShownUntilTheBoxIsClosed();
     void aPortThatCannotBeOpenedIsReported_data();
     void aPortThatCannotBeOpenedIsReported();
+    void saysThatAPortDoesNotOpenBehindTheBox();
     void saysThatAPortDoesNotOpenBeforeItReturnsToTheStart();
     void disconnectReturnsToTheStart();
     void disconnectReturnsToTheStartBeforeItSaysSo();
@@ -281,6 +282,27 @@ void MainWindowConnectionTest::aPortThatCannotBeOpenedIsReported()
                           "comboBox_baudrate off", "pushButton_connect on", "comboBox_portlist on",
                           "comboBox_baudrate on", "textEdit_device_info = "}));
     QVERIFY(!desk.port()->isOpen());
+}
+
+void MainWindowConnectionTest::saysThatAPortDoesNotOpenBehindTheBox()
+{
+    WindowOnLine desk(false);
+    auto *const ports = desk.combo("comboBox_portlist");
+    ports->addItem("/dev/null (test)");
+    ports->setCurrentIndex(ports->count() - 1);
+    QStringList saidAtTheBox{"no box"};
+    QTimer poll;
+    connect(&poll, &QTimer::timeout, &poll, [&] {
+        if (desk.dialogs.isOpen()) {
+            saidAtTheBox = desk.log.statusTexts();
+            desk.dialogs.answer();
+        }
+    });
+    poll.start(0);
+    desk.log.clear();
+    desk.click("pushButton_connect");
+    QCOMPARE(saidAtTheBox, QStringList());
+    QCOMPARE(desk.log.statusTexts(), QStringList{"Open error"});
 }
 
 void MainWindowConnectionTest::saysThatAPortDoesNotOpenBeforeItReturnsToTheStart()
