@@ -13,6 +13,10 @@ namespace {
 struct Asked {
     QList<int> limits;
     QList<unsigned long> pauses;
+    /// Bytes that have been written to the port, when there is one, at each of the pauses. None
+    /// leaves for the line before the event loop runs again.
+    QList<qint64> writtenAtPauses;
+    const QSerialPort *port = nullptr;
 };
 
 Asked &asked()
@@ -44,6 +48,9 @@ void QThread::msleep(unsigned long msec)
 {
     if (isGuiThread()) {
         asked().pauses << msec;
+        if (asked().port != nullptr) {
+            asked().writtenAtPauses << asked().port->bytesToWrite();
+        }
     }
     usleep(1000);
 }
@@ -132,10 +139,13 @@ void MainWindowLimitsTest::pausesForAFifthOfASecondBetweenRepetitions()
     WindowOnLine desk;
     QVERIFY(desk.connectCamera());
     asked() = {};
+    asked().port = desk.port();
     QCOMPARE(
         desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr, 0, 3),
         0);
+    asked().port = nullptr;
     QCOMPARE(asked().pauses, QList<unsigned long>({200, 200}));
+    QCOMPARE(asked().writtenAtPauses, QList<qint64>({13, 26})); // frames of 13 bytes; no pause last
 }
 
 QTEST_MAIN(MainWindowLimitsTest)
