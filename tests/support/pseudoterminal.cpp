@@ -33,6 +33,7 @@ PseudoTerminal::PseudoTerminal(QObject *parent)
 PseudoTerminal::~PseudoTerminal()
 {
     hangUp();
+    close(m_slave);
 }
 
 void PseudoTerminal::send(const QByteArray &bytes)
@@ -76,7 +77,6 @@ void PseudoTerminal::hangUp()
         return;
     }
     m_notifier.reset();
-    close(m_slave);
     close(m_master);
     m_master = -1;
 }

@@ -39,7 +39,9 @@ private:
     void readAvailable();
 
     int m_master = -1;
-    int m_slave = -1; ///< held open, so that the line outlives each opening of the port
+    /// Held open, so that the line outlives each opening of the port, and another test is not given
+    /// its name while the port still has the name locked.
+    int m_slave = -1;
     QString m_portName;
     QByteArray m_received;
     std::unique_ptr<QSocketNotifier> m_notifier;

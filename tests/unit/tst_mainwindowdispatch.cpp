@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "patience.h"
 #include "widgetrecorder.h"
 #include "windowonline.h"
 
 #include <QRadioButton>
-#include <QtTest>
 
 namespace {
 

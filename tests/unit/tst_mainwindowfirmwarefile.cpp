@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "patience.h"
 #include "windowonline.h"
 
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QTabWidget>
-#include <QtTest>
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include "ui_mainwindow.h"
 
-#include <QtTest>
+#include "patience.h"
 
 #include <QAbstractItemView>
 #include <QMap>

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "patience.h"
 #include "windowonline.h"
 
 #include <QLineEdit>
@@ -8,7 +9,6 @@
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTemporaryFile>
-#include <QtTest>
 
 namespace {
 

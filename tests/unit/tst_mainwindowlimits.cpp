@@ -1,18 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "patience.h"
 #include "windowonline.h"
 
 #include <QLineEdit>
 #include <QTemporaryDir>
-#include <QtTest>
 
 namespace {
 
-/// For how long waits and pauses of the GUI thread were meant to last, in milliseconds.
+/// The pauses of the GUI thread.
 struct Asked {
-    QList<int> limits;
-    QList<unsigned long> pauses;
+    QList<unsigned long> pauses; ///< how long they were meant to last, in milliseconds
     /// Bytes that have been written to the port, when there is one, at each of the pauses. None
     /// leaves for the line before the event loop runs again.
     QList<qint64> writtenAtPauses;
@@ -32,18 +31,8 @@ bool isGuiThread()
 
 } // namespace
 
-// The linker prefers these two to those in Qt's library. How long they really take is the
+// The linker prefers this one to that in Qt's library. How long a pause really takes is the
 // machine's affair, so the test looks at what is asked for.
-void QTimer::start(int msec)
-{
-    // Only a wait for an acknowledgement is that particular about its end.
-    if (isSingleShot() && timerType() == Qt::PreciseTimer) {
-        asked().limits << msec;
-    }
-    setInterval(msec);
-    start();
-}
-
 void QThread::msleep(unsigned long msec)
 {
     if (isGuiThread()) {
@@ -64,6 +53,7 @@ private slots:
     void waitsForTheReplyToAConnectionAtMostFiveSeconds();
     void waitsForEachPacketAtMostTwoSeconds();
     void pausesForAFifthOfASecondBetweenRepetitions();
+    void repeatingZeroTimesMeans256();
 };
 
 namespace {
@@ -102,19 +92,19 @@ void MainWindowLimitsTest::waitsForAReplyAtMost()
     QFETCH(int, limit);
     WindowOnLine desk;
     const Acknowledger acknowledger(&desk.window, acknowledgement);
-    asked() = {};
+    desk.limits.clear();
     QVERIFY(QMetaObject::invokeMethod(&desk.window, slot));
-    QCOMPARE(asked().limits, QList<int>{limit});
+    QCOMPARE(desk.limits.asked(), QList<int>{limit});
 }
 
 void MainWindowLimitsTest::waitsForTheReplyToAConnectionAtMostFiveSeconds()
 {
     WindowOnLine desk;
     const Acknowledger acknowledger(&desk.window, "receive_hello_ack");
-    asked() = {};
+    desk.limits.clear();
     desk.click("pushButton_connect");
     QVERIFY(desk.port()->isOpen());
-    QCOMPARE(asked().limits, QList<int>{5000});
+    QCOMPARE(desk.limits.asked(), QList<int>{5000});
 }
 
 void MainWindowLimitsTest::waitsForEachPacketAtMostTwoSeconds()
@@ -129,9 +119,9 @@ void MainWindowLimitsTest::waitsForEachPacketAtMostTwoSeconds()
     WindowOnLine desk;
     desk.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
     const Acknowledger acknowledger(&desk.window, "receive_fw_info_ack");
-    asked() = {};
+    desk.limits.clear();
     QVERIFY(QMetaObject::invokeMethod(&desk.window, "on_pushButton_start_upgrade_clicked"));
-    QCOMPARE(asked().limits, QList<int>({5000, 2000, 2000}));
+    QCOMPARE(desk.limits.asked(), QList<int>({5000, 2000, 2000}));
 }
 
 void MainWindowLimitsTest::pausesForAFifthOfASecondBetweenRepetitions()
@@ -146,6 +136,20 @@ void MainWindowLimitsTest::pausesForAFifthOfASecondBetweenRepetitions()
     asked().port = nullptr;
     QCOMPARE(asked().pauses, QList<unsigned long>({200, 200}));
     QCOMPARE(asked().writtenAtPauses, QList<qint64>({13, 26})); // frames of 13 bytes; no pause last
+    QTRY_COMPARE(desk.line.received().toHex(), WindowOnLine::helloRequest().repeated(3).toHex());
+}
+
+void MainWindowLimitsTest::repeatingZeroTimesMeans256()
+{
+    WindowOnLine desk;
+    QVERIFY(desk.connectCamera());
+    asked() = {};
+    QCOMPARE(
+        desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr, 0, 0),
+        0);
+    QCOMPARE(asked().pauses.size(), 255);
+    QTRY_COMPARE(desk.line.received().size(), 256 * 13);
+    QCOMPARE(desk.line.received(), WindowOnLine::helloRequest().repeated(256));
 }
 
 QTEST_MAIN(MainWindowLimitsTest)

@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "patience.h"
 #include "windowonline.h"
-
-#include <QElapsedTimer>
-#include <QtTest>
 
 namespace {
 
@@ -20,7 +18,6 @@ private slots:
     void writesTheFrame();
     void refusesWhatDoesNotFit_data();
     void refusesWhatDoesNotFit();
-    void repeatsTheFrameWithPausesBetween();
     void leavesInOneWrite();
 };
 
@@ -72,19 +69,6 @@ void MainWindowSendingTest::refusesWhatDoesNotFit()
           "result");
     QCOMPARE(desk.port()->bytesToWrite(), bytesWritten);
     QTRY_COMPARE(desk.line.received().size(), bytesWritten);
-}
-
-void MainWindowSendingTest::repeatsTheFrameWithPausesBetween()
-{
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    QElapsedTimer timer;
-    timer.start();
-    QCOMPARE(
-        desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr, 0, 3),
-        0);
-    QVERIFY2(timer.elapsed() >= 400, qPrintable(QString::number(timer.elapsed())));
-    QTRY_COMPARE(desk.line.received().toHex(), WindowOnLine::helloRequest().repeated(3).toHex());
 }
 
 void MainWindowSendingTest::leavesInOneWrite()

@@ -4,9 +4,8 @@
 #include "parserthread.h"
 
 #include "logcapture.h"
+#include "patience.h"
 #include "ringbuffer.h"
-
-#include <QtTest>
 
 #include <mutex>
 

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 #include "parserthread.h"
+#include "patience.h"
 #include "ringbuffer.h"
 
 #include <QSet>
-#include <QtTest>
 
 #include <chrono>
 #include <mutex>

@@ -4,6 +4,7 @@
 // Before Qt: its headers have a member named like a Qt keyword.
 #include <umockdev.h>
 
+#include "patience.h"
 #include "serialportcombobox.h"
 
 #include "mainwindow.h"
@@ -12,7 +13,6 @@
 #include <QMessageBox>
 #include <QSerialPort>
 #include <QSerialPortInfo>
-#include <QtTest>
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include "logcapture.h"
 #include "mainwindow.h"
 #include "pseudoterminal.h"
+#include "waitlimits.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
@@ -42,6 +43,19 @@ public:
         m_replyAfterMs = afterMs;
     }
 
+    /// Lets the limit of the next wait pass, once its request has left.
+    void letLimitPass()
+    {
+        limits.passWhen("the request has left", [this] { return port()->bytesToWrite() == 0; });
+    }
+    /// The same, once the log has that line too.
+    void letLimitPassAfter(const QString &logLine)
+    {
+        limits.passWhen("the log has " + logLine, [this, logLine] {
+            return port()->bytesToWrite() == 0 && log.texts().contains(logLine);
+        });
+    }
+
     /// Goes through the handshake. @return whether the window is connected then
     bool connectCamera()
     {
@@ -70,6 +84,7 @@ public:
     QSerialPort *port() const { return window.findChild<QSerialPort *>(); }
 
     LogCapture log;
+    WaitLimits limits;
     DialogWatcher dialogs;
     PseudoTerminal line;
     MainWindow window;

@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 
 #include "controlsocket.h"
+#include "patience.h"
 
 #include <QFile>
 #include <QLocalSocket>
 #include <QTemporaryDir>
-#include <QtTest>
 
 #include <memory>
 

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 #include "linemonitor.h"
+#include "patience.h"
 
 #include <QSignalSpy>
-#include <QtTest>
 
 namespace {
 

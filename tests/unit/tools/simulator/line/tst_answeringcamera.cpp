@@ -3,9 +3,9 @@
 
 #include "answeringcamera.h"
 #include "cameraline.h"
+#include "patience.h"
 
 #include <QSignalSpy>
-#include <QtTest>
 
 namespace {
 

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "patience.h"
 #include "pseudoterminalline.h"
 
 #include <QFile>
 #include <QSignalSpy>
-#include <QtTest>
 
 #include <array>
 

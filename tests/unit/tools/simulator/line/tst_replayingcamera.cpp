@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 #include "cameraline.h"
+#include "patience.h"
 #include "replayingcamera.h"
 
 #include <QSignalSpy>
-#include <QtTest>
 
 namespace {
 

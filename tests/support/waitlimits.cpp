@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "waitlimits.h"
+
+#include "patience.h"
+
+#include <QThread>
+
+namespace {
+
+WaitLimits *current = nullptr;
+
+} // namespace
+
+// The linker prefers this one to that in Qt's library.
+void QTimer::start(int msec)
+{
+    setInterval(WaitLimits::take(this, msec));
+    start();
+}
+
+WaitLimits::WaitLimits()
+{
+    current = this;
+    m_poll.setInterval(1);
+    m_poll.callOnTimeout([this] { passIfDue(); });
+}
+
+WaitLimits::~WaitLimits()
+{
+    current = nullptr;
+    if (m_poll.isActive()) {
+        const QString text = QStringLiteral("no limit has passed, which was to wait until ");
+        QTest::qFail(qPrintable(text + m_description), __FILE__, __LINE__);
+    }
+}
+
+void WaitLimits::passWhen(const QString &description, const std::function<bool()> &condition)
+{
+    m_description = description;
+    m_condition = condition;
+    m_poll.start();
+}
+
+int WaitLimits::take(QTimer *timer, int limit)
+{
+    // Only a wait for an acknowledgement is that particular about its end.
+    const bool isWait = timer->isSingleShot() && timer->timerType() == Qt::PreciseTimer;
+    if (current == nullptr || !isWait) {
+        return limit;
+    }
+    current->m_asked << limit;
+    current->m_waits << Wait{timer, QThread::currentThread()->loopLevel()};
+    return kPatience;
+}
+
+void WaitLimits::passIfDue()
+{
+    while (!m_waits.isEmpty()
+           && (m_waits.constLast().timer == nullptr || !m_waits.constLast().timer->isActive())) {
+        m_waits.removeLast();
+    }
+    // Outside of its loop, a timer is left over from a wait that has ended.
+    const bool runs =
+        !m_waits.isEmpty() && QThread::currentThread()->loopLevel() > m_waits.constLast().loopLevel;
+    if (runs && m_condition()) {
+        m_poll.stop();
+        m_waits.takeLast().timer->setInterval(0);
+    }
+}
