@@ -111,7 +111,7 @@ class Tree:
         command += ["--log-level=WARNING", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON"]
         # Quick to build, and with the assertions of both libraries: what reads or writes where
         # there is nothing must not pass for harmless.
-        command += ["-DCORVANE_WARNINGS_AS_ERRORS=OFF", "-DCMAKE_BUILD_TYPE=Debug"]
+        command += ["-DBUILD_TESTING=ON", "-DCMAKE_BUILD_TYPE=Debug"]
         command += ["-DCMAKE_CXX_FLAGS_DEBUG=-O0 -w -D_GLIBCXX_ASSERTIONS"]
         # The folder's name in each test would keep the copies from sharing what ccache holds.
         command += ["-DCMAKE_CXX_FLAGS=-UQT_TESTCASE_BUILDDIR"]
