@@ -1,0 +1,16 @@
+# SPDX-FileCopyrightText: 2026 The Corvane developers
+# SPDX-License-Identifier: MIT
+# shellcheck shell=bash
+
+# build PRESET [TARGET]...: brings the targets, or everything, up to date.
+build() {
+    local command=(cmake --build --preset "$1")
+    if [ $# -gt 1 ]; then
+        command+=(--target "${@:2}")
+    fi
+    # What CMake says of presets goes to its standard output, mistakes do not.
+    cmake --preset "$1" >/dev/null
+    if [ "$("${command[@]}" -- -n)" != "ninja: no work to do." ]; then
+        "${command[@]}"
+    fi
+}
