@@ -412,7 +412,7 @@ void MainWindow::on_pushButton_start_upgrade_clicked()
         return;
     }
     // Read again: what is uploaded is the file as it is now, not as it was when it was chosen.
-    auto image = FirmwareImage::read(ui->lineEdit_firmware->text());
+    const auto image = FirmwareImage::read(ui->lineEdit_firmware->text());
     if (!image) {
         refuseFirmware(QString());
         return;
@@ -433,7 +433,7 @@ void MainWindow::on_pushButton_start_upgrade_clicked()
     ui->textEdit_firmware_info->append(QLatin1String("Current version: ") + m_deviceVersion);
     ui->pushButton_start_upgrade->setEnabled(true);
 
-    QByteArray firmware = image->takeFirmware();
+    QByteArray firmware = image->firmware();
     showStatusMessage(QStringLiteral("firmware size = %1").arg(firmware.size()));
     if (firmware.size() > FirmwarePacket::kMaximumFirmwareSize) {
         refuseFirmware(tr("Firmware file error."));

@@ -3,7 +3,6 @@
 
 #include "firmwareimage.h"
 
-#include "base64.h"
 #include "versiontext.h"
 
 #include <QFile>
@@ -52,17 +51,10 @@ QString FirmwareImage::imageVersion() const
 
 QByteArray FirmwareImage::firmware() const
 {
-    return FirmwareImage(*this).takeFirmware();
-}
-
-QByteArray FirmwareImage::takeFirmware()
-{
-    constexpr int kBodyOffset = kHeaderSize + kRawPrefixSize;
-    QByteArray firmware = std::exchange(m_contents, QByteArray());
-    if (firmware.size() > kBodyOffset) {
-        decodeBase64(firmware, kBodyOffset);
-    }
-    return firmware.remove(0, kHeaderSize);
+    // The decoder skips "=" as it does any character that is not of the alphabet, so that padding
+    // makes no difference.
+    return m_contents.mid(kHeaderSize, kRawPrefixSize)
+        + QByteArray::fromBase64(m_contents.mid(kHeaderSize + kRawPrefixSize));
 }
 
 QString FirmwareImage::versionAt(int offset) const

@@ -43,8 +43,6 @@ public:
     /// The bytes to upload: the raw prefix and the decoded body. Characters of the body that are
     /// not of the alphabet are skipped.
     QByteArray firmware() const;
-    /// The same without a copy: nothing is left in the image.
-    QByteArray takeFirmware();
 
 private:
     QString versionAt(int offset) const;
