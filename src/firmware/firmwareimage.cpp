@@ -27,6 +27,7 @@ FirmwareImage::FirmwareImage(QByteArray contents)
 std::optional<FirmwareImage> FirmwareImage::read(const QString &path)
 {
     QFile file(path);
+    // Additions of our own: special files and files above the limit are refused.
     if (!QFileInfo(path).isFile() || file.size() > kMaximumFileSize
         || !file.open(QIODevice::ReadOnly)) {
         return std::nullopt;
@@ -41,12 +42,12 @@ bool FirmwareImage::hasMagic() const
 
 QString FirmwareImage::protocolVersion() const
 {
-    return versionAt(kProtocolVersionOffset);
+    return versionText(m_contents, kProtocolVersionOffset);
 }
 
 QString FirmwareImage::imageVersion() const
 {
-    return versionAt(kImageVersionOffset);
+    return versionText(m_contents, kImageVersionOffset);
 }
 
 QByteArray FirmwareImage::firmware() const
@@ -55,14 +56,4 @@ QByteArray FirmwareImage::firmware() const
     // makes no difference.
     return m_contents.mid(kHeaderSize, kRawPrefixSize)
         + QByteArray::fromBase64(m_contents.mid(kHeaderSize + kRawPrefixSize));
-}
-
-QString FirmwareImage::versionAt(int offset) const
-{
-    return versionText(byteAt(offset), byteAt(offset + 1), byteAt(offset + 2), byteAt(offset + 3));
-}
-
-char FirmwareImage::byteAt(int offset) const
-{
-    return offset < m_contents.size() ? m_contents.at(offset) : '\0';
 }

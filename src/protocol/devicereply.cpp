@@ -12,7 +12,8 @@
 
 namespace {
 
-constexpr int kVersionOffset = 12;
+// In the settings report; the bytes at 17 and 18 are not used.
+constexpr int kVersionOffset = UARTFrame::kPayloadOffset;
 constexpr int kTargetMissingOffset = 16;
 constexpr int kFirstDirectionOffset = 19;
 constexpr int kSecondDirectionOffset = 20;
@@ -20,8 +21,10 @@ constexpr int kPanTrackingOffset = 21;
 constexpr int kTiltTrackingOffset = 22;
 constexpr int kAutoZoomOffset = 23;
 constexpr int kZoomOffsetOffset = 24;
-constexpr int kCustomZoomOffset = 12;
 constexpr int kSmallestSizeWithSettings = 14;
+
+// In the reply to UART_CTRL_CMD_SET_CUSTOM_ZOOM; the low byte follows.
+constexpr int kCustomZoomOffset = UARTFrame::kPayloadOffset;
 
 } // namespace
 
@@ -79,8 +82,7 @@ bool DeviceReply::hasSettings() const
 SettingsReport DeviceReply::settings() const
 {
     SettingsReport report;
-    report.version = versionText(byteAt(kVersionOffset), byteAt(kVersionOffset + 1),
-                                 byteAt(kVersionOffset + 2), byteAt(kVersionOffset + 3));
+    report.version = versionText(m_frame, kVersionOffset);
     report.targetMissing = byteAt(kTargetMissingOffset);
     report.firstDirectionFlag = byteAt(kFirstDirectionOffset);
     report.secondDirectionFlag = byteAt(kSecondDirectionOffset);

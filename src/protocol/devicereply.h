@@ -6,15 +6,9 @@
 #include <QByteArray>
 #include <QString>
 
-/// Version and settings as the camera reports them: in the reply to UART_CTRL_CMD_HELLO and in the
-/// long reply to UART_CTRL_CMD_CUSTOM_SETTING, at these offsets of the frame:
-///
-///     12-15  version             20  installed direction, second flag    23  auto zoom
-///     16     target missing      21  pan tracking                        24  zoom offset
-///     17-18  not used            22  tilt tracking
-///     19     installed direction, first flag
-///
-/// The order differs from the request's, see CameraSettings. Every byte counts as signed.
+/// Version and settings as the camera reports them, in the reply to UART_CTRL_CMD_HELLO and in the
+/// long reply to UART_CTRL_CMD_CUSTOM_SETTING. They are in the order of the report, which differs
+/// from the request's (see CameraSettings). Every byte counts as signed.
 struct SettingsReport {
     QString version;               ///< as versionText() gives it
     signed char targetMissing = 0; ///< numbered like CameraSettings::targetMissing
@@ -27,8 +21,8 @@ struct SettingsReport {
 
     /// Only both flags together mean upside down.
     bool isUpsideDown() const;
-    /// The mode numbered like CameraSettings::autoTracking: both flags are auto, one alone is pan
-    /// or tilt.
+    /// The mode, numbered like CameraSettings::autoTracking: both flags mean auto, one alone pan or
+    /// tilt.
     int autoTracking() const;
     /// The seven bytes from targetMissing on, each as signedHexadecimal() gives it, joined by dots.
     QString summary() const;
@@ -42,17 +36,17 @@ public:
 
     /// Bytes of the frame, the checksum byte not counted.
     int size() const;
-    /// A UARTCommunicationType_t, if the camera keeps to them.
+    /// A UARTCommunicationType_t, or a value that has no name there.
     unsigned char communicationType() const;
-    /// A UARTControlCommand, if the camera keeps to them.
+    /// A UARTControlCommand, or a value that has no name there.
     unsigned char command() const;
-    /// Whether the frame is long enough to hold more than the short acknowledgement of
-    /// UART_CTRL_CMD_CUSTOM_SETTING, which has at most one byte of payload.
+    /// Whether the frame is longer than the short acknowledgement of UART_CTRL_CMD_CUSTOM_SETTING,
+    /// which has at most one byte of payload.
     bool hasSettings() const;
     SettingsReport settings() const;
-    /// The zoom value in a reply to UART_CTRL_CMD_SET_CUSTOM_ZOOM, from bytes 12 (high) and 13
-    /// (low). Both count as signed before they are combined, so a low byte of 80 or more lowers the
-    /// value by 256: 01 90 is 256 - 112 = 144, not 400.
+    /// The zoom value in a reply to UART_CTRL_CMD_SET_CUSTOM_ZOOM, high byte first. Both bytes
+    /// count as signed before they are combined, so a low byte of 80 or more lowers the value by
+    /// 256: 01 90 is 256 - 112 = 144, not 400.
     int customZoom() const;
 
 private:

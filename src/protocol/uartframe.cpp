@@ -3,8 +3,13 @@
 
 #include "uartframe.h"
 
-#include <algorithm>
 #include <numeric>
+
+unsigned char UARTFrame::checksum(const QByteArray &frame)
+{
+    return static_cast<unsigned char>(
+        std::accumulate(frame.begin() + kLengthOffset, frame.end(), 0));
+}
 
 std::optional<QByteArray> UARTFrame::build(UARTCommunicationType_t type, unsigned char command,
                                            unsigned char parameter, const unsigned char *data,
@@ -14,20 +19,13 @@ std::optional<QByteArray> UARTFrame::build(UARTCommunicationType_t type, unsigne
         return std::nullopt;
     }
 
-    std::array<unsigned char, kMaximumSize> frame{};
-    frame[0] = kHeaderByte;
-    frame[1] = kHeaderByte;
-    std::copy(kSignature.begin(), kSignature.end(), frame.begin() + kSignatureOffset);
-    frame[kTypeOffset] = static_cast<unsigned char>(type);
-    frame[kCommandOffset] = command;
-    frame[kParameterOffset] = parameter;
-    std::copy_n(data, length, frame.begin() + kPayloadOffset);
-
-    const int checksumOffset = kPayloadOffset + length;
-    frame[kLengthOffset] = static_cast<unsigned char>(checksumOffset + 1 - kBytesBeforeCounted);
-    const int sum =
-        std::accumulate(frame.begin() + kLengthOffset, frame.begin() + checksumOffset, 0);
-    frame[static_cast<size_t>(checksumOffset)] = static_cast<unsigned char>(sum);
-
-    return QByteArray(reinterpret_cast<const char *>(frame.data()), checksumOffset + 1);
+    QByteArray frame(2, static_cast<char>(kHeaderByte));
+    frame.append(static_cast<char>(kSizeWithoutPayload + length - kBytesBeforeCounted));
+    frame.append(reinterpret_cast<const char *>(kSignature.data()), kSignature.size());
+    frame.append(static_cast<char>(type));
+    frame.append(static_cast<char>(command));
+    frame.append(static_cast<char>(parameter));
+    frame.append(reinterpret_cast<const char *>(data), length);
+    frame.append(static_cast<char>(checksum(frame)));
+    return frame;
 }

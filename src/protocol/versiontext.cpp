@@ -12,9 +12,11 @@ QString signedHexadecimal(char byte)
     return value < 0 ? QLatin1Char('-') + magnitude : magnitude;
 }
 
-QString versionText(char first, char second, char third, char fourth)
+QString versionText(const QByteArray &bytes, int offset)
 {
+    constexpr int kSize = 4;
+    const QByteArray version = bytes.mid(offset, kSize).leftJustified(kSize, '\0');
     return QStringLiteral("%1.%2.%3.%4")
-        .arg(signedHexadecimal(first), signedHexadecimal(second), signedHexadecimal(third),
-             signedHexadecimal(fourth));
+        .arg(signedHexadecimal(version.at(0)), signedHexadecimal(version.at(1)),
+             signedHexadecimal(version.at(2)), signedHexadecimal(version.at(3)));
 }

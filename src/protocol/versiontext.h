@@ -3,12 +3,13 @@
 
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 /// One byte the way version numbers and settings are shown: taken as signed, in lower-case
 /// hexadecimal without padding or prefix (0x0A gives "a", 0xFF "-1", 0x80 "-80").
 QString signedHexadecimal(char byte);
 
-/// A version as the camera and its image files carry it, four bytes, shown as
-/// "first.second.third.fourth" with each byte as signedHexadecimal() gives it.
-QString versionText(char first, char second, char third, char fourth);
+/// A version as the camera and its image files carry it, in the four bytes at @p offset: each as
+/// signedHexadecimal() gives it, joined by dots. A byte after the end of @p bytes counts as 0.
+QString versionText(const QByteArray &bytes, int offset);

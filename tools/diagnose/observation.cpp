@@ -7,7 +7,6 @@
 #include "uartframe.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace {
 
@@ -24,14 +23,6 @@ bool bearsSignature(const QByteArray &start)
         right += byte == UARTFrame::kSignature[static_cast<std::size_t>(i)] ? 1 : 0;
     }
     return right > 0 && right >= present - kDamageAllowed;
-}
-
-unsigned char sumOf(const QByteArray &frame)
-{
-    const int sum = std::accumulate(
-        frame.begin() + UARTFrame::kLengthOffset, frame.end(), 0,
-        [](int total, char byte) { return total + static_cast<unsigned char>(byte); });
-    return static_cast<unsigned char>(sum);
 }
 
 /// As it is delivered, without its checksum byte.
@@ -114,8 +105,8 @@ void Observation::sort(const QByteArray &frame)
         }
         ++m_record.answers;
         if (!m_record.answer) {
-            m_record.answer =
-                LineRecord::Answer{frame, m_time, sumOf(frame) == UARTFrame::kHeaderByte};
+            m_record.answer = LineRecord::Answer{
+                frame, m_time, UARTFrame::checksum(frame) == UARTFrame::kHeaderByte};
         }
     } else if (frame == helloRequest()) {
         ++m_record.ownRequests;

@@ -14,6 +14,8 @@ private slots:
     void agreesWithTheDecimalValueOfEveryByte();
     void joinsFourBytesByDots_data();
     void joinsFourBytesByDots();
+    void readsFromTheOffsetOn_data();
+    void readsFromTheOffsetOn();
 };
 
 void VersionTextTest::showsEachByteAsSignedHexadecimal_data()
@@ -63,7 +65,25 @@ void VersionTextTest::joinsFourBytesByDots_data()
 void VersionTextTest::joinsFourBytesByDots()
 {
     QFETCH(QByteArray, bytes);
-    QTEST(versionText(bytes.at(0), bytes.at(1), bytes.at(2), bytes.at(3)), "text");
+    QTEST(versionText(bytes, 0), "text");
+}
+
+void VersionTextTest::readsFromTheOffsetOn_data()
+{
+    QTest::addColumn<int>("offset");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("all four bytes") << 1 << "2.3.4.5";
+    QTest::newRow("the last is missing") << 2 << "3.4.5.0";
+    QTest::newRow("all but the first are missing") << 4 << "5.0.0.0";
+    QTest::newRow("at the end") << 5 << "0.0.0.0";
+    QTest::newRow("after the end") << 6 << "0.0.0.0";
+}
+
+void VersionTextTest::readsFromTheOffsetOn()
+{
+    QFETCH(int, offset);
+    QTEST(versionText(QByteArray::fromHex("0102030405"), offset), "text");
 }
 
 QTEST_APPLESS_MAIN(VersionTextTest)

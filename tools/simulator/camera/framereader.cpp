@@ -5,7 +5,6 @@
 
 #include "uartframe.h"
 
-#include <numeric>
 
 namespace {
 
@@ -32,10 +31,7 @@ int headerIn(const QByteArray &bytes, int from, bool moreMayCome)
 
 bool hasRightChecksum(const QByteArray &frame)
 {
-    const int sum = std::accumulate(
-        frame.begin() + UARTFrame::kLengthOffset, frame.end() - 1, 0,
-        [](int total, char byte) { return total + static_cast<unsigned char>(byte); });
-    return static_cast<unsigned char>(frame.back()) == (sum & 0xFF);
+    return static_cast<unsigned char>(frame.back()) == UARTFrame::checksum(frame.chopped(1));
 }
 
 void addNoise(QVector<FrameReader::Piece> &pieces, const QByteArray &bytes)

@@ -6,7 +6,6 @@
 #include "seededrandom.h"
 #include "uartframe.h"
 
-#include <numeric>
 #include <utility>
 
 namespace {
@@ -278,9 +277,7 @@ QString FaultPassage::setField(const QString &name, int offset, int value, bool 
     const int old = byteAt(offset);
     m_frame[offset] = static_cast<char>(value);
     if (withChecksum) {
-        const int sum =
-            std::accumulate(m_frame.cbegin() + UARTFrame::kLengthOffset, m_frame.cend() - 1, 0);
-        m_frame[m_frame.size() - 1] = static_cast<char>(sum);
+        m_frame[m_frame.size() - 1] = static_cast<char>(UARTFrame::checksum(m_frame.chopped(1)));
     }
     return QStringLiteral("changed the %1, %2 became %3")
         .arg(name, hexadecimal(old), hexadecimal(value));

@@ -141,8 +141,9 @@ void AnsweringCamera::finishReboot()
     m_camera.finishReboot();
     const std::array<unsigned char, 4> &version = m_camera.state().version;
     note(QStringLiteral("running version ")
-         + versionText(static_cast<char>(version[0]), static_cast<char>(version[1]),
-                       static_cast<char>(version[2]), static_cast<char>(version[3])));
+         + versionText(QByteArray(reinterpret_cast<const char *>(version.data()),
+                                  static_cast<int>(version.size())),
+                       0));
 }
 
 void AnsweringCamera::note(const QString &text)
