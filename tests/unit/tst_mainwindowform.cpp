@@ -974,9 +974,7 @@ void TestMainWindowForm::writesEachRuleOfTheLongStyleSheets_data()
                        "stop:0 #fafafa,stop:0.4 #f4f4f4,stop:0.5 #e7e7e7,stop:1.0 #fafafa)");
     const QString frame = QStringLiteral("border: 1px solid gray; border-radius: 3px;"
                                          "padding: 1px 18px 1px 3px; min-width: 6em;"
-                                         "background: white;"
-                                         "selection-background-color: #00A0EA;"
-                                         "selection-color: white;");
+                                         "background: white;");
 
     struct ComboBox {
         const char *name;
