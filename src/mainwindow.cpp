@@ -23,7 +23,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int kReceiveBlockSize = 4096;
 constexpr int kBaudRate = 115200;
 constexpr unsigned long kRepeatPauseMs = 200;
 
@@ -36,7 +35,6 @@ constexpr auto kPacketLimit = 2000ms;
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent)
     , ui(new Ui::MainWindow)
-    , m_ringBuffer(kReceiveBlockSize)
 {
     ui->setupUi(this);
     ui->toolButton_language->hide();

@@ -14,26 +14,26 @@ class RingBuffer;
 
 /// The thread that turns received bytes into checked frames.
 ///
-/// It polls the ring buffer: every 50 ms while that is empty, every 500 ms while it has none, and
-/// without a pause, one byte a pass, while bytes are waiting. It runs from startParser() until it
-/// is destroyed; opening and closing the port do not concern it.
+/// It polls the ring buffer: every 50 ms while that is empty, every 500 ms while there is none.
+/// While bytes are waiting it takes one after the other without a pause. It runs from startParser()
+/// until it is destroyed, whether or not a port is open.
 class ParserThread : public QThread, private FrameAssembler::Listener {
     Q_OBJECT
 
 public:
     explicit ParserThread(QObject *parent = nullptr);
-    /// Stops the thread and waits until it has ended, one poll at the longest.
+    /// Stops the thread and waits until it has ended, at most for one poll.
     ~ParserThread() override;
 
-    /// Gives the thread the buffer to read, and starts it unless it runs. Any thread.
+    /// Gives the thread the buffer to read, and starts it unless it is running. Any thread.
     /// @param buffer  not owned, must outlive this object; null changes nothing
     void startParser(RingBuffer *buffer);
     /// Writes one line to the debug log. Any thread.
     void showDebugMessage(const QString &message);
 
 signals:
-    /// One accepted frame without its checksum byte, as FrameAssembler delivers it. Raised on the
-    /// parser thread, so that a receiver that lives on another one gets it queued.
+    /// One accepted frame without its checksum byte. Emitted on the parser thread, so that a
+    /// receiver that lives on another one gets it queued.
     void command(const QByteArray &frame);
 
 protected:
@@ -45,7 +45,7 @@ private:
     void checksumFailed(qint32 sum) override;
     void lengthRejected(quint32 length) override;
 
-    QMutex m_mutex; ///< orders the writers of the two members below; run() reads them without it
+    QMutex m_mutex; ///< for writing the next two members; run() reads them without it
     std::atomic<RingBuffer *> m_buffer{nullptr};
     std::atomic<bool> m_stop{false};
     FrameAssembler m_assembler; ///< parser thread only; its state survives reconnects

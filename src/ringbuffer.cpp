@@ -3,18 +3,10 @@
 
 #include "ringbuffer.h"
 
-RingBuffer::RingBuffer(int blockSize)
-    : m_bytes(blockSize)
-{
-}
-
 void RingBuffer::append(const QByteArray &bytes)
 {
-    if (bytes.isEmpty()) {
-        return;
-    }
     const std::lock_guard lock(m_mutex);
-    m_bytes.append(bytes);
+    m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
 }
 
 void RingBuffer::clear()
@@ -26,11 +18,16 @@ void RingBuffer::clear()
 bool RingBuffer::isEmpty() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_bytes.isEmpty();
+    return m_bytes.empty();
 }
 
 int RingBuffer::getChar()
 {
     const std::lock_guard lock(m_mutex);
-    return m_bytes.getChar();
+    if (m_bytes.empty()) {
+        return -1;
+    }
+    const int byte = m_bytes.front();
+    m_bytes.pop_front();
+    return byte;
 }

@@ -4,28 +4,24 @@
 #pragma once
 
 #include <QByteArray>
-#include <private/qringbuffer_p.h>
 
+#include <deque>
 #include <mutex>
 
-/// Qt's byte ring buffer, made safe between one thread that appends and one that takes.
+/// A queue of bytes between one thread that appends and one that takes.
 ///
-/// QRingBuffer has no locking of its own. The lock is a std::mutex because the thread sanitizer
-/// understands it, which it does not with the parts of QMutex that live in Qt's own library.
+/// The lock is a std::mutex because the thread sanitizer understands it, which it does not with the
+/// parts of QMutex that are in Qt's own library.
 class RingBuffer {
 public:
-    /// @param blockSize  bytes by which the buffer grows
-    explicit RingBuffer(int blockSize);
-
-    /// Appends the bytes, in order. An empty array appends nothing: QRingBuffer would keep it as an
-    /// empty block, from which getChar() later reads a 0 that nobody sent.
+    /// Appends the bytes, in order.
     void append(const QByteArray &bytes);
     void clear();
     bool isEmpty() const;
-    /// Takes the oldest byte out, 0 to 255; -1 if there is none.
+    /// Takes the oldest byte, 0 to 255; -1 if there is none.
     int getChar();
 
 private:
     mutable std::mutex m_mutex;
-    QRingBuffer m_bytes;
+    std::deque<unsigned char> m_bytes;
 };

@@ -83,7 +83,7 @@ void ParserThreadTest::hasOneSignalAndNothingElse()
 void ParserThreadTest::startsWithABufferOnly()
 {
     LogCapture log;
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     ParserThread parser;
     parser.startParser(nullptr);
     QVERIFY(!parser.isRunning());
@@ -96,7 +96,7 @@ void ParserThreadTest::startsWithABufferOnly()
 
 void ParserThreadTest::deliversAFrameWithoutItsChecksum()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     ParserThread parser;
     const FrameList frames(parser);
     parser.startParser(&buffer);
@@ -107,7 +107,7 @@ void ParserThreadTest::deliversAFrameWithoutItsChecksum()
 
 void ParserThreadTest::deliversAFrameThatArrivesInPieces()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     ParserThread parser;
     const FrameList frames(parser);
     parser.startParser(&buffer);
@@ -123,7 +123,7 @@ void ParserThreadTest::deliversAFrameThatArrivesInPieces()
 
 void ParserThreadTest::deliversTwoFramesOfOneAppendInOrder()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     ParserThread parser;
     const FrameList frames(parser);
     parser.startParser(&buffer);
@@ -135,7 +135,7 @@ void ParserThreadTest::deliversTwoFramesOfOneAppendInOrder()
 
 void ParserThreadTest::deliversQueuedAcrossThreads()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     ParserThread parser;
     QThread *receivingThread = nullptr;
     connect(&parser, &ParserThread::command, this,
@@ -169,7 +169,7 @@ void ParserThreadTest::logsWhatTheAssemblerSays()
     QFETCH(QByteArray, stream);
     QFETCH(QStringList, lines);
     LogCapture log;
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     {
         ParserThread parser;
         parser.startParser(&buffer);
@@ -183,7 +183,7 @@ void ParserThreadTest::logsWhatTheAssemblerSays()
 void ParserThreadTest::logsAFrameBeforeItHandsItOver()
 {
     LogCapture log;
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     {
         ParserThread parser;
         connect(
@@ -200,7 +200,7 @@ void ParserThreadTest::logsAFrameBeforeItHandsItOver()
 
 void ParserThreadTest::dropsWhatIsTooLongAndGoesOn()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     ParserThread parser;
     const FrameList frames(parser);
     parser.startParser(&buffer);
@@ -211,7 +211,7 @@ void ParserThreadTest::dropsWhatIsTooLongAndGoesOn()
 
 void ParserThreadTest::keepsAPartialFrameForLater()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     ParserThread parser;
     const FrameList frames(parser);
     parser.startParser(&buffer);
@@ -223,7 +223,7 @@ void ParserThreadTest::keepsAPartialFrameForLater()
 
 void ParserThreadTest::endsWithinOnePoll()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     auto parser = std::make_unique<ParserThread>();
     parser->startParser(&buffer);
     QPointer<ParserThread> thread(parser.get());
@@ -244,7 +244,7 @@ void ParserThreadTest::endsWithoutEverHavingHadABuffer()
 void ParserThreadTest::takesTenThousandFramesWhileTheyArrive()
 {
     constexpr int kFrames = 10000;
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     ParserThread parser;
     const FrameList frames(parser);
     const auto previous =

@@ -88,7 +88,7 @@ void ParserThreadPollsTest::pausesForHalfASecondWithoutABuffer()
 
 void ParserThreadPollsTest::pausesForATwentiethOfASecondWhileTheBufferIsEmpty()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     {
         ParserThread parser;
         parser.startParser(&buffer);
@@ -100,7 +100,7 @@ void ParserThreadPollsTest::pausesForATwentiethOfASecondWhileTheBufferIsEmpty()
 void ParserThreadPollsTest::doesNotPauseBetweenBytes()
 {
     constexpr int kBytes = 100000;
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     buffer.append(QByteArray(kBytes, '\0'));
     {
         ParserThread parser;

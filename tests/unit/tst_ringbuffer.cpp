@@ -21,7 +21,7 @@ private slots:
 
 void RingBufferTest::bytesComeOutInOrder()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     buffer.append("ab");
     buffer.append("c");
     QCOMPARE(buffer.getChar(), int('a'));
@@ -35,7 +35,7 @@ void RingBufferTest::bytesComeOutInOrder()
 
 void RingBufferTest::bytesAreUnsigned()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     buffer.append(QByteArray::fromHex("ff80"));
     QCOMPARE(buffer.getChar(), 255);
     QCOMPARE(buffer.getChar(), 128);
@@ -43,14 +43,14 @@ void RingBufferTest::bytesAreUnsigned()
 
 void RingBufferTest::emptyGivesMinusOne()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     QVERIFY(buffer.isEmpty());
     QCOMPARE(buffer.getChar(), -1);
 }
 
 void RingBufferTest::appendingNothingLeavesNothingToTake()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     buffer.append(QByteArray());
     QVERIFY(buffer.isEmpty());
     buffer.append("a");
@@ -64,7 +64,7 @@ void RingBufferTest::appendingNothingLeavesNothingToTake()
 
 void RingBufferTest::clearForgetsEverything()
 {
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
     buffer.append("abc");
     buffer.clear();
     QVERIFY(buffer.isEmpty());
@@ -77,7 +77,7 @@ void RingBufferTest::clearForgetsEverything()
 void RingBufferTest::losesNothingBetweenTwoThreads()
 {
     constexpr int kBytes = 2'000'000;
-    RingBuffer buffer(4096);
+    RingBuffer buffer;
 
     std::thread producer([&buffer] {
         int sent = 0;
