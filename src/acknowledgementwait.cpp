@@ -15,9 +15,9 @@ AcknowledgementWait::AcknowledgementWait(const QObject *sender, const char *sign
 AcknowledgementWait::Outcome AcknowledgementWait::waitFor(std::chrono::milliseconds limit)
 {
     m_timer.start(limit);
-    // The exit code tells what ended the loop. QCoreApplication::quit() ends every running loop
-    // with 0, and a loop that is started after it returns -1 at once. Where an inner wait keeps
-    // this loop from returning, the last to end it counts.
+    // The end of the program ends every running loop with 0, and a loop that is started later
+    // returns -1 at once. If an inner wait keeps this loop from returning, the last exit code
+    // counts.
     switch (m_loop.exec()) {
     case Acknowledged:
         return Acknowledged;
@@ -30,7 +30,7 @@ AcknowledgementWait::Outcome AcknowledgementWait::waitFor(std::chrono::milliseco
 
 void AcknowledgementWait::acknowledge()
 {
-    // Too late counts as never, also while an inner wait keeps this one from returning.
+    // A late acknowledgement is ignored, also while an inner wait keeps this one from returning.
     if (m_timer.isActive()) {
         m_loop.exit(Acknowledged);
     }

@@ -11,17 +11,17 @@
 
 /// Waits in a nested event loop for a signal that acknowledges a request, for a limited time.
 ///
-/// The user interface stays live meanwhile, and it is inside the loop that the acknowledgement is
-/// received and shown. Waits may nest. One object can wait several times, one after the other.
-/// GUI thread only.
+/// The user interface stays live meanwhile, and the reply is received and shown inside the loop.
+/// Waits may nest. One object can wait several times, one after the other. GUI thread only.
 class AcknowledgementWait : public QObject {
     Q_OBJECT
 
 public:
+    /// The exit codes of the loop. QEventLoop::quit(), and with it the end of the program, gives 0.
     enum Outcome {
-        ProgramEnding, ///< the program is ending: there is nobody left to tell anything
-        Acknowledged,
-        TimedOut,
+        ProgramEnding = 0, ///< nothing is left to be shown
+        Acknowledged = 1,
+        TimedOut = 2,
     };
 
     /// @param sender  not owned, must outlive this object
@@ -29,9 +29,8 @@ public:
     AcknowledgementWait(const QObject *sender, const char *signal);
 
     /// Runs the loop until the signal, the end of @p limit or the end of the program, whichever
-    /// comes first. To be called behind the sending of the request: the reply cannot be lost in
-    /// between, because it is delivered by the loop. A signal that is raised before the loop runs
-    /// does not count.
+    /// comes first. Call it after sending the request: the reply cannot be lost in between, because
+    /// the loop delivers it. A signal that is emitted before the loop runs does not count.
     Outcome waitFor(std::chrono::milliseconds limit);
 
 private slots:

@@ -7,6 +7,7 @@
 #include "devicereply.h"
 #include "firmwareimage.h"
 #include "firmwarepacket.h"
+#include "hangupdetector.h"
 #include "requestpayload.h"
 #include "ui_mainwindow.h"
 #include "version.h"
@@ -21,16 +22,10 @@
 
 using namespace std::chrono_literals;
 
-namespace {
-
-constexpr int kBaudRate = 115200;
 constexpr unsigned long kRepeatPauseMs = 200;
-
 constexpr auto kReplyLimit = 5000ms;
 constexpr auto kCustomZoomLimit = 2000ms;
 constexpr auto kPacketLimit = 2000ms;
-
-} // namespace
 
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent)
@@ -39,11 +34,10 @@ MainWindow::MainWindow(QWidget *parent)
     ui->setupUi(this);
     ui->toolButton_language->hide();
     ui->pushButton_cancel_upgrade->hide();
-    ui->comboBox_baudrate->addItem(QStringLiteral("115200"), kBaudRate);
+    ui->comboBox_baudrate->addItem(QStringLiteral("115200"), 115200);
     updateSettings();
 
     m_statusLabel = new QLabel;
-
     m_ringBuffer.clear();
     connect(&m_parser, SIGNAL(command(QByteArray)), this, SLOT(AnalyzeReceiveData(QByteArray)));
     m_parser.startParser(&m_ringBuffer);
@@ -52,6 +46,7 @@ MainWindow::MainWindow(QWidget *parent)
     connect(m_serial, SIGNAL(error(QSerialPort::SerialPortError)), this,
             SLOT(handleError(QSerialPort::SerialPortError)));
     connect(m_serial, SIGNAL(readyRead()), this, SLOT(readData()));
+    new HangUpDetector(m_serial);
 
     on_pushButton_disconnect_clicked();
 }
@@ -64,70 +59,61 @@ MainWindow::~MainWindow()
 
 void MainWindow::updateSettings()
 {
-    QString portName = ui->comboBox_portlist->currentText();
+    Settings settings;
+    settings.portName = ui->comboBox_portlist->currentText();
     // Without " (" the position is -1, which leaves an empty name.
-    portName.truncate(portName.indexOf(QLatin1String(" (")));
-
-    m_settings.portName = portName;
-    m_settings.baudRate = ui->comboBox_baudrate->currentData(Qt::UserRole).toInt();
-    m_settings.dataBits = QSerialPort::Data8;
-    m_settings.parity = QSerialPort::NoParity;
-    m_settings.stopBits = QSerialPort::OneStop;
-    m_settings.flowControl = QSerialPort::NoFlowControl;
-    m_settings.spareFlag = false;
+    settings.portName.truncate(settings.portName.indexOf(QLatin1String(" (")));
+    settings.baudRate = ui->comboBox_baudrate->currentData(Qt::UserRole).toInt();
+    m_settings = settings;
 }
 
-void MainWindow::on_comboBox_portlist_currentIndexChanged(int index)
+void MainWindow::on_comboBox_portlist_currentIndexChanged(int /*index*/)
 {
-    Q_UNUSED(index)
     updateSettings();
 }
 
-void MainWindow::on_comboBox_baudrate_currentIndexChanged(int index)
+void MainWindow::sendRequest(UARTControlCommand command, const QByteArray &payload,
+                             unsigned char parameter)
 {
-    Q_UNUSED(index)
+    // SendUARTCommand() only reads the payload, although it does not promise to.
+    auto *const bytes = reinterpret_cast<unsigned char *>(const_cast<char *>(payload.constData()));
+    // The result is ignored: what was not sent is not acknowledged, and the wait times out.
+    SendUARTCommand(UART_COMM_TYPE_REQUEST, command, parameter, bytes,
+                    static_cast<unsigned char>(payload.size()), 1);
 }
 
-template <std::size_t Size>
-void MainWindow::sendRequest(UARTControlCommand command, std::array<unsigned char, Size> payload)
+AcknowledgementWait::Outcome MainWindow::showTimeOut(AcknowledgementWait::Outcome outcome,
+                                                     const QString &text)
 {
-    static_assert(Size <= UARTFrame::kMaximumPayloadSize);
-    // Nobody looks at the result: the camera does not acknowledge what was not sent, and the wait
-    // for that ends in its time-out.
-    SendUARTCommand(UART_COMM_TYPE_REQUEST, command, 0, payload.data(), Size, 1);
+    if (outcome == AcknowledgementWait::TimedOut) {
+        QMessageBox::critical(this, tr("Error"), text);
+    }
+    return outcome;
 }
 
 void MainWindow::on_pushButton_connect_clicked()
 {
-    ui->pushButton_connect->setEnabled(false);
-    ui->comboBox_portlist->setEnabled(false);
-    ui->comboBox_baudrate->setEnabled(false);
-
+    setConnectingEnabled(false);
     if (!openPort()) {
         QMessageBox::critical(this, tr("Error"), m_serial->errorString());
         showStatusMessage(tr("Open error"));
-        closePort();
+        enterDisconnectedState();
         return;
     }
 
-    // Said before the camera has answered: the port is what was connected to.
+    // Before the camera has answered: it is the port that is connected to.
     showStatusMessage(QStringLiteral("Connected to %1").arg(m_settings.portName));
     AcknowledgementWait hello(this, SIGNAL(receive_hello_ack()));
-    sendRequest(UART_CTRL_CMD_HELLO, std::array<unsigned char, 0>{});
-    switch (hello.waitFor(kReplyLimit)) {
-    case AcknowledgementWait::Acknowledged:
+    sendRequest(UART_CTRL_CMD_HELLO);
+    const auto outcome = showTimeOut(hello.waitFor(kReplyLimit), tr("Connection fail!"));
+    if (outcome == AcknowledgementWait::Acknowledged) {
         ui->textEdit_firmware_info->clear();
         ui->pushButton_disconnect->setEnabled(true);
         ui->tabWidget->setEnabled(true);
         ui->pushButton_default->setEnabled(true);
         ui->pushButton_apply->setEnabled(true);
-        break;
-    case AcknowledgementWait::TimedOut:
-        QMessageBox::critical(this, tr("Error"), tr("Connection fail!"));
+    } else if (outcome == AcknowledgementWait::TimedOut) {
         on_pushButton_disconnect_clicked();
-        break;
-    case AcknowledgementWait::ProgramEnding:
-        break;
     }
 }
 
@@ -144,32 +130,32 @@ bool MainWindow::openPort()
 
 void MainWindow::on_pushButton_disconnect_clicked()
 {
-    closePort();
+    enterDisconnectedState();
     showStatusMessage(QStringLiteral("Disconnected"));
 }
 
-void MainWindow::closePort()
+void MainWindow::enterDisconnectedState()
 {
     if (m_serial->isOpen()) {
         m_serial->close();
     }
-    ui->pushButton_connect->setEnabled(true);
-    ui->pushButton_disconnect->setEnabled(false);
-    ui->comboBox_portlist->setEnabled(true);
-    ui->comboBox_baudrate->setEnabled(true);
-    ui->tabWidget->setEnabled(false);
+    setConnectingEnabled(true);
     ui->textEdit_device_info->clear();
+}
+
+void MainWindow::setConnectingEnabled(bool isEnabled)
+{
+    ui->pushButton_connect->setEnabled(isEnabled);
+    ui->pushButton_disconnect->setEnabled(false);
+    ui->comboBox_portlist->setEnabled(isEnabled);
+    ui->comboBox_baudrate->setEnabled(isEnabled);
+    ui->tabWidget->setEnabled(false);
 }
 
 void MainWindow::handleError(QSerialPort::SerialPortError error)
 {
     if (error == QSerialPort::ResourceError) {
         on_pushButton_disconnect_clicked();
-    } else if (error == QSerialPort::ReadError && m_serial->isOpen()) {
-        // A line that has hung up gives this error again and again, with the processor at full
-        // load, and under its name there may be another device by now. It answers any change of
-        // its parameters, even to what they are, with the ResourceError that it should have given.
-        m_serial->setDataBits(m_settings.dataBits);
     }
 }
 
@@ -177,26 +163,18 @@ int MainWindow::SendUARTCommand(UARTCommunicationType_t type, unsigned char comm
                                 unsigned char parameter, unsigned char *payload,
                                 unsigned char length, unsigned char repeat)
 {
-    if (!m_serial->isOpen()) {
-        return -1;
-    }
     const auto frame = UARTFrame::build(type, command, parameter, payload, length);
-    if (!frame) {
+    if (!m_serial->isOpen() || !frame) {
         return -1;
     }
 
     writeData(*frame);
-    // Counted down behind the write and in 8 bits: 0 wraps to 255 and means 256 writes.
+    // Counted down after the write and in 8 bits: 0 wraps to 255, which makes 256 writes.
     while (--repeat != 0) {
         QThread::msleep(kRepeatPauseMs);
         writeData(*frame);
     }
     return 0;
-}
-
-qint64 MainWindow::writeData(const QByteArray &bytes)
-{
-    return m_serial->write(bytes);
 }
 
 void MainWindow::readData()
@@ -213,7 +191,6 @@ void MainWindow::AnalyzeReceiveData(const QByteArray &receive)
     }
     showStatusMessage(QStringLiteral("UART_COMM_TYPE_ACK Received"));
 
-    // Whoever waits for the signal goes on only when this slot has returned, with the reply shown.
     switch (reply.command()) {
     case UART_CTRL_CMD_UPLOAD_FIRMWARE:
     case UART_CTRL_CMD_RECEIVE_FW_INFO:
@@ -242,8 +219,6 @@ void MainWindow::AnalyzeReceiveData(const QByteArray &receive)
             showDeviceVersion();
         }
         break;
-    default:
-        break;
     }
 }
 
@@ -255,12 +230,11 @@ void MainWindow::showSettingsReport(const SettingsReport &report)
     showStatusMessage(report.summary());
 
     ui->comboBox_targetmissing->setCurrentIndex(report.targetMissing);
-    QRadioButton *const direction =
-        report.isUpsideDown() ? ui->radioButton_upside_down : ui->radioButton_upright;
-    direction->setChecked(true);
+    (report.isUpsideDown() ? ui->radioButton_upside_down : ui->radioButton_upright)
+        ->setChecked(true);
     ui->comboBox_autotracking->setCurrentIndex(report.autoTracking());
     if (report.autoTracking() == 0) {
-        // The index may have been 0 before, and then the combo box does not signal a change.
+        // The index may already have been 0, and then the combo box does not signal a change.
         on_comboBox_autotracking_currentIndexChanged(0);
     }
     ui->comboBox_autozoom->setCurrentIndex(report.autoZoom != 0 ? 1 : 0);
@@ -288,24 +262,11 @@ void MainWindow::on_comboBox_autotracking_currentIndexChanged(int index)
     ui->comboBox_autozoom->setEnabled(isTracking);
 }
 
-void MainWindow::on_comboBox_targetmissing_currentIndexChanged(int index)
-{
-    Q_UNUSED(index)
-}
-
-void MainWindow::on_radioButton_upright_clicked() {}
-
-void MainWindow::on_radioButton_upside_down_clicked() {}
-
-void MainWindow::on_comboBox_autozoom_currentIndexChanged(int index)
-{
-    Q_UNUSED(index)
-}
-
 void MainWindow::on_comboBox_zoomoffset_currentIndexChanged(int index)
 {
-    // The place for what "Custom", index 3, may one day need on the page.
-    Q_UNUSED(index)
+    if (index == 3) {
+        // "Custom". Nothing else on the page depends on it.
+    }
 }
 
 void MainWindow::on_pushButton_default_clicked()
@@ -317,30 +278,17 @@ void MainWindow::on_pushButton_default_clicked()
     ui->comboBox_zoomoffset->setCurrentIndex(1);
 }
 
-CameraSettings MainWindow::chosenSettings() const
-{
-    CameraSettings settings;
-    settings.autoTracking = ui->comboBox_autotracking->currentIndex();
-    settings.targetMissing = ui->comboBox_targetmissing->currentIndex();
-    settings.upsideDown = ui->radioButton_upside_down->isChecked();
-    settings.autoZoom = ui->comboBox_autozoom->currentIndex();
-    settings.zoomOffset = ui->comboBox_zoomoffset->currentIndex();
-    return settings;
-}
-
 void MainWindow::on_pushButton_apply_clicked()
 {
-    sendRequest(UART_CTRL_CMD_CUSTOM_SETTING, cameraSettingsPayload(chosenSettings()));
+    const CameraSettings settings{
+        ui->comboBox_autotracking->currentIndex(), ui->comboBox_targetmissing->currentIndex(),
+        ui->radioButton_upside_down->isChecked(), ui->comboBox_autozoom->currentIndex(),
+        ui->comboBox_zoomoffset->currentIndex()};
+    sendRequest(UART_CTRL_CMD_CUSTOM_SETTING, cameraSettingsPayload(settings));
     AcknowledgementWait setting(this, SIGNAL(receive_setting_ack()));
-    switch (setting.waitFor(kReplyLimit)) {
-    case AcknowledgementWait::Acknowledged:
+    const auto outcome = showTimeOut(setting.waitFor(kReplyLimit), tr("Apply fail!"));
+    if (outcome == AcknowledgementWait::Acknowledged) {
         QMessageBox::information(this, tr("Information"), tr("Apply Success."));
-        break;
-    case AcknowledgementWait::TimedOut:
-        QMessageBox::critical(this, tr("Error"), tr("Apply fail!"));
-        break;
-    case AcknowledgementWait::ProgramEnding:
-        break;
     }
 }
 
@@ -368,24 +316,21 @@ void MainWindow::on_pushButton_choose_file_clicked()
 {
     const QString path = QFileDialog::getOpenFileName(this, tr("Open File"), QStringLiteral("/"),
                                                       QStringLiteral("firmware files(*.img)"));
-    if (path.isEmpty()) {
-        return;
+    if (!path.isEmpty()) {
+        ui->lineEdit_firmware->setText(path);
+        // Setting the text does not emit the signal.
+        on_lineEdit_firmware_editingFinished();
     }
-    ui->lineEdit_firmware->setText(path);
-    // Setting the text does not raise the signal.
-    on_lineEdit_firmware_editingFinished();
 }
 
 void MainWindow::on_lineEdit_firmware_editingFinished()
 {
     const auto image = FirmwareImage::read(ui->lineEdit_firmware->text());
-    if (!image) {
-        refuseFirmware(QString());
-    } else if (!image->hasMagic()) {
-        refuseFirmware(tr("Firmware file error."));
-    } else {
+    if (image && image->hasMagic()) {
         showVersions(*image);
         ui->pushButton_start_upgrade->setEnabled(true);
+    } else {
+        refuseFirmware(image ? tr("Firmware file error.") : QString());
     }
 }
 
@@ -406,10 +351,9 @@ void MainWindow::showVersions(const FirmwareImage &image)
 void MainWindow::on_pushButton_start_upgrade_clicked()
 {
     if (m_isUpgrading) {
-        // A line that hung up has given the window back, but the upgrade still waits for its end.
         return;
     }
-    // Read again: what is uploaded is the file as it is now, not as it was when it was chosen.
+    // Read again: the file is uploaded as it is now, not as it was when it was chosen.
     const auto image = FirmwareImage::read(ui->lineEdit_firmware->text());
     if (!image) {
         refuseFirmware(QString());
@@ -417,13 +361,9 @@ void MainWindow::on_pushButton_start_upgrade_clicked()
     }
 
     const QScopedValueRollback<bool> upgrading(m_isUpgrading, true);
-    ui->pushButton_connect->setEnabled(false);
-    ui->pushButton_disconnect->setEnabled(false);
-    ui->comboBox_portlist->setEnabled(false);
-    ui->comboBox_baudrate->setEnabled(false);
-    ui->tabWidget->setEnabled(false);
+    setConnectingEnabled(false);
     if (!image->hasMagic()) {
-        // The file has changed under the operator's hands. Everything stays disabled.
+        // The file has changed since it was chosen. The controls stay disabled.
         refuseFirmware(tr("Firmware file error."));
         return;
     }
@@ -431,75 +371,68 @@ void MainWindow::on_pushButton_start_upgrade_clicked()
     ui->textEdit_firmware_info->append(QLatin1String("Current version: ") + m_deviceVersion);
     ui->pushButton_start_upgrade->setEnabled(true);
 
-    QByteArray firmware = image->firmware();
+    const QByteArray firmware = image->firmware();
     showStatusMessage(QStringLiteral("firmware size = %1").arg(firmware.size()));
     if (firmware.size() > FirmwarePacket::kMaximumFirmwareSize) {
+        // Addition of our own: 16 MiB and more are refused. The announcement cannot hold the size.
         refuseFirmware(tr("Firmware file error."));
-    } else if (!uploadFirmware(firmware)) {
+    } else if (uploadFirmware(firmware) == AcknowledgementWait::ProgramEnding) {
         return;
     }
     on_pushButton_disconnect_clicked();
 }
 
-bool MainWindow::uploadFirmware(QByteArray &firmware)
+AcknowledgementWait::Outcome MainWindow::uploadFirmware(const QByteArray &firmware)
 {
     sendRequest(UART_CTRL_CMD_RECEIVE_FW_INFO, firmwareSizePayload(firmware.size()));
     AcknowledgementWait acknowledgement(this, SIGNAL(receive_fw_info_ack()));
-    switch (acknowledgement.waitFor(kReplyLimit)) {
-    case AcknowledgementWait::Acknowledged:
-        break;
-    case AcknowledgementWait::TimedOut:
-        QMessageBox::critical(this, tr("Error"), tr("Connection timeout!"));
-        return true;
-    case AcknowledgementWait::ProgramEnding:
-        return false;
+    auto outcome = showTimeOut(acknowledgement.waitFor(kReplyLimit), tr("Connection timeout!"));
+    if (outcome != AcknowledgementWait::Acknowledged) {
+        return outcome;
     }
 
-    switch (sendPackets(firmware, acknowledgement)) {
-    case AcknowledgementWait::Acknowledged:
+    outcome = showTimeOut(sendPackets(firmware, acknowledgement), tr("Transmission stop!"));
+    if (outcome == AcknowledgementWait::Acknowledged) {
         ui->progressBar_updating->setValue(firmware.size());
         QCoreApplication::processEvents();
         ui->textEdit_firmware_info->clear();
         ui->textEdit_firmware_info->setText(tr("Update is complete. Device auto-rebooting."));
-        return true;
-    case AcknowledgementWait::TimedOut:
-        QMessageBox::critical(this, tr("Error"), tr("Transmission stop!"));
-        return true;
-    case AcknowledgementWait::ProgramEnding:
-        break;
     }
-    return false;
+    return outcome;
 }
 
-AcknowledgementWait::Outcome MainWindow::sendPackets(QByteArray &firmware,
+AcknowledgementWait::Outcome MainWindow::sendPackets(const QByteArray &firmware,
                                                      AcknowledgementWait &acknowledgement)
 {
     ui->progressBar_updating->setRange(0, firmware.size());
-    auto *const bytes = reinterpret_cast<unsigned char *>(firmware.data());
-    const int packetCount = FirmwarePacket::count(firmware.size());
-    for (int index = 0; index < packetCount; ++index) {
+    const int count = FirmwarePacket::count(firmware.size());
+    auto outcome = AcknowledgementWait::Acknowledged;
+    for (int index = 0; index < count && outcome == AcknowledgementWait::Acknowledged; ++index) {
         showStatusMessage(QStringLiteral("UART_CTRL_CMD_UPLOAD_FIRMWARE %1").arg(index));
         const FirmwarePacket packet = FirmwarePacket::at(index, firmware.size());
-        SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, packet.number,
-                        bytes + packet.offset, packet.length, 1);
+        sendRequest(UART_CTRL_CMD_UPLOAD_FIRMWARE,
+                    QByteArray::fromRawData(firmware.constData() + packet.offset, packet.length),
+                    packet.number);
         ui->progressBar_updating->setValue(packet.offset);
         QCoreApplication::processEvents();
-        const auto outcome = acknowledgement.waitFor(kPacketLimit);
-        if (outcome != AcknowledgementWait::Acknowledged) {
-            return outcome;
-        }
+        outcome = acknowledgement.waitFor(kPacketLimit);
     }
-    return AcknowledgementWait::Acknowledged;
+    return outcome;
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    // Nothing stops an upgrade that has begun: a camera with half a firmware is worse than a window
-    // that stays a little longer.
     event->setAccepted(!m_isUpgrading);
 }
 
+// The form binds these by name, and nothing has to happen in them.
+void MainWindow::on_comboBox_baudrate_currentIndexChanged(int /*index*/) {}
+void MainWindow::on_comboBox_targetmissing_currentIndexChanged(int /*index*/) {}
+void MainWindow::on_radioButton_upright_clicked() {}
+void MainWindow::on_radioButton_upside_down_clicked() {}
+void MainWindow::on_comboBox_autozoom_currentIndexChanged(int /*index*/) {}
 void MainWindow::on_pushButton_cancel_upgrade_clicked() {}
+void MainWindow::on_toolButton_language_clicked() {}
 
 void MainWindow::on_toolButton_about_clicked()
 {
@@ -508,13 +441,10 @@ void MainWindow::on_toolButton_about_clicked()
                                          kVersionMinor, kVersionPatch, kVersionTweak));
 }
 
-void MainWindow::on_toolButton_language_clicked() {}
-
 void MainWindow::showStatusMessage(const QString &message)
 {
     m_statusLabel->setText(message);
-    // Log filters and log readers know status lines by this source location, so it stays the same
-    // wherever this function stands.
+    // Log filters and log readers know status lines by this source location, so it is fixed.
     QMessageLogger("mainwindow", 473, "void MainWindow::showStatusMessage(const QString &)").debug()
         << message;
 }

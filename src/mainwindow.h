@@ -13,7 +13,6 @@
 
 class FirmwareImage;
 class QLabel;
-struct CameraSettings;
 struct SettingsReport;
 
 namespace Ui {
@@ -23,13 +22,13 @@ class MainWindow;
 /// The one window, and all that an operator can do in it.
 ///
 /// Its slots run on the GUI thread, as does all serial input and output. A slot that needs an
-/// answer sends its request, waits in a nested event loop and says what came of it; the reply is
-/// interpreted inside that loop, by AnalyzeReceiveData().
+/// answer sends its request, waits in a nested event loop and shows the outcome. Inside that loop,
+/// AnalyzeReceiveData() interprets the reply.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// How the port is to be opened.
+    /// How the port is opened. Only the name and the baud rate are chosen; the rest is fixed.
     struct Settings {
         QString portName;
         qint32 baudRate = 0; ///< bits per second
@@ -37,7 +36,7 @@ public:
         QSerialPort::Parity parity = QSerialPort::NoParity;
         QSerialPort::StopBits stopBits = QSerialPort::OneStop;
         QSerialPort::FlowControl flowControl = QSerialPort::NoFlowControl;
-        bool spareFlag = false; ///< read by nobody
+        bool spareFlag = false; ///< never read
     };
 
     explicit MainWindow(QWidget *parent = nullptr);
@@ -49,26 +48,26 @@ public:
     /// @param parameter  the packet number for UART_CTRL_CMD_UPLOAD_FIRMWARE, otherwise 0
     /// @param payload    copied; may be null only when @p length is 0
     /// @param length     bytes of payload, 0 to 128
-    /// @param repeat     how often the frame is written, 200 ms apart, which blocks the GUI thread;
-    ///                   0 counts as 256
+    /// @param repeat     how many times the frame is written, 200 ms apart, which blocks the GUI
+    ///                   thread; 0 counts as 256
     /// @return 0, or -1 when nothing was written: port closed, payload too long or missing
     int SendUARTCommand(UARTCommunicationType_t type, unsigned char command,
                         unsigned char parameter, unsigned char *payload, unsigned char length,
                         unsigned char repeat);
 
-    /// The one channel for what happens: ends in the debug log.
+    /// The one channel for status texts; it ends in the debug log.
     void showStatusMessage(const QString &message);
 
 signals:
-    // Each is raised when the camera acknowledges the request of that name.
+    // Each is emitted when the camera acknowledges the request of that name.
     void receive_hello_ack();
     void receive_fw_info_ack(); ///< for a firmware's size and for each of its packets
     void receive_custom_zoom_ack();
     void receive_setting_ack();
-    void receive_reboot_ack(); ///< the camera's own report; nobody waits for it
+    void receive_reboot_ack(); ///< the camera's own report; no slot waits for it
 
 private slots:
-    // Bound to the form by their names; the empty ones are what the form's signals are bound to.
+    // The form binds its signals to these by name, also to those that do nothing.
     void on_comboBox_portlist_currentIndexChanged(int index);
     void on_comboBox_baudrate_currentIndexChanged(int index);
     void on_pushButton_connect_clicked();
@@ -91,56 +90,65 @@ private slots:
 
     /// Rebuilds the port settings from the two combo boxes.
     void updateSettings();
-    /// Disconnects when the device has gone; any other error is left to the waits to notice.
+    /// Disconnects when the device has gone. Any other error is ignored; it ends in a time-out.
     void handleError(QSerialPort::SerialPortError error);
     /// Moves what the port has received into the ring buffer.
     void readData();
-    /// Interprets one frame, as ParserThread delivers it.
+    /// Interprets one frame, as ParserThread delivers it. A slot that waits for the signal
+    /// continues only after this one has returned, so the reply is shown by then.
     void AnalyzeReceiveData(const QByteArray &receive);
 
     void on_pushButton_custom_zoom_1_clicked();
     void on_pushButton_custom_zoom_2_clicked();
 
 protected:
-    /// Declines while an upgrade runs.
+    /// Declines while an upgrade is running, which is an addition of our own: a camera with half a
+    /// firmware is worse than a window that stays a little longer.
     void closeEvent(QCloseEvent *event) override;
 
 private:
     bool openPort();
     /// Closes the port and puts the widgets into the disconnected state.
-    void closePort();
-    /// Sends a request with parameter 0, once.
-    template <std::size_t Size>
-    void sendRequest(UARTControlCommand command, std::array<unsigned char, Size> payload);
-    qint64 writeData(const QByteArray &bytes);
+    void enterDisconnectedState();
+    /// Enables what leads to a connection, or nothing. What needs one is disabled in both cases.
+    void setConnectingEnabled(bool isEnabled);
+    /// Sends a request once.
+    /// @param payload  at most UARTFrame::kMaximumPayloadSize bytes
+    void sendRequest(UARTControlCommand command, const QByteArray &payload = {},
+                     unsigned char parameter = 0);
+    /// Shows @p text in an error box if the wait timed out. @return the outcome
+    AcknowledgementWait::Outcome showTimeOut(AcknowledgementWait::Outcome outcome,
+                                             const QString &text);
+    qint64 writeData(const QByteArray &bytes) { return m_serial->write(bytes); }
 
-    CameraSettings chosenSettings() const;
     void setCustomZoom(unsigned char preset, const QString &failureText);
 
     void showSettingsReport(const SettingsReport &report);
     void showCustomZoom(int zoom);
-    /// Leaves @p reason, or nothing, in the firmware pane, and no way to start.
+    /// Replaces the firmware pane's text with @p reason and disables the upgrade button.
     void refuseFirmware(const QString &reason);
     void showVersions(const FirmwareImage &image);
-    /// Announces the firmware, sends it, and says what came of it.
-    /// @param firmware  not changed; at most FirmwarePacket::kMaximumFirmwareSize bytes
-    /// @return false when the program is ending and nothing is left to be done
-    bool uploadFirmware(QByteArray &firmware);
-    /// @return what ended the wait for the last packet that was sent
-    AcknowledgementWait::Outcome sendPackets(QByteArray &firmware,
+    /// Announces the firmware, sends it and shows the outcome.
+    /// @param firmware  at most FirmwarePacket::kMaximumFirmwareSize bytes
+    /// @return the outcome of the last wait
+    AcknowledgementWait::Outcome uploadFirmware(const QByteArray &firmware);
+    /// @return the outcome of the last packet's wait
+    AcknowledgementWait::Outcome sendPackets(const QByteArray &firmware,
                                              AcknowledgementWait &acknowledgement);
 
-    /// Leaves the version as the one line in the device information pane.
+    /// Makes the version the only line in the device information pane.
     void showDeviceVersion();
 
     Ui::MainWindow *const ui;
-    /// Holds the last status message. Never shown and never deleted: it has no parent.
+    /// Holds the last status message. Never shown, and never deleted, since it has no parent.
     QLabel *m_statusLabel = nullptr;
     Settings m_settings;
     QSerialPort *m_serial = nullptr; ///< child of this window
     RingBuffer m_ringBuffer;         ///< from readData() to the parser thread
     ParserThread m_parser;           ///< destroyed before the ring buffer that it reads
     QString m_deviceVersion;         ///< the last that the camera reported
-    QString m_customZoom;            ///< the last that the camera reported, decimal
+    QString m_customZoom;            ///< likewise, decimal
+    /// Guards against a second start, which is an addition of our own: a line that hung up enables
+    /// the button again while the first upgrade still waits for its time-out.
     bool m_isUpgrading = false;
 };

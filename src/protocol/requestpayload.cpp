@@ -3,22 +3,34 @@
 
 #include "requestpayload.h"
 
-std::array<unsigned char, 5> cameraSettingsPayload(const CameraSettings &settings)
+#include <initializer_list>
+
+namespace {
+
+/// The low 8 bits of each value.
+QByteArray bytesOf(std::initializer_list<int> values)
 {
-    return {static_cast<unsigned char>(settings.autoTracking),
-            static_cast<unsigned char>(settings.targetMissing),
-            static_cast<unsigned char>(settings.upsideDown ? 1 : 0),
-            static_cast<unsigned char>(settings.autoZoom),
-            static_cast<unsigned char>(settings.zoomOffset)};
+    QByteArray bytes;
+    for (const int value : values) {
+        bytes.append(static_cast<char>(value));
+    }
+    return bytes;
 }
 
-std::array<unsigned char, 2> customZoomPayload(unsigned char preset)
+} // namespace
+
+QByteArray cameraSettingsPayload(const CameraSettings &settings)
 {
-    return {preset, 0};
+    return bytesOf({settings.autoTracking, settings.targetMissing, settings.upsideDown ? 1 : 0,
+                    settings.autoZoom, settings.zoomOffset});
 }
 
-std::array<unsigned char, 4> firmwareSizePayload(int size)
+QByteArray customZoomPayload(unsigned char preset)
 {
-    return {2, static_cast<unsigned char>(size >> 16), static_cast<unsigned char>(size >> 8),
-            static_cast<unsigned char>(size)};
+    return bytesOf({preset, 0});
+}
+
+QByteArray firmwareSizePayload(int size)
+{
+    return bytesOf({2, size >> 16, size >> 8, size});
 }

@@ -436,7 +436,7 @@ void MainWindowConnectionTest::onlyAReadErrorMakesALineShowThatItIsGone()
     QVERIFY(desk.connectCamera());
     desk.line.hangUp();
     QVERIFY(desk.port()->isOpen());
-    QVERIFY(QMetaObject::invokeMethod(&desk.window, "handleError",
+    QVERIFY(QMetaObject::invokeMethod(desk.port(), "error",
                                       Q_ARG(QSerialPort::SerialPortError, error)));
     QTEST(!desk.port()->isOpen(), "disconnects");
     QTEST(desk.log.statusTexts().contains("Disconnected"), "disconnects");

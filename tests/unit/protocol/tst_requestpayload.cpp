@@ -5,15 +5,6 @@
 
 #include <QtTest>
 
-namespace {
-
-template <std::size_t Size> QByteArray hex(const std::array<unsigned char, Size> &payload)
-{
-    return QByteArray(reinterpret_cast<const char *>(payload.data()), Size).toHex(' ');
-}
-
-} // namespace
-
 class RequestPayloadTest : public QObject {
     Q_OBJECT
 
@@ -59,18 +50,18 @@ void RequestPayloadTest::settingsStandInTheOrderOfTheWire()
     settings.upsideDown = upsideDown;
     settings.autoZoom = autoZoom;
     settings.zoomOffset = zoomOffset;
-    QTEST(hex(cameraSettingsPayload(settings)), "payload");
+    QTEST(cameraSettingsPayload(settings).toHex(' '), "payload");
 }
 
 void RequestPayloadTest::whatIsNotSetIsOff()
 {
-    QCOMPARE(hex(cameraSettingsPayload(CameraSettings())), QByteArray("00 00 00 00 00"));
+    QCOMPARE(cameraSettingsPayload(CameraSettings()).toHex(' '), QByteArray("00 00 00 00 00"));
 }
 
 void RequestPayloadTest::customZoomIsThePresetAndZero()
 {
-    QCOMPARE(hex(customZoomPayload(0)), QByteArray("00 00"));
-    QCOMPARE(hex(customZoomPayload(1)), QByteArray("01 00"));
+    QCOMPARE(customZoomPayload(0).toHex(' '), QByteArray("00 00"));
+    QCOMPARE(customZoomPayload(1).toHex(' '), QByteArray("01 00"));
 }
 
 void RequestPayloadTest::firmwareSizeTravelsInThreeBytes_data()
@@ -87,7 +78,7 @@ void RequestPayloadTest::firmwareSizeTravelsInThreeBytes_data()
 void RequestPayloadTest::firmwareSizeTravelsInThreeBytes()
 {
     QFETCH(int, size);
-    QTEST(hex(firmwareSizePayload(size)), "payload");
+    QTEST(firmwareSizePayload(size).toHex(' '), "payload");
 }
 
 QTEST_APPLESS_MAIN(RequestPayloadTest)
