@@ -5,7 +5,6 @@
 
 #include "uartframe.h"
 
-
 namespace {
 
 constexpr int kHeaderSize = 2;
