@@ -74,7 +74,7 @@ struct Session {
 
 bool changeSettings(RecordedDesk &desk, bool /*isReplay*/)
 {
-    Pilot &corvane = desk.corvane;
+    GuiDriver &corvane = desk.corvane;
     return desk.connectCamera() && corvane.choose("comboBox_autotracking", 2)
         && corvane.choose("comboBox_zoomoffset", 3)
         && corvane.waitUntil("both are chosen",

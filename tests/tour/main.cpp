@@ -4,7 +4,7 @@
 // Operates the real program with the simulated camera, says what it does and takes a picture of
 // each step. Ends with 0, or with the number of the step that went wrong.
 
-#include "pilot.h"
+#include "guidriver.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -106,7 +106,7 @@ public:
     static QString image() { return QStringLiteral("sample.img"); }
     QString saved() const { return m_scratch.filePath(QStringLiteral("received.bin")); }
 
-    Pilot corvane;
+    GuiDriver corvane;
     /// As any program that has the port open, and its lock.
     QLockFile portLock{QStringLiteral("/var/lock/LCK..ttyUSB0")};
 
@@ -174,7 +174,7 @@ Steps changingSettings()
         list("tracking-list", "Open a list: the tracking modes", "comboBox_autotracking"),
         {"change", "Change: pan tracking, preset 7, upside down, no auto zoom, custom zoom offset",
          [](Stage &stage) {
-             Pilot &corvane = stage.corvane;
+             GuiDriver &corvane = stage.corvane;
              return corvane.closeList() && corvane.choose("comboBox_autotracking", 2)
                  && corvane.waitForEnabled("comboBox_targetmissing")
                  && corvane.choose("comboBox_targetmissing", 9)

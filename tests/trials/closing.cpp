@@ -3,9 +3,9 @@
 
 #include "closing.h"
 
-#include "pilot.h"
+#include "guidriver.h"
 
-QString closeAndEnd(Pilot &program)
+QString closeAndEnd(GuiDriver &program)
 {
     constexpr int kLimitMs = 20'000;
     constexpr int kPauseMs = 100;

@@ -5,9 +5,9 @@
 
 #include <QString>
 
-class Pilot;
+class GuiDriver;
 
 /// Closes the program's window, again and again, and the boxes that are open, until the program has
 /// ended.
 /// @return what is wrong about its end; or nothing
-QString closeAndEnd(Pilot &program);
+QString closeAndEnd(GuiDriver &program);

@@ -59,7 +59,7 @@ private:
 
     void act()
     {
-        Pilot &corvane = m_desk.corvane;
+        GuiDriver &corvane = m_desk.corvane;
         if (chance(7)) {
             disturbTheCamera();
         } else if (corvane.isBlocked() || corvane.isListOpen()) {
@@ -107,7 +107,7 @@ private:
             ? connectName
             : widgets.at(m_random.bounded(widgets.size()));
         m_tally.count(QStringLiteral("operated ") + name);
-        Pilot &corvane = m_desk.corvane;
+        GuiDriver &corvane = m_desk.corvane;
         // That it does not work, because the widget has just been disabled, is nothing wrong.
         switch (kindOf(name)) {
         case Choice:
@@ -173,7 +173,7 @@ private:
         m_operator.waitUntil(
             QStringLiteral("the port is chosen"),
             [this, list] {
-                Pilot &corvane = m_desk.corvane;
+                GuiDriver &corvane = m_desk.corvane;
                 if (corvane.text(list) == m_desk.portItem() || !corvane.isEnabled(list)) {
                     return true;
                 }

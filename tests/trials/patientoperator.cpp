@@ -23,7 +23,7 @@ PatientOperator::PatientOperator(Desk &desk)
 bool PatientOperator::waitUntil(const QString &description, const std::function<bool()> &condition,
                                 int limitMs)
 {
-    Pilot &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_desk.corvane;
     return corvane.waitUntil(
         description,
         [&corvane, &condition] {
@@ -38,7 +38,7 @@ bool PatientOperator::waitUntil(const QString &description, const std::function<
 
 bool PatientOperator::connectCamera()
 {
-    Pilot &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_desk.corvane;
     for (int attempt = 0; attempt < kConnectionAttempts; ++attempt) {
         const auto isDecided = [this] { return isConnected() || isDisconnected(); };
         if (!waitUntil(QStringLiteral("the window is at rest"), isDecided, kConnectionLimitMs)) {
@@ -55,7 +55,7 @@ bool PatientOperator::connectCamera()
 
 bool PatientOperator::isDisconnected() const
 {
-    Pilot &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_desk.corvane;
     // Not that the pane of the device is empty: a reply that was on its way is still shown.
     return corvane.isEnabled(QStringLiteral("pushButton_connect"))
         && !corvane.isEnabled(QStringLiteral("tabWidget"));

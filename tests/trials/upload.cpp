@@ -80,7 +80,7 @@ bool Upload::prepare(const QByteArray &firmware)
 // that is busy, waits at many times the speed may be too short.
 bool Upload::connectCamera()
 {
-    Pilot &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_desk.corvane;
     while (m_outcome.connections < kConnectionAttempts) {
         ++m_outcome.connections;
         const auto isDecided = [&corvane] {
@@ -103,7 +103,7 @@ bool Upload::connectCamera()
 
 bool Upload::awaitEnd(int limitMs)
 {
-    Pilot &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_desk.corvane;
     const auto hasEnded = [this, &corvane] {
         const QString dialog = corvane.dialog();
         const QString pane = corvane.text(QStringLiteral("textEdit_firmware_info"));
@@ -125,7 +125,7 @@ bool Upload::awaitEnd(int limitMs)
 
 bool Upload::isAtRest()
 {
-    Pilot &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_desk.corvane;
     const auto isDisconnected = [&corvane] {
         return corvane.isEnabled(QStringLiteral("pushButton_connect")) && !corvane.isBlocked()
             && !corvane.isEnabled(QStringLiteral("tabWidget"))

@@ -23,10 +23,10 @@ bool tellSimulator(const QString &controlSocket, const QByteArray &command);
 ///
 /// Needs a QCoreApplication, not a running event loop. Each function that fails says why in
 /// errorText().
-class Pilot {
+class GuiDriver {
 public:
-    Pilot();
-    ~Pilot();
+    GuiDriver();
+    ~GuiDriver();
 
     /// Starts @p program, or a program that starts it, and waits until it can be operated. What it
     /// prints is kept, see output().

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "pilotplugin.h"
+#include "guidriverplugin.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -79,13 +79,13 @@ QJsonObject stateOf(QWidget *widget)
 
 } // namespace
 
-PilotAgent::PilotAgent(const QString &socketPath)
+GuiDriverAgent::GuiDriverAgent(const QString &socketPath)
 {
-    connect(&m_socket, &QLocalSocket::readyRead, this, &PilotAgent::readOrders);
+    connect(&m_socket, &QLocalSocket::readyRead, this, &GuiDriverAgent::readOrders);
     QTimer::singleShot(0, this, [this, socketPath] { m_socket.connectToServer(socketPath); });
 }
 
-void PilotAgent::readOrders()
+void GuiDriverAgent::readOrders()
 {
     while (m_socket.canReadLine()) {
         const QJsonObject order = QJsonDocument::fromJson(m_socket.readLine()).object();
@@ -96,7 +96,7 @@ void PilotAgent::readOrders()
     }
 }
 
-std::nullopt_t PilotAgent::answerFirst(QObject *context, const std::function<void()> &action)
+std::nullopt_t GuiDriverAgent::answerFirst(QObject *context, const std::function<void()> &action)
 {
     QTimer::singleShot(0, context, [this, action] {
         answer(ok());
@@ -105,13 +105,13 @@ std::nullopt_t PilotAgent::answerFirst(QObject *context, const std::function<voi
     return std::nullopt;
 }
 
-void PilotAgent::answer(const QJsonObject &answer)
+void GuiDriverAgent::answer(const QJsonObject &answer)
 {
     m_socket.write(QJsonDocument(answer).toJson(QJsonDocument::Compact) + '\n');
     m_socket.flush();
 }
 
-std::optional<QJsonObject> PilotAgent::carryOut(const QJsonObject &order)
+std::optional<QJsonObject> GuiDriverAgent::carryOut(const QJsonObject &order)
 {
     const QString action = order["do"].toString();
     const QString name = order["widget"].toString();
@@ -170,7 +170,7 @@ std::optional<QJsonObject> PilotAgent::carryOut(const QJsonObject &order)
     return error("unknown order " + action);
 }
 
-std::nullopt_t PilotAgent::click(QWidget *widget)
+std::nullopt_t GuiDriverAgent::click(QWidget *widget)
 {
     return answerFirst(widget, [widget] {
         // Radio buttons and check boxes react at their left end only.
@@ -180,21 +180,21 @@ std::nullopt_t PilotAgent::click(QWidget *widget)
     });
 }
 
-QJsonObject PilotAgent::hover(QWidget *widget)
+QJsonObject GuiDriverAgent::hover(QWidget *widget)
 {
     QTest::mouseMove(widget->window()->windowHandle(),
                      widget->mapTo(widget->window(), widget->rect().center()));
     return ok();
 }
 
-QJsonObject PilotAgent::press(QWidget *widget)
+QJsonObject GuiDriverAgent::press(QWidget *widget)
 {
     QTest::mousePress(widget->window()->windowHandle(), Qt::LeftButton, Qt::NoModifier,
                       widget->mapTo(widget->window(), widget->rect().center()));
     return ok();
 }
 
-QJsonObject PilotAgent::release(QWidget *widget)
+QJsonObject GuiDriverAgent::release(QWidget *widget)
 {
     const QPoint outside = widget->mapTo(widget->window(), QPoint(-1, -1));
     QTest::mouseMove(widget->window()->windowHandle(), outside);
@@ -202,14 +202,14 @@ QJsonObject PilotAgent::release(QWidget *widget)
     return ok();
 }
 
-QJsonObject PilotAgent::openList(QWidget *widget)
+QJsonObject GuiDriverAgent::openList(QWidget *widget)
 {
     widget->setFocus(Qt::TabFocusReason);
     QTest::keyClick(widget->window()->windowHandle(), Qt::Key_Down, Qt::AltModifier);
     return ok();
 }
 
-QJsonObject PilotAgent::choose(QWidget *widget, int index)
+QJsonObject GuiDriverAgent::choose(QWidget *widget, int index)
 {
     if (auto *const tabs = qobject_cast<QTabWidget *>(widget)) {
         clickAt(tabs->tabBar(), tabs->tabBar()->tabRect(index).center());
@@ -232,7 +232,7 @@ QJsonObject PilotAgent::choose(QWidget *widget, int index)
     return ok();
 }
 
-QJsonObject PilotAgent::closeList()
+QJsonObject GuiDriverAgent::closeList()
 {
     QWidget *const popup = QApplication::activePopupWidget();
     if (popup == nullptr) {
@@ -242,7 +242,7 @@ QJsonObject PilotAgent::closeList()
     return ok();
 }
 
-QJsonObject PilotAgent::pressKeys(QWidget *widget, const QString &text)
+QJsonObject GuiDriverAgent::pressKeys(QWidget *widget, const QString &text)
 {
     clickAt(widget, widget->rect().center());
     QWindow *const window = widget->window()->windowHandle();
@@ -255,7 +255,7 @@ QJsonObject PilotAgent::pressKeys(QWidget *widget, const QString &text)
     return ok();
 }
 
-std::optional<QJsonObject> PilotAgent::answerDialog()
+std::optional<QJsonObject> GuiDriverAgent::answerDialog()
 {
     QMessageBox *const dialog = openDialog();
     if (dialog == nullptr) {
@@ -267,7 +267,7 @@ std::optional<QJsonObject> PilotAgent::answerDialog()
     });
 }
 
-std::optional<QJsonObject> PilotAgent::dismiss()
+std::optional<QJsonObject> GuiDriverAgent::dismiss()
 {
     QWidget *const popup = QApplication::activePopupWidget();
     QWidget *const top = popup != nullptr ? popup : QApplication::activeModalWidget();
@@ -277,7 +277,7 @@ std::optional<QJsonObject> PilotAgent::dismiss()
     return answerFirst(top, [top] { QTest::keyClick(top->windowHandle(), Qt::Key_Escape); });
 }
 
-QJsonObject PilotAgent::picture(const QString &path)
+QJsonObject GuiDriverAgent::picture(const QString &path)
 {
     QRect area;
     const auto windows = QApplication::topLevelWidgets();
@@ -291,7 +291,7 @@ QJsonObject PilotAgent::picture(const QString &path)
     return picture.save(path) ? ok() : error("cannot write " + path);
 }
 
-QJsonObject PilotAgent::state()
+QJsonObject GuiDriverAgent::state()
 {
     QJsonObject widgets;
     const QMainWindow *const window = mainWindow();
@@ -313,13 +313,13 @@ QJsonObject PilotAgent::state()
     return state;
 }
 
-QJsonObject PilotAgent::watchEventLoop()
+QJsonObject GuiDriverAgent::watchEventLoop()
 {
     m_watch.start();
     return ok();
 }
 
-QJsonObject PilotAgent::eventLoopGaps()
+QJsonObject GuiDriverAgent::eventLoopGaps()
 {
     const QVector<double> gaps = m_watch.stop();
     if (gaps.isEmpty()) {
@@ -333,8 +333,8 @@ QJsonObject PilotAgent::eventLoopGaps()
             {"longest ms", gaps.last()}};
 }
 
-QObject *PilotPlugin::create(const QString &key, const QString &socketPath)
+QObject *GuiDriverPlugin::create(const QString &key, const QString &socketPath)
 {
     Q_UNUSED(key)
-    return new PilotAgent(socketPath);
+    return new GuiDriverAgent(socketPath);
 }

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "pilot.h"
+#include "guidriver.h"
 
 #include <QByteArray>
 #include <QString>
@@ -15,15 +15,16 @@
 /// The environment variable CORVANE_WRAPPER, if set, holds a command under which the program runs,
 /// a memory checker for example.
 ///
-/// Several may stand side by side, also in threads. Its functions fail as those of Pilot do, and
-/// explanation() tells why.
+/// Several may stand side by side, also in threads. Its functions fail as those of GuiDriver do,
+/// and explanation() tells why.
 class Desk {
 public:
     Desk();
     ~Desk();
 
     /// Lets time run this many times as fast for program and camera, with all their waits; 1 to
-    /// 100, to be set before start(). Limits of this class and of Pilot remain those of the clock.
+    /// 100, to be set before start(). Limits of this class and of GuiDriver remain those of the
+    /// clock.
     void setSpeed(int speed) { m_speed = speed; }
 
     /// The name of the adapter's port instead of one that no other desk has. To be set before
@@ -53,7 +54,7 @@ public:
     /// What went wrong last. Prints what the programs have printed, which is too much for QtTest.
     QString explanation();
 
-    Pilot corvane;
+    GuiDriver corvane;
 
 private:
     QString controlSocket() const { return path(QStringLiteral("control")); }

@@ -16,12 +16,12 @@ class QWidget;
 
 /// The end of the pilot that lives in the program: takes orders from a local socket, carries them
 /// out on the program's widgets and answers each with one line.
-class PilotAgent : public QObject {
+class GuiDriverAgent : public QObject {
     Q_OBJECT
 
 public:
     /// @param socketPath  where the other end listens
-    explicit PilotAgent(const QString &socketPath);
+    explicit GuiDriverAgent(const QString &socketPath);
 
 private:
     void readOrders();
@@ -51,9 +51,9 @@ private:
     EventLoopWatch m_watch;
 };
 
-class PilotPlugin : public QGenericPlugin {
+class GuiDriverPlugin : public QGenericPlugin {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "pilotplugin.json")
+    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "guidriverplugin.json")
 
 public:
     QObject *create(const QString &key, const QString &socketPath) override;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "pilot.h"
+#include "guidriver.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -34,14 +34,14 @@ bool tellSimulator(const QString &controlSocket, const QByteArray &command)
     return socket.readLine().trimmed() == "ok";
 }
 
-Pilot::Pilot()
+GuiDriver::GuiDriver()
 {
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     // Stays the child's standard input, so that a program that reads it does not see its end.
     m_process.setInputChannelMode(QProcess::ManagedInputChannel);
 }
 
-Pilot::~Pilot()
+GuiDriver::~GuiDriver()
 {
     if (m_process.state() != QProcess::NotRunning) {
         m_process.terminate();
@@ -52,7 +52,7 @@ Pilot::~Pilot()
     }
 }
 
-bool Pilot::start(const QString &program, const QStringList &arguments)
+bool GuiDriver::start(const QString &program, const QStringList &arguments)
 {
     const QString socketPath = m_directory.filePath(QStringLiteral("pilot"));
     if (!m_server.listen(socketPath)) {
@@ -61,7 +61,7 @@ bool Pilot::start(const QString &program, const QStringList &arguments)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("QT_PLUGIN_PATH"), QStringLiteral(CORVANE_PLUGIN_PATH));
     environment.insert(QStringLiteral("QT_QPA_GENERIC_PLUGINS"),
-                       QStringLiteral("corvanepilot:") + socketPath);
+                       QStringLiteral("corvaneguidriver:") + socketPath);
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_directory.path());
     m_process.setProcessEnvironment(environment);
     m_process.start(program, arguments);
@@ -76,7 +76,7 @@ bool Pilot::start(const QString &program, const QStringList &arguments)
                      [this] { return state()[QStringLiteral("widgets")].toObject().size() > 1; });
 }
 
-bool Pilot::waitUntilEnded(int limitMs)
+bool GuiDriver::waitUntilEnded(int limitMs)
 {
     if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(limitMs)) {
         return fail(QStringLiteral("the program has not ended"));
@@ -84,80 +84,80 @@ bool Pilot::waitUntilEnded(int limitMs)
     return true;
 }
 
-int Pilot::exitCode() const
+int GuiDriver::exitCode() const
 {
     const bool ended =
         m_process.state() == QProcess::NotRunning && m_process.exitStatus() == QProcess::NormalExit;
     return ended ? m_process.exitCode() : -1;
 }
 
-QString Pilot::output()
+QString GuiDriver::output()
 {
     readOutput();
     return m_output;
 }
 
-qint64 Pilot::operatedProcessId()
+qint64 GuiDriver::operatedProcessId()
 {
     return state()[QStringLiteral("process")].toInt(-1);
 }
 
-bool Pilot::click(const QString &widget)
+bool GuiDriver::click(const QString &widget)
 {
     return order({{"do", "click"}, {"widget", widget}});
 }
 
-bool Pilot::hover(const QString &widget)
+bool GuiDriver::hover(const QString &widget)
 {
     return order({{"do", "hover"}, {"widget", widget}});
 }
 
-bool Pilot::press(const QString &widget)
+bool GuiDriver::press(const QString &widget)
 {
     return order({{"do", "press"}, {"widget", widget}});
 }
 
-bool Pilot::release(const QString &widget)
+bool GuiDriver::release(const QString &widget)
 {
     return order({{"do", "release"}, {"widget", widget}});
 }
 
-bool Pilot::openList(const QString &widget)
+bool GuiDriver::openList(const QString &widget)
 {
     return order({{"do", "open list"}, {"widget", widget}});
 }
 
-bool Pilot::choose(const QString &widget, int index)
+bool GuiDriver::choose(const QString &widget, int index)
 {
     return order({{"do", "choose"}, {"widget", widget}, {"index", index}});
 }
 
-bool Pilot::closeList()
+bool GuiDriver::closeList()
 {
     return order({{"do", "close list"}});
 }
 
-bool Pilot::type(const QString &widget, const QString &text)
+bool GuiDriver::type(const QString &widget, const QString &text)
 {
     return order({{"do", "type"}, {"widget", widget}, {"text", text}});
 }
 
-bool Pilot::answerDialog()
+bool GuiDriver::answerDialog()
 {
     return order({{"do", "answer"}});
 }
 
-bool Pilot::dismiss()
+bool GuiDriver::dismiss()
 {
     return order({{"do", "dismiss"}});
 }
 
-bool Pilot::close()
+bool GuiDriver::close()
 {
     return order({{"do", "close"}});
 }
 
-bool Pilot::picture(const QString &path)
+bool GuiDriver::picture(const QString &path)
 {
     // What is to be painted is on the screen when the program's event loop has gone round. Slept
     // here, because the program's time may be running faster than that of the screen.
@@ -165,7 +165,7 @@ bool Pilot::picture(const QString &path)
     return order({{"do", "picture"}, {"path", path}});
 }
 
-QStringList Pilot::usableWidgets()
+QStringList GuiDriver::usableWidgets()
 {
     QStringList names;
     const QJsonObject widgets = state()[QStringLiteral("widgets")].toObject();
@@ -178,57 +178,57 @@ QStringList Pilot::usableWidgets()
     return names;
 }
 
-QString Pilot::text(const QString &widget)
+QString GuiDriver::text(const QString &widget)
 {
     return stateOf(widget, QStringLiteral("text")).toString();
 }
 
-int Pilot::index(const QString &widget)
+int GuiDriver::index(const QString &widget)
 {
     return stateOf(widget, QStringLiteral("index")).toInt(-1);
 }
 
-int Pilot::value(const QString &widget)
+int GuiDriver::value(const QString &widget)
 {
     return stateOf(widget, QStringLiteral("value")).toInt(-1);
 }
 
-bool Pilot::isChecked(const QString &widget)
+bool GuiDriver::isChecked(const QString &widget)
 {
     return stateOf(widget, QStringLiteral("checked")).toBool();
 }
 
-bool Pilot::isEnabled(const QString &widget)
+bool GuiDriver::isEnabled(const QString &widget)
 {
     return stateOf(widget, QStringLiteral("enabled")).toBool();
 }
 
-bool Pilot::isListOpen()
+bool GuiDriver::isListOpen()
 {
     return state()[QStringLiteral("list")].toBool();
 }
 
-QString Pilot::dialog()
+QString GuiDriver::dialog()
 {
     return state()[QStringLiteral("dialog")].toString();
 }
 
-bool Pilot::isBlocked()
+bool GuiDriver::isBlocked()
 {
     return state()[QStringLiteral("blocked")].toBool();
 }
 
-bool Pilot::watchEventLoop()
+bool GuiDriver::watchEventLoop()
 {
     return order({{"do", "watch event loop"}});
 }
 
-QJsonObject Pilot::eventLoopGaps()
+QJsonObject GuiDriver::eventLoopGaps()
 {
     return order({{"do", "event loop gaps"}}) ? m_answer : QJsonObject();
 }
 
-void Pilot::pause(int ms)
+void GuiDriver::pause(int ms)
 {
     // A pipe holds 64 KiB, and no program here prints that much in so short a time.
     constexpr qint64 kReadMs = 100;
@@ -239,8 +239,8 @@ void Pilot::pause(int ms)
     }
 }
 
-bool Pilot::waitUntil(const QString &description, const std::function<bool()> &condition,
-                      int limitMs)
+bool GuiDriver::waitUntil(const QString &description, const std::function<bool()> &condition,
+                          int limitMs)
 {
     const QDeadlineTimer deadline(limitMs);
     while (!condition()) {
@@ -253,21 +253,21 @@ bool Pilot::waitUntil(const QString &description, const std::function<bool()> &c
     return true;
 }
 
-bool Pilot::waitForDialog(const QString &titleAndText, int limitMs)
+bool GuiDriver::waitForDialog(const QString &titleAndText, int limitMs)
 {
     return waitUntil(
         QStringLiteral("the box \"%1\" is open").arg(titleAndText),
         [this, titleAndText] { return dialog() == titleAndText; }, limitMs);
 }
 
-bool Pilot::waitForEnabled(const QString &widget, bool enabled, int limitMs)
+bool GuiDriver::waitForEnabled(const QString &widget, bool enabled, int limitMs)
 {
     return waitUntil(
         widget + (enabled ? QLatin1String(" is enabled") : QLatin1String(" is disabled")),
         [this, widget, enabled] { return isEnabled(widget) == enabled; }, limitMs);
 }
 
-bool Pilot::order(const QJsonObject &order)
+bool GuiDriver::order(const QJsonObject &order)
 {
     if (m_socket == nullptr || !m_socket->isOpen()) {
         return fail(QStringLiteral("the program is not there"));
@@ -283,18 +283,18 @@ bool Pilot::order(const QJsonObject &order)
         || fail(m_answer[QStringLiteral("error")].toString());
 }
 
-QJsonObject Pilot::state()
+QJsonObject GuiDriver::state()
 {
     return order({{"do", "state"}}) ? m_answer : QJsonObject();
 }
 
-QJsonValue Pilot::stateOf(const QString &widget, const QString &key)
+QJsonValue GuiDriver::stateOf(const QString &widget, const QString &key)
 {
     return state()[QStringLiteral("widgets")].toObject()[widget].toObject()[key];
 }
 
 // To be called again and again: a program whose output nobody reads comes to a halt.
-void Pilot::readOutput()
+void GuiDriver::readOutput()
 {
     m_process.waitForReadyRead(0);
     m_output += QString::fromUtf8(m_process.readAll());
@@ -303,7 +303,7 @@ void Pilot::readOutput()
     }
 }
 
-bool Pilot::fail(const QString &text)
+bool GuiDriver::fail(const QString &text)
 {
     m_errorText = text;
     return false;
