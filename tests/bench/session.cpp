@@ -4,9 +4,9 @@
 // Operates the unmodified program with a simulated camera and measures it from outside. Each
 // measurement prints one line of JSON; script/bench knows what to make of it.
 
-#include "desk.h"
 #include "firmwarepacket.h"
 #include "processstatus.h"
+#include "programfixture.h"
 #include "recording.h"
 #include "uartframe.h"
 
@@ -52,24 +52,24 @@ QByteArray firmwareOf(int packets)
     return randomBytes(packets * FirmwarePacket::kSize, 1);
 }
 
-Result failed(Desk &desk)
+Result failed(ProgramFixture &fixture)
 {
-    std::fprintf(stderr, "%s\n", qPrintable(desk.explanation()));
+    std::fprintf(stderr, "%s\n", qPrintable(fixture.explanation()));
     return std::nullopt;
 }
 
 /// Looks only now and then, because a look costs the program time.
-bool waitUntilUploaded(Desk &desk, int packets, int speed)
+bool waitUntilUploaded(ProgramFixture &fixture, int packets, int speed)
 {
     constexpr int kPollMs = 50;
     constexpr int kLookMs = 200;
-    desk.corvane.limitOutput(kKeptOutput);
-    desk.corvane.pause(packets * kPollMs / speed);
-    return desk.corvane.waitUntil(
+    fixture.corvane.limitOutput(kKeptOutput);
+    fixture.corvane.pause(packets * kPollMs / speed);
+    return fixture.corvane.waitUntil(
         QStringLiteral("the upgrade is complete"),
-        [&desk] {
-            desk.corvane.pause(kLookMs);
-            return desk.corvane.text(QStringLiteral("textEdit_firmware_info"))
+        [&fixture] {
+            fixture.corvane.pause(kLookMs);
+            return fixture.corvane.text(QStringLiteral("textEdit_firmware_info"))
                 == QLatin1String("Update is complete. Device auto-rebooting.");
         },
         uploadLimitMs(packets, speed));
@@ -108,25 +108,25 @@ bool writeCycles(const QString &path, const QVector<double> &times)
 /// @param cyclesFile  gets the time between each two packets in milliseconds, one a line
 Result upload(int packets, const QString &cyclesFile)
 {
-    Desk desk;
-    if (!desk.pack(firmwareOf(packets))
-        || !desk.start({QStringLiteral("--record"), desk.path(QStringLiteral("recording"))})
-        || !desk.connectCamera()) {
-        return failed(desk);
+    ProgramFixture fixture;
+    if (!fixture.pack(firmwareOf(packets))
+        || !fixture.start({QStringLiteral("--record"), fixture.path(QStringLiteral("recording"))})
+        || !fixture.connectCamera()) {
+        return failed(fixture);
     }
-    const qint64 process = desk.corvane.operatedProcessId();
-    if (!desk.startUpgrade()) {
-        return failed(desk);
+    const qint64 process = fixture.corvane.operatedProcessId();
+    if (!fixture.startUpgrade()) {
+        return failed(fixture);
     }
     const qint64 before = ProcessStatus::of(process).processorTimeMs;
     QElapsedTimer timer;
     timer.start();
-    if (!waitUntilUploaded(desk, packets, 1)) {
-        return failed(desk);
+    if (!waitUntilUploaded(fixture, packets, 1)) {
+        return failed(fixture);
     }
     const qint64 after = ProcessStatus::of(process).processorTimeMs;
     const auto elapsedMs = static_cast<double>(timer.elapsed());
-    const QVector<double> times = packetTimes(desk.contents(QStringLiteral("recording")));
+    const QVector<double> times = packetTimes(fixture.contents(QStringLiteral("recording")));
     if (times.size() != packets || !writeCycles(cyclesFile, times)) {
         std::fprintf(stderr, "%d packets were recorded, or the cycles cannot be written\n",
                      times.size());
@@ -147,16 +147,16 @@ double processorShare(qint64 process, int seconds)
 
 Result idle(int seconds)
 {
-    Desk desk;
-    if (!desk.start()) {
-        return failed(desk);
+    ProgramFixture fixture;
+    if (!fixture.start()) {
+        return failed(fixture);
     }
     constexpr unsigned long kSettleSeconds = 2;
     QThread::sleep(kSettleSeconds);
-    const qint64 process = desk.corvane.operatedProcessId();
+    const qint64 process = fixture.corvane.operatedProcessId();
     const double disconnected = processorShare(process, seconds);
-    if (!desk.connectCamera()) {
-        return failed(desk);
+    if (!fixture.connectCamera()) {
+        return failed(fixture);
     }
     QThread::sleep(kSettleSeconds);
     return QJsonObject{{"disconnected", disconnected},
@@ -166,26 +166,26 @@ Result idle(int seconds)
 /// How much memory many packets leave behind, from a connected window on.
 Result growth(int packets, int speed)
 {
-    Desk desk;
-    desk.setSpeed(speed);
-    if (!desk.pack(firmwareOf(packets)) || !desk.start({"--reboot-time", "0"})
-        || !desk.connectCamera()) {
-        return failed(desk);
+    ProgramFixture fixture;
+    fixture.setSpeed(speed);
+    if (!fixture.pack(firmwareOf(packets)) || !fixture.start({"--reboot-time", "0"})
+        || !fixture.connectCamera()) {
+        return failed(fixture);
     }
-    const qint64 process = desk.corvane.operatedProcessId();
+    const qint64 process = fixture.corvane.operatedProcessId();
     // An upgrade first, for the page, the bar, the fonts and Qt's own code for them to be there.
     constexpr int kFirstPackets = 1000;
     const ProcessStatus connected = ProcessStatus::of(process);
-    if (!desk.pack(firmwareOf(kFirstPackets)) || !desk.startUpgrade()
-        || !waitUntilUploaded(desk, kFirstPackets, speed)
-        || !desk.corvane.waitForEnabled(QStringLiteral("pushButton_connect"))) {
-        return failed(desk);
+    if (!fixture.pack(firmwareOf(kFirstPackets)) || !fixture.startUpgrade()
+        || !waitUntilUploaded(fixture, kFirstPackets, speed)
+        || !fixture.corvane.waitForEnabled(QStringLiteral("pushButton_connect"))) {
+        return failed(fixture);
     }
     const ProcessStatus first = ProcessStatus::of(process);
-    if (!desk.pack(firmwareOf(packets)) || !desk.connectCamera() || !desk.startUpgrade()
-        || !waitUntilUploaded(desk, packets, speed)
-        || !desk.corvane.waitForEnabled(QStringLiteral("pushButton_connect"))) {
-        return failed(desk);
+    if (!fixture.pack(firmwareOf(packets)) || !fixture.connectCamera() || !fixture.startUpgrade()
+        || !waitUntilUploaded(fixture, packets, speed)
+        || !fixture.corvane.waitForEnabled(QStringLiteral("pushButton_connect"))) {
+        return failed(fixture);
     }
     const ProcessStatus last = ProcessStatus::of(process);
     return QJsonObject{{"connected resident KiB", connected.residentKiB},
@@ -196,61 +196,61 @@ Result growth(int packets, int speed)
                        {"after all packets private KiB", last.privateKiB}};
 }
 
-Result gapsDuring(Desk &desk, const std::function<bool()> &situation)
+Result gapsDuring(ProgramFixture &fixture, const std::function<bool()> &situation)
 {
-    if (!desk.corvane.watchEventLoop() || !situation()) {
-        return failed(desk);
+    if (!fixture.corvane.watchEventLoop() || !situation()) {
+        return failed(fixture);
     }
-    const QJsonObject gaps = desk.corvane.eventLoopGaps();
-    return gaps.isEmpty() ? failed(desk) : gaps;
+    const QJsonObject gaps = fixture.corvane.eventLoopGaps();
+    return gaps.isEmpty() ? failed(fixture) : gaps;
 }
 
 Result gapsOfUpload()
 {
     constexpr int kPackets = 200;
-    Desk desk;
-    if (!desk.pack(firmwareOf(kPackets)) || !desk.start() || !desk.connectCamera()
-        || !desk.startUpgrade()) {
-        return failed(desk);
+    ProgramFixture fixture;
+    if (!fixture.pack(firmwareOf(kPackets)) || !fixture.start() || !fixture.connectCamera()
+        || !fixture.startUpgrade()) {
+        return failed(fixture);
     }
-    return gapsDuring(desk, [&desk] { return waitUntilUploaded(desk, kPackets, 1); });
+    return gapsDuring(fixture, [&fixture] { return waitUntilUploaded(fixture, kPackets, 1); });
 }
 
 Result gapsOfDeadDevice()
 {
-    Desk desk;
-    if (!desk.start({QStringLiteral("--silent")})) {
-        return failed(desk);
+    ProgramFixture fixture;
+    if (!fixture.start({QStringLiteral("--silent")})) {
+        return failed(fixture);
     }
-    return gapsDuring(desk, [&desk] {
-        return desk.corvane.click(QStringLiteral("pushButton_connect"))
-            && desk.corvane.waitForDialog(QStringLiteral("Error: Connection fail!"));
+    return gapsDuring(fixture, [&fixture] {
+        return fixture.corvane.click(QStringLiteral("pushButton_connect"))
+            && fixture.corvane.waitForDialog(QStringLiteral("Error: Connection fail!"));
     });
 }
 
 Result gapsOfVanishedPort()
 {
-    Desk desk;
-    if (!desk.start() || !desk.connectCamera()) {
-        return failed(desk);
+    ProgramFixture fixture;
+    if (!fixture.start() || !fixture.connectCamera()) {
+        return failed(fixture);
     }
-    return gapsDuring(desk, [&desk] {
-        return desk.tell("unplug")
-            && desk.corvane.waitForEnabled(QStringLiteral("pushButton_connect"));
+    return gapsDuring(fixture, [&fixture] {
+        return fixture.tell("unplug")
+            && fixture.corvane.waitForEnabled(QStringLiteral("pushButton_connect"));
     });
 }
 
 Result gapsOfLargeImage()
 {
-    Desk desk;
-    if (!desk.pack(randomBytes(FirmwarePacket::kMaximumFirmwareSize, 1)) || !desk.start()
-        || !desk.connectCamera() || !desk.tell("silent on")
-        || !desk.corvane.choose(QStringLiteral("tabWidget"), 1)) {
-        return failed(desk);
+    ProgramFixture fixture;
+    if (!fixture.pack(randomBytes(FirmwarePacket::kMaximumFirmwareSize, 1)) || !fixture.start()
+        || !fixture.connectCamera() || !fixture.tell("silent on")
+        || !fixture.corvane.choose(QStringLiteral("tabWidget"), 1)) {
+        return failed(fixture);
     }
-    return gapsDuring(desk, [&desk] {
-        return desk.startUpgrade()
-            && desk.corvane.waitForDialog(QStringLiteral("Error: Connection timeout!"));
+    return gapsDuring(fixture, [&fixture] {
+        return fixture.startUpgrade()
+            && fixture.corvane.waitForDialog(QStringLiteral("Error: Connection timeout!"));
     });
 }
 
@@ -277,15 +277,16 @@ QByteArray floodRecording()
 
 Result gapsOfFlood()
 {
-    Desk desk;
-    QFile file(desk.path(QStringLiteral("flood")));
+    ProgramFixture fixture;
+    QFile file(fixture.path(QStringLiteral("flood")));
     if (!file.open(QIODevice::WriteOnly) || file.write(floodRecording()) < 0 || !file.flush()
-        || !desk.start({QStringLiteral("--replay"), file.fileName()}) || !desk.connectCamera()) {
-        return failed(desk);
+        || !fixture.start({QStringLiteral("--replay"), file.fileName()})
+        || !fixture.connectCamera()) {
+        return failed(fixture);
     }
-    return gapsDuring(desk, [&desk] {
+    return gapsDuring(fixture, [&fixture] {
         constexpr int kFloodMs = 6000;
-        desk.corvane.pause(kFloodMs);
+        fixture.corvane.pause(kFloodMs);
         return true;
     });
 }

@@ -76,16 +76,16 @@ int main(int argc, char *argv[])
         std::fputs("usage: corvane-bench-timeouts COUNT\n", stderr);
         return 2;
     }
-    SilentDesk desk;
+    SilentDesk fixture;
     for (int run = 0; run < count; ++run) {
-        desk.measure("pushButton_connect", kReplyLimitMs);
+        fixture.measure("pushButton_connect", kReplyLimitMs);
     }
-    if (!desk.connectCamera()) {
+    if (!fixture.connectCamera()) {
         std::fputs("the window does not connect\n", stderr);
         return 1;
     }
     for (int run = 0; run < count; ++run) {
-        desk.measure("pushButton_custom_zoom_1", kCustomZoomLimitMs);
+        fixture.measure("pushButton_custom_zoom_1", kCustomZoomLimitMs);
     }
     return 0;
 }

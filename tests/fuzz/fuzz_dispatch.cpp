@@ -73,12 +73,12 @@ int indexIn(const QComboBox &box, int index)
 }
 
 /// A window, and what it is to show. Never destroyed: it lives until the process ends.
-class Desk {
+class ProgramFixture {
 public:
-    static Desk &instance()
+    static ProgramFixture &instance()
     {
-        static auto *const desk = new Desk;
-        return *desk;
+        static auto *const fixture = new ProgramFixture;
+        return *fixture;
     }
 
     void deliver(const std::uint8_t *data, std::size_t size)
@@ -173,6 +173,6 @@ private:
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    Desk::instance().deliver(data, size);
+    ProgramFixture::instance().deliver(data, size);
     return 0;
 }

@@ -54,7 +54,7 @@ GuiDriver::~GuiDriver()
 
 bool GuiDriver::start(const QString &program, const QStringList &arguments)
 {
-    const QString socketPath = m_directory.filePath(QStringLiteral("pilot"));
+    const QString socketPath = m_directory.filePath(QStringLiteral("guidriver"));
     if (!m_server.listen(socketPath)) {
         return fail(m_server.errorString());
     }

@@ -3,15 +3,15 @@
 
 #pragma once
 
-#include "desk.h"
+#include "programfixture.h"
 
 #include <QtTest>
 
-/// A step at the desk "desk". One that does not work ends the test with the pilot's own words,
+/// A step of the fixture "fixture". One that does not work ends the test with the GUI driver's own words,
 /// behind all that was printed.
 #define DO(step)                                                                                   \
     do {                                                                                           \
         if (!(step)) {                                                                             \
-            QFAIL(qPrintable(desk.explanation()));                                                 \
+            QFAIL(qPrintable(fixture.explanation()));                                              \
         }                                                                                          \
     } while (false)

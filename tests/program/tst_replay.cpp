@@ -9,14 +9,14 @@
 
 namespace {
 
-/// Of all desks, which therefore stand one after the other: a status line names the port.
+/// Of all fixtures, which therefore run one after the other: a status line names the port.
 QString sharedPort()
 {
     return QStringLiteral("ttyUSB%1").arg(QCoreApplication::applicationPid());
 }
 
-/// A desk whose line is recorded or replayed.
-class RecordedDesk : public Desk {
+/// A fixture whose line is recorded or replayed.
+class RecordedDesk : public ProgramFixture {
 public:
     RecordedDesk()
     {
@@ -69,34 +69,36 @@ struct Session {
     QStringList cameraOptions; ///< of the simulator, when it is recorded
     /// What the operator does, and sees.
     /// @param isReplay  false: the camera misbehaves only if it is told to
-    std::function<bool(RecordedDesk &desk, bool isReplay)> operate;
+    std::function<bool(RecordedDesk &fixture, bool isReplay)> operate;
 };
 
-bool changeSettings(RecordedDesk &desk, bool /*isReplay*/)
+bool changeSettings(RecordedDesk &fixture, bool /*isReplay*/)
 {
-    GuiDriver &corvane = desk.corvane;
-    return desk.connectCamera() && corvane.choose("comboBox_autotracking", 2)
+    GuiDriver &corvane = fixture.corvane;
+    return fixture.connectCamera() && corvane.choose("comboBox_autotracking", 2)
         && corvane.choose("comboBox_zoomoffset", 3)
         && corvane.waitUntil("both are chosen",
                              [&corvane] {
                                  return corvane.index("comboBox_autotracking") == 2
                                      && corvane.index("comboBox_zoomoffset") == 3;
                              })
-        && desk.apply() && desk.zoom(2, "Setting custom zoom: 272") && desk.disconnectCamera();
+        && fixture.apply() && fixture.zoom(2, "Setting custom zoom: 272")
+        && fixture.disconnectCamera();
 }
 
-bool askASilentCamera(RecordedDesk &desk, bool isReplay)
+bool askASilentCamera(RecordedDesk &fixture, bool isReplay)
 {
-    return desk.connectCamera() && (isReplay || desk.tell("silent on"))
-        && desk.zoom(1, "Setting custom zoom 1 failed!") && (isReplay || desk.tell("silent off"))
-        && desk.zoom(2, "Setting custom zoom: 25") && desk.disconnectCamera();
+    return fixture.connectCamera() && (isReplay || fixture.tell("silent on"))
+        && fixture.zoom(1, "Setting custom zoom 1 failed!")
+        && (isReplay || fixture.tell("silent off")) && fixture.zoom(2, "Setting custom zoom: 25")
+        && fixture.disconnectCamera();
 }
 
 // The camera takes longer than the program waits.
-bool askALateCamera(RecordedDesk &desk, bool /*isReplay*/)
+bool askALateCamera(RecordedDesk &fixture, bool /*isReplay*/)
 {
-    return desk.connectCamera() && desk.zoom(1, "Setting custom zoom 1 failed!")
-        && desk.waitForInfo("Setting custom zoom: 100") && desk.disconnectCamera();
+    return fixture.connectCamera() && fixture.zoom(1, "Setting custom zoom 1 failed!")
+        && fixture.waitForInfo("Setting custom zoom: 100") && fixture.disconnectCamera();
 }
 
 // Hands take their time, before the pull and before the plug. In a replay, where these come by
@@ -109,22 +111,24 @@ bool letTimePass(bool isReplay)
     return true;
 }
 
-bool pullTheAdapterOut(RecordedDesk &desk, bool isReplay)
+bool pullTheAdapterOut(RecordedDesk &fixture, bool isReplay)
 {
-    return desk.connectCamera() && desk.zoom(1, "Setting custom zoom: 100") && letTimePass(isReplay)
-        && (isReplay || desk.tell("unplug")) && desk.corvane.waitForEnabled("tabWidget", false)
-        && letTimePass(isReplay) && (isReplay || desk.tell("plug"))
-        && desk.corvane.waitUntil("it is plugged again",
-                                  [&desk] { return desk.notes().contains("plugged"); })
-        && desk.corvane.choose("comboBox_portlist", 0) && desk.connectCamera()
-        && desk.disconnectCamera();
+    return fixture.connectCamera() && fixture.zoom(1, "Setting custom zoom: 100")
+        && letTimePass(isReplay) && (isReplay || fixture.tell("unplug"))
+        && fixture.corvane.waitForEnabled("tabWidget", false) && letTimePass(isReplay)
+        && (isReplay || fixture.tell("plug"))
+        && fixture.corvane.waitUntil("it is plugged again",
+                                     [&fixture] { return fixture.notes().contains("plugged"); })
+        && fixture.corvane.choose("comboBox_portlist", 0) && fixture.connectCamera()
+        && fixture.disconnectCamera();
 }
 
-bool seeACorruptedReply(RecordedDesk &desk, bool /*isReplay*/)
+bool seeACorruptedReply(RecordedDesk &fixture, bool /*isReplay*/)
 {
-    return desk.connectCamera() && desk.apply() && desk.zoom(1, "Setting custom zoom 1 failed!")
-        && desk.zoom(1, "Setting custom zoom: 300")
-        && desk.corvane.waitForEnabled("tabWidget", false);
+    return fixture.connectCamera() && fixture.apply()
+        && fixture.zoom(1, "Setting custom zoom 1 failed!")
+        && fixture.zoom(1, "Setting custom zoom: 300")
+        && fixture.corvane.waitForEnabled("tabWidget", false);
 }
 
 } // namespace
@@ -149,7 +153,8 @@ void ReplayTest::drivesTheProgramThroughTheSameStatusLines_data()
     QTest::newRow("a late reply") << Session{{"--delay", "3500"}, askALateCamera};
     QTest::newRow("a pulled adapter") << Session{{}, pullTheAdapterOut};
     // Recorded from a replay, because the simulated camera would not make such a reply.
-    QTest::newRow("a corrupted reply") << Session{{"--replay", DESK_RECORDING}, seeACorruptedReply};
+    QTest::newRow("a corrupted reply")
+        << Session{{"--replay", OPERATOR_SESSION_RECORDING}, seeACorruptedReply};
 }
 
 void ReplayTest::drivesTheProgramThroughTheSameStatusLines()
@@ -159,33 +164,33 @@ void ReplayTest::drivesTheProgramThroughTheSameStatusLines()
     const QString path = directory.filePath("recording");
     QStringList linesBefore;
     {
-        RecordedDesk desk;
-        DO(desk.start(session.cameraOptions + QStringList{"--record", path}));
-        DO(session.operate(desk, false));
-        DO(desk.end());
-        linesBefore = desk.statusLines();
+        RecordedDesk fixture;
+        DO(fixture.start(session.cameraOptions + QStringList{"--record", path}));
+        DO(session.operate(fixture, false));
+        DO(fixture.end());
+        linesBefore = fixture.statusLines();
     }
     // Those of the start alone would always be the same.
     QVERIFY(linesBefore.contains("UART_CTRL_CMD_HELLO Received"));
-    RecordedDesk desk;
-    DO(desk.start({"--replay", path}));
-    DO(session.operate(desk, true));
-    DO(desk.corvane.waitUntil("the recording has ended", [&desk] {
-        return desk.notes().contains("the recording has ended");
+    RecordedDesk fixture;
+    DO(fixture.start({"--replay", path}));
+    DO(session.operate(fixture, true));
+    DO(fixture.corvane.waitUntil("the recording has ended", [&fixture] {
+        return fixture.notes().contains("the recording has ended");
     }));
-    DO(desk.end());
-    QCOMPARE(desk.statusLines(), linesBefore);
-    QCOMPARE(desk.notes().filter("the host sends"), QStringList());
+    DO(fixture.end());
+    QCOMPARE(fixture.statusLines(), linesBefore);
+    QCOMPARE(fixture.notes().filter("the host sends"), QStringList());
 }
 
 void ReplayTest::showsWhatHappenedAtAnotherDesk()
 {
-    RecordedDesk desk;
-    DO(desk.start({"--replay", DESK_RECORDING}));
-    DO(seeACorruptedReply(desk, true));
-    DO(desk.end());
-    QCOMPARE(desk.notes(), (QStringList{"unplugged", "the recording has ended"}));
-    QCOMPARE(desk.statusLines(),
+    RecordedDesk fixture;
+    DO(fixture.start({"--replay", OPERATOR_SESSION_RECORDING}));
+    DO(seeACorruptedReply(fixture, true));
+    DO(fixture.end());
+    QCOMPARE(fixture.notes(), (QStringList{"unplugged", "the recording has ended"}));
+    QCOMPARE(fixture.statusLines(),
              (QStringList{"startParser",
                           "Disconnected",
                           "Connected to " + sharedPort(),

@@ -18,50 +18,50 @@ private slots:
 
 void UndetectedFaultsTest::anAcknowledgementThatComesTwiceHidesALostPacket()
 {
-    Desk desk;
+    ProgramFixture fixture;
     // Behind HELLO and its reply: the second request announces the size, the third is the packet.
     // The acknowledgement of the size comes once more when the packet's is waited for.
-    DO(desk.start({"--save-firmware", desk.path("received"), "--faults",
-                   "duplicate=100@reply:2,drop@request:3"}));
-    DO(desk.pack(QByteArray(100, 'x')));
-    DO(desk.connectCamera());
-    DO(desk.startUpgrade());
-    DO(desk.waitUntilComplete());
-    QVERIFY(!QFile::exists(desk.path("received")));
+    DO(fixture.start({"--save-firmware", fixture.path("received"), "--faults",
+                      "duplicate=100@reply:2,drop@request:3"}));
+    DO(fixture.pack(QByteArray(100, 'x')));
+    DO(fixture.connectCamera());
+    DO(fixture.startUpgrade());
+    DO(fixture.waitUntilComplete());
+    QVERIFY(!QFile::exists(fixture.path("received")));
 
     // It shows when connecting again: the camera still runs what it had.
-    DO(desk.tell("faults none"));
-    DO(desk.connectCamera());
-    QCOMPARE(desk.corvane.text("textEdit_device_info"), QString("Device Version: 1.0.0.6"));
+    DO(fixture.tell("faults none"));
+    DO(fixture.connectCamera());
+    QCOMPARE(fixture.corvane.text("textEdit_device_info"), QString("Device Version: 1.0.0.6"));
 }
 
 void UndetectedFaultsTest::twoBytesThatChangePlacesStayInTheFirmware()
 {
-    Desk desk;
+    ProgramFixture fixture;
     // The packet's payload starts at byte 12.
-    DO(desk.start({"--save-firmware", desk.path("received"), "--reboot-time", "0", "--faults",
-                   "swap@request:3.12"}));
-    DO(desk.pack("firmware"));
-    DO(desk.connectCamera());
-    DO(desk.startUpgrade());
-    DO(desk.waitUntilComplete());
-    QCOMPARE(desk.contents("received"), QByteArray("ifrmware"));
+    DO(fixture.start({"--save-firmware", fixture.path("received"), "--reboot-time", "0", "--faults",
+                      "swap@request:3.12"}));
+    DO(fixture.pack("firmware"));
+    DO(fixture.connectCamera());
+    DO(fixture.startUpgrade());
+    DO(fixture.waitUntilComplete());
+    QCOMPARE(fixture.contents("received"), QByteArray("ifrmware"));
 }
 
 void UndetectedFaultsTest::aReplyWhoseChecksumIsFFCostsTheOneBehindIt()
 {
-    Desk desk;
-    desk.setSpeed(10);
-    DO(desk.start({"--camera-version", "1.0.0.105", "--settings", "1,1,0,1,1"}));
-    DO(desk.connectCamera());
-    const QStringList frames = desk.frames();
+    ProgramFixture fixture;
+    fixture.setSpeed(10);
+    DO(fixture.start({"--camera-version", "1.0.0.105", "--settings", "1,1,0,1,1"}));
+    DO(fixture.connectCamera());
+    const QStringList frames = fixture.frames();
     QVERIFY(frames.last().endsWith("FF"));
-    DO(desk.corvane.click("pushButton_apply"));
-    DO(desk.corvane.waitForDialog("Error: Apply fail!"));
-    DO(desk.corvane.answerDialog());
-    DO(desk.corvane.waitForDialog({}));
-    DO(desk.corvane.click("pushButton_apply"));
-    DO(desk.corvane.waitForDialog("Information: Apply Success."));
+    DO(fixture.corvane.click("pushButton_apply"));
+    DO(fixture.corvane.waitForDialog("Error: Apply fail!"));
+    DO(fixture.corvane.answerDialog());
+    DO(fixture.corvane.waitForDialog({}));
+    DO(fixture.corvane.click("pushButton_apply"));
+    DO(fixture.corvane.waitForDialog("Information: Apply Success."));
 }
 
 QTEST_GUILESS_MAIN(UndetectedFaultsTest)

@@ -4,9 +4,9 @@
 #include "closetrial.h"
 
 #include "closing.h"
-#include "desk.h"
 #include "moments.h"
 #include "patientoperator.h"
+#include "programfixture.h"
 #include "randomfirmware.h"
 #include "sessions.h"
 #include "upload.h"
@@ -22,19 +22,19 @@ Tally closeAtRandom(quint32 seed)
     const QString again = QStringLiteral("close --seed %1 --count 1").arg(seed);
     Tally tally;
     QRandomGenerator random(seed);
-    Desk desk;
-    PatientOperator patientOperator(desk);
-    Moments moments(desk, patientOperator, random);
-    if (!desk.start(Upload::simulatorOptions(desk))
-        || !desk.pack(randomFirmware(kFirmwareSize, random))) {
-        tally.fail(desk.explanation(), again);
+    ProgramFixture fixture;
+    PatientOperator patientOperator(fixture);
+    Moments moments(fixture, patientOperator, random);
+    if (!fixture.start(Upload::simulatorOptions(fixture))
+        || !fixture.pack(randomFirmware(kFirmwareSize, random))) {
+        tally.fail(fixture.explanation(), again);
         return tally;
     }
     const QString moment = moments.begin();
     tally.count(QStringLiteral("windows closed ") + moment);
-    const QString problem = closeAndEnd(desk.corvane);
+    const QString problem = closeAndEnd(fixture.corvane);
     if (!problem.isEmpty()) {
-        tally.fail(QStringLiteral("%1, closed %2: %3").arg(problem, moment, desk.explanation()),
+        tally.fail(QStringLiteral("%1, closed %2: %3").arg(problem, moment, fixture.explanation()),
                    again);
     }
     return tally;

@@ -3,10 +3,10 @@
 
 #include "desktrial.h"
 
-#include "desk.h"
 #include "moments.h"
 #include "patientoperator.h"
 #include "processstatus.h"
+#include "programfixture.h"
 #include "randomfirmware.h"
 #include "sessions.h"
 #include "upload.h"
@@ -126,7 +126,7 @@ private:
     }
 
     QRandomGenerator m_random;
-    Desk m_desk;
+    ProgramFixture m_desk;
     PatientOperator m_operator;
     Moments m_moments;
     QString m_again;

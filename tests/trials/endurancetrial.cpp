@@ -3,9 +3,9 @@
 
 #include "endurancetrial.h"
 
-#include "desk.h"
 #include "firmwarepacket.h"
 #include "processstatus.h"
+#include "programfixture.h"
 #include "randomfirmware.h"
 #include "upload.h"
 #include "verdict.h"
@@ -48,15 +48,15 @@ Tally enduranceTrial(const TrialOptions &options)
     const QByteArray firmware = randomFirmware(perUpload * FirmwarePacket::kSize, random);
 
     Tally tally;
-    Desk desk;
-    desk.setSpeed(options.speed);
-    if (!desk.start(Upload::simulatorOptions(desk))) {
-        tally.fail(desk.explanation(), again);
+    ProgramFixture fixture;
+    fixture.setSpeed(options.speed);
+    if (!fixture.start(Upload::simulatorOptions(fixture))) {
+        tally.fail(fixture.explanation(), again);
         return tally;
     }
-    desk.corvane.limitOutput(kOutputKept);
-    const qint64 process = desk.corvane.operatedProcessId();
-    Upload upload(desk);
+    fixture.corvane.limitOutput(kOutputKept);
+    const qint64 process = fixture.corvane.operatedProcessId();
+    Upload upload(fixture);
     ProcessStatus warmedUp;
     int packets = 0;
     int uploads = 0;
@@ -65,7 +65,7 @@ Tally enduranceTrial(const TrialOptions &options)
                                                  Upload::limitMs(perUpload, options.speed));
         judge(tally, outcome, QStringLiteral("no faults"), false, again);
         const int acknowledged =
-            desk.corvane.value(QStringLiteral("progressBar_updating")) / FirmwarePacket::kSize;
+            fixture.corvane.value(QStringLiteral("progressBar_updating")) / FirmwarePacket::kSize;
         packets += acknowledged;
         tally.count(QStringLiteral("packets acknowledged"), acknowledged);
         const ProcessStatus now = ProcessStatus::of(process);

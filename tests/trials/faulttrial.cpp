@@ -3,9 +3,9 @@
 
 #include "faulttrial.h"
 
-#include "desk.h"
 #include "faultclasses.h"
 #include "firmwarepacket.h"
+#include "programfixture.h"
 #include "randomfirmware.h"
 #include "sessions.h"
 #include "uartframe.h"
@@ -88,15 +88,15 @@ Tally runSession(const QVector<Case> &cases, const TrialOptions &options)
 {
     const QString again = QStringLiteral("faults --seed %1 --speed %2 --plan %3");
     Tally tally;
-    Desk desk;
-    desk.setSpeed(options.speed);
-    if (!desk.start(Upload::simulatorOptions(desk))) {
-        tally.fail(desk.explanation(),
+    ProgramFixture fixture;
+    fixture.setSpeed(options.speed);
+    if (!fixture.start(Upload::simulatorOptions(fixture))) {
+        tally.fail(fixture.explanation(),
                    again.arg(options.seed).arg(options.speed).arg(cases[0].plan));
         return tally;
     }
-    desk.corvane.limitOutput(kOutputKept);
-    Upload upload(desk);
+    fixture.corvane.limitOutput(kOutputKept);
+    Upload upload(fixture);
     QRandomGenerator random(options.seed);
     const QByteArray firmware = randomFirmware(kFirmwareSize, random);
     for (const Case &one : cases) {

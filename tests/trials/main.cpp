@@ -38,7 +38,7 @@ constexpr std::array<Trial, 7> kTrials{{
      &faultTrial},
     {"uploads", "COUNT sessions of 20 uploads each under random faults", 5, &uploadTrial},
     {"endurance", "COUNT packets in one process", 2000, &enduranceTrial},
-    {"desk", "COUNT sessions of pulling the plug 25 times at a random moment", 2, &deskTrial},
+    {"fixture", "COUNT sessions of pulling the plug 25 times at a random moment", 2, &deskTrial},
     {"close", "closing the window at a random moment, COUNT times", 10, &closeTrial},
     {"monkey", "COUNT sessions of 100 random clicks each", 5, &monkeyTrial},
     {"undetected", "COUNT errors of each class that the checksum is measured with", 100'000,

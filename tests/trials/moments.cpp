@@ -3,16 +3,17 @@
 
 #include "moments.h"
 
-#include "desk.h"
 #include "patientoperator.h"
+#include "programfixture.h"
 
 #include <QRandomGenerator>
 #include <QThread>
 
 #include <array>
 
-Moments::Moments(Desk &desk, PatientOperator &patientOperator, QRandomGenerator &random)
-    : m_desk(desk)
+Moments::Moments(ProgramFixture &fixture, PatientOperator &patientOperator,
+                 QRandomGenerator &random)
+    : m_fixture(fixture)
     , m_operator(patientOperator)
     , m_random(random)
 {
@@ -43,8 +44,8 @@ QString Moments::begin()
 
 void Moments::connectInVain()
 {
-    m_desk.tell("silent on");
-    m_desk.corvane.click(QStringLiteral("pushButton_connect"));
+    m_fixture.tell("silent on");
+    m_fixture.corvane.click(QStringLiteral("pushButton_connect"));
 }
 
 void Moments::apply()
@@ -54,20 +55,20 @@ void Moments::apply()
 
 void Moments::applyInVain()
 {
-    m_desk.tell("silent on");
+    m_fixture.tell("silent on");
     clickOnSettingsPage("pushButton_apply");
 }
 
 void Moments::setZoomInVain()
 {
-    m_desk.tell("silent on");
+    m_fixture.tell("silent on");
     clickOnSettingsPage("pushButton_custom_zoom_2");
 }
 
 void Moments::upload()
 {
     // Does not start when what is left of an earlier wait has just disconnected.
-    if (m_desk.startUpgrade()) {
+    if (m_fixture.startUpgrade()) {
         pause(1000);
     }
 }
@@ -76,12 +77,12 @@ void Moments::openSuccessBox()
 {
     constexpr int kLimitMs = 1000;
     apply();
-    m_desk.corvane.waitForDialog(QStringLiteral("Information: Apply Success."), kLimitMs);
+    m_fixture.corvane.waitForDialog(QStringLiteral("Information: Apply Success."), kLimitMs);
 }
 
 void Moments::openAboutBox()
 {
-    m_desk.corvane.click(QStringLiteral("toolButton_about"));
+    m_fixture.corvane.click(QStringLiteral("toolButton_about"));
 }
 
 void Moments::openList()
@@ -92,8 +93,8 @@ void Moments::openList()
 void Moments::clickOnSettingsPage(const char *widget)
 {
     constexpr int kSettingsPage = 0;
-    m_desk.corvane.choose(QStringLiteral("tabWidget"), kSettingsPage);
-    m_desk.corvane.click(QLatin1String(widget));
+    m_fixture.corvane.choose(QStringLiteral("tabWidget"), kSettingsPage);
+    m_fixture.corvane.click(QLatin1String(widget));
 }
 
 void Moments::pause(int longestMs)

@@ -5,7 +5,7 @@
 
 #include <QString>
 
-class Desk;
+class ProgramFixture;
 class PatientOperator;
 class QRandomGenerator;
 
@@ -14,7 +14,7 @@ class QRandomGenerator;
 class Moments {
 public:
     /// The arguments are not owned and must outlive this object. The desk has an image packed.
-    Moments(Desk &desk, PatientOperator &patientOperator, QRandomGenerator &random);
+    Moments(ProgramFixture &fixture, PatientOperator &patientOperator, QRandomGenerator &random);
 
     /// From a state in which the camera is plugged in and answers. It may have fallen silent then.
     /// @return which moment it is, such as "during the handshake"; nothing when there is no
@@ -40,7 +40,7 @@ private:
     void clickOnSettingsPage(const char *widget);
     void pause(int longestMs);
 
-    Desk &m_desk;
+    ProgramFixture &m_fixture;
     PatientOperator &m_operator;
     QRandomGenerator &m_random;
 };

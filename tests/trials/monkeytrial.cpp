@@ -4,8 +4,8 @@
 #include "monkeytrial.h"
 
 #include "closing.h"
-#include "desk.h"
 #include "patientoperator.h"
+#include "programfixture.h"
 #include "randomfirmware.h"
 #include "sessions.h"
 #include "upload.h"
@@ -24,24 +24,24 @@ class MonkeySession {
 public:
     MonkeySession(quint32 seed, int speed)
         : m_random(seed)
-        , m_operator(m_desk)
+        , m_operator(m_fixture)
         , m_again(QStringLiteral("monkey --seed %1 --count 1 --speed %2").arg(seed).arg(speed))
     {
-        m_desk.setSpeed(speed);
+        m_fixture.setSpeed(speed);
     }
 
     Tally run()
     {
-        if (!m_desk.start(Upload::simulatorOptions(m_desk))
-            || !m_desk.pack(randomFirmware(kFirmwareSize, m_random))) {
+        if (!m_fixture.start(Upload::simulatorOptions(m_fixture))
+            || !m_fixture.pack(randomFirmware(kFirmwareSize, m_random))) {
             fail(QStringLiteral("cannot start"));
             return m_tally;
         }
-        m_desk.corvane.limitOutput(kOutputKept);
+        m_fixture.corvane.limitOutput(kOutputKept);
         for (int event = 0; event < kEvents && !m_tally.hasFailed(); ++event) {
             act();
             m_tally.count(QStringLiteral("events"));
-            if (m_desk.corvane.operatedProcessId() < 0) {
+            if (m_fixture.corvane.operatedProcessId() < 0) {
                 fail(QStringLiteral("the program does not answer"));
             }
             QThread::msleep(static_cast<unsigned long>(m_random.bounded(kLongestPauseMs)));
@@ -59,7 +59,7 @@ private:
 
     void act()
     {
-        GuiDriver &corvane = m_desk.corvane;
+        GuiDriver &corvane = m_fixture.corvane;
         if (chance(7)) {
             disturbTheCamera();
         } else if (corvane.isBlocked() || corvane.isListOpen()) {
@@ -77,14 +77,14 @@ private:
     {
         switch (m_random.bounded(5)) {
         case 0:
-            m_desk.tell("silent on");
+            m_fixture.tell("silent on");
             break;
         case 1:
-            m_desk.tell("unplug");
+            m_fixture.tell("unplug");
             break;
         default: // more often than the others, or nothing would ever be connected
-            m_desk.tell("plug");
-            m_desk.tell("silent off");
+            m_fixture.tell("plug");
+            m_fixture.tell("silent off");
         }
         m_tally.count(QStringLiteral("events at the camera"));
     }
@@ -92,7 +92,7 @@ private:
     void operateSomething()
     {
         QStringList widgets;
-        const QStringList usable = m_desk.corvane.usableWidgets();
+        const QStringList usable = m_fixture.corvane.usableWidgets();
         for (const QString &name : usable) {
             if (kindOf(name) != Passive) {
                 widgets << name;
@@ -107,7 +107,7 @@ private:
             ? connectName
             : widgets.at(m_random.bounded(widgets.size()));
         m_tally.count(QStringLiteral("operated ") + name);
-        GuiDriver &corvane = m_desk.corvane;
+        GuiDriver &corvane = m_fixture.corvane;
         // That it does not work, because the widget has just been disabled, is nothing wrong.
         switch (kindOf(name)) {
         case Choice:
@@ -116,7 +116,7 @@ private:
         case Line:
             corvane.type(
                 name,
-                m_desk.path(chance(80) ? QStringLiteral("image") : QStringLiteral("missing")));
+                m_fixture.path(chance(80) ? QStringLiteral("image") : QStringLiteral("missing")));
             break;
         case Button:
             corvane.click(name);
@@ -149,8 +149,8 @@ private:
 
     void end()
     {
-        m_desk.tell("silent off");
-        m_desk.tell("plug");
+        m_fixture.tell("silent off");
+        m_fixture.tell("plug");
         if (chance(50)) {
             m_tally.count(QStringLiteral("sessions that connect in the end"));
             // The list may have been opened while the adapter was gone, and is empty then.
@@ -161,7 +161,7 @@ private:
             }
         }
         m_tally.count(QStringLiteral("windows closed"));
-        const QString problem = closeAndEnd(m_desk.corvane);
+        const QString problem = closeAndEnd(m_fixture.corvane);
         if (!problem.isEmpty()) {
             fail(problem);
         }
@@ -173,8 +173,8 @@ private:
         m_operator.waitUntil(
             QStringLiteral("the port is chosen"),
             [this, list] {
-                GuiDriver &corvane = m_desk.corvane;
-                if (corvane.text(list) == m_desk.portItem() || !corvane.isEnabled(list)) {
+                GuiDriver &corvane = m_fixture.corvane;
+                if (corvane.text(list) == m_fixture.portItem() || !corvane.isEnabled(list)) {
                     return true;
                 }
                 corvane.choose(list, 0);
@@ -185,11 +185,11 @@ private:
 
     void fail(const QString &what)
     {
-        m_tally.fail(QStringLiteral("%1: %2").arg(what, m_desk.explanation()), m_again);
+        m_tally.fail(QStringLiteral("%1: %2").arg(what, m_fixture.explanation()), m_again);
     }
 
     QRandomGenerator m_random;
-    Desk m_desk;
+    ProgramFixture m_fixture;
     PatientOperator m_operator;
     QString m_again;
     Tally m_tally;

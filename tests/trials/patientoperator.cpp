@@ -3,7 +3,7 @@
 
 #include "patientoperator.h"
 
-#include "desk.h"
+#include "programfixture.h"
 
 #include <QElapsedTimer>
 
@@ -15,15 +15,15 @@ constexpr int kConnectionLimitMs = 12000;
 
 } // namespace
 
-PatientOperator::PatientOperator(Desk &desk)
-    : m_desk(desk)
+PatientOperator::PatientOperator(ProgramFixture &fixture)
+    : m_fixture(fixture)
 {
 }
 
 bool PatientOperator::waitUntil(const QString &description, const std::function<bool()> &condition,
                                 int limitMs)
 {
-    GuiDriver &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_fixture.corvane;
     return corvane.waitUntil(
         description,
         [&corvane, &condition] {
@@ -38,7 +38,7 @@ bool PatientOperator::waitUntil(const QString &description, const std::function<
 
 bool PatientOperator::connectCamera()
 {
-    GuiDriver &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_fixture.corvane;
     for (int attempt = 0; attempt < kConnectionAttempts; ++attempt) {
         const auto isDecided = [this] { return isConnected() || isDisconnected(); };
         if (!waitUntil(QStringLiteral("the window is at rest"), isDecided, kConnectionLimitMs)) {
@@ -55,7 +55,7 @@ bool PatientOperator::connectCamera()
 
 bool PatientOperator::isDisconnected() const
 {
-    GuiDriver &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_fixture.corvane;
     // Not that the pane of the device is empty: a reply that was on its way is still shown.
     return corvane.isEnabled(QStringLiteral("pushButton_connect"))
         && !corvane.isEnabled(QStringLiteral("tabWidget"));
@@ -75,6 +75,6 @@ bool PatientOperator::outlastWaits(int speed)
 
 bool PatientOperator::isConnected() const
 {
-    return m_desk.corvane.isEnabled(QStringLiteral("tabWidget"))
-        && m_desk.corvane.isEnabled(QStringLiteral("pushButton_disconnect"));
+    return m_fixture.corvane.isEnabled(QStringLiteral("tabWidget"))
+        && m_fixture.corvane.isEnabled(QStringLiteral("pushButton_disconnect"));
 }

@@ -7,7 +7,7 @@
 
 #include <functional>
 
-class Desk;
+class ProgramFixture;
 
 /// An operator who answers every message box that comes up and closes every list that is open,
 /// whatever else is going on.
@@ -17,7 +17,7 @@ class Desk;
 class PatientOperator {
 public:
     /// @param desk  not owned
-    explicit PatientOperator(Desk &desk);
+    explicit PatientOperator(ProgramFixture &fixture);
 
     /// Waits until @p condition holds and neither box nor list is open.
     /// @param limitMs  by the clock
@@ -32,5 +32,5 @@ public:
 private:
     bool isConnected() const;
 
-    Desk &m_desk;
+    ProgramFixture &m_fixture;
 };

@@ -3,8 +3,8 @@
 
 #include "upload.h"
 
-#include "desk.h"
 #include "processstatus.h"
+#include "programfixture.h"
 
 #include <QFile>
 
@@ -13,17 +13,17 @@ namespace {
 constexpr int kConnectionAttempts = 20;
 constexpr int kSettleLimitMs = 10000;
 
-QString receivedFirmware(const Desk &desk)
+QString receivedFirmware(const ProgramFixture &fixture)
 {
-    return desk.path(QStringLiteral("received"));
+    return fixture.path(QStringLiteral("received"));
 }
 
 } // namespace
 
-QStringList Upload::simulatorOptions(const Desk &desk)
+QStringList Upload::simulatorOptions(const ProgramFixture &fixture)
 {
     return {QStringLiteral("--quiet"), QStringLiteral("--reboot-time"), QStringLiteral("0"),
-            QStringLiteral("--save-firmware"), receivedFirmware(desk)};
+            QStringLiteral("--save-firmware"), receivedFirmware(fixture)};
 }
 
 int Upload::limitMs(int packets, int speed)
@@ -34,8 +34,8 @@ int Upload::limitMs(int packets, int speed)
     return (kAnnouncementLimitMs + packets * kPacketLimitMs) / speed + kSpareMs;
 }
 
-Upload::Upload(Desk &desk)
-    : m_desk(desk)
+Upload::Upload(ProgramFixture &fixture)
+    : m_fixture(fixture)
 {
 }
 
@@ -50,10 +50,10 @@ UploadOutcome Upload::run(const QByteArray &firmware, const QString &plan, quint
         return improper(QStringLiteral("could not connect without faults"));
     }
     const QString faults = QStringLiteral("faults %1 %2").arg(plan).arg(planSeed);
-    if (!m_desk.tell(faults.toUtf8())) {
+    if (!m_fixture.tell(faults.toUtf8())) {
         return improper(QStringLiteral("the simulator refuses the plan"));
     }
-    if (!m_desk.startUpgrade()) {
+    if (!m_fixture.startUpgrade()) {
         return improper(QStringLiteral("could not be started"));
     }
     if (!awaitEnd(limitMs)) {
@@ -62,25 +62,25 @@ UploadOutcome Upload::run(const QByteArray &firmware, const QString &plan, quint
     if (!isAtRest()) {
         return improper(QStringLiteral("ends with the port open or the window unusable"));
     }
-    m_desk.tell("faults none");
-    m_outcome.isIdentical = m_desk.contents(QStringLiteral("received")) == firmware
-        && QFile::exists(receivedFirmware(m_desk));
+    m_fixture.tell("faults none");
+    m_outcome.isIdentical = m_fixture.contents(QStringLiteral("received")) == firmware
+        && QFile::exists(receivedFirmware(m_fixture));
     return m_outcome;
 }
 
 bool Upload::prepare(const QByteArray &firmware)
 {
-    QFile::remove(receivedFirmware(m_desk));
+    QFile::remove(receivedFirmware(m_fixture));
     // Refused when no fault has hung up, and then it is plugged.
-    m_desk.tell("plug");
-    return m_desk.tell("faults none") && m_desk.pack(firmware);
+    m_fixture.tell("plug");
+    return m_fixture.tell("faults none") && m_fixture.pack(firmware);
 }
 
 // What a fault has left of a frame may cost the next one, here the reply to HELLO. And on a machine
 // that is busy, waits at many times the speed may be too short.
 bool Upload::connectCamera()
 {
-    GuiDriver &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_fixture.corvane;
     while (m_outcome.connections < kConnectionAttempts) {
         ++m_outcome.connections;
         const auto isDecided = [&corvane] {
@@ -103,7 +103,7 @@ bool Upload::connectCamera()
 
 bool Upload::awaitEnd(int limitMs)
 {
-    GuiDriver &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_fixture.corvane;
     const auto hasEnded = [this, &corvane] {
         const QString dialog = corvane.dialog();
         const QString pane = corvane.text(QStringLiteral("textEdit_firmware_info"));
@@ -125,7 +125,7 @@ bool Upload::awaitEnd(int limitMs)
 
 bool Upload::isAtRest()
 {
-    GuiDriver &corvane = m_desk.corvane;
+    GuiDriver &corvane = m_fixture.corvane;
     const auto isDisconnected = [&corvane] {
         return corvane.isEnabled(QStringLiteral("pushButton_connect")) && !corvane.isBlocked()
             && !corvane.isEnabled(QStringLiteral("tabWidget"))
@@ -138,7 +138,8 @@ bool Upload::isAtRest()
 UploadOutcome Upload::improper(const QString &problem)
 {
     m_outcome.ending = UploadOutcome::Improper;
-    m_outcome.problem = QStringLiteral("%1 (%2; open: %3)")
-                            .arg(problem, m_desk.corvane.errorText(), m_desk.corvane.dialog());
+    m_outcome.problem =
+        QStringLiteral("%1 (%2; open: %3)")
+            .arg(problem, m_fixture.corvane.errorText(), m_fixture.corvane.dialog());
     return m_outcome;
 }

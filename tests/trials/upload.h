@@ -7,7 +7,7 @@
 #include <QString>
 #include <QStringList>
 
-class Desk;
+class ProgramFixture;
 
 /// How one upload went: what the operator was told, and what the camera has.
 struct UploadOutcome {
@@ -28,14 +28,14 @@ struct UploadOutcome {
 class Upload {
 public:
     /// Options of the simulator that the desk has to be started with.
-    static QStringList simulatorOptions(const Desk &desk);
+    static QStringList simulatorOptions(const ProgramFixture &fixture);
 
     /// How long an upload may take by the clock when every packet is as late as it may be, with
     /// time to spare.
     static int limitMs(int packets, int speed);
 
     /// @param desk  not owned, running and disconnected
-    explicit Upload(Desk &desk);
+    explicit Upload(ProgramFixture &fixture);
 
     /// @param plan       as the simulator's option --faults has it; the size announcement is the
     ///                   first request, packet n is request 1 + n
@@ -51,6 +51,6 @@ private:
     bool isAtRest();
     UploadOutcome improper(const QString &problem);
 
-    Desk &m_desk;
+    ProgramFixture &m_fixture;
     UploadOutcome m_outcome;
 };

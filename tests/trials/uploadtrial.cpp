@@ -3,9 +3,9 @@
 
 #include "uploadtrial.h"
 
-#include "desk.h"
 #include "faultclasses.h"
 #include "firmwarepacket.h"
+#include "programfixture.h"
 #include "randomfirmware.h"
 #include "sessions.h"
 #include "upload.h"
@@ -81,15 +81,15 @@ Tally runSession(quint32 seed, const TrialOptions &options)
 {
     Tally tally;
     QRandomGenerator random(seed);
-    Desk desk;
-    desk.setSpeed(options.speed);
-    if (!desk.start(Upload::simulatorOptions(desk))) {
-        tally.fail(desk.explanation(), commandFor(seed, options));
+    ProgramFixture fixture;
+    fixture.setSpeed(options.speed);
+    if (!fixture.start(Upload::simulatorOptions(fixture))) {
+        tally.fail(fixture.explanation(), commandFor(seed, options));
         return tally;
     }
-    desk.corvane.limitOutput(kOutputKept);
+    fixture.corvane.limitOutput(kOutputKept);
     PlanMaker plans(random, options.isBlind);
-    Upload upload(desk);
+    Upload upload(fixture);
     for (int i = 0; i < kUploads && !tally.hasFailed(); ++i) {
         const int packets = kFewestPackets + random.bounded(kMostPackets - kFewestPackets + 1);
         // The last packet may be full or not.

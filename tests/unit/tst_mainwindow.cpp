@@ -3,7 +3,7 @@
 
 #include "mainwindow.h"
 
-#include "windowonline.h"
+#include "windowfixture.h"
 
 #include <QLabel>
 #include <QtTest>
@@ -133,24 +133,24 @@ void MainWindowTest::takesThePortNameFromTheChosenItem_data()
 void MainWindowTest::takesThePortNameFromTheChosenItem()
 {
     QFETCH(QString, item);
-    WindowOnLine desk;
-    auto *const ports = desk.combo("comboBox_portlist");
+    WindowFixture fixture;
+    auto *const ports = fixture.combo("comboBox_portlist");
     ports->addItem(item);
     ports->setCurrentIndex(ports->count() - 1);
-    desk.click("pushButton_connect");
-    QTEST(desk.port()->portName(), "portName");
-    QCOMPARE(desk.port()->baudRate(), 115200);
-    QCOMPARE(desk.log.statusTexts(), QStringList{"Open error"});
+    fixture.click("pushButton_connect");
+    QTEST(fixture.port()->portName(), "portName");
+    QCOMPARE(fixture.port()->baudRate(), 115200);
+    QCOMPARE(fixture.log.statusTexts(), QStringList{"Open error"});
 }
 
 void MainWindowTest::changingTheBaudRateChangesNothing()
 {
-    WindowOnLine desk;
-    auto *const rates = desk.combo("comboBox_baudrate");
+    WindowFixture fixture;
+    auto *const rates = fixture.combo("comboBox_baudrate");
     rates->addItem("9600", 9600);
     rates->setCurrentIndex(1);
-    QVERIFY(desk.connectCamera());
-    QCOMPARE(desk.port()->baudRate(), 115200);
+    QVERIFY(fixture.connectCamera());
+    QCOMPARE(fixture.port()->baudRate(), 115200);
 }
 
 void MainWindowTest::statusMessagesEndInTheLogUnderTheirOwnName()
@@ -188,11 +188,11 @@ void MainWindowTest::statusLabelIsNowhereOnScreen()
 
 void MainWindowTest::aboutShowsTheVersion()
 {
-    WindowOnLine desk;
-    desk.click("toolButton_about");
-    QCOMPARE(desk.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
-    QVERIFY(desk.dialogs.seen().constFirst().hasParent);
-    QCOMPARE(desk.log.statusTexts(), QStringList());
+    WindowFixture fixture;
+    fixture.click("toolButton_about");
+    QCOMPARE(fixture.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
+    QVERIFY(fixture.dialogs.seen().constFirst().hasParent);
+    QCOMPARE(fixture.log.statusTexts(), QStringList());
 }
 
 void MainWindowTest::inertSlotsChangeNothing_data()
@@ -212,19 +212,19 @@ void MainWindowTest::inertSlotsChangeNothing()
 {
     QFETCH(bool, takesIndex);
     const char *const slot = QTest::currentDataTag();
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    const QImage before = desk.window.grab().toImage();
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    const QImage before = fixture.window.grab().toImage();
     for (int index = -1; index <= 4; ++index) {
         const bool called = takesIndex
-            ? QMetaObject::invokeMethod(&desk.window, slot, Q_ARG(int, index))
-            : QMetaObject::invokeMethod(&desk.window, slot);
+            ? QMetaObject::invokeMethod(&fixture.window, slot, Q_ARG(int, index))
+            : QMetaObject::invokeMethod(&fixture.window, slot);
         QVERIFY(called);
     }
-    QCOMPARE(desk.window.grab().toImage(), before);
-    QCOMPARE(desk.log.texts(), QStringList());
-    QCOMPARE(desk.dialogs.texts(), QStringList());
-    QCOMPARE(desk.line.received(), QByteArray());
+    QCOMPARE(fixture.window.grab().toImage(), before);
+    QCOMPARE(fixture.log.texts(), QStringList());
+    QCOMPARE(fixture.dialogs.texts(), QStringList());
+    QCOMPARE(fixture.line.received(), QByteArray());
 }
 
 void MainWindowTest::closesThePortBeforeItStopsTheParser()
@@ -236,7 +236,7 @@ void MainWindowTest::closesThePortBeforeItStopsTheParser()
     auto *const ports = window->findChild<QComboBox *>("comboBox_portlist");
     ports->addItem(line.portName() + " (test line)");
     ports->setCurrentIndex(ports->count() - 1);
-    QTimer::singleShot(0, &line, [&line] { line.send(WindowOnLine::helloReply()); });
+    QTimer::singleShot(0, &line, [&line] { line.send(WindowFixture::helloReply()); });
     window->findChild<QAbstractButton *>("pushButton_connect")->click();
 
     auto *const port = window->findChild<QSerialPort *>();

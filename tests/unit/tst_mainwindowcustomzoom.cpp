@@ -3,7 +3,7 @@
 
 #include "patience.h"
 #include "widgetrecorder.h"
-#include "windowonline.h"
+#include "windowfixture.h"
 
 namespace {
 
@@ -38,15 +38,15 @@ void MainWindowCustomZoomTest::sendsThePresetAndShowsTheZoom_data()
 
 void MainWindowCustomZoomTest::sendsThePresetAndShowsTheZoom()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.replyWith(zoomReply());
-    desk.click(QTest::currentDataTag());
-    QTEST(desk.line.received().toHex(), "frame");
-    QCOMPARE(desk.text("textEdit_device_info"),
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.replyWith(zoomReply());
+    fixture.click(QTest::currentDataTag());
+    QTEST(fixture.line.received().toHex(), "frame");
+    QCOMPARE(fixture.text("textEdit_device_info"),
              QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
-    QCOMPARE(desk.dialogs.texts(), QStringList());
-    QCOMPARE(desk.log.statusTexts().constLast(),
+    QCOMPARE(fixture.dialogs.texts(), QStringList());
+    QCOMPARE(fixture.log.statusTexts().constLast(),
              QString("UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 272"));
 }
 
@@ -61,61 +61,62 @@ void MainWindowCustomZoomTest::saysSoAfterTheLimitWithoutAReply_data()
 
 void MainWindowCustomZoomTest::saysSoAfterTheLimitWithoutAReply()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.child<QTextEdit>("textEdit_device_info")->append("typed by the operator");
-    desk.letLimitPass();
-    desk.click(QTest::currentDataTag());
-    QTEST(desk.text("textEdit_device_info"), "pane");
-    QCOMPARE(desk.dialogs.texts(), QStringList());
-    QCOMPARE(desk.log.texts(), QStringList());
-    QCOMPARE(desk.line.received().size(), 15);
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.child<QTextEdit>("textEdit_device_info")->append("typed by the operator");
+    fixture.letLimitPass();
+    fixture.click(QTest::currentDataTag());
+    QTEST(fixture.text("textEdit_device_info"), "pane");
+    QCOMPARE(fixture.dialogs.texts(), QStringList());
+    QCOMPARE(fixture.log.texts(), QStringList());
+    QCOMPARE(fixture.line.received().size(), 15);
 }
 
 void MainWindowCustomZoomTest::withoutAVersionTheVersionLineStandsAlone()
 {
-    WindowOnLine desk;
-    desk.letLimitPass();
-    QMetaObject::invokeMethod(&desk.window, "on_pushButton_custom_zoom_2_clicked");
-    QCOMPARE(desk.text("textEdit_device_info"),
+    WindowFixture fixture;
+    fixture.letLimitPass();
+    QMetaObject::invokeMethod(&fixture.window, "on_pushButton_custom_zoom_2_clicked");
+    QCOMPARE(fixture.text("textEdit_device_info"),
              QString("Device Version: \nSetting custom zoom 2 failed!"));
 }
 
 void MainWindowCustomZoomTest::aReplyBehindTheTimeOutReplacesTheFailure()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.letLimitPass();
-    desk.click("pushButton_custom_zoom_1");
-    desk.line.send(zoomReply());
-    QTRY_COMPARE(desk.text("textEdit_device_info"),
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.letLimitPass();
+    fixture.click("pushButton_custom_zoom_1");
+    fixture.line.send(zoomReply());
+    QTRY_COMPARE(fixture.text("textEdit_device_info"),
                  QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
 }
 
 void MainWindowCustomZoomTest::aClickDuringTheWaitIsNested()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    QTimer::singleShot(0, &desk.window, [&desk] {
-        desk.replyWith(zoomReply());
-        desk.click("pushButton_custom_zoom_2");
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    QTimer::singleShot(0, &fixture.window, [&fixture] {
+        fixture.replyWith(zoomReply());
+        fixture.click("pushButton_custom_zoom_2");
     });
-    desk.click("pushButton_custom_zoom_1");
-    QCOMPARE(desk.text("textEdit_device_info"),
+    fixture.click("pushButton_custom_zoom_1");
+    QCOMPARE(fixture.text("textEdit_device_info"),
              QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
-    QCOMPARE(desk.line.received().toHex(),
+    QCOMPARE(fixture.line.received().toHex(),
              QByteArray("ffff0c410106070609013a000000a5ffff0c410106070609013a000100a6"));
 }
 
 void MainWindowCustomZoomTest::closingTheWindowDuringTheWaitShowsNothing()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.window.show();
-    QTimer::singleShot(0, &desk.window, [&desk] { desk.click("pushButton_custom_zoom_1"); });
-    connect(&desk.line, &PseudoTerminal::bytesReceived, &desk.window, &QWidget::close);
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.window.show();
+    QTimer::singleShot(0, &fixture.window,
+                       [&fixture] { fixture.click("pushButton_custom_zoom_1"); });
+    connect(&fixture.line, &PseudoTerminal::bytesReceived, &fixture.window, &QWidget::close);
     QApplication::exec();
-    QCOMPARE(desk.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
+    QCOMPARE(fixture.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
 }
 
 QTEST_MAIN(MainWindowCustomZoomTest)

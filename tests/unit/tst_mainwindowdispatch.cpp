@@ -3,7 +3,7 @@
 
 #include "patience.h"
 #include "widgetrecorder.h"
-#include "windowonline.h"
+#include "windowfixture.h"
 
 #include <QRadioButton>
 
@@ -115,20 +115,23 @@ void MainWindowDispatchTest::answersEachKindOfFrame_data()
 void MainWindowDispatchTest::answersEachKindOfFrame()
 {
     QFETCH(QByteArray, frame);
-    WindowOnLine desk;
+    WindowFixture fixture;
     // Each signal goes into the same log, so that its place among the status lines shows.
-    const QMetaObject *const meta = desk.window.metaObject();
-    const auto logSignal = [&desk](const char *name) {
-        return [&desk, name] { desk.window.showStatusMessage(QLatin1String(name)); };
+    const QMetaObject *const meta = fixture.window.metaObject();
+    const auto logSignal = [&fixture](const char *name) {
+        return [&fixture, name] { fixture.window.showStatusMessage(QLatin1String(name)); };
     };
-    connect(&desk.window, &MainWindow::receive_hello_ack, this, logSignal("receive_hello_ack"));
-    connect(&desk.window, &MainWindow::receive_fw_info_ack, this, logSignal("receive_fw_info_ack"));
-    connect(&desk.window, &MainWindow::receive_custom_zoom_ack, this,
+    connect(&fixture.window, &MainWindow::receive_hello_ack, this, logSignal("receive_hello_ack"));
+    connect(&fixture.window, &MainWindow::receive_fw_info_ack, this,
+            logSignal("receive_fw_info_ack"));
+    connect(&fixture.window, &MainWindow::receive_custom_zoom_ack, this,
             logSignal("receive_custom_zoom_ack"));
-    connect(&desk.window, &MainWindow::receive_setting_ack, this, logSignal("receive_setting_ack"));
-    connect(&desk.window, &MainWindow::receive_reboot_ack, this, logSignal("receive_reboot_ack"));
-    QVERIFY(meta->invokeMethod(&desk.window, "AnalyzeReceiveData", Q_ARG(QByteArray, frame)));
-    QTEST(desk.log.statusTexts(), "lines");
+    connect(&fixture.window, &MainWindow::receive_setting_ack, this,
+            logSignal("receive_setting_ack"));
+    connect(&fixture.window, &MainWindow::receive_reboot_ack, this,
+            logSignal("receive_reboot_ack"));
+    QVERIFY(meta->invokeMethod(&fixture.window, "AnalyzeReceiveData", Q_ARG(QByteArray, frame)));
+    QTEST(fixture.log.statusTexts(), "lines");
 }
 
 void MainWindowDispatchTest::everyReplyOfEveryLengthIsTaken_data()
@@ -143,15 +146,15 @@ void MainWindowDispatchTest::everyReplyOfEveryLengthIsTaken_data()
 void MainWindowDispatchTest::everyReplyOfEveryLengthIsTaken()
 {
     QFETCH(int, command);
-    WindowOnLine desk;
+    WindowFixture fixture;
     const QByteArray whole = delivered(5, command, QByteArray("7f").repeated(18));
     for (int size = 0; size <= 30; ++size) {
         const QByteArray frame(whole.constData(), size);
-        desk.log.clear();
-        QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData", Q_ARG(QByteArray, frame));
-        QCOMPARE(desk.log.statusTexts().constFirst(),
+        fixture.log.clear();
+        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData", Q_ARG(QByteArray, frame));
+        QCOMPARE(fixture.log.statusTexts().constFirst(),
                  QStringLiteral("AnalyzeReceiveData %1").arg(size));
-        QCOMPARE(desk.log.statusTexts().size() > 1, size >= 10);
+        QCOMPARE(fixture.log.statusTexts().size() > 1, size >= 10);
     }
 }
 
@@ -173,14 +176,14 @@ void MainWindowDispatchTest::raisesTheSignalOfTheReply()
 {
     QFETCH(int, command);
     QFETCH(int, signal);
-    WindowOnLine desk;
+    WindowFixture fixture;
     QVector<QSignalSpy *> spies;
     for (const char *name : {SIGNAL(receive_hello_ack()), SIGNAL(receive_fw_info_ack()),
                              SIGNAL(receive_custom_zoom_ack()), SIGNAL(receive_setting_ack()),
                              SIGNAL(receive_reboot_ack())}) {
-        spies << new QSignalSpy(&desk.window, name);
+        spies << new QSignalSpy(&fixture.window, name);
     }
-    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+    QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
                               Q_ARG(QByteArray, delivered(5, command)));
     for (int i = 0; i < spies.size(); ++i) {
         QCOMPARE(spies.at(i)->count(), i == signal ? 1 : 0);
@@ -190,12 +193,12 @@ void MainWindowDispatchTest::raisesTheSignalOfTheReply()
 
 void MainWindowDispatchTest::changesTheWidgetsInOrder()
 {
-    WindowOnLine desk;
-    desk.widget("tabWidget")->setEnabled(true);
-    WidgetRecorder recorder(&desk.window);
-    connect(&desk.window, &MainWindow::receive_hello_ack, &recorder,
+    WindowFixture fixture;
+    fixture.widget("tabWidget")->setEnabled(true);
+    WidgetRecorder recorder(&fixture.window);
+    connect(&fixture.window, &MainWindow::receive_hello_ack, &recorder,
             [&recorder] { recorder.note("receive_hello_ack"); });
-    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+    QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
                               Q_ARG(QByteArray, delivered(5, 22, everythingOn())));
     QCOMPARE(recorder.changes(),
              QStringList({"receive_hello_ack", "textEdit_device_info = ",
@@ -205,7 +208,7 @@ void MainWindowDispatchTest::changesTheWidgetsInOrder()
                           "comboBox_autozoom = 1", "comboBox_zoomoffset = 3"}));
 
     recorder.clear();
-    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+    QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
                               Q_ARG(QByteArray, delivered(5, 22, everythingOff())));
     QCOMPARE(recorder.changes(),
              QStringList({"receive_hello_ack", "textEdit_device_info = ",
@@ -235,17 +238,17 @@ void MainWindowDispatchTest::saysWhatItShowsBeforeItShowsIt()
 {
     QFETCH(QByteArray, frame);
     QStringList changes; // outlives the window, which clears its panes at its end
-    WindowOnLine desk;
-    const auto note = [&desk, &changes](const QString &what) {
+    WindowFixture fixture;
+    const auto note = [&fixture, &changes](const QString &what) {
         changes << what + " after "
-                + desk.log.statusTexts().value(desk.log.statusTexts().size() - 1);
+                + fixture.log.statusTexts().value(fixture.log.statusTexts().size() - 1);
     };
-    connect(desk.child<QTextEdit>("textEdit_device_info"), &QTextEdit::textChanged, this,
+    connect(fixture.child<QTextEdit>("textEdit_device_info"), &QTextEdit::textChanged, this,
             [note] { note("pane"); });
-    connect(desk.combo("comboBox_targetmissing"),
+    connect(fixture.combo("comboBox_targetmissing"),
             QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             [note] { note("target missing"); });
-    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData", Q_ARG(QByteArray, frame));
+    QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData", Q_ARG(QByteArray, frame));
     // The pane changes several times, by itself.
     changes.removeDuplicates();
     QTEST(changes, "changes");
@@ -280,56 +283,56 @@ void MainWindowDispatchTest::setsTheControls()
     QFETCH(int, autoTracking);
     QFETCH(bool, upsideDown);
     for (const int command : {22, 85}) {
-        WindowOnLine desk;
-        desk.widget("tabWidget")->setEnabled(true);
-        QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+        WindowFixture fixture;
+        fixture.widget("tabWidget")->setEnabled(true);
+        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
                                   Q_ARG(QByteArray, delivered(5, command, payload)));
-        QCOMPARE(desk.combo("comboBox_autotracking")->currentIndex(), autoTracking);
-        QTEST(desk.combo("comboBox_targetmissing")->currentIndex(), "targetMissing");
-        QCOMPARE(desk.child<QRadioButton>("radioButton_upside_down")->isChecked(), upsideDown);
-        QCOMPARE(desk.child<QRadioButton>("radioButton_upright")->isChecked(), !upsideDown);
-        QTEST(desk.combo("comboBox_autozoom")->currentIndex(), "autoZoom");
-        QTEST(desk.combo("comboBox_zoomoffset")->currentIndex(), "zoomOffset");
-        QCOMPARE(desk.combo("comboBox_targetmissing")->isEnabled(), autoTracking != 0);
-        QCOMPARE(desk.combo("comboBox_autozoom")->isEnabled(), autoTracking != 0);
-        QVERIFY(desk.combo("comboBox_zoomoffset")->isEnabled());
+        QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), autoTracking);
+        QTEST(fixture.combo("comboBox_targetmissing")->currentIndex(), "targetMissing");
+        QCOMPARE(fixture.child<QRadioButton>("radioButton_upside_down")->isChecked(), upsideDown);
+        QCOMPARE(fixture.child<QRadioButton>("radioButton_upright")->isChecked(), !upsideDown);
+        QTEST(fixture.combo("comboBox_autozoom")->currentIndex(), "autoZoom");
+        QTEST(fixture.combo("comboBox_zoomoffset")->currentIndex(), "zoomOffset");
+        QCOMPARE(fixture.combo("comboBox_targetmissing")->isEnabled(), autoTracking != 0);
+        QCOMPARE(fixture.combo("comboBox_autozoom")->isEnabled(), autoTracking != 0);
+        QVERIFY(fixture.combo("comboBox_zoomoffset")->isEnabled());
     }
 }
 
 void MainWindowDispatchTest::passesOutOfRangeIndicesToTheComboBoxes()
 {
-    WindowOnLine desk;
+    WindowFixture fixture;
     for (const char *payload :
          {"00000000 0a 0000 0000 0000 00 04", "00000000 ff 0000 0000 0000 00 80"}) {
-        desk.combo("comboBox_targetmissing")->setCurrentIndex(1);
-        desk.combo("comboBox_zoomoffset")->setCurrentIndex(1);
-        QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+        fixture.combo("comboBox_targetmissing")->setCurrentIndex(1);
+        fixture.combo("comboBox_zoomoffset")->setCurrentIndex(1);
+        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
                                   Q_ARG(QByteArray, delivered(5, 22, payload)));
         // QComboBox shows nothing for an index that it does not have.
-        QCOMPARE(desk.combo("comboBox_targetmissing")->currentIndex(), -1);
-        QCOMPARE(desk.combo("comboBox_zoomoffset")->currentIndex(), -1);
+        QCOMPARE(fixture.combo("comboBox_targetmissing")->currentIndex(), -1);
+        QCOMPARE(fixture.combo("comboBox_zoomoffset")->currentIndex(), -1);
     }
 }
 
 void MainWindowDispatchTest::trackingOffDisablesItsDependantsEvenWithoutAChange()
 {
-    WindowOnLine desk;
-    desk.widget("tabWidget")->setEnabled(true);
-    QCOMPARE(desk.combo("comboBox_autotracking")->currentIndex(), 0);
-    QVERIFY(desk.combo("comboBox_targetmissing")->isEnabled());
-    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+    WindowFixture fixture;
+    fixture.widget("tabWidget")->setEnabled(true);
+    QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 0);
+    QVERIFY(fixture.combo("comboBox_targetmissing")->isEnabled());
+    QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
                               Q_ARG(QByteArray, delivered(5, 22, everythingOff())));
-    QVERIFY(!desk.combo("comboBox_targetmissing")->isEnabled());
-    QVERIFY(!desk.combo("comboBox_autozoom")->isEnabled());
+    QVERIFY(!fixture.combo("comboBox_targetmissing")->isEnabled());
+    QVERIFY(!fixture.combo("comboBox_autozoom")->isEnabled());
 }
 
 void MainWindowDispatchTest::aShortSettingReplyOnlyShowsTheVersionAgain()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.child<QTextEdit>("textEdit_device_info")->append("typed by the operator");
-    WidgetRecorder recorder(&desk.window);
-    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.child<QTextEdit>("textEdit_device_info")->append("typed by the operator");
+    WidgetRecorder recorder(&fixture.window);
+    QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
                               Q_ARG(QByteArray, delivered(5, 85, "00")));
     QCOMPARE(recorder.changes(),
              QStringList(
@@ -338,35 +341,35 @@ void MainWindowDispatchTest::aShortSettingReplyOnlyShowsTheVersionAgain()
 
 void MainWindowDispatchTest::customZoomReplacesThePane()
 {
-    WindowOnLine desk;
-    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+    WindowFixture fixture;
+    QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
                               Q_ARG(QByteArray, delivered(5, 58, "0010")));
-    QCOMPARE(desk.text("textEdit_device_info"),
+    QCOMPARE(fixture.text("textEdit_device_info"),
              QString("Device Version: \nSetting custom zoom: 16"));
-    QVERIFY(desk.connectCamera());
-    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+    QVERIFY(fixture.connectCamera());
+    QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
                               Q_ARG(QByteArray, delivered(5, 58, "ff00")));
-    QCOMPARE(desk.text("textEdit_device_info"),
+    QCOMPARE(fixture.text("textEdit_device_info"),
              QString("Device Version: 1.0.a.10\nSetting custom zoom: -256"));
 }
 
 void MainWindowDispatchTest::textsOutliveADisconnect()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.click("pushButton_disconnect");
-    QCOMPARE(desk.text("textEdit_device_info"), QString());
-    QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.click("pushButton_disconnect");
+    QCOMPARE(fixture.text("textEdit_device_info"), QString());
+    QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
                               Q_ARG(QByteArray, delivered(5, 85)));
-    QCOMPARE(desk.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
+    QCOMPARE(fixture.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
 }
 
 void MainWindowDispatchTest::isDeliveredThroughTheLineAndTheParser()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.line.send(QByteArray::fromHex("ffff0a410106070609051f008c"));
-    QTRY_COMPARE(desk.log.statusTexts(),
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.line.send(QByteArray::fromHex("ffff0a410106070609051f008c"));
+    QTRY_COMPARE(fixture.log.statusTexts(),
                  QStringList({"AnalyzeReceiveData 12", "UART_COMM_TYPE_ACK Received",
                               "UART_CTRL_CMD_REBOOT Received"}));
 }

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
-#include "windowonline.h"
+#include "windowfixture.h"
 
 #include <QFileDialog>
 #include <QLineEdit>
@@ -98,35 +98,35 @@ void MainWindowFirmwareFileTest::checksTheTypedFile()
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(contents);
     }
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.window.show();
-    desk.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.window.show();
+    fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
     // The opposite of what is expected, so that it has to change.
-    desk.widget("pushButton_start_upgrade")->setEnabled(!canStart);
-    desk.child<QTextEdit>("textEdit_firmware_info")->setPlainText("typed by the operator");
+    fixture.widget("pushButton_start_upgrade")->setEnabled(!canStart);
+    fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("typed by the operator");
 
-    auto *const field = desk.child<QLineEdit>("lineEdit_firmware");
+    auto *const field = fixture.child<QLineEdit>("lineEdit_firmware");
     field->setText(path);
     QTest::keyClick(field, Qt::Key_Return);
-    QTEST(desk.text("textEdit_firmware_info"), "pane");
-    QCOMPARE(desk.widget("pushButton_start_upgrade")->isEnabled(), canStart);
-    QCOMPARE(desk.dialogs.texts(), QStringList());
-    QCOMPARE(desk.log.statusTexts(), QStringList());
+    QTEST(fixture.text("textEdit_firmware_info"), "pane");
+    QCOMPARE(fixture.widget("pushButton_start_upgrade")->isEnabled(), canStart);
+    QCOMPARE(fixture.dialogs.texts(), QStringList());
+    QCOMPARE(fixture.log.statusTexts(), QStringList());
 }
 
 void MainWindowFirmwareFileTest::aValidFileBehindAnInvalidOneReplacesTheError()
 {
     QTemporaryFile file;
     QVERIFY(file.open());
-    WindowOnLine desk;
-    desk.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
-    QMetaObject::invokeMethod(&desk.window, "on_lineEdit_firmware_editingFinished");
-    QCOMPARE(desk.text("textEdit_firmware_info"), QString("Firmware file error."));
+    WindowFixture fixture;
+    fixture.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
+    QMetaObject::invokeMethod(&fixture.window, "on_lineEdit_firmware_editingFinished");
+    QCOMPARE(fixture.text("textEdit_firmware_info"), QString("Firmware file error."));
     file.write(validFile());
     file.flush();
-    QMetaObject::invokeMethod(&desk.window, "on_lineEdit_firmware_editingFinished");
-    QCOMPARE(desk.text("textEdit_firmware_info"),
+    QMetaObject::invokeMethod(&fixture.window, "on_lineEdit_firmware_editingFinished");
+    QCOMPARE(fixture.text("textEdit_firmware_info"),
              QString("Protocol version: 1.2.a.-1\nImage version: 5.6.7.8"));
 }
 
@@ -136,16 +136,16 @@ void MainWindowFirmwareFileTest::anInvalidFileBehindAValidOneReplacesTheVersions
     QVERIFY(file.open());
     file.write(validFile());
     file.flush();
-    WindowOnLine desk;
-    desk.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
-    QMetaObject::invokeMethod(&desk.window, "on_lineEdit_firmware_editingFinished");
-    desk.child<QLineEdit>("lineEdit_firmware")->setText("/dev/zero");
-    QMetaObject::invokeMethod(&desk.window, "on_lineEdit_firmware_editingFinished");
-    QCOMPARE(desk.text("textEdit_firmware_info"), QString());
+    WindowFixture fixture;
+    fixture.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
+    QMetaObject::invokeMethod(&fixture.window, "on_lineEdit_firmware_editingFinished");
+    fixture.child<QLineEdit>("lineEdit_firmware")->setText("/dev/zero");
+    QMetaObject::invokeMethod(&fixture.window, "on_lineEdit_firmware_editingFinished");
+    QCOMPARE(fixture.text("textEdit_firmware_info"), QString());
     file.resize(3);
-    desk.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
-    QMetaObject::invokeMethod(&desk.window, "on_lineEdit_firmware_editingFinished");
-    QCOMPARE(desk.text("textEdit_firmware_info"), QString("Firmware file error."));
+    fixture.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
+    QMetaObject::invokeMethod(&fixture.window, "on_lineEdit_firmware_editingFinished");
+    QCOMPARE(fixture.text("textEdit_firmware_info"), QString("Firmware file error."));
 }
 
 void MainWindowFirmwareFileTest::leavingTheFieldChecksToo()
@@ -154,18 +154,18 @@ void MainWindowFirmwareFileTest::leavingTheFieldChecksToo()
     QVERIFY(file.open());
     file.write(validFile());
     file.flush();
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.window.show();
-    desk.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
-    desk.window.activateWindow();
-    auto *const field = desk.child<QLineEdit>("lineEdit_firmware");
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.window.show();
+    fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
+    fixture.window.activateWindow();
+    auto *const field = fixture.child<QLineEdit>("lineEdit_firmware");
     field->setFocus();
     QTRY_VERIFY(field->hasFocus());
     field->setText(file.fileName());
-    QVERIFY(!desk.widget("pushButton_start_upgrade")->isEnabled());
+    QVERIFY(!fixture.widget("pushButton_start_upgrade")->isEnabled());
     QTest::keyClick(field, Qt::Key_Tab);
-    QVERIFY(desk.widget("pushButton_start_upgrade")->isEnabled());
+    QVERIFY(fixture.widget("pushButton_start_upgrade")->isEnabled());
 }
 
 void MainWindowFirmwareFileTest::choosingAFileChecksIt()
@@ -174,32 +174,32 @@ void MainWindowFirmwareFileTest::choosingAFileChecksIt()
     QVERIFY(file.open());
     file.write(validFile());
     file.flush();
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
     const FileDialogAnswer answer(file.fileName());
-    desk.click("pushButton_choose_file");
+    fixture.click("pushButton_choose_file");
     QCOMPARE(answer.caption, QString("Open File"));
     QCOMPARE(answer.directory, QString("/"));
     QCOMPARE(answer.filters, QStringList{"firmware files(*.img)"});
-    QCOMPARE(desk.child<QLineEdit>("lineEdit_firmware")->text(), file.fileName());
-    QCOMPARE(desk.text("textEdit_firmware_info"),
+    QCOMPARE(fixture.child<QLineEdit>("lineEdit_firmware")->text(), file.fileName());
+    QCOMPARE(fixture.text("textEdit_firmware_info"),
              QString("Protocol version: 1.2.a.-1\nImage version: 5.6.7.8"));
-    QVERIFY(desk.widget("pushButton_start_upgrade")->isEnabled());
+    QVERIFY(fixture.widget("pushButton_start_upgrade")->isEnabled());
 }
 
 void MainWindowFirmwareFileTest::cancellingTheDialogChangesNothing()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.child<QLineEdit>("lineEdit_firmware")->setText("/nowhere/at-all.img");
-    desk.child<QTextEdit>("textEdit_firmware_info")->setPlainText("typed by the operator");
-    desk.widget("pushButton_start_upgrade")->setEnabled(true);
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.child<QLineEdit>("lineEdit_firmware")->setText("/nowhere/at-all.img");
+    fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("typed by the operator");
+    fixture.widget("pushButton_start_upgrade")->setEnabled(true);
     const FileDialogAnswer answer{QString()};
-    desk.click("pushButton_choose_file");
+    fixture.click("pushButton_choose_file");
     QCOMPARE(answer.caption, QString("Open File"));
-    QCOMPARE(desk.child<QLineEdit>("lineEdit_firmware")->text(), QString("/nowhere/at-all.img"));
-    QCOMPARE(desk.text("textEdit_firmware_info"), QString("typed by the operator"));
-    QVERIFY(desk.widget("pushButton_start_upgrade")->isEnabled());
+    QCOMPARE(fixture.child<QLineEdit>("lineEdit_firmware")->text(), QString("/nowhere/at-all.img"));
+    QCOMPARE(fixture.text("textEdit_firmware_info"), QString("typed by the operator"));
+    QVERIFY(fixture.widget("pushButton_start_upgrade")->isEnabled());
 }
 
 QTEST_MAIN(MainWindowFirmwareFileTest)

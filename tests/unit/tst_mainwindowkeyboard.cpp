@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
-#include "windowonline.h"
+#include "windowfixture.h"
 
 #include <QLineEdit>
 #include <QRadioButton>
@@ -13,10 +13,10 @@
 namespace {
 
 /// The window with the focus on it, and a hand on the keyboard.
-class WindowAtTheKeyboard : public WindowOnLine {
+class WindowAtTheKeyboard : public WindowFixture {
 public:
     explicit WindowAtTheKeyboard(bool answersDialogs = true)
-        : WindowOnLine(answersDialogs)
+        : WindowFixture(answersDialogs)
     {
         window.show();
         window.activateWindow();
@@ -151,11 +151,11 @@ void MainWindowKeyboardTest::tabVisitsWhatIsEnabled()
     QFETCH(int, page);
     QFETCH(QByteArray, from);
     QFETCH(bool, isBackward);
-    WindowAtTheKeyboard desk;
-    QVERIFY(desk.isActive);
-    QVERIFY(!isConnected || desk.connectCamera());
-    desk.child<QTabWidget>("tabWidget")->setCurrentIndex(page);
-    QTEST(desk.walk(from, isBackward ? Qt::Key_Backtab : Qt::Key_Tab), "stations");
+    WindowAtTheKeyboard fixture;
+    QVERIFY(fixture.isActive);
+    QVERIFY(!isConnected || fixture.connectCamera());
+    fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(page);
+    QTEST(fixture.walk(from, isBackward ? Qt::Key_Backtab : Qt::Key_Tab), "stations");
 }
 
 void MainWindowKeyboardTest::whatIsEnabledIsVisited_data()
@@ -171,16 +171,16 @@ void MainWindowKeyboardTest::whatIsEnabledIsVisited()
 {
     QFETCH(bool, isConnected);
     QFETCH(int, page);
-    WindowAtTheKeyboard desk;
-    QVERIFY(desk.isActive);
-    QVERIFY(!isConnected || desk.connectCamera());
-    desk.child<QTabWidget>("tabWidget")->setCurrentIndex(page);
+    WindowAtTheKeyboard fixture;
+    QVERIFY(fixture.isActive);
+    QVERIFY(!isConnected || fixture.connectCamera());
+    fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(page);
 
     // Backward, because the panes take Tab for themselves.
     const QStringList visited =
-        desk.walk(isConnected ? "pushButton_disconnect" : "pushButton_connect", Qt::Key_Backtab);
+        fixture.walk(isConnected ? "pushButton_disconnect" : "pushButton_connect", Qt::Key_Backtab);
     QStringList missed;
-    const auto widgets = desk.window.findChildren<QWidget *>();
+    const auto widgets = fixture.window.findChildren<QWidget *>();
     for (const QWidget *widget : widgets) {
         // Of the radio buttons, the one that is checked stands for both.
         const auto *const radio = qobject_cast<const QRadioButton *>(widget);
@@ -195,36 +195,36 @@ void MainWindowKeyboardTest::whatIsEnabledIsVisited()
 
 void MainWindowKeyboardTest::aTextPaneKeepsTabButNotTheOthers()
 {
-    WindowAtTheKeyboard desk;
-    QVERIFY(desk.connectCamera());
-    desk.widget("textEdit_device_info")->setFocus();
-    desk.press(Qt::Key_Tab);
-    QCOMPARE(desk.focus(), QString("textEdit_device_info"));
-    QVERIFY(desk.text("textEdit_device_info").contains('\t'));
+    WindowAtTheKeyboard fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.widget("textEdit_device_info")->setFocus();
+    fixture.press(Qt::Key_Tab);
+    QCOMPARE(fixture.focus(), QString("textEdit_device_info"));
+    QVERIFY(fixture.text("textEdit_device_info").contains('\t'));
 
-    desk.press(Qt::Key_Backtab, Qt::ShiftModifier);
-    QCOMPARE(desk.focus(), QString("radioButton_upside_down"));
+    fixture.press(Qt::Key_Backtab, Qt::ShiftModifier);
+    QCOMPARE(fixture.focus(), QString("radioButton_upside_down"));
 
-    desk.widget("textEdit_device_info")->setFocus();
-    desk.press(Qt::Key_Tab, Qt::ControlModifier);
-    QCOMPARE(desk.child<QTabWidget>("tabWidget")->currentIndex(), 1);
-    QVERIFY(desk.focus() != "textEdit_device_info");
+    fixture.widget("textEdit_device_info")->setFocus();
+    fixture.press(Qt::Key_Tab, Qt::ControlModifier);
+    QCOMPARE(fixture.child<QTabWidget>("tabWidget")->currentIndex(), 1);
+    QVERIFY(fixture.focus() != "textEdit_device_info");
 }
 
 void MainWindowKeyboardTest::spaceConnectsAndDisconnects()
 {
-    WindowAtTheKeyboard desk;
-    QVERIFY(desk.isActive);
-    desk.replyWith(WindowOnLine::helloReply());
-    QVERIFY(desk.goTo("pushButton_connect"));
-    desk.press(Qt::Key_Space);
-    QVERIFY(desk.widget("tabWidget")->isEnabled());
-    QCOMPARE(desk.line.received(), WindowOnLine::helloRequest());
+    WindowAtTheKeyboard fixture;
+    QVERIFY(fixture.isActive);
+    fixture.replyWith(WindowFixture::helloReply());
+    QVERIFY(fixture.goTo("pushButton_connect"));
+    fixture.press(Qt::Key_Space);
+    QVERIFY(fixture.widget("tabWidget")->isEnabled());
+    QCOMPARE(fixture.line.received(), WindowFixture::helloRequest());
 
-    QVERIFY(desk.goTo("pushButton_disconnect", Qt::Key_Backtab));
-    desk.press(Qt::Key_Space);
-    QVERIFY(!desk.widget("tabWidget")->isEnabled());
-    QVERIFY(!desk.port()->isOpen());
+    QVERIFY(fixture.goTo("pushButton_disconnect", Qt::Key_Backtab));
+    fixture.press(Qt::Key_Space);
+    QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+    QVERIFY(!fixture.port()->isOpen());
 }
 
 void MainWindowKeyboardTest::spacePressesTheButtonsOfThePage_data()
@@ -254,21 +254,21 @@ void MainWindowKeyboardTest::spacePressesTheButtonsOfThePage()
     QFETCH(QByteArray, button);
     QFETCH(Qt::Key, key);
     QFETCH(QByteArray, reply);
-    WindowAtTheKeyboard desk;
-    QVERIFY(desk.connectCamera());
-    desk.replyWith(reply);
-    QVERIFY(desk.goTo("pushButton_disconnect", Qt::Key_Backtab));
-    QVERIFY(desk.goTo(button, key));
-    desk.press(Qt::Key_Space);
-    QTEST(desk.text("textEdit_device_info"), "pane");
-    QTEST(desk.dialogs.texts(), "boxes");
+    WindowAtTheKeyboard fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.replyWith(reply);
+    QVERIFY(fixture.goTo("pushButton_disconnect", Qt::Key_Backtab));
+    QVERIFY(fixture.goTo(button, key));
+    fixture.press(Qt::Key_Space);
+    QTEST(fixture.text("textEdit_device_info"), "pane");
+    QTEST(fixture.dialogs.texts(), "boxes");
 }
 
 void MainWindowKeyboardTest::spaceOpensTheAboutBoxAndEscapeClosesIt()
 {
-    WindowAtTheKeyboard desk(false);
-    QVERIFY(desk.isActive);
-    QVERIFY(desk.goTo("toolButton_about"));
+    WindowAtTheKeyboard fixture(false);
+    QVERIFY(fixture.isActive);
+    QVERIFY(fixture.goTo("toolButton_about"));
     QTimer poll;
     connect(&poll, &QTimer::timeout, &poll, [] {
         if (QWidget *const box = QApplication::activeModalWidget()) {
@@ -276,9 +276,9 @@ void MainWindowKeyboardTest::spaceOpensTheAboutBoxAndEscapeClosesIt()
         }
     });
     poll.start(10);
-    desk.press(Qt::Key_Space);
-    QCOMPARE(desk.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
-    QVERIFY(!desk.dialogs.isOpen());
+    fixture.press(Qt::Key_Space);
+    QCOMPARE(fixture.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
+    QVERIFY(!fixture.dialogs.isOpen());
 }
 
 void MainWindowKeyboardTest::arrowsChooseInComboBoxes_data()
@@ -295,64 +295,64 @@ void MainWindowKeyboardTest::arrowsChooseInComboBoxes()
 {
     QFETCH(QByteArray, comboBox);
     QFETCH(int, count);
-    WindowAtTheKeyboard desk;
-    QVERIFY(desk.connectCamera());
-    QVERIFY(desk.goTo("pushButton_disconnect", Qt::Key_Backtab));
-    QVERIFY(desk.goTo(comboBox));
-    desk.press(Qt::Key_Home);
-    QCOMPARE(desk.combo(comboBox)->currentIndex(), 0);
-    desk.press(Qt::Key_Down);
-    QCOMPARE(desk.combo(comboBox)->currentIndex(), 1);
-    desk.press(Qt::Key_End);
-    QCOMPARE(desk.combo(comboBox)->currentIndex(), count - 1);
-    desk.press(Qt::Key_Up);
-    QCOMPARE(desk.combo(comboBox)->currentIndex(), count - 2);
+    WindowAtTheKeyboard fixture;
+    QVERIFY(fixture.connectCamera());
+    QVERIFY(fixture.goTo("pushButton_disconnect", Qt::Key_Backtab));
+    QVERIFY(fixture.goTo(comboBox));
+    fixture.press(Qt::Key_Home);
+    QCOMPARE(fixture.combo(comboBox)->currentIndex(), 0);
+    fixture.press(Qt::Key_Down);
+    QCOMPARE(fixture.combo(comboBox)->currentIndex(), 1);
+    fixture.press(Qt::Key_End);
+    QCOMPARE(fixture.combo(comboBox)->currentIndex(), count - 1);
+    fixture.press(Qt::Key_Up);
+    QCOMPARE(fixture.combo(comboBox)->currentIndex(), count - 2);
 }
 
 void MainWindowKeyboardTest::anOpenListIsChosenFromByArrowsAndReturn()
 {
-    WindowAtTheKeyboard desk;
-    QVERIFY(desk.connectCamera());
-    QVERIFY(desk.goTo("comboBox_autotracking", Qt::Key_Backtab));
-    QCOMPARE(desk.combo("comboBox_autotracking")->currentIndex(), 2);
-    desk.press(Qt::Key_Down, Qt::AltModifier);
+    WindowAtTheKeyboard fixture;
+    QVERIFY(fixture.connectCamera());
+    QVERIFY(fixture.goTo("comboBox_autotracking", Qt::Key_Backtab));
+    QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 2);
+    fixture.press(Qt::Key_Down, Qt::AltModifier);
     QWidget *const list = QApplication::activePopupWidget();
     QVERIFY(list != nullptr);
     QTest::keyClick(list->windowHandle(), Qt::Key_Up);
     QTest::keyClick(list->windowHandle(), Qt::Key_Return);
-    QCOMPARE(desk.combo("comboBox_autotracking")->currentIndex(), 1);
+    QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 1);
     QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
 }
 
 void MainWindowKeyboardTest::arrowsChooseTheDirection()
 {
-    WindowAtTheKeyboard desk;
-    QVERIFY(desk.connectCamera());
-    QVERIFY(desk.goTo("radioButton_upside_down", Qt::Key_Backtab));
-    const auto *const upright = desk.child<QRadioButton>("radioButton_upright");
+    WindowAtTheKeyboard fixture;
+    QVERIFY(fixture.connectCamera());
+    QVERIFY(fixture.goTo("radioButton_upside_down", Qt::Key_Backtab));
+    const auto *const upright = fixture.child<QRadioButton>("radioButton_upright");
     QVERIFY(!upright->isChecked());
-    desk.press(Qt::Key_Left);
+    fixture.press(Qt::Key_Left);
     QVERIFY(upright->isChecked());
-    desk.press(Qt::Key_Right);
+    fixture.press(Qt::Key_Right);
     QVERIFY(!upright->isChecked());
-    QVERIFY(desk.child<QRadioButton>("radioButton_upside_down")->isChecked());
+    QVERIFY(fixture.child<QRadioButton>("radioButton_upside_down")->isChecked());
 }
 
 void MainWindowKeyboardTest::arrowsOnTheTabsAndCtrlTabElsewhereChangeThePage()
 {
-    WindowAtTheKeyboard desk;
-    QVERIFY(desk.connectCamera());
-    const auto *const tabs = desk.child<QTabWidget>("tabWidget");
-    QVERIFY(desk.goTo(kTabBar, Qt::Key_Backtab));
-    desk.press(Qt::Key_Right);
+    WindowAtTheKeyboard fixture;
+    QVERIFY(fixture.connectCamera());
+    const auto *const tabs = fixture.child<QTabWidget>("tabWidget");
+    QVERIFY(fixture.goTo(kTabBar, Qt::Key_Backtab));
+    fixture.press(Qt::Key_Right);
     QCOMPARE(tabs->currentIndex(), 1);
-    desk.press(Qt::Key_Left);
+    fixture.press(Qt::Key_Left);
     QCOMPARE(tabs->currentIndex(), 0);
 
-    QVERIFY(desk.goTo("pushButton_apply", Qt::Key_Backtab));
-    desk.press(Qt::Key_Tab, Qt::ControlModifier);
+    QVERIFY(fixture.goTo("pushButton_apply", Qt::Key_Backtab));
+    fixture.press(Qt::Key_Tab, Qt::ControlModifier);
     QCOMPARE(tabs->currentIndex(), 1);
-    desk.press(Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+    fixture.press(Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
     QCOMPARE(tabs->currentIndex(), 0);
 }
 
@@ -371,16 +371,16 @@ void MainWindowKeyboardTest::aTypedPathIsCheckedAtReturnAndAtTab()
     image.write("KVEL" + QByteArray::fromHex("01020aff 05060708"));
     image.close();
 
-    WindowAtTheKeyboard desk;
-    QVERIFY(desk.connectCamera());
-    desk.showFirmwarePage();
-    QVERIFY(desk.goTo("lineEdit_firmware", Qt::Key_Backtab));
-    QTest::keyClicks(desk.window.focusWidget(), image.fileName());
-    desk.press(key);
-    QCOMPARE(desk.text("textEdit_firmware_info"),
+    WindowAtTheKeyboard fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.showFirmwarePage();
+    QVERIFY(fixture.goTo("lineEdit_firmware", Qt::Key_Backtab));
+    QTest::keyClicks(fixture.window.focusWidget(), image.fileName());
+    fixture.press(key);
+    QCOMPARE(fixture.text("textEdit_firmware_info"),
              QString("Protocol version: 1.2.a.-1\nImage version: 5.6.7.8"));
-    QVERIFY(desk.widget("pushButton_start_upgrade")->isEnabled());
-    QVERIFY(desk.goTo("pushButton_start_upgrade", Qt::Key_Backtab));
+    QVERIFY(fixture.widget("pushButton_start_upgrade")->isEnabled());
+    QVERIFY(fixture.goTo("pushButton_start_upgrade", Qt::Key_Backtab));
 }
 
 QTEST_MAIN(MainWindowKeyboardTest)

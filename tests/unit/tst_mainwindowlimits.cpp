@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
-#include "windowonline.h"
+#include "windowfixture.h"
 
 #include <QLineEdit>
 #include <QTemporaryDir>
@@ -90,21 +90,21 @@ void MainWindowLimitsTest::waitsForAReplyAtMost()
     QFETCH(QByteArray, slot);
     QFETCH(QByteArray, acknowledgement);
     QFETCH(int, limit);
-    WindowOnLine desk;
-    const Acknowledger acknowledger(&desk.window, acknowledgement);
-    desk.limits.clear();
-    QVERIFY(QMetaObject::invokeMethod(&desk.window, slot));
-    QCOMPARE(desk.limits.asked(), QList<int>{limit});
+    WindowFixture fixture;
+    const Acknowledger acknowledger(&fixture.window, acknowledgement);
+    fixture.limits.clear();
+    QVERIFY(QMetaObject::invokeMethod(&fixture.window, slot));
+    QCOMPARE(fixture.limits.asked(), QList<int>{limit});
 }
 
 void MainWindowLimitsTest::waitsForTheReplyToAConnectionAtMostFiveSeconds()
 {
-    WindowOnLine desk;
-    const Acknowledger acknowledger(&desk.window, "receive_hello_ack");
-    desk.limits.clear();
-    desk.click("pushButton_connect");
-    QVERIFY(desk.port()->isOpen());
-    QCOMPARE(desk.limits.asked(), QList<int>{5000});
+    WindowFixture fixture;
+    const Acknowledger acknowledger(&fixture.window, "receive_hello_ack");
+    fixture.limits.clear();
+    fixture.click("pushButton_connect");
+    QVERIFY(fixture.port()->isOpen());
+    QCOMPARE(fixture.limits.asked(), QList<int>{5000});
 }
 
 void MainWindowLimitsTest::waitsForEachPacketAtMostTwoSeconds()
@@ -116,40 +116,41 @@ void MainWindowLimitsTest::waitsForEachPacketAtMostTwoSeconds()
     file.write(QByteArray("KVEL").leftJustified(160, '\0') + QByteArray(224, 'x').toBase64());
     file.close();
 
-    WindowOnLine desk;
-    desk.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
-    const Acknowledger acknowledger(&desk.window, "receive_fw_info_ack");
-    desk.limits.clear();
-    QVERIFY(QMetaObject::invokeMethod(&desk.window, "on_pushButton_start_upgrade_clicked"));
-    QCOMPARE(desk.limits.asked(), QList<int>({5000, 2000, 2000}));
+    WindowFixture fixture;
+    fixture.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
+    const Acknowledger acknowledger(&fixture.window, "receive_fw_info_ack");
+    fixture.limits.clear();
+    QVERIFY(QMetaObject::invokeMethod(&fixture.window, "on_pushButton_start_upgrade_clicked"));
+    QCOMPARE(fixture.limits.asked(), QList<int>({5000, 2000, 2000}));
 }
 
 void MainWindowLimitsTest::pausesForAFifthOfASecondBetweenRepetitions()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
     asked() = {};
-    asked().port = desk.port();
-    QCOMPARE(
-        desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr, 0, 3),
-        0);
+    asked().port = fixture.port();
+    QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr,
+                                            0, 3),
+             0);
     asked().port = nullptr;
     QCOMPARE(asked().pauses, QList<unsigned long>({200, 200}));
     QCOMPARE(asked().writtenAtPauses, QList<qint64>({13, 26})); // frames of 13 bytes; no pause last
-    QTRY_COMPARE(desk.line.received().toHex(), WindowOnLine::helloRequest().repeated(3).toHex());
+    QTRY_COMPARE(fixture.line.received().toHex(),
+                 WindowFixture::helloRequest().repeated(3).toHex());
 }
 
 void MainWindowLimitsTest::repeatingZeroTimesMeans256()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
     asked() = {};
-    QCOMPARE(
-        desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr, 0, 0),
-        0);
+    QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr,
+                                            0, 0),
+             0);
     QCOMPARE(asked().pauses.size(), 255);
-    QTRY_COMPARE(desk.line.received().size(), 256 * 13);
-    QCOMPARE(desk.line.received(), WindowOnLine::helloRequest().repeated(256));
+    QTRY_COMPARE(fixture.line.received().size(), 256 * 13);
+    QCOMPARE(fixture.line.received(), WindowFixture::helloRequest().repeated(256));
 }
 
 QTEST_MAIN(MainWindowLimitsTest)

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
-#include "windowonline.h"
+#include "windowfixture.h"
 
 namespace {
 
@@ -23,24 +23,24 @@ private slots:
 
 void MainWindowSendingTest::writesNothingWhileThePortIsClosed()
 {
-    WindowOnLine desk;
-    QCOMPARE(
-        desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr, 0, 1),
-        -1);
-    QVERIFY(desk.connectCamera());
-    QCOMPARE(desk.port()->bytesToWrite(), 0);
-    QCOMPARE(desk.line.received(), QByteArray());
+    WindowFixture fixture;
+    QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr,
+                                            0, 1),
+             -1);
+    QVERIFY(fixture.connectCamera());
+    QCOMPARE(fixture.port()->bytesToWrite(), 0);
+    QCOMPARE(fixture.line.received(), QByteArray());
 }
 
 void MainWindowSendingTest::writesTheFrame()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    QCOMPARE(desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_SET_CUSTOM_ZOOM, 0,
-                                         payload.data(), 2, 1),
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_SET_CUSTOM_ZOOM,
+                                            0, payload.data(), 2, 1),
              0);
-    QTRY_COMPARE(desk.line.received().toHex(), QByteArray("ffff0c410106070609013a000100a6"));
-    QCOMPARE(desk.log.texts(), QStringList());
+    QTRY_COMPARE(fixture.line.received().toHex(), QByteArray("ffff0c410106070609013a000100a6"));
+    QCOMPARE(fixture.log.texts(), QStringList());
 }
 
 void MainWindowSendingTest::refusesWhatDoesNotFit_data()
@@ -61,23 +61,23 @@ void MainWindowSendingTest::refusesWhatDoesNotFit()
     QFETCH(bool, hasPayload);
     QFETCH(int, length);
     QFETCH(int, bytesWritten);
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    QTEST(desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1,
-                                      hasPayload ? payload.data() : nullptr,
-                                      static_cast<unsigned char>(length), 1),
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    QTEST(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1,
+                                         hasPayload ? payload.data() : nullptr,
+                                         static_cast<unsigned char>(length), 1),
           "result");
-    QCOMPARE(desk.port()->bytesToWrite(), bytesWritten);
-    QTRY_COMPARE(desk.line.received().size(), bytesWritten);
+    QCOMPARE(fixture.port()->bytesToWrite(), bytesWritten);
+    QTRY_COMPARE(fixture.line.received().size(), bytesWritten);
 }
 
 void MainWindowSendingTest::leavesInOneWrite()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    QSignalSpy written(desk.port(), &QSerialPort::bytesWritten);
-    desk.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1,
-                                payload.data(), 128, 1);
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    QSignalSpy written(fixture.port(), &QSerialPort::bytesWritten);
+    fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1,
+                                   payload.data(), 128, 1);
     QTRY_COMPARE(written.count(), 1);
     QCOMPARE(written.constFirst().constFirst().toInt(), 141);
 }

@@ -3,7 +3,7 @@
 
 #include "patience.h"
 #include "widgetrecorder.h"
-#include "windowonline.h"
+#include "windowfixture.h"
 
 #include <QRadioButton>
 
@@ -43,53 +43,53 @@ private slots:
 
 void MainWindowSettingsTest::trackingModeEnablesItsDependants()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    auto *const mode = desk.combo("comboBox_autotracking");
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    auto *const mode = fixture.combo("comboBox_autotracking");
     mode->setCurrentIndex(1);
     for (const int index : {0, 1, 0, 2, 0, 3}) {
         mode->setCurrentIndex(index);
-        QCOMPARE(desk.widget("comboBox_targetmissing")->isEnabled(), index != 0);
-        QCOMPARE(desk.widget("comboBox_autozoom")->isEnabled(), index != 0);
-        QVERIFY(desk.widget("comboBox_zoomoffset")->isEnabled());
-        QVERIFY(desk.widget("radioButton_upright")->isEnabled());
-        QVERIFY(desk.widget("radioButton_upside_down")->isEnabled());
+        QCOMPARE(fixture.widget("comboBox_targetmissing")->isEnabled(), index != 0);
+        QCOMPARE(fixture.widget("comboBox_autozoom")->isEnabled(), index != 0);
+        QVERIFY(fixture.widget("comboBox_zoomoffset")->isEnabled());
+        QVERIFY(fixture.widget("radioButton_upright")->isEnabled());
+        QVERIFY(fixture.widget("radioButton_upside_down")->isEnabled());
     }
 }
 
 void MainWindowSettingsTest::defaultSetsTheControlsInOrderAndSendsNothing()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.combo("comboBox_autotracking")->setCurrentIndex(0);
-    WidgetRecorder recorder(&desk.window);
-    desk.click("pushButton_default");
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.combo("comboBox_autotracking")->setCurrentIndex(0);
+    WidgetRecorder recorder(&fixture.window);
+    fixture.click("pushButton_default");
     QCOMPARE(recorder.changes(),
              QStringList({"comboBox_targetmissing on", "comboBox_autozoom on",
                           "comboBox_autotracking = 1", "comboBox_targetmissing = 1",
                           "radioButton_upside_down = not", "radioButton_upright = chosen",
                           "comboBox_autozoom = 1", "comboBox_zoomoffset = 1"}));
-    QCOMPARE(desk.port()->bytesToWrite(), 0);
-    QCOMPARE(desk.line.received(), QByteArray());
-    QCOMPARE(desk.log.texts(), QStringList());
+    QCOMPARE(fixture.port()->bytesToWrite(), 0);
+    QCOMPARE(fixture.line.received(), QByteArray());
+    QCOMPARE(fixture.log.texts(), QStringList());
 }
 
 void MainWindowSettingsTest::choosingSendsNothing()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
     for (const char *name : {"comboBox_autotracking", "comboBox_targetmissing", "comboBox_autozoom",
                              "comboBox_zoomoffset"}) {
-        QComboBox *const combo = desk.combo(name);
+        QComboBox *const combo = fixture.combo(name);
         for (int index = 0; index < combo->count(); ++index) {
             combo->setCurrentIndex(index);
         }
     }
-    desk.click("radioButton_upright");
-    desk.click("radioButton_upside_down");
-    QCOMPARE(desk.port()->bytesToWrite(), 0);
-    QCOMPARE(desk.line.received(), QByteArray());
-    QCOMPARE(desk.log.texts(), QStringList());
+    fixture.click("radioButton_upright");
+    fixture.click("radioButton_upside_down");
+    QCOMPARE(fixture.port()->bytesToWrite(), 0);
+    QCOMPARE(fixture.line.received(), QByteArray());
+    QCOMPARE(fixture.log.texts(), QStringList());
 }
 
 void MainWindowSettingsTest::applySendsTheControls_data()
@@ -119,64 +119,64 @@ void MainWindowSettingsTest::applySendsTheControls()
     QFETCH(bool, upsideDown);
     QFETCH(int, autoZoom);
     QFETCH(int, zoomOffset);
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.combo("comboBox_autotracking")->setCurrentIndex(autoTracking);
-    desk.combo("comboBox_targetmissing")->setCurrentIndex(targetMissing);
-    desk.click(upsideDown ? "radioButton_upside_down" : "radioButton_upright");
-    desk.combo("comboBox_autozoom")->setCurrentIndex(autoZoom);
-    desk.combo("comboBox_zoomoffset")->setCurrentIndex(zoomOffset);
-    desk.replyWith(shortReply());
-    desk.click("pushButton_apply");
-    QTEST(desk.line.received().toHex(), "frame");
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.combo("comboBox_autotracking")->setCurrentIndex(autoTracking);
+    fixture.combo("comboBox_targetmissing")->setCurrentIndex(targetMissing);
+    fixture.click(upsideDown ? "radioButton_upside_down" : "radioButton_upright");
+    fixture.combo("comboBox_autozoom")->setCurrentIndex(autoZoom);
+    fixture.combo("comboBox_zoomoffset")->setCurrentIndex(zoomOffset);
+    fixture.replyWith(shortReply());
+    fixture.click("pushButton_apply");
+    QTEST(fixture.line.received().toHex(), "frame");
 }
 
 void MainWindowSettingsTest::applyReportsSuccess()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.replyWith(longReply());
-    desk.click("pushButton_apply");
-    QCOMPARE(desk.dialogs.texts(), QStringList{"Information: Apply Success."});
-    QCOMPARE(desk.dialogs.seen().constFirst().icon, QMessageBox::Information);
-    QCOMPARE(desk.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
-    QVERIFY(desk.dialogs.seen().constFirst().hasParent);
-    QVERIFY(desk.port()->isOpen());
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.replyWith(longReply());
+    fixture.click("pushButton_apply");
+    QCOMPARE(fixture.dialogs.texts(), QStringList{"Information: Apply Success."});
+    QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Information);
+    QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
+    QVERIFY(fixture.dialogs.seen().constFirst().hasParent);
+    QVERIFY(fixture.port()->isOpen());
 }
 
 void MainWindowSettingsTest::theReplysSettingsAreShownBeforeTheBox()
 {
-    WindowOnLine desk(false);
-    QVERIFY(desk.connectCamera());
-    desk.replyWith(longReply());
-    desk.click("pushButton_default");
+    WindowFixture fixture(false);
+    QVERIFY(fixture.connectCamera());
+    fixture.replyWith(longReply());
+    fixture.click("pushButton_default");
     QString paneAtTheBox;
     QTimer poll;
     connect(&poll, &QTimer::timeout, &poll, [&] {
-        if (desk.dialogs.isOpen()) {
-            paneAtTheBox = desk.text("textEdit_device_info");
-            desk.dialogs.answer();
+        if (fixture.dialogs.isOpen()) {
+            paneAtTheBox = fixture.text("textEdit_device_info");
+            fixture.dialogs.answer();
         }
     });
     poll.start(0);
-    desk.click("pushButton_apply");
+    fixture.click("pushButton_apply");
     QCOMPARE(paneAtTheBox, QString("Device Version: 1.0.0.6"));
-    QCOMPARE(desk.combo("comboBox_autotracking")->currentIndex(), 3);
-    QCOMPARE(desk.combo("comboBox_targetmissing")->currentIndex(), 0);
-    QVERIFY(desk.child<QRadioButton>("radioButton_upright")->isChecked());
-    QCOMPARE(desk.combo("comboBox_autozoom")->currentIndex(), 1);
-    QCOMPARE(desk.combo("comboBox_zoomoffset")->currentIndex(), 2);
+    QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 3);
+    QCOMPARE(fixture.combo("comboBox_targetmissing")->currentIndex(), 0);
+    QVERIFY(fixture.child<QRadioButton>("radioButton_upright")->isChecked());
+    QCOMPARE(fixture.combo("comboBox_autozoom")->currentIndex(), 1);
+    QCOMPARE(fixture.combo("comboBox_zoomoffset")->currentIndex(), 2);
 }
 
 void MainWindowSettingsTest::aShortReplyKeepsTheControls()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.click("pushButton_default");
-    desk.replyWith(shortReply());
-    WidgetRecorder recorder(&desk.window);
-    desk.click("pushButton_apply");
-    QCOMPARE(desk.dialogs.texts(), QStringList{"Information: Apply Success."});
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.click("pushButton_default");
+    fixture.replyWith(shortReply());
+    WidgetRecorder recorder(&fixture.window);
+    fixture.click("pushButton_apply");
+    QCOMPARE(fixture.dialogs.texts(), QStringList{"Information: Apply Success."});
     QCOMPARE(recorder.changes(),
              QStringList(
                  {"textEdit_device_info = ", "textEdit_device_info = Device Version: 1.0.a.10"}));
@@ -184,70 +184,70 @@ void MainWindowSettingsTest::aShortReplyKeepsTheControls()
 
 void MainWindowSettingsTest::applyReportsFailureAfterTheLimit()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.click("pushButton_default");
-    WidgetRecorder recorder(&desk.window);
-    desk.letLimitPass();
-    desk.click("pushButton_apply");
-    QCOMPARE(desk.dialogs.texts(), QStringList{"Error: Apply fail!"});
-    QCOMPARE(desk.dialogs.seen().constFirst().icon, QMessageBox::Critical);
-    QCOMPARE(desk.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.click("pushButton_default");
+    WidgetRecorder recorder(&fixture.window);
+    fixture.letLimitPass();
+    fixture.click("pushButton_apply");
+    QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: Apply fail!"});
+    QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Critical);
+    QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
     QCOMPARE(recorder.changes(), QStringList());
-    QCOMPARE(desk.log.statusTexts(), QStringList());
-    QVERIFY(desk.port()->isOpen());
+    QCOMPARE(fixture.log.statusTexts(), QStringList());
+    QVERIFY(fixture.port()->isOpen());
     // Sent once: nothing is tried again.
-    QCOMPARE(desk.line.received().size(), 18);
+    QCOMPARE(fixture.line.received().size(), 18);
 }
 
 void MainWindowSettingsTest::applyOnAClosedPortFailsByItsTimeOut()
 {
-    WindowOnLine desk;
-    desk.letLimitPass();
-    QMetaObject::invokeMethod(&desk.window, "on_pushButton_apply_clicked");
-    QCOMPARE(desk.dialogs.texts(), QStringList{"Error: Apply fail!"});
-    QCOMPARE(desk.line.received(), QByteArray());
+    WindowFixture fixture;
+    fixture.letLimitPass();
+    QMetaObject::invokeMethod(&fixture.window, "on_pushButton_apply_clicked");
+    QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: Apply fail!"});
+    QCOMPARE(fixture.line.received(), QByteArray());
 }
 
 void MainWindowSettingsTest::aReplyBehindTheTimeOutStillSetsTheControls()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.letLimitPass();
-    desk.click("pushButton_apply");
-    desk.line.send(longReply());
-    QTRY_COMPARE(desk.combo("comboBox_autotracking")->currentIndex(), 3);
-    QCOMPARE(desk.dialogs.texts(), QStringList{"Error: Apply fail!"});
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.letLimitPass();
+    fixture.click("pushButton_apply");
+    fixture.line.send(longReply());
+    QTRY_COMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 3);
+    QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: Apply fail!"});
 }
 
 void MainWindowSettingsTest::applyDuringApplyIsNested()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    QTimer::singleShot(0, &desk.window, [&desk] {
-        QVERIFY(desk.widget("pushButton_apply")->isEnabled());
-        QVERIFY(desk.widget("pushButton_default")->isEnabled());
-        QVERIFY(desk.widget("pushButton_custom_zoom_1")->isEnabled());
-        desk.replyWith(shortReply());
-        desk.click("pushButton_apply");
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    QTimer::singleShot(0, &fixture.window, [&fixture] {
+        QVERIFY(fixture.widget("pushButton_apply")->isEnabled());
+        QVERIFY(fixture.widget("pushButton_default")->isEnabled());
+        QVERIFY(fixture.widget("pushButton_custom_zoom_1")->isEnabled());
+        fixture.replyWith(shortReply());
+        fixture.click("pushButton_apply");
     });
-    desk.click("pushButton_apply");
+    fixture.click("pushButton_apply");
     // One acknowledgement ends both waits.
-    QCOMPARE(desk.dialogs.texts(),
+    QCOMPARE(fixture.dialogs.texts(),
              QStringList({"Information: Apply Success.", "Information: Apply Success."}));
-    QCOMPARE(desk.line.received().size(), 2 * 18);
+    QCOMPARE(fixture.line.received().size(), 2 * 18);
 }
 
 void MainWindowSettingsTest::closingTheWindowDuringApplyClaimsNothing()
 {
-    WindowOnLine desk;
-    QVERIFY(desk.connectCamera());
-    desk.window.show();
-    QTimer::singleShot(0, &desk.window, [&desk] { desk.click("pushButton_apply"); });
-    connect(&desk.line, &PseudoTerminal::bytesReceived, &desk.window, &QWidget::close);
+    WindowFixture fixture;
+    QVERIFY(fixture.connectCamera());
+    fixture.window.show();
+    QTimer::singleShot(0, &fixture.window, [&fixture] { fixture.click("pushButton_apply"); });
+    connect(&fixture.line, &PseudoTerminal::bytesReceived, &fixture.window, &QWidget::close);
     QApplication::exec();
-    QCOMPARE(desk.dialogs.texts(), QStringList());
-    QCOMPARE(desk.line.received().size(), 18);
+    QCOMPARE(fixture.dialogs.texts(), QStringList());
+    QCOMPARE(fixture.line.received().size(), 18);
 }
 
 QTEST_MAIN(MainWindowSettingsTest)

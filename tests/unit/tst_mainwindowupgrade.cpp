@@ -3,7 +3,7 @@
 
 #include "patience.h"
 #include "widgetrecorder.h"
-#include "windowonline.h"
+#include "windowfixture.h"
 
 #include <QLineEdit>
 #include <QProgressBar>
@@ -62,18 +62,18 @@ class Upgrade : public QObject {
 
 public:
     explicit Upgrade(int firmwareSize, bool answersDialogs = true)
-        : desk(answersDialogs)
+        : fixture(answersDialogs)
         , firmware(firmwareOf(firmwareSize))
     {
         write(imageOf(firmware));
-        if (!desk.connectCamera()) {
+        if (!fixture.connectCamera()) {
             qFatal("not connected");
         }
-        desk.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
-        desk.child<QLineEdit>("lineEdit_firmware")->setText(path());
-        QMetaObject::invokeMethod(&desk.window, "on_lineEdit_firmware_editingFinished");
-        connect(&desk.line, &PseudoTerminal::bytesReceived, this, &Upgrade::receive);
-        desk.log.clear();
+        fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
+        fixture.child<QLineEdit>("lineEdit_firmware")->setText(path());
+        QMetaObject::invokeMethod(&fixture.window, "on_lineEdit_firmware_editingFinished");
+        connect(&fixture.line, &PseudoTerminal::bytesReceived, this, &Upgrade::receive);
+        fixture.log.clear();
     }
 
     QString path() const { return m_directory.filePath("image"); }
@@ -84,19 +84,20 @@ public:
             qFatal("cannot write the image");
         }
     }
-    void start() { desk.click("pushButton_start_upgrade"); }
+    void start() { fixture.click("pushButton_start_upgrade"); }
     /// Does not answer the frame of that index, and lets the limit pass in the wait for it.
     void letLimitPassAt(int frame)
     {
         instead[frame] = [] {};
-        desk.limits.passWhen("the frame is there", [this, frame] { return frames.size() > frame; });
+        fixture.limits.passWhen("the frame is there",
+                                [this, frame] { return frames.size() > frame; });
     }
 
     /// Status lines without those that the acknowledgements cause.
     QStringList ownStatusLines() const
     {
         QStringList lines;
-        const auto all = desk.log.statusTexts();
+        const auto all = fixture.log.statusTexts();
         for (const QString &line : all) {
             if (!line.startsWith("AnalyzeReceiveData ") && !line.endsWith(" Received")) {
                 lines << line;
@@ -104,16 +105,16 @@ public:
         }
         return lines;
     }
-    QString pane() const { return desk.text("textEdit_firmware_info"); }
-    int progress() const { return desk.child<QProgressBar>("progressBar_updating")->value(); }
+    QString pane() const { return fixture.text("textEdit_firmware_info"); }
+    int progress() const { return fixture.child<QProgressBar>("progressBar_updating")->value(); }
     bool isDisconnected() const
     {
-        return !desk.port()->isOpen() && desk.widget("pushButton_connect")->isEnabled()
-            && !desk.widget("pushButton_disconnect")->isEnabled()
-            && !desk.widget("tabWidget")->isEnabled();
+        return !fixture.port()->isOpen() && fixture.widget("pushButton_connect")->isEnabled()
+            && !fixture.widget("pushButton_disconnect")->isEnabled()
+            && !fixture.widget("tabWidget")->isEnabled();
     }
 
-    WindowOnLine desk;
+    WindowFixture fixture;
     QByteArray firmware;
     QList<QByteArray> frames; ///< each request as it arrived
     QByteArray received;      ///< the packets' payloads, joined
@@ -149,12 +150,12 @@ private:
         }
         const QByteArray bytes = isPacket ? packetAcknowledgement() : sizeAcknowledgement();
         if (!acknowledgesDirectly) {
-            desk.line.send(bytes);
+            fixture.line.send(bytes);
             return;
         }
         // Not before the window waits for it.
-        QTimer::singleShot(5, &desk.window, [this, bytes] {
-            QMetaObject::invokeMethod(&desk.window, "AnalyzeReceiveData",
+        QTimer::singleShot(5, &fixture.window, [this, bytes] {
+            QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
                                       Q_ARG(QByteArray, bytes.chopped(1)));
         });
     }
@@ -247,7 +248,7 @@ void MainWindowUpgradeTest::uploadsAFirmwareOf()
     const int firmwareSize = QByteArray(QTest::currentDataTag()).toInt();
     Upgrade upgrade(firmwareSize);
     upgrade.acknowledgesDirectly = !overTheLine;
-    auto *const bar = upgrade.desk.child<QProgressBar>("progressBar_updating");
+    auto *const bar = upgrade.fixture.child<QProgressBar>("progressBar_updating");
     // So that the first value is seen to be set.
     bar->setValue(50);
     const QSignalSpy valueChanges(bar, &QProgressBar::valueChanged);
@@ -255,7 +256,7 @@ void MainWindowUpgradeTest::uploadsAFirmwareOf()
     upgrade.start();
 
     QCOMPARE(upgrade.pane(), QString(kComplete));
-    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList());
+    QCOMPARE(upgrade.fixture.dialogs.texts(), QStringList());
     QCOMPARE(upgrade.received, upgrade.firmware);
 
     QList<QByteArray> frames{request(16, 0, "\x02" + QByteArray::fromHex(size))};
@@ -287,8 +288,8 @@ void MainWindowUpgradeTest::uploadsAFirmwareOf()
 void MainWindowUpgradeTest::changesTheWidgetsInOrder()
 {
     Upgrade upgrade(129);
-    WidgetRecorder recorder(&upgrade.desk.window);
-    connect(&upgrade.desk.window, &MainWindow::receive_fw_info_ack, &recorder,
+    WidgetRecorder recorder(&upgrade.fixture.window);
+    connect(&upgrade.fixture.window, &MainWindow::receive_fw_info_ack, &recorder,
             [&recorder] { recorder.note("acknowledged"); });
     upgrade.start();
     const QStringList versions = QString(kVersionLines).split('\n');
@@ -318,8 +319,9 @@ void MainWindowUpgradeTest::showsTheProgressBehindThePacket()
 {
     Upgrade upgrade(129);
     QList<qint64> unsent;
-    connect(upgrade.desk.child<QProgressBar>("progressBar_updating"), &QProgressBar::valueChanged,
-            &upgrade, [&upgrade, &unsent] { unsent << upgrade.desk.port()->bytesToWrite(); });
+    connect(upgrade.fixture.child<QProgressBar>("progressBar_updating"),
+            &QProgressBar::valueChanged, &upgrade,
+            [&upgrade, &unsent] { unsent << upgrade.fixture.port()->bytesToWrite(); });
     upgrade.start();
     // The second packet's frame, and nothing when all is acknowledged.
     QCOMPARE(unsent, QList<qint64>({14, 0}));
@@ -330,8 +332,8 @@ void MainWindowUpgradeTest::deliversEventsBetweenTheFullBarAndTheText()
 {
     Upgrade upgrade(129);
     QString paneAtTheFullBar;
-    connect(upgrade.desk.child<QProgressBar>("progressBar_updating"), &QProgressBar::valueChanged,
-            &upgrade, [&upgrade, &paneAtTheFullBar](int value) {
+    connect(upgrade.fixture.child<QProgressBar>("progressBar_updating"),
+            &QProgressBar::valueChanged, &upgrade, [&upgrade, &paneAtTheFullBar](int value) {
                 if (value == 129) {
                     QMetaObject::invokeMethod(
                         &upgrade,
@@ -348,17 +350,17 @@ void MainWindowUpgradeTest::deliversEventsBetweenTheFullBarAndTheText()
 void MainWindowUpgradeTest::anAcknowledgementBeforeTheWaitIsLost()
 {
     Upgrade upgrade(300);
-    connect(upgrade.desk.child<QProgressBar>("progressBar_updating"), &QProgressBar::valueChanged,
-            &upgrade, [&upgrade](int value) {
+    connect(upgrade.fixture.child<QProgressBar>("progressBar_updating"),
+            &QProgressBar::valueChanged, &upgrade, [&upgrade](int value) {
                 if (value == 128) {
                     QMetaObject::invokeMethod(
-                        &upgrade.desk.window, "AnalyzeReceiveData", Qt::QueuedConnection,
+                        &upgrade.fixture.window, "AnalyzeReceiveData", Qt::QueuedConnection,
                         Q_ARG(QByteArray, packetAcknowledgement().chopped(1)));
                 }
             });
     upgrade.letLimitPassAt(2);
     upgrade.start();
-    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Transmission stop!"});
+    QCOMPARE(upgrade.fixture.dialogs.texts(), QStringList{"Error: Transmission stop!"});
     QCOMPARE(upgrade.frames.size(), 3);
     QCOMPARE(upgrade.progress(), 128);
 }
@@ -367,14 +369,15 @@ void MainWindowUpgradeTest::anAcknowledgementBeforeTheWaitIsLost()
 void MainWindowUpgradeTest::enablesTheStartForTheNextTime()
 {
     Upgrade upgrade(129);
-    auto *const start = upgrade.desk.widget("pushButton_start_upgrade");
+    auto *const start = upgrade.fixture.widget("pushButton_start_upgrade");
     upgrade.start();
     QCOMPARE(upgrade.pane(), QString(kComplete));
     QVERIFY(!start->testAttribute(Qt::WA_ForceDisabled));
 
-    QVERIFY(upgrade.desk.connectCamera());
+    QVERIFY(upgrade.fixture.connectCamera());
     start->setEnabled(false);
-    QVERIFY(QMetaObject::invokeMethod(&upgrade.desk.window, "on_pushButton_start_upgrade_clicked"));
+    QVERIFY(
+        QMetaObject::invokeMethod(&upgrade.fixture.window, "on_pushButton_start_upgrade_clicked"));
     QCOMPARE(upgrade.pane(), QString(kComplete));
     QVERIFY(!start->testAttribute(Qt::WA_ForceDisabled));
 }
@@ -404,14 +407,14 @@ void MainWindowUpgradeTest::aFileThatHasGoneOnlyDisablesTheStart()
     if (isDirectoryNow) {
         QVERIFY(QDir().mkdir(upgrade.path()));
     }
-    WidgetRecorder recorder(&upgrade.desk.window);
+    WidgetRecorder recorder(&upgrade.fixture.window);
     upgrade.start();
     QCOMPARE(recorder.changes(),
              QStringList({"textEdit_firmware_info = ", "pushButton_start_upgrade off"}));
     QCOMPARE(upgrade.frames.size(), 0);
-    QVERIFY(upgrade.desk.port()->isOpen());
-    QVERIFY(upgrade.desk.widget("tabWidget")->isEnabled());
-    QCOMPARE(upgrade.desk.log.statusTexts(), QStringList());
+    QVERIFY(upgrade.fixture.port()->isOpen());
+    QVERIFY(upgrade.fixture.widget("tabWidget")->isEnabled());
+    QCOMPARE(upgrade.fixture.log.statusTexts(), QStringList());
 }
 
 void MainWindowUpgradeTest::aMagicThatHasGoneWrongLeavesEverythingDisabled()
@@ -422,14 +425,14 @@ void MainWindowUpgradeTest::aMagicThatHasGoneWrongLeavesEverythingDisabled()
     QCOMPARE(upgrade.pane(), QString("Firmware file error."));
     for (const char *name : {"pushButton_connect", "pushButton_disconnect", "comboBox_portlist",
                              "comboBox_baudrate", "tabWidget", "pushButton_start_upgrade"}) {
-        QVERIFY2(!upgrade.desk.widget(name)->isEnabled(), name);
+        QVERIFY2(!upgrade.fixture.widget(name)->isEnabled(), name);
     }
-    QVERIFY(upgrade.desk.port()->isOpen());
+    QVERIFY(upgrade.fixture.port()->isOpen());
     QCOMPARE(upgrade.frames.size(), 0);
-    QCOMPARE(upgrade.desk.log.statusTexts(), QStringList());
+    QCOMPARE(upgrade.fixture.log.statusTexts(), QStringList());
     // Nothing runs any more, so the window can be closed.
-    upgrade.desk.window.show();
-    QVERIFY(upgrade.desk.window.close());
+    upgrade.fixture.window.show();
+    QVERIFY(upgrade.fixture.window.close());
 }
 
 void MainWindowUpgradeTest::stopsWhenTheSizeIsNotAcknowledged()
@@ -438,9 +441,9 @@ void MainWindowUpgradeTest::stopsWhenTheSizeIsNotAcknowledged()
     upgrade.letLimitPassAt(0);
     const int progressBefore = upgrade.progress();
     upgrade.start();
-    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Connection timeout!"});
-    QCOMPARE(upgrade.desk.dialogs.seen().constFirst().icon, QMessageBox::Critical);
-    QCOMPARE(upgrade.desk.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
+    QCOMPARE(upgrade.fixture.dialogs.texts(), QStringList{"Error: Connection timeout!"});
+    QCOMPARE(upgrade.fixture.dialogs.seen().constFirst().icon, QMessageBox::Critical);
+    QCOMPARE(upgrade.fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
     QCOMPARE(upgrade.frames.size(), 1);
     QCOMPARE(upgrade.pane(), QString(kVersionLines));
     QCOMPARE(upgrade.progress(), progressBefore);
@@ -463,8 +466,8 @@ void MainWindowUpgradeTest::stopsWhenAPacketIsNotAcknowledged()
     Upgrade upgrade(300);
     upgrade.letLimitPassAt(packet);
     upgrade.start();
-    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Transmission stop!"});
-    QCOMPARE(upgrade.desk.dialogs.seen().constFirst().icon, QMessageBox::Critical);
+    QCOMPARE(upgrade.fixture.dialogs.texts(), QStringList{"Error: Transmission stop!"});
+    QCOMPARE(upgrade.fixture.dialogs.seen().constFirst().icon, QMessageBox::Critical);
     // Not sent again, and nothing behind it.
     QCOMPARE(upgrade.frames.size(), 1 + packet);
     QCOMPARE(upgrade.pane(), QString(kVersionLines));
@@ -479,18 +482,19 @@ void MainWindowUpgradeTest::anAcknowledgementBehindTheTimeOutStartsNothing()
     bool isSent = false;
     QTimer poll;
     connect(&poll, &QTimer::timeout, &poll, [&] {
-        if (upgrade.desk.dialogs.isOpen() && !isSent) {
+        if (upgrade.fixture.dialogs.isOpen() && !isSent) {
             isSent = true;
-            upgrade.desk.log.clear();
-            upgrade.desk.line.send(packetAcknowledgement());
-        } else if (upgrade.desk.log.statusTexts().contains("UART_CTRL_CMD_RECEIVE_FW_INFO Received")
-                   && isSent && upgrade.desk.dialogs.isOpen()) {
-            upgrade.desk.dialogs.answer();
+            upgrade.fixture.log.clear();
+            upgrade.fixture.line.send(packetAcknowledgement());
+        } else if (upgrade.fixture.log.statusTexts().contains(
+                       "UART_CTRL_CMD_RECEIVE_FW_INFO Received")
+                   && isSent && upgrade.fixture.dialogs.isOpen()) {
+            upgrade.fixture.dialogs.answer();
         }
     });
     poll.start(50);
     upgrade.start();
-    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Transmission stop!"});
+    QCOMPARE(upgrade.fixture.dialogs.texts(), QStringList{"Error: Transmission stop!"});
     QCOMPARE(upgrade.frames.size(), 3);
     QCOMPARE(upgrade.pane(), QString(kVersionLines));
     QVERIFY(upgrade.isDisconnected());
@@ -503,7 +507,7 @@ void MainWindowUpgradeTest::aDoubledAcknowledgementCountsForTheNextPacket()
     upgrade.acknowledgesDirectly = true;
     upgrade.instead[1] = [&upgrade] {
         const auto acknowledge = [&upgrade] {
-            QMetaObject::invokeMethod(&upgrade.desk.window, "AnalyzeReceiveData",
+            QMetaObject::invokeMethod(&upgrade.fixture.window, "AnalyzeReceiveData",
                                       Q_ARG(QByteArray, packetAcknowledgement().chopped(1)));
         };
         QTimer::singleShot(5, &upgrade, acknowledge);
@@ -519,20 +523,20 @@ void MainWindowUpgradeTest::aCorruptedAcknowledgementIsNone()
 {
     Upgrade upgrade(300);
     upgrade.instead[2] = [&upgrade] {
-        upgrade.desk.line.send(packetAcknowledgement().chopped(1) + '\x6f');
+        upgrade.fixture.line.send(packetAcknowledgement().chopped(1) + '\x6f');
     };
-    upgrade.desk.letLimitPassAfter("Checksum Error 110");
+    upgrade.fixture.letLimitPassAfter("Checksum Error 110");
     upgrade.start();
-    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Transmission stop!"});
+    QCOMPARE(upgrade.fixture.dialogs.texts(), QStringList{"Error: Transmission stop!"});
 }
 
 void MainWindowUpgradeTest::anUnpluggedAdapterStopsTheUpload()
 {
     Upgrade upgrade(300);
-    upgrade.instead[2] = [&upgrade] { upgrade.desk.line.hangUp(); };
-    upgrade.desk.letLimitPassAfter("Disconnected");
+    upgrade.instead[2] = [&upgrade] { upgrade.fixture.line.hangUp(); };
+    upgrade.fixture.letLimitPassAfter("Disconnected");
     upgrade.start();
-    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList{"Error: Transmission stop!"});
+    QCOMPARE(upgrade.fixture.dialogs.texts(), QStringList{"Error: Transmission stop!"});
     QCOMPARE(upgrade.ownStatusLines().mid(3), QStringList({"Disconnected", "Disconnected"}));
     QCOMPARE(upgrade.pane(), QString(kVersionLines));
     QVERIFY(upgrade.isDisconnected());
@@ -541,20 +545,20 @@ void MainWindowUpgradeTest::anUnpluggedAdapterStopsTheUpload()
 void MainWindowUpgradeTest::declinesToClose()
 {
     Upgrade upgrade(300);
-    upgrade.desk.window.show();
+    upgrade.fixture.window.show();
     QList<bool> closed;
     for (const int frame : {0, 1, 3}) {
         upgrade.instead[frame] = [&upgrade, &closed, frame] {
-            closed << upgrade.desk.window.close();
-            upgrade.desk.line.send(frame == 0 ? sizeAcknowledgement() : packetAcknowledgement());
+            closed << upgrade.fixture.window.close();
+            upgrade.fixture.line.send(frame == 0 ? sizeAcknowledgement() : packetAcknowledgement());
         };
     }
     upgrade.start();
     QCOMPARE(closed, QList<bool>({false, false, false}));
-    QVERIFY(upgrade.desk.window.isVisible());
+    QVERIFY(upgrade.fixture.window.isVisible());
     QCOMPARE(upgrade.received, upgrade.firmware);
     QCOMPARE(upgrade.pane(), QString(kComplete));
-    QVERIFY(upgrade.desk.window.close());
+    QVERIFY(upgrade.fixture.window.close());
 }
 
 void MainWindowUpgradeTest::theEndOfTheProgramClaimsNothing_data()
@@ -573,28 +577,29 @@ void MainWindowUpgradeTest::theEndOfTheProgramClaimsNothing()
     QTimer::singleShot(0, &upgrade, [&upgrade] { upgrade.start(); });
     QApplication::exec();
     QCOMPARE(upgrade.frames.size(), frame + 1);
-    QCOMPARE(upgrade.desk.dialogs.texts(), QStringList());
+    QCOMPARE(upgrade.fixture.dialogs.texts(), QStringList());
     QCOMPARE(upgrade.pane(), QString(kVersionLines));
-    QVERIFY(!upgrade.desk.log.statusTexts().contains("Disconnected"));
-    QVERIFY(upgrade.desk.port()->isOpen());
+    QVERIFY(!upgrade.fixture.log.statusTexts().contains("Disconnected"));
+    QVERIFY(upgrade.fixture.port()->isOpen());
 }
 
 // Disabling the page takes the focus from the path's field, whose check then runs once more.
 void MainWindowUpgradeTest::losingTheFocusLeavesPaneAndButton()
 {
     Upgrade upgrade(300);
-    upgrade.desk.window.show();
-    upgrade.desk.window.activateWindow();
-    auto *const field = upgrade.desk.child<QLineEdit>("lineEdit_firmware");
+    upgrade.fixture.window.show();
+    upgrade.fixture.window.activateWindow();
+    auto *const field = upgrade.fixture.child<QLineEdit>("lineEdit_firmware");
     field->setFocus();
     QTRY_VERIFY(field->hasFocus());
     const QSignalSpy checked(field, &QLineEdit::editingFinished);
     QString paneAtTheFirstPacket;
     upgrade.instead[1] = [&upgrade, &paneAtTheFirstPacket] {
         paneAtTheFirstPacket = upgrade.pane();
-        upgrade.desk.line.send(packetAcknowledgement());
+        upgrade.fixture.line.send(packetAcknowledgement());
     };
-    QVERIFY(QMetaObject::invokeMethod(&upgrade.desk.window, "on_pushButton_start_upgrade_clicked"));
+    QVERIFY(
+        QMetaObject::invokeMethod(&upgrade.fixture.window, "on_pushButton_start_upgrade_clicked"));
     QCOMPARE(checked.count(), 1);
     QCOMPARE(paneAtTheFirstPacket, QString(kVersionLines));
     QCOMPARE(upgrade.pane(), QString(kComplete));
@@ -604,9 +609,9 @@ void MainWindowUpgradeTest::aSecondStartDoesNothing()
 {
     Upgrade upgrade(300);
     upgrade.instead[1] = [&upgrade] {
-        QVERIFY(!upgrade.desk.widget("pushButton_start_upgrade")->isEnabled());
-        QMetaObject::invokeMethod(&upgrade.desk.window, "on_pushButton_start_upgrade_clicked");
-        upgrade.desk.line.send(packetAcknowledgement());
+        QVERIFY(!upgrade.fixture.widget("pushButton_start_upgrade")->isEnabled());
+        QMetaObject::invokeMethod(&upgrade.fixture.window, "on_pushButton_start_upgrade_clicked");
+        upgrade.fixture.line.send(packetAcknowledgement());
     };
     upgrade.start();
     QCOMPARE(upgrade.frames.size(), 4);
@@ -621,17 +626,18 @@ void MainWindowUpgradeTest::refusesAFirmwareThatDoesNotFitTheSizeField()
     upgrade.start();
     QCOMPARE(upgrade.pane(), QString("Firmware file error."));
     QCOMPARE(upgrade.frames.size(), 0);
-    QVERIFY(upgrade.desk.widget("pushButton_start_upgrade")->testAttribute(Qt::WA_ForceDisabled));
+    QVERIFY(
+        upgrade.fixture.widget("pushButton_start_upgrade")->testAttribute(Qt::WA_ForceDisabled));
     QCOMPARE(upgrade.ownStatusLines(), QStringList({"firmware size = 16777216", "Disconnected"}));
     QVERIFY(upgrade.isDisconnected());
 
     // One byte less is announced.
-    QVERIFY(upgrade.desk.connectCamera());
+    QVERIFY(upgrade.fixture.connectCamera());
     upgrade.write(imageOf(QByteArray(16777215, 'x')));
     upgrade.frames.clear();
     upgrade.instead[1] = [] { QCoreApplication::quit(); };
     QTimer::singleShot(0, &upgrade, [&upgrade] {
-        QMetaObject::invokeMethod(&upgrade.desk.window, "on_pushButton_start_upgrade_clicked");
+        QMetaObject::invokeMethod(&upgrade.fixture.window, "on_pushButton_start_upgrade_clicked");
     });
     QApplication::exec();
     QCOMPARE(upgrade.frames.at(0).toHex(), request(16, 0, QByteArray::fromHex("02ffffff")).toHex());

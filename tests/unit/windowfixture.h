@@ -15,7 +15,7 @@
 #include <QTimer>
 
 /// A main window whose chosen port is the near end of a pseudo-terminal, with the test as camera.
-class WindowOnLine {
+class WindowFixture {
 public:
     // The reply of a camera of version 1.0.a.10 that tracks by panning, with target missing on
     // preset 1, upside down, without auto zoom, and with a custom zoom offset.
@@ -26,7 +26,7 @@ public:
     static QByteArray helloRequest() { return QByteArray::fromHex("ffff0a4101060706090116007f"); }
 
     /// @param answersDialogs  whether message boxes are answered at once, or by the test
-    explicit WindowOnLine(bool answersDialogs = true)
+    explicit WindowFixture(bool answersDialogs = true)
         : dialogs(answersDialogs)
     {
         auto *const ports = combo("comboBox_portlist");

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "desk.h"
+#include "programfixture.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -11,7 +11,7 @@
 
 namespace {
 
-// Opening a port locks its name for the whole machine, on which other desks may stand.
+// Opening a port locks its name for the whole machine, on which other fixtures may run.
 QString uniquePort()
 {
     static std::atomic<int> count{0};
@@ -20,21 +20,21 @@ QString uniquePort()
 
 } // namespace
 
-Desk::Desk()
+ProgramFixture::ProgramFixture()
     : m_port(uniquePort())
 {
 }
 
-Desk::~Desk()
+ProgramFixture::~ProgramFixture()
 {
-    // The pilot can only end what it has started, which may be the program that speeds time up.
+    // The GUI driver can only end what it has started, which may be the program that speeds time up.
     constexpr int kEndLimitMs = 5000;
     if (tell("quit")) {
         corvane.waitUntilEnded(kEndLimitMs);
     }
 }
 
-bool Desk::start(const QStringList &simulatorOptions)
+bool ProgramFixture::start(const QStringList &simulatorOptions)
 {
     const QStringList wrapper =
         qEnvironmentVariable("CORVANE_WRAPPER").split(QLatin1Char(' '), Qt::SkipEmptyParts);
@@ -50,13 +50,13 @@ bool Desk::start(const QStringList &simulatorOptions)
     return corvane.start(first, command);
 }
 
-bool Desk::connectCamera()
+bool ProgramFixture::connectCamera()
 {
     return corvane.click(QStringLiteral("pushButton_connect"))
         && corvane.waitForEnabled(QStringLiteral("tabWidget"));
 }
 
-bool Desk::pack(const QByteArray &firmware)
+bool ProgramFixture::pack(const QByteArray &firmware)
 {
     QFile file(path(QStringLiteral("firmware")));
     return file.open(QIODevice::WriteOnly) && file.write(firmware) == firmware.size()
@@ -69,7 +69,7 @@ bool Desk::pack(const QByteArray &firmware)
         == 0;
 }
 
-bool Desk::startUpgrade()
+bool ProgramFixture::startUpgrade()
 {
     return corvane.choose(QStringLiteral("tabWidget"), 1)
         && corvane.waitUntil(QStringLiteral("the page is shown"),
@@ -79,7 +79,7 @@ bool Desk::startUpgrade()
         && corvane.click(QStringLiteral("pushButton_start_upgrade"));
 }
 
-bool Desk::waitUntilComplete()
+bool ProgramFixture::waitUntilComplete()
 {
     constexpr int kUpgradeLimitMs = 30000;
     return corvane.waitUntil(
@@ -92,23 +92,23 @@ bool Desk::waitUntilComplete()
         && corvane.waitForEnabled(QStringLiteral("pushButton_connect"));
 }
 
-bool Desk::tell(const QByteArray &command)
+bool ProgramFixture::tell(const QByteArray &command)
 {
     return tellSimulator(controlSocket(), command);
 }
 
-QString Desk::portItem() const
+QString ProgramFixture::portItem() const
 {
     return m_port + QLatin1String(" (USB Serial)");
 }
 
-QByteArray Desk::contents(const QString &name) const
+QByteArray ProgramFixture::contents(const QString &name) const
 {
     QFile file(path(name));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QStringList Desk::frames()
+QStringList ProgramFixture::frames()
 {
     constexpr int kArrowOffset = 14; // behind the time, "12:00:01.234  "
     QStringList frames;
@@ -123,7 +123,7 @@ QStringList Desk::frames()
     return frames;
 }
 
-QString Desk::explanation()
+QString ProgramFixture::explanation()
 {
     const QString error = corvane.errorText();
     std::fputs(qPrintable(corvane.output()), stderr);

@@ -17,17 +17,17 @@
 ///
 /// Several may stand side by side, also in threads. Its functions fail as those of GuiDriver do,
 /// and explanation() tells why.
-class Desk {
+class ProgramFixture {
 public:
-    Desk();
-    ~Desk();
+    ProgramFixture();
+    ~ProgramFixture();
 
     /// Lets time run this many times as fast for program and camera, with all their waits; 1 to
     /// 100, to be set before start(). Limits of this class and of GuiDriver remain those of the
     /// clock.
     void setSpeed(int speed) { m_speed = speed; }
 
-    /// The name of the adapter's port instead of one that no other desk has. To be set before
+    /// The name of the adapter's port instead of one that no other fixture has. To be set before
     /// start().
     void setPort(const QString &name) { m_port = name; }
 
@@ -45,7 +45,7 @@ public:
     QString portName() const { return m_port; }
     /// The adapter as it stands in the list of ports.
     QString portItem() const;
-    /// A file of this desk's own folder.
+    /// A file of this fixture's own folder.
     QString path(const QString &name) const { return m_directory.filePath(name); }
     /// What is in such a file; nothing when it is not there.
     QByteArray contents(const QString &name) const;
