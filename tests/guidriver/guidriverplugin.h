@@ -14,8 +14,8 @@
 
 class QWidget;
 
-/// The end of the GUI driver that lives in the program: takes orders from a local socket, carries them
-/// out on the program's widgets and answers each with one line.
+/// The end of the GUI driver that lives in the program: takes orders from a local socket, carries
+/// them out on the program's widgets and answers each with one line.
 class GuiDriverAgent : public QObject {
     Q_OBJECT
 

@@ -27,7 +27,8 @@ ProgramFixture::ProgramFixture()
 
 ProgramFixture::~ProgramFixture()
 {
-    // The GUI driver can only end what it has started, which may be the program that speeds time up.
+    // The GUI driver can only end what it has started, which may be the program that speeds time
+    // up.
     constexpr int kEndLimitMs = 5000;
     if (tell("quit")) {
         corvane.waitUntilEnded(kEndLimitMs);

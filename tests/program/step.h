@@ -7,8 +7,8 @@
 
 #include <QtTest>
 
-/// A step of the fixture "fixture". One that does not work ends the test with the GUI driver's own words,
-/// behind all that was printed.
+/// A step of the fixture "fixture". One that does not work ends the test with the GUI driver's own
+/// words, behind all that was printed.
 #define DO(step)                                                                                   \
     do {                                                                                           \
         if (!(step)) {                                                                             \

@@ -3,10 +3,10 @@
 
 #pragma once
 
+#include "stressoptions.h"
 #include "tally.h"
-#include "trialoptions.h"
 
 /// Uploads a firmware of 8 packets under every kind of fault at every frame, in both directions,
 /// and under a changed byte and a cut at every byte of every frame. One case, one upload.
-/// TrialOptions::count cases, all when it is 0; or TrialOptions::plan alone.
-Tally faultTrial(const TrialOptions &options);
+/// StressOptions::count cases, all when it is 0; or StressOptions::plan alone.
+Tally faultTest(const StressOptions &options);

@@ -23,18 +23,18 @@ struct UploadOutcome {
     QString problem;          ///< why it is improper; else empty
 };
 
-/// Connects, uploads under faults and looks at what came of it. The desk is left disconnected and
-/// without faults, so that the next upload can follow.
+/// Connects, uploads under faults and looks at what came of it. The fixture is left disconnected
+/// and without faults, so that the next upload can follow.
 class Upload {
 public:
-    /// Options of the simulator that the desk has to be started with.
+    /// Options of the simulator that the fixture has to be started with.
     static QStringList simulatorOptions(const ProgramFixture &fixture);
 
     /// How long an upload may take by the clock when every packet is as late as it may be, with
     /// time to spare.
     static int limitMs(int packets, int speed);
 
-    /// @param desk  not owned, running and disconnected
+    /// @param fixture  not owned, running and disconnected
     explicit Upload(ProgramFixture &fixture);
 
     /// @param plan       as the simulator's option --faults has it; the size announcement is the

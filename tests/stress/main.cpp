@@ -4,14 +4,14 @@
 // Runs one trial of the program and prints what it has counted. Ends with 0, with 1 when something
 // happened that must not, with 2 for a command line that makes no sense.
 
-#include "closetrial.h"
-#include "desktrial.h"
-#include "endurancetrial.h"
-#include "faulttrial.h"
-#include "monkeytrial.h"
-#include "trialoptions.h"
+#include "closetest.h"
+#include "endurancetest.h"
+#include "faulttest.h"
+#include "monkeytest.h"
+#include "stressoptions.h"
 #include "undetectederrors.h"
-#include "uploadtrial.h"
+#include "unplugtest.h"
+#include "uploadtest.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -30,19 +30,19 @@ struct Trial {
     const char *name;
     const char *description;
     int usualCount;
-    Tally (*run)(const TrialOptions &);
+    Tally (*run)(const StressOptions &);
 };
 
 constexpr std::array<Trial, 7> kTrials{{
     {"faults", "every kind of fault at every frame of an upload; COUNT cases, all when 0", 0,
-     &faultTrial},
-    {"uploads", "COUNT sessions of 20 uploads each under random faults", 5, &uploadTrial},
-    {"endurance", "COUNT packets in one process", 2000, &enduranceTrial},
-    {"fixture", "COUNT sessions of pulling the plug 25 times at a random moment", 2, &deskTrial},
-    {"close", "closing the window at a random moment, COUNT times", 10, &closeTrial},
-    {"monkey", "COUNT sessions of 100 random clicks each", 5, &monkeyTrial},
+     &faultTest},
+    {"uploads", "COUNT sessions of 20 uploads each under random faults", 5, &uploadTest},
+    {"endurance", "COUNT packets in one process", 2000, &enduranceTest},
+    {"fixture", "COUNT sessions of pulling the plug 25 times at a random moment", 2, &unplugTest},
+    {"close", "closing the window at a random moment, COUNT times", 10, &closeTest},
+    {"monkey", "COUNT sessions of 100 random clicks each", 5, &monkeyTest},
     {"undetected", "COUNT errors of each class that the checksum is measured with", 100'000,
-     &undetectedErrorsTrial},
+     &undetectedErrorsTest},
 }};
 
 QString trialList()
@@ -94,7 +94,7 @@ std::optional<int> number(const QCommandLineParser &parser, const QString &name,
     return value;
 }
 
-std::optional<TrialOptions> optionsFrom(const QCommandLineParser &parser, const Trial &trial)
+std::optional<StressOptions> optionsFrom(const QCommandLineParser &parser, const Trial &trial)
 {
     const QString countName = QStringLiteral("count");
     const auto count = parser.isSet(countName) ? number(parser, countName, 0) : trial.usualCount;
@@ -105,7 +105,7 @@ std::optional<TrialOptions> optionsFrom(const QCommandLineParser &parser, const 
     if (!count || !seed || !every || !jobs || !speed) {
         return std::nullopt;
     }
-    TrialOptions options;
+    StressOptions options;
     options.count = *count;
     options.seed = static_cast<quint32>(*seed);
     options.every = *every;
@@ -116,7 +116,7 @@ std::optional<TrialOptions> optionsFrom(const QCommandLineParser &parser, const 
     return options;
 }
 
-int run(const Trial &trial, const TrialOptions &options)
+int run(const Trial &trial, const StressOptions &options)
 {
     const Tally tally = trial.run(options);
     std::printf("%s\n", qPrintable(tally.text()));
@@ -128,7 +128,7 @@ int run(const Trial &trial, const TrialOptions &options)
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("corvane-trial"));
+    QCoreApplication::setApplicationName(QStringLiteral("corvane-stress"));
     QCommandLineParser parser;
     describe(parser);
     parser.process(application);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "closetrial.h"
+#include "closetest.h"
 
 #include "closing.h"
 #include "moments.h"
@@ -42,7 +42,7 @@ Tally closeAtRandom(quint32 seed)
 
 } // namespace
 
-Tally closeTrial(const TrialOptions &options)
+Tally closeTest(const StressOptions &options)
 {
     return runSessions(options.seed, options.count, options.jobs, &closeAtRandom);
 }

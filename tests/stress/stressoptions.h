@@ -6,7 +6,7 @@
 #include <QString>
 
 /// What the command line asks of a trial.
-struct TrialOptions {
+struct StressOptions {
     quint32 seed = 1;     ///< of the first session; the next one has the next number
     int count = 0;        ///< how many sessions, cases or packets, see the trial
     int every = 1;        ///< only every so-manieth case

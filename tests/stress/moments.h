@@ -13,7 +13,7 @@ class QRandomGenerator;
 /// of a wait or an upload, with a message box or a list open.
 class Moments {
 public:
-    /// The arguments are not owned and must outlive this object. The desk has an image packed.
+    /// The arguments are not owned and must outlive this object. The fixture has an image packed.
     Moments(ProgramFixture &fixture, PatientOperator &patientOperator, QRandomGenerator &random);
 
     /// From a state in which the camera is plugged in and answers. It may have fallen silent then.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "uploadtrial.h"
+#include "uploadtest.h"
 
 #include "faultclasses.h"
 #include "firmwarepacket.h"
@@ -69,7 +69,7 @@ private:
     bool m_isBlind;
 };
 
-QString commandFor(quint32 seed, const TrialOptions &options)
+QString commandFor(quint32 seed, const StressOptions &options)
 {
     return QStringLiteral("uploads --seed %1 --count 1 --speed %2%3")
         .arg(seed)
@@ -77,7 +77,7 @@ QString commandFor(quint32 seed, const TrialOptions &options)
         .arg(options.isBlind ? QStringLiteral(" --blind") : QString());
 }
 
-Tally runSession(quint32 seed, const TrialOptions &options)
+Tally runSession(quint32 seed, const StressOptions &options)
 {
     Tally tally;
     QRandomGenerator random(seed);
@@ -105,7 +105,7 @@ Tally runSession(quint32 seed, const TrialOptions &options)
 
 } // namespace
 
-Tally uploadTrial(const TrialOptions &options)
+Tally uploadTest(const StressOptions &options)
 {
     return runSessions(options.seed, options.count, options.jobs,
                        [&options](quint32 seed) { return runSession(seed, options); });

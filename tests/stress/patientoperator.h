@@ -16,7 +16,7 @@ class ProgramFixture;
 /// then come up in the middle of something else.
 class PatientOperator {
 public:
-    /// @param desk  not owned
+    /// @param fixture  not owned
     explicit PatientOperator(ProgramFixture &fixture);
 
     /// Waits until @p condition holds and neither box nor list is open.

@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "stressoptions.h"
 #include "tally.h"
-#include "trialoptions.h"
 
-/// Connects, does something and pulls the plug at a random moment of it, TrialOptions::count
+/// Connects, does something and pulls the plug at a random moment of it, StressOptions::count
 /// sessions of 25 times. Each time the window has to be disconnected and usable within a second.
-Tally deskTrial(const TrialOptions &options);
+Tally unplugTest(const StressOptions &options);

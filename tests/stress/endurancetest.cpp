@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "endurancetrial.h"
+#include "endurancetest.h"
 
 #include "firmwarepacket.h"
 #include "processstatus.h"
@@ -35,7 +35,7 @@ void note(Tally &tally, const ProcessStatus &warmedUp, const ProcessStatus &now)
 
 } // namespace
 
-Tally enduranceTrial(const TrialOptions &options)
+Tally enduranceTest(const StressOptions &options)
 {
     const QString again = QStringLiteral("endurance --seed %1 --count %2 --speed %3")
                               .arg(options.seed)

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "monkeytrial.h"
+#include "monkeytest.h"
 
 #include "closing.h"
 #include "patientoperator.h"
@@ -197,7 +197,7 @@ private:
 
 } // namespace
 
-Tally monkeyTrial(const TrialOptions &options)
+Tally monkeyTest(const StressOptions &options)
 {
     return runSessions(options.seed, options.count, options.jobs, [&options](quint32 seed) {
         return MonkeySession(seed, options.speed).run();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "desktrial.h"
+#include "unplugtest.h"
 
 #include "moments.h"
 #include "patientoperator.h"
@@ -24,29 +24,29 @@ constexpr int kIdleWindowMs = 200;
 /// A program in a busy loop would use all of it.
 constexpr int kIdleUseLimitMs = kIdleWindowMs / 2;
 
-/// One desk, at which the plug is pulled again and again.
+/// One fixture, on which the plug is pulled again and again.
 class PluggingSession {
 public:
     explicit PluggingSession(quint32 seed)
         : m_random(seed)
-        , m_operator(m_desk)
-        , m_moments(m_desk, m_operator, m_random)
-        , m_again(QStringLiteral("desk --seed %1 --count 1").arg(seed))
+        , m_operator(m_fixture)
+        , m_moments(m_fixture, m_operator, m_random)
+        , m_again(QStringLiteral("unplug --seed %1 --count 1").arg(seed))
     {
     }
 
     Tally run()
     {
-        if (!m_desk.start(Upload::simulatorOptions(m_desk))
-            || !m_desk.pack(randomFirmware(kFirmwareSize, m_random))) {
+        if (!m_fixture.start(Upload::simulatorOptions(m_fixture))
+            || !m_fixture.pack(randomFirmware(kFirmwareSize, m_random))) {
             fail(QStringLiteral("cannot start"));
             return m_tally;
         }
-        m_desk.corvane.limitOutput(kOutputKept);
-        const qint64 process = m_desk.corvane.operatedProcessId();
+        m_fixture.corvane.limitOutput(kOutputKept);
+        const qint64 process = m_fixture.corvane.operatedProcessId();
         // What is loaded when it is needed for the first time is no leak.
         m_operator.connectCamera();
-        m_desk.corvane.click(QStringLiteral("pushButton_disconnect"));
+        m_fixture.corvane.click(QStringLiteral("pushButton_disconnect"));
         m_operator.outlastWaits(1);
         const ProcessStatus before = ProcessStatus::of(process);
         for (int cycle = 0; cycle < kCycles && !m_tally.hasFailed(); ++cycle) {
@@ -70,8 +70,8 @@ private:
 
     void runCycle(qint64 process)
     {
-        m_desk.tell("silent off");
-        if (!m_isPlugged && !m_desk.tell("plug")) {
+        m_fixture.tell("silent off");
+        if (!m_isPlugged && !m_fixture.tell("plug")) {
             fail(QStringLiteral("cannot plug"));
             return;
         }
@@ -90,14 +90,14 @@ private:
     {
         QElapsedTimer elapsed;
         elapsed.start();
-        if (!m_desk.tell("unplug")) {
+        if (!m_fixture.tell("unplug")) {
             fail(QStringLiteral("cannot unplug"));
             return;
         }
         m_isPlugged = false;
         if (m_random.bounded(4) == 0) {
             // Back before anybody has looked.
-            m_isPlugged = m_desk.tell("plug");
+            m_isPlugged = m_fixture.tell("plug");
         }
         if (!m_operator.waitUntil(
                 QStringLiteral("the window is disconnected"),
@@ -122,11 +122,11 @@ private:
 
     void fail(const QString &what)
     {
-        m_tally.fail(QStringLiteral("%1: %2").arg(what, m_desk.explanation()), m_again);
+        m_tally.fail(QStringLiteral("%1: %2").arg(what, m_fixture.explanation()), m_again);
     }
 
     QRandomGenerator m_random;
-    ProgramFixture m_desk;
+    ProgramFixture m_fixture;
     PatientOperator m_operator;
     Moments m_moments;
     QString m_again;
@@ -136,7 +136,7 @@ private:
 
 } // namespace
 
-Tally deskTrial(const TrialOptions &options)
+Tally unplugTest(const StressOptions &options)
 {
     return runSessions(options.seed, options.count, options.jobs,
                        [](quint32 seed) { return PluggingSession(seed).run(); });

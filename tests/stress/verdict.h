@@ -11,6 +11,6 @@ struct UploadOutcome;
 /// end.
 /// @param isBlind  whether its faults are such that the protocol cannot always catch them; a wrong
 ///                 firmware that is called complete is then counted only
-/// @param again    the arguments of script/trial that show it again
+/// @param again    the arguments of script/stress that show it again
 void judge(Tally &tally, const UploadOutcome &outcome, const QString &plan, bool isBlind,
            const QString &again);

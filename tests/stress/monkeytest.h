@@ -3,10 +3,10 @@
 
 #pragma once
 
+#include "stressoptions.h"
 #include "tally.h"
-#include "trialoptions.h"
 
 /// Clicks at random on everything that can be clicked on, also during waits, while the camera falls
-/// silent and the plug is pulled at random; TrialOptions::count sessions of 100 events. In the end
+/// silent and the plug is pulled at random; StressOptions::count sessions of 100 events. In the end
 /// it has to be possible to connect, and closing the window has to end the program.
-Tally monkeyTrial(const TrialOptions &options);
+Tally monkeyTest(const StressOptions &options);

@@ -18,7 +18,7 @@ void Tally::highest(const QString &name, qint64 value)
 
 void Tally::fail(const QString &what, const QString &command)
 {
-    m_failures << QStringLiteral("FAILED  %1\n        again: script/trial %2").arg(what, command);
+    m_failures << QStringLiteral("FAILED  %1\n        again: script/stress %2").arg(what, command);
 }
 
 void Tally::add(const Tally &other)

@@ -3,13 +3,13 @@
 
 #pragma once
 
+#include "stressoptions.h"
 #include "tally.h"
-#include "trialoptions.h"
 
-/// Uploads firmwares of 8 to 40 packets under random faults, TrialOptions::count sessions of 20
+/// Uploads firmwares of 8 to 40 packets under random faults, StressOptions::count sessions of 20
 /// uploads in one process each. Each upload has to end in success, with the identical firmware in
 /// the camera, or in a failure text with the port closed.
 ///
-/// With TrialOptions::isBlind, the faults are those that the protocol cannot always catch; a wrong
+/// With StressOptions::isBlind, the faults are those that the protocol cannot always catch; a wrong
 /// firmware that is called complete is then counted and is no failure.
-Tally uploadTrial(const TrialOptions &options);
+Tally uploadTest(const StressOptions &options);

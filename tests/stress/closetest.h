@@ -3,10 +3,10 @@
 
 #pragma once
 
+#include "stressoptions.h"
 #include "tally.h"
-#include "trialoptions.h"
 
-/// Closes the window at a random moment, TrialOptions::count times with a program of its own each.
+/// Closes the window at a random moment, StressOptions::count times with a program of its own each.
 /// The program has to end properly: at once, when its boxes are answered, or, since nothing stops
 /// an upgrade that has begun, when the upgrade has ended and the window is closed again.
-Tally closeTrial(const TrialOptions &options);
+Tally closeTest(const StressOptions &options);

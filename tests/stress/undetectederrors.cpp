@@ -122,7 +122,7 @@ double twoBitShare(int payloadSize)
     return pairsOfBytes * ((kBits - 1) / 2.0 + 1) / (bits * (bits - 1) / 2);
 }
 
-void measure(Tally &tally, const char *frameName, int payloadSize, const TrialOptions &options)
+void measure(Tally &tally, const char *frameName, int payloadSize, const StressOptions &options)
 {
     constexpr double kPercent = 100;
     for (const ErrorClass &errorClass : kClasses) {
@@ -173,7 +173,7 @@ void extrapolate(Tally &tally, double bitErrorRate)
 
 } // namespace
 
-Tally undetectedErrorsTrial(const TrialOptions &options)
+Tally undetectedErrorsTest(const StressOptions &options)
 {
     Tally tally;
     measure(tally, "firmware packet", UARTFrame::kMaximumPayloadSize, options);

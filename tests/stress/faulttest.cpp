@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "faulttrial.h"
+#include "faulttest.h"
 
 #include "faultclasses.h"
 #include "firmwarepacket.h"
@@ -70,7 +70,7 @@ QVector<Case> allCases()
     return cases;
 }
 
-QVector<Case> chosenCases(const TrialOptions &options)
+QVector<Case> chosenCases(const StressOptions &options)
 {
     if (!options.plan.isEmpty()) {
         return {{options.plan, options.isBlind}};
@@ -84,7 +84,7 @@ QVector<Case> chosenCases(const TrialOptions &options)
     return chosen;
 }
 
-Tally runSession(const QVector<Case> &cases, const TrialOptions &options)
+Tally runSession(const QVector<Case> &cases, const StressOptions &options)
 {
     const QString again = QStringLiteral("faults --seed %1 --speed %2 --plan %3");
     Tally tally;
@@ -113,7 +113,7 @@ Tally runSession(const QVector<Case> &cases, const TrialOptions &options)
 
 } // namespace
 
-Tally faultTrial(const TrialOptions &options)
+Tally faultTest(const StressOptions &options)
 {
     const QVector<Case> cases = chosenCases(options);
     const int sessions = (cases.size() + kCasesPerSession - 1) / kCasesPerSession;
