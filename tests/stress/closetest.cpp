@@ -4,10 +4,10 @@
 #include "closetest.h"
 
 #include "closing.h"
-#include "moments.h"
-#include "patientoperator.h"
+#include "dialoghandler.h"
 #include "programfixture.h"
 #include "randomfirmware.h"
+#include "randomscenario.h"
 #include "sessions.h"
 #include "upload.h"
 
@@ -23,14 +23,14 @@ Tally closeAtRandom(quint32 seed)
     Tally tally;
     QRandomGenerator random(seed);
     ProgramFixture fixture;
-    PatientOperator patientOperator(fixture);
-    Moments moments(fixture, patientOperator, random);
+    DialogHandler dialogHandler(fixture);
+    RandomScenario scenario(fixture, dialogHandler, random);
     if (!fixture.start(Upload::simulatorOptions(fixture))
         || !fixture.pack(randomFirmware(kFirmwareSize, random))) {
         tally.fail(fixture.explanation(), again);
         return tally;
     }
-    const QString moment = moments.begin();
+    const QString moment = scenario.begin();
     tally.count(QStringLiteral("windows closed ") + moment);
     const QString problem = closeAndEnd(fixture.corvane);
     if (!problem.isEmpty()) {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-// Runs one trial of the program and prints what it has counted. Ends with 0, with 1 when something
-// happened that must not, with 2 for a command line that makes no sense.
+// Runs one stress test of the program and prints what it has counted. Ends with 0, with 1 when
+// something happened that must not, with 2 for a command line that makes no sense.
 
 #include "closetest.h"
 #include "endurancetest.h"
@@ -26,33 +26,33 @@ namespace {
 constexpr int kFailedStatus = 1;
 constexpr int kBadUsageStatus = 2;
 
-struct Trial {
+struct StressTest {
     const char *name;
     const char *description;
     int usualCount;
     Tally (*run)(const StressOptions &);
 };
 
-constexpr std::array<Trial, 7> kTrials{{
+constexpr std::array<StressTest, 7> kStressTests{{
     {"faults", "every kind of fault at every frame of an upload; COUNT cases, all when 0", 0,
      &faultTest},
     {"uploads", "COUNT sessions of 20 uploads each under random faults", 5, &uploadTest},
     {"endurance", "COUNT packets in one process", 2000, &enduranceTest},
-    {"fixture", "COUNT sessions of pulling the plug 25 times at a random moment", 2, &unplugTest},
+    {"unplug", "COUNT sessions of pulling the plug 25 times at a random moment", 2, &unplugTest},
     {"close", "closing the window at a random moment, COUNT times", 10, &closeTest},
     {"monkey", "COUNT sessions of 100 random clicks each", 5, &monkeyTest},
     {"undetected", "COUNT errors of each class that the checksum is measured with", 100'000,
      &undetectedErrorsTest},
 }};
 
-QString trialList()
+QString testList()
 {
-    QString text = QStringLiteral("Trials:\n");
-    for (const Trial &trial : kTrials) {
+    QString text = QStringLiteral("Tests:\n");
+    for (const StressTest &test : kStressTests) {
         text += QStringLiteral("  %1%2 (usually %3)\n")
-                    .arg(QLatin1String(trial.name), -12)
-                    .arg(QLatin1String(trial.description))
-                    .arg(trial.usualCount);
+                    .arg(QLatin1String(test.name), -12)
+                    .arg(QLatin1String(test.description))
+                    .arg(test.usualCount);
     }
     return text;
 }
@@ -61,11 +61,11 @@ void describe(QCommandLineParser &parser)
 {
     parser.setApplicationDescription(
         QStringLiteral("Tries the unmodified program with a simulated camera.\n\n")
-        + trialList().trimmed());
+        + testList().trimmed());
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("TRIAL"), QStringLiteral("Which one to run."));
+    parser.addPositionalArgument(QStringLiteral("TEST"), QStringLiteral("Which one to run."));
     parser.addOptions({
-        {QStringLiteral("count"), QStringLiteral("How many, see the trial."),
+        {QStringLiteral("count"), QStringLiteral("How many, see the test."),
          QStringLiteral("COUNT")},
         {QStringLiteral("seed"), QStringLiteral("The first session's (default: 1)."),
          QStringLiteral("N"), QStringLiteral("1")},
@@ -94,10 +94,10 @@ std::optional<int> number(const QCommandLineParser &parser, const QString &name,
     return value;
 }
 
-std::optional<StressOptions> optionsFrom(const QCommandLineParser &parser, const Trial &trial)
+std::optional<StressOptions> optionsFrom(const QCommandLineParser &parser, const StressTest &test)
 {
     const QString countName = QStringLiteral("count");
-    const auto count = parser.isSet(countName) ? number(parser, countName, 0) : trial.usualCount;
+    const auto count = parser.isSet(countName) ? number(parser, countName, 0) : test.usualCount;
     const auto seed = number(parser, QStringLiteral("seed"), 0);
     const auto every = number(parser, QStringLiteral("every"), 1);
     const auto jobs = number(parser, QStringLiteral("jobs"), 1);
@@ -116,9 +116,9 @@ std::optional<StressOptions> optionsFrom(const QCommandLineParser &parser, const
     return options;
 }
 
-int run(const Trial &trial, const StressOptions &options)
+int run(const StressTest &test, const StressOptions &options)
 {
-    const Tally tally = trial.run(options);
+    const Tally tally = test.run(options);
     std::printf("%s\n", qPrintable(tally.text()));
     return tally.hasFailed() ? kFailedStatus : EXIT_SUCCESS;
 }
@@ -133,12 +133,12 @@ int main(int argc, char *argv[])
     describe(parser);
     parser.process(application);
     const QString name = parser.positionalArguments().value(0);
-    for (const Trial &trial : kTrials) {
-        if (name == QLatin1String(trial.name)) {
-            const auto options = optionsFrom(parser, trial);
-            return options ? run(trial, *options) : kBadUsageStatus;
+    for (const StressTest &test : kStressTests) {
+        if (name == QLatin1String(test.name)) {
+            const auto options = optionsFrom(parser, test);
+            return options ? run(test, *options) : kBadUsageStatus;
         }
     }
-    std::fprintf(stderr, "%s", qPrintable(trialList()));
+    std::fprintf(stderr, "%s", qPrintable(testList()));
     return kBadUsageStatus;
 }

@@ -4,7 +4,7 @@
 #include "monkeytest.h"
 
 #include "closing.h"
-#include "patientoperator.h"
+#include "dialoghandler.h"
 #include "programfixture.h"
 #include "randomfirmware.h"
 #include "sessions.h"
@@ -24,7 +24,7 @@ class MonkeySession {
 public:
     MonkeySession(quint32 seed, int speed)
         : m_random(seed)
-        , m_operator(m_fixture)
+        , m_dialogHandler(m_fixture)
         , m_again(QStringLiteral("monkey --seed %1 --count 1 --speed %2").arg(seed).arg(speed))
     {
         m_fixture.setSpeed(speed);
@@ -155,7 +155,7 @@ private:
             m_tally.count(QStringLiteral("sessions that connect in the end"));
             // The list may have been opened while the adapter was gone, and is empty then.
             choosePort();
-            if (!m_operator.connectCamera()) {
+            if (!m_dialogHandler.connectCamera()) {
                 fail(QStringLiteral("cannot connect in the end"));
                 return;
             }
@@ -170,7 +170,7 @@ private:
     void choosePort()
     {
         const QString list = QStringLiteral("comboBox_portlist");
-        m_operator.waitUntil(
+        m_dialogHandler.waitUntil(
             QStringLiteral("the port is chosen"),
             [this, list] {
                 GuiDriver &corvane = m_fixture.corvane;
@@ -190,7 +190,7 @@ private:
 
     QRandomGenerator m_random;
     ProgramFixture m_fixture;
-    PatientOperator m_operator;
+    DialogHandler m_dialogHandler;
     QString m_again;
     Tally m_tally;
 };

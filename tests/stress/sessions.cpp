@@ -25,7 +25,7 @@ Tally runSessions(quint32 first, int count, int jobs,
             ++done;
             std::fprintf(stderr, "\r%d of %d%s", done, count, done == count ? "\n" : "");
             if (tally.hasFailed()) {
-                // At once: a long trial may be given up.
+                // At once: a long test may be given up.
                 std::fprintf(stderr, "\n%s\n", qPrintable(tally.text()));
             }
         });

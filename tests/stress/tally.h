@@ -7,7 +7,7 @@
 #include <QString>
 #include <QStringList>
 
-/// What a trial has counted, and what went wrong in it.
+/// What a stress test has counted, and what went wrong in it.
 class Tally {
 public:
     /// @param name  what is counted, such as "uploads"

@@ -3,11 +3,11 @@
 
 #include "unplugtest.h"
 
-#include "moments.h"
-#include "patientoperator.h"
+#include "dialoghandler.h"
 #include "processstatus.h"
 #include "programfixture.h"
 #include "randomfirmware.h"
+#include "randomscenario.h"
 #include "sessions.h"
 #include "upload.h"
 
@@ -29,8 +29,8 @@ class PluggingSession {
 public:
     explicit PluggingSession(quint32 seed)
         : m_random(seed)
-        , m_operator(m_fixture)
-        , m_moments(m_fixture, m_operator, m_random)
+        , m_dialogHandler(m_fixture)
+        , m_scenario(m_fixture, m_dialogHandler, m_random)
         , m_again(QStringLiteral("unplug --seed %1 --count 1").arg(seed))
     {
     }
@@ -45,14 +45,14 @@ public:
         m_fixture.corvane.limitOutput(kOutputKept);
         const qint64 process = m_fixture.corvane.operatedProcessId();
         // What is loaded when it is needed for the first time is no leak.
-        m_operator.connectCamera();
+        m_dialogHandler.connectCamera();
         m_fixture.corvane.click(QStringLiteral("pushButton_disconnect"));
-        m_operator.outlastWaits(1);
+        m_dialogHandler.outlastWaits(1);
         const ProcessStatus before = ProcessStatus::of(process);
         for (int cycle = 0; cycle < kCycles && !m_tally.hasFailed(); ++cycle) {
             runCycle(process);
         }
-        if (!m_operator.outlastWaits(1)) {
+        if (!m_dialogHandler.outlastWaits(1)) {
             fail(QStringLiteral("the window does not come to rest"));
         }
         const ProcessStatus after = ProcessStatus::of(process);
@@ -75,7 +75,7 @@ private:
             fail(QStringLiteral("cannot plug"));
             return;
         }
-        const QString moment = m_moments.begin();
+        const QString moment = m_scenario.begin();
         if (moment.isEmpty()) {
             fail(QStringLiteral("cannot connect"));
             return;
@@ -99,9 +99,9 @@ private:
             // Back before anybody has looked.
             m_isPlugged = m_fixture.tell("plug");
         }
-        if (!m_operator.waitUntil(
+        if (!m_dialogHandler.waitUntil(
                 QStringLiteral("the window is disconnected"),
-                [this] { return m_operator.isDisconnected(); }, kDisconnectLimitMs)) {
+                [this] { return m_dialogHandler.isDisconnected(); }, kDisconnectLimitMs)) {
             fail(QStringLiteral("not disconnected in time, unplugged ") + when);
         }
         m_tally.highest(QStringLiteral("ms until disconnected and usable"), elapsed.elapsed());
@@ -127,8 +127,8 @@ private:
 
     QRandomGenerator m_random;
     ProgramFixture m_fixture;
-    PatientOperator m_operator;
-    Moments m_moments;
+    DialogHandler m_dialogHandler;
+    RandomScenario m_scenario;
     QString m_again;
     Tally m_tally;
     bool m_isPlugged = true;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "patientoperator.h"
+#include "dialoghandler.h"
 
 #include "programfixture.h"
 
@@ -15,13 +15,13 @@ constexpr int kConnectionLimitMs = 12000;
 
 } // namespace
 
-PatientOperator::PatientOperator(ProgramFixture &fixture)
+DialogHandler::DialogHandler(ProgramFixture &fixture)
     : m_fixture(fixture)
 {
 }
 
-bool PatientOperator::waitUntil(const QString &description, const std::function<bool()> &condition,
-                                int limitMs)
+bool DialogHandler::waitUntil(const QString &description, const std::function<bool()> &condition,
+                              int limitMs)
 {
     GuiDriver &corvane = m_fixture.corvane;
     return corvane.waitUntil(
@@ -36,7 +36,7 @@ bool PatientOperator::waitUntil(const QString &description, const std::function<
         limitMs);
 }
 
-bool PatientOperator::connectCamera()
+bool DialogHandler::connectCamera()
 {
     GuiDriver &corvane = m_fixture.corvane;
     for (int attempt = 0; attempt < kConnectionAttempts; ++attempt) {
@@ -53,7 +53,7 @@ bool PatientOperator::connectCamera()
     return false;
 }
 
-bool PatientOperator::isDisconnected() const
+bool DialogHandler::isDisconnected() const
 {
     GuiDriver &corvane = m_fixture.corvane;
     // Not that the pane of the device is empty: a reply that was on its way is still shown.
@@ -61,7 +61,7 @@ bool PatientOperator::isDisconnected() const
         && !corvane.isEnabled(QStringLiteral("tabWidget"));
 }
 
-bool PatientOperator::outlastWaits(int speed)
+bool DialogHandler::outlastWaits(int speed)
 {
     QElapsedTimer elapsed;
     elapsed.start();
@@ -73,7 +73,7 @@ bool PatientOperator::outlastWaits(int speed)
         restMs + kConnectionLimitMs);
 }
 
-bool PatientOperator::isConnected() const
+bool DialogHandler::isConnected() const
 {
     return m_fixture.corvane.isEnabled(QStringLiteral("tabWidget"))
         && m_fixture.corvane.isEnabled(QStringLiteral("pushButton_disconnect"));

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "moments.h"
+#include "randomscenario.h"
 
-#include "patientoperator.h"
+#include "dialoghandler.h"
 #include "programfixture.h"
 
 #include <QRandomGenerator>
@@ -11,30 +11,30 @@
 
 #include <array>
 
-Moments::Moments(ProgramFixture &fixture, PatientOperator &patientOperator,
-                 QRandomGenerator &random)
+RandomScenario::RandomScenario(ProgramFixture &fixture, DialogHandler &dialogHandler,
+                               QRandomGenerator &random)
     : m_fixture(fixture)
-    , m_operator(patientOperator)
+    , m_dialogHandler(dialogHandler)
     , m_random(random)
 {
 }
 
-QString Moments::begin()
+QString RandomScenario::begin()
 {
     static constexpr std::array<Moment, 9> kMoments{{
-        {"while connected", true, &Moments::doNothing},
-        {"during the handshake", false, &Moments::connectInVain},
-        {"while settings are applied in vain", true, &Moments::applyInVain},
-        {"while settings are applied", true, &Moments::apply},
-        {"while a zoom is set in vain", true, &Moments::setZoomInVain},
-        {"during an upload", true, &Moments::upload},
-        {"while a message box is open", true, &Moments::openSuccessBox},
-        {"while the about box is open", true, &Moments::openAboutBox},
-        {"while a list is open", true, &Moments::openList},
+        {"while connected", true, &RandomScenario::doNothing},
+        {"during the handshake", false, &RandomScenario::connectInVain},
+        {"while settings are applied in vain", true, &RandomScenario::applyInVain},
+        {"while settings are applied", true, &RandomScenario::apply},
+        {"while a zoom is set in vain", true, &RandomScenario::setZoomInVain},
+        {"during an upload", true, &RandomScenario::upload},
+        {"while a message box is open", true, &RandomScenario::openSuccessBox},
+        {"while the about box is open", true, &RandomScenario::openAboutBox},
+        {"while a list is open", true, &RandomScenario::openList},
     }};
     const auto index = m_random.bounded(static_cast<int>(kMoments.size()));
     const Moment &moment = kMoments.at(static_cast<std::size_t>(index));
-    if (moment.needsConnection && !m_operator.connectCamera()) {
+    if (moment.needsConnection && !m_dialogHandler.connectCamera()) {
         return {};
     }
     (this->*moment.act)();
@@ -42,30 +42,30 @@ QString Moments::begin()
     return QString::fromLatin1(moment.name);
 }
 
-void Moments::connectInVain()
+void RandomScenario::connectInVain()
 {
     m_fixture.tell("silent on");
     m_fixture.corvane.click(QStringLiteral("pushButton_connect"));
 }
 
-void Moments::apply()
+void RandomScenario::apply()
 {
     clickOnSettingsPage("pushButton_apply");
 }
 
-void Moments::applyInVain()
+void RandomScenario::applyInVain()
 {
     m_fixture.tell("silent on");
     clickOnSettingsPage("pushButton_apply");
 }
 
-void Moments::setZoomInVain()
+void RandomScenario::setZoomInVain()
 {
     m_fixture.tell("silent on");
     clickOnSettingsPage("pushButton_custom_zoom_2");
 }
 
-void Moments::upload()
+void RandomScenario::upload()
 {
     // Does not start when what is left of an earlier wait has just disconnected.
     if (m_fixture.startUpgrade()) {
@@ -73,31 +73,31 @@ void Moments::upload()
     }
 }
 
-void Moments::openSuccessBox()
+void RandomScenario::openSuccessBox()
 {
     constexpr int kLimitMs = 1000;
     apply();
     m_fixture.corvane.waitForDialog(QStringLiteral("Information: Apply Success."), kLimitMs);
 }
 
-void Moments::openAboutBox()
+void RandomScenario::openAboutBox()
 {
     m_fixture.corvane.click(QStringLiteral("toolButton_about"));
 }
 
-void Moments::openList()
+void RandomScenario::openList()
 {
     clickOnSettingsPage("comboBox_zoomoffset");
 }
 
-void Moments::clickOnSettingsPage(const char *widget)
+void RandomScenario::clickOnSettingsPage(const char *widget)
 {
     constexpr int kSettingsPage = 0;
     m_fixture.corvane.choose(QStringLiteral("tabWidget"), kSettingsPage);
     m_fixture.corvane.click(QLatin1String(widget));
 }
 
-void Moments::pause(int longestMs)
+void RandomScenario::pause(int longestMs)
 {
     QThread::msleep(static_cast<unsigned long>(m_random.bounded(longestMs)));
 }

@@ -9,15 +9,15 @@
 
 class ProgramFixture;
 
-/// An operator who answers every message box that comes up and closes every list that is open,
+/// Answers every message box that comes up and closes every list that is open,
 /// whatever else is going on.
 ///
 /// A wait that a pulled plug has cut off still ends by its time-out and with its box, which may
 /// then come up in the middle of something else.
-class PatientOperator {
+class DialogHandler {
 public:
     /// @param fixture  not owned
-    explicit PatientOperator(ProgramFixture &fixture);
+    explicit DialogHandler(ProgramFixture &fixture);
 
     /// Waits until @p condition holds and neither box nor list is open.
     /// @param limitMs  by the clock

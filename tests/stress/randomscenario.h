@@ -6,15 +6,15 @@
 #include <QString>
 
 class ProgramFixture;
-class PatientOperator;
+class DialogHandler;
 class QRandomGenerator;
 
 /// Brings the program to a random moment at which something may happen to it: idle, in the middle
 /// of a wait or an upload, with a message box or a list open.
-class Moments {
+class RandomScenario {
 public:
     /// The arguments are not owned and must outlive this object. The fixture has an image packed.
-    Moments(ProgramFixture &fixture, PatientOperator &patientOperator, QRandomGenerator &random);
+    RandomScenario(ProgramFixture &fixture, DialogHandler &dialogHandler, QRandomGenerator &random);
 
     /// From a state in which the camera is plugged in and answers. It may have fallen silent then.
     /// @return which moment it is, such as "during the handshake"; nothing when there is no
@@ -25,7 +25,7 @@ private:
     struct Moment {
         const char *name;
         bool needsConnection;
-        void (Moments::*act)();
+        void (RandomScenario::*act)();
     };
 
     void doNothing() {}
@@ -41,6 +41,6 @@ private:
     void pause(int longestMs);
 
     ProgramFixture &m_fixture;
-    PatientOperator &m_operator;
+    DialogHandler &m_dialogHandler;
     QRandomGenerator &m_random;
 };
