@@ -575,8 +575,7 @@ void DiagnoseProgramTest::judgesWhatIsNoPort_data()
     QTest::newRow("nothing") << "/nowhere"
                              << "no-device"
                              << "There is no serial port";
-    QTest::newRow("below a file") << QString(SERIAL_HOST_PROGRAM) + "/x"
-                                  << "no-device"
+    QTest::newRow("below a file") << QString(SERIAL_HOST_PROGRAM "/x") << "no-device"
                                   << "There is no serial port";
 }
 

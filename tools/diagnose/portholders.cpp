@@ -24,7 +24,7 @@ const QString kProcesses = QStringLiteral("/proc");
 
 bool deviceNumber(const QByteArray &path, dev_t *number)
 {
-    struct stat status {};
+    struct stat status = {};
     if (::stat(path.constData(), &status) != 0 || !S_ISCHR(status.st_mode)) {
         return false;
     }

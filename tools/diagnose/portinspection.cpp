@@ -138,7 +138,7 @@ PortFinding inspectPort(const QString &port)
     finding.port = port;
     finding.devicePath = devicePathOf(port);
     finding.ports = listedPorts();
-    struct stat status {};
+    struct stat status = {};
     if (::stat(QFile::encodeName(finding.devicePath).constData(), &status) != 0) {
         const bool isAbsent = errno == ENOENT || errno == ENOTDIR;
         finding.kind = isAbsent ? Kind::NoDevice : Kind::CannotOpen;
@@ -157,7 +157,7 @@ void explainFailure(PortFinding *finding, const QSerialPort &serial)
     const int error = openError(finding->devicePath);
     PortLock lock;
     const bool isLocked = readPortLock(finding->devicePath, &lock);
-    struct stat status {};
+    struct stat status = {};
     switch (error) {
     case 0:
         // The library says the same of a lock as of missing rights.

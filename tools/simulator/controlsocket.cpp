@@ -14,7 +14,7 @@ namespace {
 
 bool isLeftover(const QString &path)
 {
-    struct stat status {};
+    struct stat status = {};
     if (::lstat(QFile::encodeName(path).constData(), &status) != 0 || !S_ISSOCK(status.st_mode)) {
         return false;
     }

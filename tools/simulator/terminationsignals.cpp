@@ -43,7 +43,7 @@ TerminationSignals::TerminationSignals(QObject *parent)
     m_notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
     connect(m_notifier, &QSocketNotifier::activated, this, &TerminationSignals::read);
 
-    struct sigaction action {};
+    struct sigaction action = {};
     action.sa_sigaction = handle;
     action.sa_flags = SA_SIGINFO | SA_RESTART;
     for (const int number : kSignals) {

@@ -9,11 +9,11 @@
 
 namespace {
 
-/// Header and raw prefix, 160 bytes.
-QByteArray start()
+/// An image: header and raw prefix, 160 bytes, and the body.
+QByteArray start(const QByteArray &body = {})
 {
     return QByteArray("KVEL\x01\x02\x00\x07\x01\x00\x00\x06", 12) + QByteArray(116, '\0')
-        + "0123456789abcdef0123456789ABCDEF";
+        + "0123456789abcdef0123456789ABCDEF" + body;
 }
 
 QString faultText(const std::optional<ImageFault> &fault)
@@ -47,14 +47,14 @@ void ImageFaultTest::acceptsWhatUploadsAsPacked_data()
     QTest::newRow("a firmware of one byte") << start().left(129);
     QTest::newRow("one byte less than the raw prefix") << start().left(159);
     QTest::newRow("no body") << start();
-    QTest::newRow("three bytes") << start() + "QUJD";
-    QTest::newRow("two bytes") << start() + "QUI=";
-    QTest::newRow("two bytes without padding") << start() + "QUI";
-    QTest::newRow("one byte") << start() + "QQ==";
-    QTest::newRow("one byte without padding") << start() + "QQ";
-    QTest::newRow("two groups without padding") << start() + "QUJDQQ";
-    QTest::newRow("the alphabet") << start()
-            + "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    QTest::newRow("three bytes") << start("QUJD");
+    QTest::newRow("two bytes") << start("QUI=");
+    QTest::newRow("two bytes without padding") << start("QUI");
+    QTest::newRow("one byte") << start("QQ==");
+    QTest::newRow("one byte without padding") << start("QQ");
+    QTest::newRow("two groups without padding") << start("QUJDQQ");
+    QTest::newRow("the alphabet") << start(
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
     QTest::newRow("padding in the raw prefix") << start().left(128) + QByteArray(32, '=');
     QTest::newRow("anything in the rest of the header")
         << start().left(12) + QByteArray(116, '\xFF') + start().mid(128) + "QUJD";
@@ -89,61 +89,53 @@ void ImageFaultTest::namesWhatIsWrongAndWhere_data()
     QTest::newRow("short file without the magic")
         << QByteArray("PK") << R"(offset 0: the magic is "PK" (50 4b), not "KVEL")";
 
-    QTest::newRow("foreign first character") << start() + "*UJD"
-                                             << R"(offset 160: "*" (2a) is not a base64 character)";
-    QTest::newRow("line break") << start() + "QUJD\n"
+    QTest::newRow("foreign first character")
+        << start("*UJD") << R"(offset 160: "*" (2a) is not a base64 character)";
+    QTest::newRow("line break") << start("QUJD\n")
                                 << R"(offset 164: "." (0a) is not a base64 character)";
     QTest::newRow("the first of two foreign characters")
-        << start() + "QU-_"
-        << R"(offset 162: "-" (2d) is not a base64 character)";
-    QTest::newRow("high byte") << start() + "QUJ\xC4"
+        << start("QU-_") << R"(offset 162: "-" (2d) is not a base64 character)";
+    QTest::newRow("high byte") << start("QUJ\xC4")
                                << R"(offset 163: "." (c4) is not a base64 character)";
     QTest::newRow("foreign character behind padding")
-        << start() + "QUI=D"
-        << R"(offset 163: a "=" that is not at the end of the encoded body)";
+        << start("QUI=D") << R"(offset 163: a "=" that is not at the end of the encoded body)";
     QTest::newRow("padding in the middle")
-        << start() + "QQ==QUI="
-        << R"(offset 162: a "=" that is not at the end of the encoded body)";
+        << start("QQ==QUI=") << R"(offset 162: a "=" that is not at the end of the encoded body)";
 
     const QString lone = "a single character, which is no whole byte";
-    QTest::newRow("a lone character") << start() + "Q"
-                                      << "offset 160: the encoded body ends with " + lone;
+    QTest::newRow("a lone character")
+        << start("Q") << "offset 160: the encoded body ends with " + lone;
     QTest::newRow("a lone character after a group")
-        << start() + "QUJDQ"
-        << "offset 164: the encoded body ends with " + lone;
+        << start("QUJDQ") << "offset 164: the encoded body ends with " + lone;
     QTest::newRow("a lone character with padding")
-        << start() + "QUJDQ==="
-        << "offset 164: the encoded body ends with " + lone;
+        << start("QUJDQ===") << "offset 164: the encoded body ends with " + lone;
 
     const QString padding = R"(wrong padding: the encoded body takes %1 "=" at its end or none, )"
                             "not %2";
-    QTest::newRow("half of the padding") << start() + "QQ="
-                                         << "offset 162: " + padding.arg(2).arg(1);
-    QTest::newRow("too much for one byte") << start() + "QQ==="
-                                           << "offset 162: " + padding.arg(2).arg(3);
-    QTest::newRow("too much for two bytes") << start() + "QUI=="
-                                            << "offset 163: " + padding.arg(1).arg(2);
-    QTest::newRow("padding of a full group") << start() + "QUJD="
-                                             << "offset 164: " + padding.arg(0).arg(1);
-    QTest::newRow("a group of padding") << start() + "QUJD===="
-                                        << "offset 164: " + padding.arg(0).arg(4);
-    QTest::newRow("padding without a body") << start() + "===="
-                                            << "offset 160: " + padding.arg(0).arg(4);
+    QTest::newRow("half of the padding") << start("QQ=") << "offset 162: " + padding.arg(2).arg(1);
+    QTest::newRow("too much for one byte")
+        << start("QQ===") << "offset 162: " + padding.arg(2).arg(3);
+    QTest::newRow("too much for two bytes")
+        << start("QUI==") << "offset 163: " + padding.arg(1).arg(2);
+    QTest::newRow("padding of a full group")
+        << start("QUJD=") << "offset 164: " + padding.arg(0).arg(1);
+    QTest::newRow("a group of padding")
+        << start("QUJD====") << "offset 164: " + padding.arg(0).arg(4);
+    QTest::newRow("padding without a body")
+        << start("====") << "offset 160: " + padding.arg(0).arg(4);
 
     const QString cut = "the last character holds bits of a further byte: the encoded body is cut "
                         "short or damaged";
-    QTest::newRow("three of four characters") << start() + "QUJDQUJ"
-                                              << "offset 166: " + cut;
-    QTest::newRow("two of four characters") << start() + "QUJDQU"
-                                            << "offset 165: " + cut;
-    QTest::newRow("the other bit before the padding of two bytes") << start() + "QUK="
-                                                                   << "offset 162: " + cut;
-    QTest::newRow("every bit before the padding of one byte") << start() + "QY=="
-                                                              << "offset 161: " + cut;
-    QTest::newRow("damaged before the padding of two bytes") << start() + "QUJ="
-                                                             << "offset 162: " + cut;
-    QTest::newRow("damaged before the padding of one byte") << start() + "Qf=="
-                                                            << "offset 161: " + cut;
+    QTest::newRow("three of four characters") << start("QUJDQUJ") << "offset 166: " + cut;
+    QTest::newRow("two of four characters") << start("QUJDQU") << "offset 165: " + cut;
+    QTest::newRow("the other bit before the padding of two bytes")
+        << start("QUK=") << "offset 162: " + cut;
+    QTest::newRow("every bit before the padding of one byte")
+        << start("QY==") << "offset 161: " + cut;
+    QTest::newRow("damaged before the padding of two bytes")
+        << start("QUJ=") << "offset 162: " + cut;
+    QTest::newRow("damaged before the padding of one byte")
+        << start("Qf==") << "offset 161: " + cut;
 }
 
 void ImageFaultTest::namesWhatIsWrongAndWhere()
@@ -157,7 +149,7 @@ void ImageFaultTest::tellsBase64CharactersFromAllOthers()
     const QByteArray alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     for (int value = 0; value < 256; ++value) {
         const char character = static_cast<char>(value);
-        const auto fault = imageFault(start() + "QU" + character + "D");
+        const auto fault = imageFault(start("QU") + character + "D");
         QVERIFY2(fault.has_value() != alphabet.contains(character), qPrintable(faultText(fault)));
     }
 }
