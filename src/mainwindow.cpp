@@ -18,6 +18,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QScopedValueRollback>
+#include <QStyledItemDelegate>
 #include <QThread>
 
 using namespace std::chrono_literals;
@@ -36,6 +37,11 @@ MainWindow::MainWindow(QWidget *parent)
     ui->pushButton_cancel_upgrade->hide();
     ui->comboBox_baudrate->addItem(QStringLiteral("115200"), 115200);
     updateSettings();
+    // With its own delegate, Fusion highlights rows in the field's colours: black on black.
+    const auto boxes = findChildren<QComboBox *>();
+    for (QComboBox *const box : boxes) {
+        box->setItemDelegate(new QStyledItemDelegate(box));
+    }
 
     m_statusLabel = new QLabel;
     m_ringBuffer.clear();
@@ -47,7 +53,6 @@ MainWindow::MainWindow(QWidget *parent)
             SLOT(handleError(QSerialPort::SerialPortError)));
     connect(m_serial, SIGNAL(readyRead()), this, SLOT(readData()));
     new HangUpDetector(m_serial);
-
     on_pushButton_disconnect_clicked();
 }
 
@@ -100,7 +105,6 @@ void MainWindow::on_pushButton_connect_clicked()
         enterDisconnectedState();
         return;
     }
-
     // Before the camera has answered: it is the port that is connected to.
     showStatusMessage(QStringLiteral("Connected to %1").arg(m_settings.portName));
     AcknowledgementWait hello(this, SIGNAL(receive_hello_ack()));
@@ -167,7 +171,6 @@ int MainWindow::SendUARTCommand(UARTCommunicationType_t type, unsigned char comm
     if (!m_serial->isOpen() || !frame) {
         return -1;
     }
-
     writeData(*frame);
     // Counted down after the write and in 8 bits: 0 wraps to 255, which makes 256 writes.
     while (--repeat != 0) {
@@ -190,7 +193,6 @@ void MainWindow::AnalyzeReceiveData(const QByteArray &receive)
         return;
     }
     showStatusMessage(QStringLiteral("UART_COMM_TYPE_ACK Received"));
-
     switch (reply.command()) {
     case UART_CTRL_CMD_UPLOAD_FIRMWARE:
     case UART_CTRL_CMD_RECEIVE_FW_INFO:
@@ -228,7 +230,6 @@ void MainWindow::showSettingsReport(const SettingsReport &report)
     showStatusMessage(QLatin1String("ClientVersion: ") + m_deviceVersion);
     showDeviceVersion();
     showStatusMessage(report.summary());
-
     ui->comboBox_targetmissing->setCurrentIndex(report.targetMissing);
     (report.isUpsideDown() ? ui->radioButton_upside_down : ui->radioButton_upright)
         ->setChecked(true);
@@ -390,7 +391,6 @@ AcknowledgementWait::Outcome MainWindow::uploadFirmware(const QByteArray &firmwa
     if (outcome != AcknowledgementWait::Acknowledged) {
         return outcome;
     }
-
     outcome = showTimeOut(sendPackets(firmware, acknowledgement), tr("Transmission stop!"));
     if (outcome == AcknowledgementWait::Acknowledged) {
         ui->progressBar_updating->setValue(firmware.size());

@@ -5,6 +5,9 @@
 
 #include "windowfixture.h"
 
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QImage>
 #include <QLabel>
 #include <QtTest>
 
@@ -16,6 +19,8 @@ private slots:
     void startsDisconnected();
     void hidesWhatHasNoUse();
     void offersOneBaudRate();
+    void theRowsOfAnOpenListCanBeRead_data();
+    void theRowsOfAnOpenListCanBeRead();
     void takesThePortNameFromTheChosenItem_data();
     void takesThePortNameFromTheChosenItem();
     void changingTheBaudRateChangesNothing();
@@ -108,6 +113,50 @@ void MainWindowTest::offersOneBaudRate()
     QCOMPARE(rates->count(), 1);
     QCOMPARE(rates->currentText(), QString("115200"));
     QCOMPARE(rates->currentData(Qt::UserRole), QVariant(115200));
+}
+
+void MainWindowTest::theRowsOfAnOpenListCanBeRead_data()
+{
+    QTest::addColumn<QString>("style");
+    QTest::addColumn<QString>("box");
+    QTest::addColumn<int>("row");
+    for (const char *const style : {"Fusion", "Windows"}) {
+        QTest::addRow("%s, a setting as it is", style) << style << "comboBox_targetmissing" << 0;
+        QTest::addRow("%s, another setting", style) << style << "comboBox_targetmissing" << 3;
+        QTest::addRow("%s, the rate as it is", style) << style << "comboBox_baudrate" << 0;
+        QTest::addRow("%s, another rate", style) << style << "comboBox_baudrate" << 1;
+    }
+}
+
+void MainWindowTest::theRowsOfAnOpenListCanBeRead()
+{
+    QFETCH(QString, style);
+    QFETCH(QString, box);
+    QFETCH(int, row);
+    QApplication::setStyle(style);
+    MainWindow window;
+    window.findChild<QComboBox *>("comboBox_baudrate")->addItem("another");
+    window.findChild<QWidget *>("tabWidget")->setEnabled(true);
+    window.show();
+    auto *const list = window.findChild<QComboBox *>(box);
+    list->showPopup();
+    QAbstractItemView *const view = list->view();
+    QTRY_VERIFY(view->isVisible());
+    const QModelIndex index = list->model()->index(row, 0);
+    view->setCurrentIndex(index);
+
+    const QRect visible = view->visualRect(index) & view->viewport()->rect();
+    // Without the edge, which may be framed.
+    const QImage picture = view->viewport()->grab(visible.adjusted(3, 3, -3, -3)).toImage();
+    int darkest = 255;
+    int lightest = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            darkest = qMin(darkest, qGray(picture.pixel(x, y)));
+            lightest = qMax(lightest, qGray(picture.pixel(x, y)));
+        }
+    }
+    QVERIFY2(lightest - darkest > 64, qPrintable(QString::number(lightest - darkest)));
 }
 
 void MainWindowTest::takesThePortNameFromTheChosenItem_data()
