@@ -11,6 +11,7 @@ build() {
     # What CMake says of presets goes to its standard output, mistakes do not.
     cmake --preset "$1" >/dev/null
     if [ "$("${command[@]}" -- -n)" != "ninja: no work to do." ]; then
-        "${command[@]}"
+        local TIMEFORMAT='Built in %0lR; processor time %0lU + %0lS.'
+        time "${command[@]}"
     fi
 }
