@@ -8,7 +8,7 @@
 root=
 log=
 user=tester
-window_class='^example.corvane.Corvane$'
+window_class="^$(sed -n 's/^StartupWMClass=//p' packaging/*.desktop)\$"
 # With mounts and processes of its own, so that none of them outlives the script.
 own=(unshare --mount --pid --fork --kill-child --mount-proc)
 # shellcheck disable=SC2034 # for the scripts
@@ -40,7 +40,7 @@ wait_for() {
         sleep 0.2
     done
     cat "$log" >&2
-    fail "waited in vain: $*"
+    fail "in vain waited for: $*"
 }
 
 # Ends with 77, which CTest and others take for "skipped", where there can be no such system.
