@@ -11,9 +11,7 @@
 
 namespace {
 
-constexpr int kStartLimitMs = 20000;
-constexpr int kAnswerLimitMs = 10000;
-constexpr unsigned long kPollMs = 20;
+constexpr int kPollMs = 20;
 constexpr unsigned long kSettleMs = 150;
 
 } // namespace
@@ -22,12 +20,12 @@ bool tellSimulator(const QString &controlSocket, const QByteArray &command)
 {
     QLocalSocket socket;
     socket.connectToServer(controlSocket);
-    if (!socket.waitForConnected(kAnswerLimitMs)) {
+    if (!socket.waitForConnected(kPatience)) {
         return false;
     }
     socket.write(command + '\n');
     while (!socket.canReadLine()) {
-        if (!socket.waitForReadyRead(kAnswerLimitMs)) {
+        if (!socket.waitForReadyRead(kPatience)) {
             return false;
         }
     }
@@ -45,7 +43,7 @@ GuiDriver::~GuiDriver()
 {
     if (m_process.state() != QProcess::NotRunning) {
         m_process.terminate();
-        if (!m_process.waitForFinished(5000)) {
+        if (!m_process.waitForFinished(kPatience)) {
             m_process.kill();
             m_process.waitForFinished();
         }
@@ -65,11 +63,15 @@ bool GuiDriver::start(const QString &program, const QStringList &arguments)
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_directory.path());
     m_process.setProcessEnvironment(environment);
     m_process.start(program, arguments);
-    if (!m_process.waitForStarted()) {
+    if (!m_process.waitForStarted(kPatience)) {
         return fail(m_process.errorString());
     }
-    if (!m_server.waitForNewConnection(kStartLimitMs)) {
-        return fail(QStringLiteral("the program did not report: ") + output());
+    const QDeadlineTimer deadline(kPatience);
+    while (!m_server.waitForNewConnection(kPollMs)) {
+        readOutput();
+        if (deadline.hasExpired() || m_process.state() == QProcess::NotRunning) {
+            return fail(QStringLiteral("the program did not report: ") + output());
+        }
     }
     m_socket = m_server.nextPendingConnection();
     return waitUntil(QStringLiteral("the main window is there"),
@@ -228,6 +230,11 @@ QJsonObject GuiDriver::eventLoopGaps()
     return order({{"do", "event loop gaps"}}) ? m_answer : QJsonObject();
 }
 
+bool GuiDriver::holdLimits(bool holds)
+{
+    return order({{"do", "hold limits"}, {"holds", holds}});
+}
+
 void GuiDriver::pause(int ms)
 {
     // A pipe holds 64 KiB, and no program here prints that much in so short a time.
@@ -274,7 +281,7 @@ bool GuiDriver::order(const QJsonObject &order)
     }
     m_socket->write(QJsonDocument(order).toJson(QJsonDocument::Compact) + '\n');
     while (!m_socket->canReadLine()) {
-        if (!m_socket->waitForReadyRead(kAnswerLimitMs)) {
+        if (!m_socket->waitForReadyRead(kPatience)) {
             return fail(QStringLiteral("no answer from the program"));
         }
     }

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "patience.h"
+
 #include <QJsonObject>
 #include <QLocalServer>
 #include <QProcess>
@@ -32,7 +34,7 @@ public:
     /// prints is kept, see output().
     bool start(const QString &program, const QStringList &arguments);
     /// Waits until the program has ended by itself.
-    bool waitUntilEnded(int limitMs = 10000);
+    bool waitUntilEnded(int limitMs = kPatience);
     /// As the program left it; -1 when it crashed, was killed or still runs.
     int exitCode() const;
     /// The process that start() started, also when that is another program which starts the one
@@ -88,14 +90,18 @@ public:
     ///         failure
     QJsonObject eventLoopGaps();
 
+    /// From now on no wait of the program for an acknowledgement ends by its limit; with false,
+    /// they do again, no sooner than they would have.
+    bool holdLimits(bool holds);
+
     /// Lets time pass without asking the program anything, and reads what it prints: a full pipe
     /// would hold it up.
     void pause(int ms);
     /// Asks again and again until @p condition holds.
     bool waitUntil(const QString &description, const std::function<bool()> &condition,
-                   int limitMs = 8000);
-    bool waitForDialog(const QString &titleAndText, int limitMs = 8000);
-    bool waitForEnabled(const QString &widget, bool enabled = true, int limitMs = 8000);
+                   int limitMs = kPatience);
+    bool waitForDialog(const QString &titleAndText, int limitMs = kPatience);
+    bool waitForEnabled(const QString &widget, bool enabled = true, int limitMs = kPatience);
 
     QString errorText() const { return m_errorText; }
 

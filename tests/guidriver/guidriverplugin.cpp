@@ -130,6 +130,9 @@ std::optional<QJsonObject> GuiDriverAgent::carryOut(const QJsonObject &order)
     if (action == "close list") {
         return closeList();
     }
+    if (action == "hold limits") {
+        return holdLimits(order["holds"].toBool());
+    }
     if (action == "watch event loop") {
         return watchEventLoop();
     }
@@ -311,6 +314,26 @@ QJsonObject GuiDriverAgent::state()
         state["dialog"] = dialog->windowTitle() + ": " + dialog->text();
     }
     return state;
+}
+
+QJsonObject GuiDriverAgent::holdLimits(bool holds)
+{
+    if (holds) {
+        qApp->installEventFilter(this);
+    } else {
+        qApp->removeEventFilter(this);
+    }
+    return ok();
+}
+
+bool GuiDriverAgent::eventFilter(QObject *watched, QEvent *event)
+{
+    // Only a wait for an acknowledgement is that particular about its end. A timer that does not
+    // hear of its end runs once more.
+    const auto *const timer = qobject_cast<QTimer *>(watched);
+    const bool isLimit = timer != nullptr && event->type() == QEvent::Timer && timer->isSingleShot()
+        && timer->timerType() == Qt::PreciseTimer;
+    return isLimit || QObject::eventFilter(watched, event);
 }
 
 QJsonObject GuiDriverAgent::watchEventLoop()

@@ -23,6 +23,10 @@ public:
     /// @param socketPath  where the other end listens
     explicit GuiDriverAgent(const QString &socketPath);
 
+protected:
+    /// While limits are held, sees every event of the program.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void readOrders();
     /// @return the answer, or nothing when it has been arranged for
@@ -44,6 +48,7 @@ private:
     std::optional<QJsonObject> dismiss();
     static QJsonObject picture(const QString &path);
     static QJsonObject state();
+    QJsonObject holdLimits(bool holds);
     QJsonObject watchEventLoop();
     QJsonObject eventLoopGaps();
 

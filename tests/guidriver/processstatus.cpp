@@ -48,6 +48,7 @@ ProcessStatus ProcessStatus::of(qint64 processId)
     const qint64 ticks =
         fields.value(kUserTime).toLongLong() + fields.value(kSystemTime).toLongLong();
     ProcessStatus process;
+    process.isAsleep = fields.value(0) == "S";
     process.processorTimeMs = ticks * 1000 / ::sysconf(_SC_CLK_TCK);
     process.residentKiB =
         fields.value(kResidentPages).toLongLong() * ::sysconf(_SC_PAGESIZE) / 1024;

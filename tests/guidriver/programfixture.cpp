@@ -29,9 +29,8 @@ ProgramFixture::~ProgramFixture()
 {
     // The GUI driver can only end what it has started, which may be the program that speeds time
     // up.
-    constexpr int kEndLimitMs = 5000;
     if (tell("quit")) {
-        corvane.waitUntilEnded(kEndLimitMs);
+        corvane.waitUntilEnded();
     }
 }
 
@@ -82,15 +81,10 @@ bool ProgramFixture::startUpgrade()
 
 bool ProgramFixture::waitUntilComplete()
 {
-    constexpr int kUpgradeLimitMs = 30000;
-    return corvane.waitUntil(
-               QStringLiteral("the upgrade is complete"),
-               [this] {
-                   return corvane.text(QStringLiteral("textEdit_firmware_info"))
-                       == QLatin1String("Update is complete. Device auto-rebooting.");
-               },
-               kUpgradeLimitMs)
-        && corvane.waitForEnabled(QStringLiteral("pushButton_connect"));
+    return corvane.waitUntil(QStringLiteral("the upgrade is complete"), [this] {
+        return corvane.text(QStringLiteral("textEdit_firmware_info"))
+            == QLatin1String("Update is complete. Device auto-rebooting.");
+    }) && corvane.waitForEnabled(QStringLiteral("pushButton_connect"));
 }
 
 bool ProgramFixture::tell(const QByteArray &command)

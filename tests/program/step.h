@@ -3,9 +3,18 @@
 
 #pragma once
 
+#include "patience.h"
 #include "programfixture.h"
 
-#include <QtTest>
+/// No reply comes too late here, however busy the machine is: limits are held unless a test says
+/// otherwise.
+class PatientFixture : public ProgramFixture {
+public:
+    bool start(const QStringList &simulatorOptions = {})
+    {
+        return ProgramFixture::start(simulatorOptions) && corvane.holdLimits(true);
+    }
+};
 
 /// A step of the fixture "fixture". One that does not work ends the test with the GUI driver's own
 /// words, behind all that was printed.

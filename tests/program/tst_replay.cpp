@@ -5,7 +5,6 @@
 
 #include <QFile>
 #include <QRegularExpression>
-#include <QtTest>
 
 namespace {
 
@@ -16,9 +15,9 @@ QString sharedPort()
 }
 
 /// A fixture whose line is recorded or replayed.
-class RecordedDesk : public ProgramFixture {
+class RecordedFixture : public PatientFixture {
 public:
-    RecordedDesk()
+    RecordedFixture()
     {
         constexpr int kSpeed = 5;
         setPort(sharedPort());
@@ -34,18 +33,27 @@ public:
             && corvane.waitForDialog("Information: Apply Success.") && corvane.answerDialog()
             && corvane.waitForDialog({});
     }
-    /// Sets a zoom preset.
-    /// @param outcome  what the window says then, below the version
-    bool zoom(int preset, const QString &outcome)
+    bool clickZoom(int preset)
     {
-        return corvane.click(QStringLiteral("pushButton_custom_zoom_%1").arg(preset))
-            && waitForInfo(outcome);
+        return corvane.click(QStringLiteral("pushButton_custom_zoom_%1").arg(preset));
     }
-    bool waitForInfo(const QString &lastLine)
+    /// Sets a zoom preset, and waits until the status channel has told the camera's value. What the
+    /// window shows may be gone again in a moment, when the camera is a replay.
+    bool zoom(int preset, int value)
     {
-        return corvane.waitUntil(QStringLiteral("\"%1\" is shown").arg(lastLine), [=] {
-            return corvane.text("textEdit_device_info").section('\n', 1) == lastLine;
+        const QString line = QStringLiteral("UART_CTRL_CMD_SET_CUSTOM_ZOOM Received %1").arg(value);
+        const int linesBefore = statusLines().count(line);
+        return clickZoom(preset) && corvane.waitUntil("it says " + line, [this, line, linesBefore] {
+            return statusLines().count(line) > linesBefore;
         });
+    }
+    /// Lets the limit of the zoom's wait pass.
+    bool waitUntilZoomFails(int preset)
+    {
+        const QString text = QStringLiteral("Setting custom zoom %1 failed!").arg(preset);
+        return corvane.holdLimits(false) && corvane.waitUntil(text, [this, text] {
+            return corvane.text("textEdit_device_info").endsWith(text);
+        }) && corvane.holdLimits(true);
     }
     bool end() { return corvane.close() && corvane.waitUntilEnded(); }
 
@@ -69,10 +77,10 @@ struct Session {
     QStringList cameraOptions; ///< of the simulator, when it is recorded
     /// What the operator does, and sees.
     /// @param isReplay  false: the camera misbehaves only if it is told to
-    std::function<bool(RecordedDesk &fixture, bool isReplay)> operate;
+    std::function<bool(RecordedFixture &fixture, bool isReplay)> operate;
 };
 
-bool changeSettings(RecordedDesk &fixture, bool /*isReplay*/)
+bool changeSettings(RecordedFixture &fixture, bool /*isReplay*/)
 {
     GuiDriver &corvane = fixture.corvane;
     return fixture.connectCamera() && corvane.choose("comboBox_autotracking", 2)
@@ -82,40 +90,36 @@ bool changeSettings(RecordedDesk &fixture, bool /*isReplay*/)
                                  return corvane.index("comboBox_autotracking") == 2
                                      && corvane.index("comboBox_zoomoffset") == 3;
                              })
-        && fixture.apply() && fixture.zoom(2, "Setting custom zoom: 272")
-        && fixture.disconnectCamera();
+        && fixture.apply() && fixture.zoom(2, 272) && fixture.disconnectCamera();
 }
 
-bool askASilentCamera(RecordedDesk &fixture, bool isReplay)
+bool askASilentCamera(RecordedFixture &fixture, bool isReplay)
 {
     return fixture.connectCamera() && (isReplay || fixture.tell("silent on"))
-        && fixture.zoom(1, "Setting custom zoom 1 failed!")
-        && (isReplay || fixture.tell("silent off")) && fixture.zoom(2, "Setting custom zoom: 25")
+        && fixture.clickZoom(1) && fixture.waitUntilZoomFails(1)
+        && (isReplay || fixture.tell("silent off")) && fixture.zoom(2, 25)
         && fixture.disconnectCamera();
 }
 
 // The camera takes longer than the program waits.
-bool askALateCamera(RecordedDesk &fixture, bool /*isReplay*/)
+bool askALateCamera(RecordedFixture &fixture, bool /*isReplay*/)
 {
-    return fixture.connectCamera() && fixture.zoom(1, "Setting custom zoom 1 failed!")
-        && fixture.waitForInfo("Setting custom zoom: 100") && fixture.disconnectCamera();
+    return fixture.connectCamera() && fixture.corvane.holdLimits(false) && fixture.zoom(1, 100)
+        && fixture.disconnectCamera();
 }
 
-// Hands take their time, before the pull and before the plug. In a replay, where these come by
-// themselves, it is what the program has to show what came before.
-bool letTimePass(bool isReplay)
+// The last thing on the line is a request, which a replay waits for before it pulls the adapter out
+// by itself: nothing that the camera has sent is then still under way.
+bool pullTheAdapterOut(RecordedFixture &fixture, bool isReplay)
 {
-    if (!isReplay) {
-        QTest::qSleep(1500);
-    }
-    return true;
-}
-
-bool pullTheAdapterOut(RecordedDesk &fixture, bool isReplay)
-{
-    return fixture.connectCamera() && fixture.zoom(1, "Setting custom zoom: 100")
-        && letTimePass(isReplay) && (isReplay || fixture.tell("unplug"))
-        && fixture.corvane.waitForEnabled("tabWidget", false) && letTimePass(isReplay)
+    const auto isAsked = [&fixture] {
+        return fixture.frames().contains("<- FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6");
+    };
+    return fixture.connectCamera() && fixture.zoom(1, 100)
+        && (isReplay || fixture.tell("silent on")) && fixture.clickZoom(2)
+        && fixture.corvane.waitUntil("zoom 2 is asked for", isAsked)
+        && (isReplay || (fixture.tell("silent off") && fixture.tell("unplug")))
+        && fixture.corvane.waitForEnabled("tabWidget", false) && fixture.waitUntilZoomFails(2)
         && (isReplay || fixture.tell("plug"))
         && fixture.corvane.waitUntil("it is plugged again",
                                      [&fixture] { return fixture.notes().contains("plugged"); })
@@ -123,12 +127,11 @@ bool pullTheAdapterOut(RecordedDesk &fixture, bool isReplay)
         && fixture.disconnectCamera();
 }
 
-bool seeACorruptedReply(RecordedDesk &fixture, bool /*isReplay*/)
+bool seeACorruptedReply(RecordedFixture &fixture, bool /*isReplay*/)
 {
-    return fixture.connectCamera() && fixture.apply()
-        && fixture.zoom(1, "Setting custom zoom 1 failed!")
-        && fixture.zoom(1, "Setting custom zoom: 300")
-        && fixture.corvane.waitForEnabled("tabWidget", false);
+    return fixture.connectCamera() && fixture.apply() && fixture.clickZoom(1)
+        && fixture.waitUntilZoomFails(1) && fixture.zoom(1, 300) && fixture.clickZoom(2)
+        && fixture.corvane.waitForEnabled("tabWidget", false) && fixture.waitUntilZoomFails(2);
 }
 
 } // namespace
@@ -164,7 +167,7 @@ void ReplayTest::drivesTheProgramThroughTheSameStatusLines()
     const QString path = directory.filePath("recording");
     QStringList linesBefore;
     {
-        RecordedDesk fixture;
+        RecordedFixture fixture;
         DO(fixture.start(session.cameraOptions + QStringList{"--record", path}));
         DO(session.operate(fixture, false));
         DO(fixture.end());
@@ -172,7 +175,7 @@ void ReplayTest::drivesTheProgramThroughTheSameStatusLines()
     }
     // Those of the start alone would always be the same.
     QVERIFY(linesBefore.contains("UART_CTRL_CMD_HELLO Received"));
-    RecordedDesk fixture;
+    RecordedFixture fixture;
     DO(fixture.start({"--replay", path}));
     DO(session.operate(fixture, true));
     DO(fixture.corvane.waitUntil("the recording has ended", [&fixture] {
@@ -185,7 +188,7 @@ void ReplayTest::drivesTheProgramThroughTheSameStatusLines()
 
 void ReplayTest::showsWhatHappenedAtAnotherDesk()
 {
-    RecordedDesk fixture;
+    RecordedFixture fixture;
     DO(fixture.start({"--replay", OPERATOR_SESSION_RECORDING}));
     DO(seeACorruptedReply(fixture, true));
     DO(fixture.end());

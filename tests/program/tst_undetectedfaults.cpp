@@ -3,8 +3,6 @@
 
 #include "step.h"
 
-#include <QtTest>
-
 // What the protocol cannot catch, told in docs/reliability.md: these are not the program's to mend,
 // and this test tells when one of them has become different.
 class UndetectedFaultsTest : public QObject {
@@ -18,11 +16,11 @@ private slots:
 
 void UndetectedFaultsTest::anAcknowledgementThatComesTwiceHidesALostPacket()
 {
-    ProgramFixture fixture;
+    PatientFixture fixture;
     // Behind HELLO and its reply: the second request announces the size, the third is the packet.
     // The acknowledgement of the size comes once more when the packet's is waited for.
     DO(fixture.start({"--save-firmware", fixture.path("received"), "--faults",
-                      "duplicate=100@reply:2,drop@request:3"}));
+                      "duplicate=2000@reply:2,drop@request:3"}));
     DO(fixture.pack(QByteArray(100, 'x')));
     DO(fixture.connectCamera());
     DO(fixture.startUpgrade());
@@ -37,7 +35,7 @@ void UndetectedFaultsTest::anAcknowledgementThatComesTwiceHidesALostPacket()
 
 void UndetectedFaultsTest::twoBytesThatChangePlacesStayInTheFirmware()
 {
-    ProgramFixture fixture;
+    PatientFixture fixture;
     // The packet's payload starts at byte 12.
     DO(fixture.start({"--save-firmware", fixture.path("received"), "--reboot-time", "0", "--faults",
                       "swap@request:3.12"}));
@@ -50,16 +48,18 @@ void UndetectedFaultsTest::twoBytesThatChangePlacesStayInTheFirmware()
 
 void UndetectedFaultsTest::aReplyWhoseChecksumIsFFCostsTheOneBehindIt()
 {
-    ProgramFixture fixture;
+    PatientFixture fixture;
     fixture.setSpeed(10);
     DO(fixture.start({"--camera-version", "1.0.0.105", "--settings", "1,1,0,1,1"}));
     DO(fixture.connectCamera());
     const QStringList frames = fixture.frames();
     QVERIFY(frames.last().endsWith("FF"));
+    DO(fixture.corvane.holdLimits(false));
     DO(fixture.corvane.click("pushButton_apply"));
     DO(fixture.corvane.waitForDialog("Error: Apply fail!"));
     DO(fixture.corvane.answerDialog());
     DO(fixture.corvane.waitForDialog({}));
+    DO(fixture.corvane.holdLimits(true));
     DO(fixture.corvane.click("pushButton_apply"));
     DO(fixture.corvane.waitForDialog("Information: Apply Success."));
 }
