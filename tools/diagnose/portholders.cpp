@@ -16,20 +16,26 @@
 #include <csignal>
 
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace {
 
 const QString kProcesses = QStringLiteral("/proc");
 
-bool deviceNumber(const QByteArray &path, dev_t *number)
+bool statusOfDevice(const QByteArray &path, struct stat *status)
 {
-    struct stat status = {};
-    if (::stat(path.constData(), &status) != 0 || !S_ISCHR(status.st_mode)) {
-        return false;
-    }
-    *number = status.st_rdev;
-    return true;
+    return ::stat(path.constData(), status) == 0 && S_ISCHR(status->st_mode);
+}
+
+bool isSameDevice(const struct stat &one, const struct stat &other)
+{
+    // Each container numbers its pseudo-terminals from 0, in a file system of its own.
+    constexpr unsigned int kFirstPseudoTerminal = 136;
+    constexpr unsigned int kLastPseudoTerminal = 143;
+    const unsigned int kind = major(one.st_rdev);
+    const bool isPseudoTerminal = kind >= kFirstPseudoTerminal && kind <= kLastPseudoTerminal;
+    return one.st_rdev == other.st_rdev && (!isPseudoTerminal || one.st_dev == other.st_dev);
 }
 
 QString nameOf(qint64 pid)
@@ -41,7 +47,7 @@ QString nameOf(qint64 pid)
     return name.isEmpty() ? QStringLiteral("unknown program") : name;
 }
 
-bool hasOpen(const QString &process, dev_t device)
+bool hasOpen(const QString &process, const struct stat &device)
 {
     const QDir folder(QStringLiteral("%1/%2/fd").arg(kProcesses, process));
     const QStringList descriptors = folder.entryList(QDir::Files | QDir::System | QDir::Hidden);
@@ -49,10 +55,10 @@ bool hasOpen(const QString &process, dev_t device)
         const QByteArray link = QFile::encodeName(folder.filePath(descriptor));
         // Only what is in /dev is looked at closer: a file on a network drive can take for ever.
         std::array<char, PATH_MAX> target{};
-        dev_t number = 0;
+        struct stat status = {};
         if (::readlink(link.constData(), target.data(), target.size() - 1) > 0
-            && QByteArray(target.data()).startsWith("/dev/") && deviceNumber(link, &number)
-            && number == device) {
+            && QByteArray(target.data()).startsWith("/dev/") && statusOfDevice(link, &status)
+            && isSameDevice(status, device)) {
             return true;
         }
     }
@@ -64,8 +70,8 @@ bool hasOpen(const QString &process, dev_t device)
 QVector<PortHolder> holdersOfDevice(const QString &devicePath)
 {
     QVector<PortHolder> holders;
-    dev_t device = 0;
-    if (!deviceNumber(QFile::encodeName(devicePath), &device)) {
+    struct stat device = {};
+    if (!statusOfDevice(QFile::encodeName(devicePath), &device)) {
         return holders;
     }
     const QStringList processes = QDir(kProcesses).entryList(QDir::Dirs);
