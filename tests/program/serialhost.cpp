@@ -9,6 +9,8 @@
 //                              device is still there, "failed"
 //     serialhost watch         prints "watching", then what udev tells about terminals, until ended
 
+#include "patience.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QLibrary>
@@ -37,7 +39,6 @@ int list()
 int hello(QSerialPort &port)
 {
     constexpr int kReplySize = 26;
-    constexpr int kPatience = 5000; // ms
     port.write(QByteArray::fromHex("FF FF 0A 41 01 06 07 06 09 01 16 00 7F"));
     QByteArray reply;
     while (reply.size() < kReplySize && port.waitForReadyRead(kPatience)) {

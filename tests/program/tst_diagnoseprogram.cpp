@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "patience.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -9,10 +11,10 @@
 #include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QtTest>
 
 #include <array>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 
 #include <fcntl.h>
@@ -48,7 +50,7 @@ public:
     ~Companion()
     {
         m_process.terminate();
-        m_process.waitForFinished();
+        m_process.waitForFinished(kPatience);
     }
 
     QProcess &process() { return m_process; }
@@ -56,7 +58,7 @@ public:
     QString line()
     {
         while (!m_process.canReadLine()) {
-            if (!m_process.waitForReadyRead()) {
+            if (!m_process.waitForReadyRead(kPatience)) {
                 return "no more lines; errors: "
                     + QString::fromLocal8Bit(m_process.readAllStandardError());
             }
@@ -99,14 +101,17 @@ public:
     ~Diagnosis()
     {
         m_process.kill();
-        m_process.waitForFinished();
+        m_process.waitForFinished(kPatience);
     }
 
-    bool hasEnded(int patience) { return m_process.waitForFinished(patience); }
+    bool hasEnded(int patience = kPatience)
+    {
+        return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(patience);
+    }
     /// Waits for its end.
     int exitCode()
     {
-        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished()) {
+        if (!hasEnded()) {
             return -1;
         }
         return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -2;
@@ -200,6 +205,23 @@ void answerWith(FarEnd &farEnd, const QByteArray &hexadecimal)
     farEnd.write(QByteArray::fromHex(hexadecimal));
 }
 
+// By when the answer has to be there for the verdict of a row, in milliseconds.
+constexpr int kInTime = 1000;
+constexpr int kLate = 5000;
+constexpr int kTooLate = std::numeric_limits<int>::max();
+
+// A busy machine may keep a camera from being as fast as a row has it. The diagnosis is then made
+// once more, with twice the wait.
+constexpr int kAttempts = 9;
+
+/// Whether the report is about a camera all of whose bytes came within the wait, its answer in
+/// time.
+bool isAsFastAs(int bytes, int latest, const QJsonObject &report)
+{
+    return report["received"]["bytes"].toInt() >= bytes
+        && report["answerMilliseconds"].toInt() <= latest;
+}
+
 // Qt's serial ports lock their names for the whole machine, and other tests may run at this moment.
 QString uniquePortName()
 {
@@ -221,7 +243,7 @@ bool isSuccessful(const QStringList &command)
 {
     QProcess process;
     process.start(command.first(), command.mid(1));
-    return process.waitForFinished() && process.exitStatus() == QProcess::NormalExit
+    return process.waitForFinished(kPatience) && process.exitStatus() == QProcess::NormalExit
         && process.exitCode() == 0;
 }
 
@@ -291,71 +313,89 @@ void DiagnoseProgramTest::initTestCase()
 void DiagnoseProgramTest::judgesACamera_data()
 {
     QTest::addColumn<QStringList>("camera");
-    QTest::addColumn<QString>("wait");
+    QTest::addColumn<double>("wait");
+    QTest::addColumn<int>("bytes");
+    QTest::addColumn<int>("latest");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("verdicts");
 
     const auto fault = [](const char *plan) { return QStringList{"--faults", plan}; };
-    QTest::newRow("in order") << QStringList{} << "20" << 0 << "answer";
-    QTest::newRow("a reply byte by byte") << fault("split@reply:1") << "20" << 0 << "answer";
-    QTest::newRow("a slow camera") << QStringList{"--delay", "1100"} << "20" << 1 << "answer-late";
+    QTest::newRow("in order") << QStringList{} << 20.0 << 26 << kInTime << 0 << "answer";
+    QTest::newRow("a reply byte by byte")
+        << fault("split@reply:1") << 20.0 << 26 << kInTime << 0 << "answer";
+    QTest::newRow("a slow camera")
+        << QStringList{"--delay", "1100"} << 20.0 << 26 << kLate << 1 << "answer-late";
     QTest::newRow("a camera slower than Corvane waits")
-        << QStringList{"--delay", "5100"} << "20" << 4 << "answer-too-late";
+        << QStringList{"--delay", "5100"} << 20.0 << 26 << kTooLate << 4 << "answer-too-late";
     QTest::newRow("a camera slower than the wait")
-        << QStringList{"--delay", "20000"} << "0.3" << 4 << "silent";
-    QTest::newRow("switched off") << QStringList{"--silent"} << "0.3" << 4 << "silent";
-    QTest::newRow("the request lost") << fault("drop@request:1") << "0.3" << 4 << "silent";
-    QTest::newRow("a wrong sum") << fault("wrong-sum@reply:1") << "0.3" << 4 << "wrong-sums";
+        << QStringList{"--delay", "20000"} << 0.3 << 0 << kInTime << 4 << "silent";
+    QTest::newRow("switched off") << QStringList{"--silent"} << 0.3 << 0 << kInTime << 4
+                                  << "silent";
+    QTest::newRow("the request lost")
+        << fault("drop@request:1") << 0.3 << 0 << kInTime << 4 << "silent";
+    QTest::newRow("a wrong sum") << fault("wrong-sum@reply:1") << 0.3 << 26 << kInTime << 4
+                                 << "wrong-sums";
     QTest::newRow("a damaged bit")
-        << fault("corrupt=0x10@reply:1.15") << "0.3" << 4 << "wrong-sums";
+        << fault("corrupt=0x10@reply:1.15") << 0.3 << 26 << kInTime << 4 << "wrong-sums";
     QTest::newRow("a damaged header")
-        << fault("corrupt=0x20@reply:1.0") << "0.3" << 4 << "no-frame";
-    QTest::newRow("cut short") << fault("truncate@reply:1.20") << "0.3" << 4 << "broken-off";
-    QTest::newRow("a byte lost") << fault("drop-byte@reply:1.14") << "0.3" << 4 << "broken-off";
+        << fault("corrupt=0x20@reply:1.0") << 0.3 << 26 << kInTime << 4 << "no-frame";
+    QTest::newRow("cut short") << fault("truncate@reply:1.20") << 0.3 << 20 << kInTime << 4
+                               << "broken-off";
+    QTest::newRow("a byte lost") << fault("drop-byte@reply:1.14") << 0.3 << 25 << kInTime << 4
+                                 << "broken-off";
     QTest::newRow("the reply to another command")
-        << fault("wrong-command@reply:1") << "0.3" << 4 << "other-acknowledgements";
+        << fault("wrong-command@reply:1") << 0.3 << 26 << kInTime << 4 << "other-acknowledgements";
     QTest::newRow("a frame of the reserved type")
-        << fault("foreign-type@reply:1") << "0.3" << 4 << "foreign-frames";
+        << fault("foreign-type@reply:1") << 0.3 << 26 << kInTime << 4 << "foreign-frames";
     QTest::newRow("somebody else's request")
-        << fault("foreign-type=1@reply:1") << "0.3" << 4 << "foreign-frames";
-    QTest::newRow("two replies") << fault("duplicate=100@reply:1") << "20" << 1
+        << fault("foreign-type=1@reply:1") << 0.3 << 26 << kInTime << 4 << "foreign-frames";
+    QTest::newRow("two replies") << fault("duplicate=100@reply:1") << 20.0 << 52 << kInTime << 1
                                  << "answer-among-others";
     QTest::newRow("noise before the reply")
-        << fault("noise@reply:1") << "20" << 1 << "answer-amid-noise";
+        << fault("noise@reply:1") << 20.0 << 34 << kInTime << 1 << "answer-amid-noise";
     QTest::newRow("noise behind the reply")
-        << fault("trail@reply:1") << "20" << 1 << "answer-amid-noise";
+        << fault("trail@reply:1") << 20.0 << 34 << kInTime << 1 << "answer-amid-noise";
     QTest::newRow("half a reply before the reply")
-        << fault("half-frame@reply:1") << "20" << 1 << "answer-amid-noise";
+        << fault("half-frame@reply:1") << 20.0 << 39 << kInTime << 1 << "answer-amid-noise";
     QTest::newRow("a version that makes the sum FF")
-        << QStringList{"--camera-version", "1.0.0.105"} << "20" << 1 << "answer-sum-ff";
+        << QStringList{"--camera-version", "1.0.0.105"} << 20.0 << 26 << kInTime << 1
+        << "answer-sum-ff";
     QTest::newRow("a slow camera amid noise")
-        << QStringList{"--delay", "1100", "--faults", "noise@reply:1"} << "20" << 1
+        << QStringList{"--delay", "1100", "--faults", "noise@reply:1"} << 20.0 << 34 << kLate << 1
         << "answer-amid-noise answer-late";
     QTest::newRow("hung up within the reply")
-        << fault("hang-up@reply:1.5") << "20" << 3 << "hung-up";
+        << fault("hang-up@reply:1.5") << 20.0 << 0 << kInTime << 3 << "hung-up";
     QTest::newRow("hung up before the reply")
-        << fault("hang-up@reply:1.0") << "20" << 3 << "hung-up";
+        << fault("hang-up@reply:1.0") << 20.0 << 0 << kInTime << 3 << "hung-up";
 }
 
 void DiagnoseProgramTest::judgesACamera()
 {
     QFETCH(QStringList, camera);
-    QFETCH(QString, wait);
-    Simulator simulator(QStringList{"--quiet"} + camera);
-    Diagnosis diagnosis({"--wait", wait, simulator.portName()});
-    QTEST(diagnosis.exitCode(), "exitCode");
-    QTEST(diagnosis.verdicts(), "verdicts");
+    QFETCH(double, wait);
+    QFETCH(int, bytes);
+    QFETCH(int, latest);
+    for (int attempt = 1;; ++attempt, wait *= 2) {
+        Simulator simulator(QStringList{"--quiet"} + camera);
+        Diagnosis diagnosis({"--wait", QString::number(wait), simulator.portName()});
+        QVERIFY(diagnosis.hasEnded());
+        if (attempt == kAttempts || isAsFastAs(bytes, latest, diagnosis.report())) {
+            QTEST(diagnosis.exitCode(), "exitCode");
+            QTEST(diagnosis.verdicts(), "verdicts");
+            return;
+        }
+    }
 }
 
 void DiagnoseProgramTest::asksOnceForHelloAndNothingElse()
 {
     Simulator simulator({"--hex", "--delay", "1000"});
-    Diagnosis diagnosis({"--wait", "20", simulator.portName()});
-    QCOMPARE(diagnosis.exitCode(), 1);
+    Diagnosis diagnosis({"--wait", "600", simulator.portName()});
+    QVERIFY(diagnosis.hasEnded());
     QVERIFY(simulator.event().endsWith("| " + helloRequest()));
     QVERIFY(simulator.event().startsWith("-> HELLO ack "));
     simulator.process().terminate();
-    QVERIFY(simulator.process().waitForFinished());
+    QVERIFY(simulator.process().waitForFinished(kPatience));
     QCOMPARE(simulator.process().readAllStandardOutput(), QByteArray());
 }
 
@@ -363,9 +403,10 @@ void DiagnoseProgramTest::tellsVersionAndSettings()
 {
     Simulator simulator({"--quiet", "--camera-version", "1.2.10.16", "--settings", "2,9,1,0,3"});
     const QString port = simulator.portName();
-    Diagnosis diagnosis({port});
-    QCOMPARE(diagnosis.exitCode(), 0);
+    Diagnosis diagnosis({"--wait", "600", port});
+    QVERIFY(diagnosis.hasEnded());
     const QJsonObject report = diagnosis.report();
+    QVERIFY2(report.contains("version"), qPrintable(diagnosis.sentence()));
     QCOMPARE(report["port"].toString(), port);
     QCOMPARE(report["version"].toString(), QString("1.2.a.10"));
     QCOMPARE(report["settings"].toObject(),
@@ -384,7 +425,7 @@ void DiagnoseProgramTest::tellsTheSameToPeople()
     const QString port = simulator.portName();
     QProcess process;
     process.start(DIAGNOSE_PROGRAM, {"--wait", "0.3", port});
-    QVERIFY(process.waitForFinished());
+    QVERIFY(process.waitForFinished(kPatience));
     QCOMPARE(process.exitCode(), 4);
     const QString output = QString::fromLocal8Bit(process.readAllStandardOutput());
     QVERIFY2(output.startsWith("Nothing at all came back within 0.3 s.\nIs the camera on? Is "
@@ -399,17 +440,18 @@ void DiagnoseProgramTest::judgesAnAdapter_data()
 {
     QTest::addColumn<QStringList>("camera");
     QTest::addColumn<QString>("port");
+    QTest::addColumn<int>("bytes");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("sentence");
 
     const QString port = uniquePortName();
-    QTest::newRow("by its name") << QStringList{"--delay", "1500"} << port << 1
-                                 << "The camera answered, but only after 1.5";
-    QTest::newRow("by its path") << QStringList{"--delay", "1500"} << "/dev/" + port << 1
-                                 << "The camera answered, but only after 1.5";
+    const QStringList noise{"--faults", "noise@reply:1"};
+    QTest::newRow("by its name") << noise << port << 34 << 1 << "The camera answered, but ";
+    QTest::newRow("by its path") << noise << "/dev/" + port << 34 << 1
+                                 << "The camera answered, but ";
     QTest::newRow("by another name")
-        << QStringList{} << port + "x" << 3 << "There is no serial port " + port + "x.";
-    QTest::newRow("that hangs up") << QStringList{"--faults", "hang-up@reply:1.5"} << port << 3
+        << QStringList{} << port + "x" << 0 << 3 << "There is no serial port " + port + "x.";
+    QTest::newRow("that hangs up") << QStringList{"--faults", "hang-up@reply:1.5"} << port << 0 << 3
                                    << port + " failed while the camera was asked: ";
 }
 
@@ -417,30 +459,36 @@ void DiagnoseProgramTest::judgesAnAdapter()
 {
     QFETCH(QStringList, camera);
     QFETCH(QString, port);
+    QFETCH(int, bytes);
     QFETCH(QString, sentence);
-    Companion simulator(SIMULATOR_PROGRAM,
-                        QStringList{"--quiet", "--port", uniquePortName()} + camera
-                            + QStringList{"--", DIAGNOSE_PROGRAM, "--json", port});
-    QVERIFY(simulator.process().waitForFinished());
-    QTEST(simulator.process().exitCode(), "exitCode");
-    const QJsonObject report =
-        QJsonDocument::fromJson(simulator.process().readAllStandardOutput()).object();
-    QVERIFY2(report["sentence"].toString().startsWith(sentence),
-             qPrintable(report["sentence"].toString()));
-    QCOMPARE(report["ports"].toArray(), QJsonArray{uniquePortName() + " (USB Serial)"});
+    for (int attempt = 1;; ++attempt) {
+        Companion simulator(SIMULATOR_PROGRAM,
+                            QStringList{"--quiet", "--port", uniquePortName()} + camera
+                                + QStringList{"--", DIAGNOSE_PROGRAM, "--json", port});
+        QVERIFY(simulator.process().waitForFinished(kPatience));
+        const QJsonObject report =
+            QJsonDocument::fromJson(simulator.process().readAllStandardOutput()).object();
+        if (attempt == kAttempts || isAsFastAs(bytes, kLate, report)) {
+            QTEST(simulator.process().exitCode(), "exitCode");
+            QVERIFY2(report["sentence"].toString().startsWith(sentence),
+                     qPrintable(report["sentence"].toString()));
+            QCOMPARE(report["ports"].toArray(), QJsonArray{uniquePortName() + " (USB Serial)"});
+            return;
+        }
+    }
 }
 
 void DiagnoseProgramTest::listsThePorts()
 {
     const QStringList adapter{"--quiet", "--port", uniquePortName(), "--", DIAGNOSE_PROGRAM};
     Companion text(SIMULATOR_PROGRAM, adapter + QStringList{"--list"});
-    QVERIFY(text.process().waitForFinished());
+    QVERIFY(text.process().waitForFinished(kPatience));
     QCOMPARE(text.process().exitCode(), 0);
     QCOMPARE(text.line(), uniquePortName() + " (USB Serial)");
     QCOMPARE(text.process().readAllStandardOutput(), QByteArray());
 
     Companion json(SIMULATOR_PROGRAM, adapter + QStringList{"--list", "--json"});
-    QVERIFY(json.process().waitForFinished());
+    QVERIFY(json.process().waitForFinished(kPatience));
     QCOMPARE(json.process().exitCode(), 0);
     QCOMPARE(QJsonDocument::fromJson(json.process().readAllStandardOutput()).object(),
              (QJsonObject{{"ports", QJsonArray{uniquePortName() + " (USB Serial)"}}}));
@@ -456,7 +504,7 @@ void DiagnoseProgramTest::noticesThatTheAdapterIsPulledOut()
     QLocalSocket control;
     control.connectToServer(controlPath);
     control.write("unplug\n");
-    QVERIFY(control.waitForBytesWritten());
+    QVERIFY(control.waitForBytesWritten(kPatience));
     QCOMPARE(simulator.event(), QString("-- unplugged"));
     QCOMPARE(diagnosis.exitCode(), 3);
     QCOMPARE(diagnosis.verdicts(), QString("hung-up"));
@@ -491,49 +539,59 @@ void DiagnoseProgramTest::judgesWhatAFarEndSends_data()
 void DiagnoseProgramTest::judgesWhatAFarEndSends()
 {
     QFETCH(QByteArray, bytes);
-    FarEnd farEnd;
-    Diagnosis diagnosis({"--wait", "1.5", farEnd.portName()});
-    answerWith(farEnd, bytes);
-    QTEST(diagnosis.exitCode(), "exitCode");
-    QTEST(diagnosis.verdicts(), "verdicts");
-    QTEST(diagnosis.sentence(), "sentence");
+    double wait = 0.3;
+    for (int attempt = 1;; ++attempt, wait *= 2) {
+        FarEnd farEnd;
+        Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
+        answerWith(farEnd, bytes);
+        QVERIFY(diagnosis.hasEnded());
+        const int size = QByteArray::fromHex(bytes).size();
+        if (attempt == kAttempts || isAsFastAs(size, kInTime, diagnosis.report())) {
+            QTEST(diagnosis.exitCode(), "exitCode");
+            QTEST(diagnosis.verdicts(), "verdicts");
+            QTEST(diagnosis.sentence(), "sentence");
+            return;
+        }
+    }
 }
 
 void DiagnoseProgramTest::endsWhateverKeepsComing_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("wait");
+    QTest::addColumn<double>("wait");
     QTest::addColumn<QString>("verdict");
 
-    QTest::newRow("noise") << QByteArray("00 12 FF 34 80") << "0.5"
-                           << "no-frame";
-    QTest::newRow("FF") << QByteArray("FF") << "0.5"
-                        << "no-frame";
-    QTest::newRow("headers") << QByteArray("FF FF 0A") << "0.5"
-                             << "no-frame";
-    QTest::newRow("answers") << helloAnswer() << "600"
-                             << "answer-among-others";
+    QTest::newRow("noise") << QByteArray("00 12 FF 34 80") << 0.5 << "no-frame";
+    QTest::newRow("FF") << QByteArray("FF") << 0.5 << "no-frame";
+    QTest::newRow("headers") << QByteArray("FF FF 0A") << 0.5 << "no-frame";
+    QTest::newRow("answers") << helloAnswer() << 600.0 << "answer-among-others";
 }
 
 // At full speed, for as long as the program runs.
 void DiagnoseProgramTest::endsWhateverKeepsComing()
 {
     QFETCH(QByteArray, bytes);
-    QFETCH(QString, wait);
-    FarEnd farEnd;
-    Diagnosis diagnosis({"--wait", wait, farEnd.portName()});
-    QTRY_COMPARE(farEnd.received(), helloRequest());
-    const QByteArray many = QByteArray::fromHex(bytes).repeated(100);
-    QElapsedTimer clock;
-    clock.start();
-    while (!diagnosis.hasEnded(1)) {
-        QVERIFY(!clock.hasExpired(30000));
-        for (int i = 0; i < 100; ++i) {
-            farEnd.write(many);
+    QFETCH(double, wait);
+    constexpr int kMany = 1000;
+    for (int attempt = 1;; ++attempt, wait *= 2) {
+        FarEnd farEnd;
+        Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
+        QTRY_COMPARE(farEnd.received(), helloRequest());
+        const QByteArray many = QByteArray::fromHex(bytes).repeated(100);
+        QElapsedTimer clock;
+        clock.start();
+        while (!diagnosis.hasEnded(1)) {
+            QVERIFY(!clock.hasExpired(kPatience));
+            for (int i = 0; i < 100; ++i) {
+                farEnd.write(many);
+            }
+        }
+        if (attempt == kAttempts || isAsFastAs(kMany, kInTime, diagnosis.report())) {
+            QTEST(diagnosis.verdicts().section(' ', 0, 0), "verdict");
+            QVERIFY(diagnosis.received("bytes") >= kMany);
+            return;
         }
     }
-    QTEST(diagnosis.verdicts().section(' ', 0, 0), "verdict");
-    QVERIFY(diagnosis.received("bytes") > 1000);
 }
 
 void DiagnoseProgramTest::opensThePortAsCorvaneDoes()
@@ -545,7 +603,7 @@ void DiagnoseProgramTest::opensThePortAsCorvaneDoes()
     settings.c_iflag |= static_cast<tcflag_t>(IXON | IXOFF | ICRNL);
     settings.c_lflag |= static_cast<tcflag_t>(ECHO | ICANON);
     farEnd.setSettings(settings);
-    Diagnosis diagnosis({farEnd.portName()});
+    Diagnosis diagnosis({"--wait", "600", farEnd.portName()});
     QTRY_COMPARE(farEnd.received(), helloRequest());
     settings = farEnd.settings();
     QCOMPARE(::cfgetispeed(&settings), speed_t{B115200});
@@ -555,7 +613,8 @@ void DiagnoseProgramTest::opensThePortAsCorvaneDoes()
     QCOMPARE(settings.c_iflag & static_cast<tcflag_t>(IXON | IXOFF | ICRNL), 0U);
     QCOMPARE(settings.c_lflag & static_cast<tcflag_t>(ECHO | ICANON), 0U);
     farEnd.write(QByteArray::fromHex(helloAnswer()));
-    QCOMPARE(diagnosis.exitCode(), 0);
+    QVERIFY(diagnosis.hasEnded());
+    QCOMPARE(diagnosis.received("bytes"), 26);
 }
 
 void DiagnoseProgramTest::judgesWhatIsNoPort_data()
@@ -621,18 +680,26 @@ void DiagnoseProgramTest::namesTheProgramThatSharesThePort_data()
 void DiagnoseProgramTest::namesTheProgramThatSharesThePort()
 {
     QFETCH(QByteArray, bytes);
-    FarEnd farEnd;
-    Companion holder;
-    holder.process().setStandardInputFile(farEnd.portName());
-    holder.process().start("sleep", {"600"});
-    QVERIFY(holder.process().waitForStarted());
-    Diagnosis diagnosis({"--wait", "1.5", farEnd.portName()});
-    answerWith(farEnd, bytes);
-    QTEST(diagnosis.exitCode(), "exitCode");
-    QTEST(diagnosis.verdicts(), "verdict");
-    const auto pid = static_cast<int>(holder.process().processId());
-    QCOMPARE(diagnosis.report()["holders"].toArray(),
-             (QJsonArray{QJsonObject{{"name", "sleep"}, {"pid", pid}}}));
+    double wait = 0.3;
+    for (int attempt = 1;; ++attempt, wait *= 2) {
+        FarEnd farEnd;
+        Companion holder;
+        holder.process().setStandardInputFile(farEnd.portName());
+        holder.process().start("sleep", {"600"});
+        QVERIFY(holder.process().waitForStarted(kPatience));
+        Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
+        answerWith(farEnd, bytes);
+        QVERIFY(diagnosis.hasEnded());
+        const int size = QByteArray::fromHex(bytes).size();
+        if (attempt == kAttempts || isAsFastAs(size, kInTime, diagnosis.report())) {
+            QTEST(diagnosis.exitCode(), "exitCode");
+            QTEST(diagnosis.verdicts(), "verdict");
+            const auto pid = static_cast<int>(holder.process().processId());
+            QCOMPARE(diagnosis.report()["holders"].toArray(),
+                     (QJsonArray{QJsonObject{{"name", "sleep"}, {"pid", pid}}}));
+            return;
+        }
+    }
 }
 
 void DiagnoseProgramTest::namesTheProgramOfAnotherUserByItsLock()
@@ -674,9 +741,9 @@ void DiagnoseProgramTest::tellsALockLeftBehind()
 {
     const FarEnd farEnd;
     Companion ended("true", {});
-    QVERIFY(ended.process().waitForStarted());
+    QVERIFY(ended.process().waitForStarted(kPatience));
     const qint64 pid = ended.process().processId();
-    QVERIFY(ended.process().waitForFinished());
+    QVERIFY(ended.process().waitForFinished(kPatience));
     QFile lock(farEnd.lockPath());
     if (!lock.open(QIODevice::WriteOnly)) {
         QSKIP("the lock files of serial ports cannot be written");
@@ -757,7 +824,7 @@ void DiagnoseProgramTest::stopsWithABadCommandLine()
 {
     QProcess process;
     process.start(DIAGNOSE_PROGRAM, QStringList{});
-    QVERIFY(process.waitForFinished());
+    QVERIFY(process.waitForFinished(kPatience));
     QCOMPARE(process.exitCode(), 2);
     QCOMPARE(process.readAllStandardError(),
              QByteArray("corvane-diagnose: the name of a port is needed; --list shows them\n"
@@ -769,7 +836,7 @@ void DiagnoseProgramTest::informs()
 {
     QProcess process;
     process.start(DIAGNOSE_PROGRAM, {"--version"});
-    QVERIFY(process.waitForFinished());
+    QVERIFY(process.waitForFinished(kPatience));
     QCOMPARE(process.exitCode(), 0);
     QCOMPARE(process.readAllStandardOutput(), QByteArray("corvane-diagnose 1.0.0.5\n"));
 }
@@ -779,7 +846,7 @@ void DiagnoseProgramTest::tellsAStandardOutputThatIsFull()
     QProcess process;
     process.setStandardOutputFile("/dev/full");
     process.start(DIAGNOSE_PROGRAM, {"/nowhere"});
-    QVERIFY(process.waitForFinished());
+    QVERIFY(process.waitForFinished(kPatience));
     QCOMPARE(process.exitCode(), 5);
     QCOMPARE(process.readAllStandardError(),
              QByteArray("corvane-diagnose: cannot write the result: No space left on device\n"));

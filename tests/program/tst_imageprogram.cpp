@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "patience.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QtTest>
 
 #include <memory>
 
@@ -50,9 +51,9 @@ struct Outcome {
 
 Outcome finish(QProcess &process)
 {
-    if (!process.waitForFinished()) {
+    if (!process.waitForFinished(kPatience)) {
         process.kill();
-        process.waitForFinished();
+        process.waitForFinished(kPatience);
         return {-1, "did not end", {}};
     }
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,

@@ -253,7 +253,7 @@ void ParserThreadTest::takesTenThousandFramesWhileTheyArrive()
     for (int i = 0; i < kFrames; ++i) {
         buffer.append(i % 2 == 0 ? shortFrame() : longFrame());
     }
-    QTRY_COMPARE_WITH_TIMEOUT(frames.count(), kFrames, 60000);
+    QTRY_COMPARE(frames.count(), kFrames);
     qInstallMessageHandler(previous);
     QCOMPARE(frames.at(kFrames - 1).toHex(), longFrame().chopped(1).toHex());
 }

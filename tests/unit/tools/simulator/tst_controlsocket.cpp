@@ -36,7 +36,7 @@ namespace {
 QByteArray answerTo(QLocalSocket &client, const QByteArray &text)
 {
     client.write(text);
-    const bool answered = QTest::qWaitFor([&client] { return client.canReadLine(); });
+    const bool answered = QTest::qWaitFor([&client] { return client.canReadLine(); }, kPatience);
     return answered ? client.readLine() : "no answer";
 }
 
@@ -151,7 +151,7 @@ void ControlSocketTest::leavesAlone()
     if (isServed) {
         QLocalSocket client;
         client.connectToServer(m_path);
-        QVERIFY(client.waitForConnected());
+        QVERIFY(client.waitForConnected(kPatience));
     } else {
         QFile file(m_path);
         QVERIFY(file.open(QIODevice::ReadOnly));

@@ -130,7 +130,7 @@ void AnsweringCameraTest::sendsAtTheSpeedOfTheLine()
     line.receive(hello());
     QCOMPARE(line.written(), QByteArray());
     QCOMPARE(logged.size(), 1);
-    QVERIFY(logged.wait());
+    QVERIFY(logged.wait(kPatience));
     // 13 bytes in and 26 out cannot have taken less on that line.
     QVERIFY2(timer.nsecsElapsed() >= 40'625'000, qPrintable(QString::number(timer.nsecsElapsed())));
     QCOMPARE(line.written(), helloReply());
@@ -148,7 +148,7 @@ void AnsweringCameraTest::waitsBeforeAReply()
     line.receive(hello());
     QCOMPARE(line.written(), QByteArray());
     QCOMPARE(logged.size(), 1);
-    QVERIFY(logged.wait());
+    QVERIFY(logged.wait(kPatience));
     QVERIFY2(timer.elapsed() >= 50, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(line.written(), helloReply());
 }
@@ -160,7 +160,7 @@ void AnsweringCameraTest::dropsAFrameThatStalls()
     QSignalSpy logged(&camera, &AnsweringCamera::logged);
     line.receive("FF FF 0F 41 01 06");
     QVERIFY(logged.isEmpty());
-    QVERIFY(logged.wait());
+    QVERIFY(logged.wait(kPatience));
     QVERIFY(logged.at(0).at(0).toString().endsWith("<- (incomplete)         FF FF 0F 41 01 06"));
     line.receive(hello());
     QCOMPARE(line.written(), helloReply());
@@ -266,7 +266,7 @@ void AnsweringCameraTest::rebootsWithAReceivedFirmware()
     };
     QCOMPARE(events(logged), expected);
 
-    QVERIFY(logged.wait());
+    QVERIFY(logged.wait(kPatience));
     QVERIFY2(timer.elapsed() >= 50, qPrintable(QString::number(timer.elapsed())));
     expected << "-- running version 1.0.0.7";
     QCOMPARE(events(logged), expected);

@@ -83,7 +83,7 @@ public:
     QStringList notes;
 };
 
-constexpr int kMuchLater = 60'000; // ms, longer than any test waits
+constexpr int kMuchLater = 10 * kPatience; // ms
 
 } // namespace
 
@@ -205,11 +205,9 @@ void FaultyLineTest::pausesInsideAFrame()
     line.inner.receive(hello());
     const QStringList expected{"FF FF 0A", "41 01 06 07 06 09 01 16 00", "7F"};
     QTRY_COMPARE(line.requests, expected);
-    const qint64 first = line.requestTimes.at(1) - line.requestTimes.at(0);
-    const qint64 second = line.requestTimes.at(2) - line.requestTimes.at(1);
     // Whole milliseconds on a clock of its own: up to one less.
-    QVERIFY2(first >= 39, qPrintable(QString::number(first)));
-    QVERIFY2(second >= 59, qPrintable(QString::number(second)));
+    QVERIFY2(line.requestTimes.at(1) >= 39, qPrintable(QString::number(line.requestTimes.at(1))));
+    QVERIFY2(line.requestTimes.at(2) >= 99, qPrintable(QString::number(line.requestTimes.at(2))));
 }
 
 void FaultyLineTest::keepsTheOrder()
@@ -276,7 +274,7 @@ void FaultyLineTest::hangsUpInsideAFrame()
     // It never happens before the event loop goes round.
     QVERIFY(line.faulty.isPlugged());
     line.reply(packetReply());
-    QVERIFY(hungUp.wait());
+    QVERIFY(hungUp.wait(kPatience));
     QCOMPARE(line.inner.written(), QStringList{"FF FF 0A 41 01"});
     QVERIFY(!line.inner.isPlugged());
     QVERIFY(!line.faulty.isPlugged());
@@ -288,7 +286,7 @@ void FaultyLineTest::hangsUpWhileTheHostSends()
     Line line("hang-up@request:1.3");
     QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
     line.inner.receive(hello());
-    QVERIFY(hungUp.wait());
+    QVERIFY(hungUp.wait(kPatience));
     QCOMPARE(line.requests, QStringList{"FF FF 0A"});
     QVERIFY(!line.inner.isPlugged());
 }
@@ -298,7 +296,7 @@ void FaultyLineTest::goesOnCountingWhenPluggedAgain()
     Line line("hang-up@reply:1.0,drop@reply:2");
     QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
     line.reply(packetReply());
-    QVERIFY(hungUp.wait());
+    QVERIFY(hungUp.wait(kPatience));
     QString error;
     QVERIFY(line.faulty.plug(&error));
     QVERIFY(line.inner.isPlugged());

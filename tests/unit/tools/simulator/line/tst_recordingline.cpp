@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "patience.h"
 #include "recordingline.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QtTest>
 
 #include <csignal>
 
@@ -183,11 +183,14 @@ void RecordingLineTest::tellsTheTimeSinceTheFirstEvent()
     InnerLine inner;
     const auto line = RecordingLine::create(inner, m_path, &m_error);
     QVERIFY2(line, qPrintable(m_error));
-    QTest::qSleep(300);
     QElapsedTimer timer;
     timer.start();
+    QTRY_VERIFY(timer.hasExpired(300));
+    timer.start();
     QVERIFY(line->plug(&m_error));
-    QTest::qSleep(50);
+    QElapsedTimer sincePlug;
+    sincePlug.start();
+    QTRY_VERIFY(sincePlug.hasExpired(50));
     line->write("x");
     const qint64 elapsed = timer.nsecsElapsed() / 1000;
     const auto recorded = Recording::parse(contents(), &m_error);

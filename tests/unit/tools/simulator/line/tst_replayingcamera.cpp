@@ -101,7 +101,8 @@ void ReplayingCameraTest::sendsNothingBeforeAsManyBytesHaveComeAsRecorded()
 
 void ReplayingCameraTest::sendsNothingBeforeTheRecordedTimeHasPassed()
 {
-    Replay replay("0 plugged\n5 host 01\n5.050 camera AA\n5.090 camera BB\n");
+    // An hour, which is the host's.
+    Replay replay("0 plugged\n3600 host 01\n3600.050 camera AA\n3600.090 camera BB\n");
     replay.camera.start();
     QElapsedTimer timer;
     timer.start();
@@ -111,8 +112,6 @@ void ReplayingCameraTest::sendsNothingBeforeTheRecordedTimeHasPassed()
     QVERIFY2(timer.elapsed() >= 50, qPrintable(QString::number(timer.elapsed())));
     QTRY_COMPARE(replay.line.written(), QByteArray("AA BB"));
     QVERIFY2(timer.elapsed() >= 90, qPrintable(QString::number(timer.elapsed())));
-    // Not the five seconds that the host had taken to begin with.
-    QVERIFY2(timer.elapsed() < 4000, qPrintable(QString::number(timer.elapsed())));
 }
 
 void ReplayingCameraTest::countsTheTimeFromWhenTheEventBeforeHappened()
@@ -120,8 +119,9 @@ void ReplayingCameraTest::countsTheTimeFromWhenTheEventBeforeHappened()
     // The host takes longer than it did.
     Replay replay("0 plugged\n0.010 host 01\n0.110 camera AA\n");
     replay.camera.start();
-    QTest::qWait(150);
     QElapsedTimer timer;
+    timer.start();
+    QTRY_VERIFY(timer.hasExpired(150));
     timer.start();
     replay.line.receive("01");
     QCOMPARE(replay.line.written(), QByteArray());
