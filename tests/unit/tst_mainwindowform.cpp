@@ -708,7 +708,7 @@ private slots:
     {
         Form form;
         form.window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&form.window));
+        QVERIFY(QTest::qWaitForWindowExposed(&form.window, kPatience));
         QComboBox *comboBox = form.comboBox_targetmissing;
         comboBox->showPopup();
         QTRY_VERIFY(comboBox->view()->isVisible());
