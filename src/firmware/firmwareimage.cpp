@@ -10,15 +10,6 @@
 
 #include <utility>
 
-namespace {
-
-constexpr auto kMagic = "KVEL";
-constexpr int kMagicSize = 4;
-constexpr int kProtocolVersionOffset = 4;
-constexpr int kImageVersionOffset = 8;
-
-} // namespace
-
 FirmwareImage::FirmwareImage(QByteArray contents)
     : m_contents(std::move(contents))
 {
@@ -37,7 +28,7 @@ std::optional<FirmwareImage> FirmwareImage::read(const QString &path)
 
 bool FirmwareImage::hasMagic() const
 {
-    return m_contents.left(kMagicSize) == QByteArray::fromRawData(kMagic, kMagicSize);
+    return m_contents.startsWith(kMagic);
 }
 
 QString FirmwareImage::protocolVersion() const

@@ -11,8 +11,8 @@
 /// A firmware image file, as a value.
 ///
 /// It consists of
-/// - a header of kHeaderSize bytes: the magic "KVEL", the protocol version and the image version,
-///   four bytes each; the rest is not interpreted,
+/// - a header of kHeaderSize bytes: the magic, the protocol version and the image version, four
+///   bytes each; the rest is not interpreted,
 /// - the raw prefix of kRawPrefixSize bytes: the first bytes of the firmware as they are,
 /// - the encoded body: the rest of the firmware in base64 with the standard alphabet, whose padding
 ///   may be missing.
@@ -20,6 +20,9 @@
 /// It has neither a size nor a checksum.
 class FirmwareImage {
 public:
+    static constexpr auto kMagic = "KVEL";
+    static constexpr int kProtocolVersionOffset = 4;
+    static constexpr int kImageVersionOffset = 8;
     static constexpr int kHeaderSize = 128;
     static constexpr int kRawPrefixSize = 32;
 

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr const char *kMagic = "KVEL";
-constexpr int kMagicSize = 4;
 constexpr int kBodyOffset = FirmwareImage::kHeaderSize + FirmwareImage::kRawPrefixSize;
 // Four characters stand for three bytes; a last group of one byte takes two of them, of two bytes
 // three.
@@ -127,8 +125,9 @@ const int kMaximumImageSize = kBodyOffset + kMaximumGroups * kGroupSize;
 std::optional<ImageFault> imageFault(const QByteArray &image)
 {
     // A file that is no image at all is better told so than that it is too short.
-    const QByteArray magic = image.left(kMagicSize);
-    if (!QByteArray(kMagic).startsWith(magic)) {
+    const QByteArray wanted = FirmwareImage::kMagic;
+    const QByteArray magic = image.left(wanted.size());
+    if (!wanted.startsWith(magic)) {
         return ImageFault{0, QStringLiteral("the magic is %1, not \"KVEL\"").arg(shown(magic))};
     }
     if (image.size() < FirmwareImage::kHeaderSize) {

@@ -21,7 +21,8 @@ QByteArray bytesOf(const ImageVersion &version)
 QByteArray packedImage(const ImageVersion &protocolVersion, const ImageVersion &imageVersion,
                        const QByteArray &firmware)
 {
-    const QByteArray header = "KVEL" + bytesOf(protocolVersion) + bytesOf(imageVersion);
+    const QByteArray header =
+        FirmwareImage::kMagic + bytesOf(protocolVersion) + bytesOf(imageVersion);
     return header.leftJustified(FirmwareImage::kHeaderSize, '\0')
         + firmware.left(FirmwareImage::kRawPrefixSize)
         + firmware.mid(FirmwareImage::kRawPrefixSize).toBase64();

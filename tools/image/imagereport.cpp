@@ -11,9 +11,6 @@
 
 namespace {
 
-constexpr int kProtocolVersionOffset = 4;
-constexpr int kImageVersionOffset = 8;
-
 /// The version at an offset as plain decimal numbers.
 QString decimalVersion(const QByteArray &image, int offset)
 {
@@ -48,9 +45,10 @@ QString imageReport(const QByteArray &image)
     const QStringList lines{
         QStringLiteral("Magic: ") + QString::fromLatin1(image.left(4)),
         QStringLiteral("Protocol version: %1 (decimal %2)")
-            .arg(fields.protocolVersion(), decimalVersion(image, kProtocolVersionOffset)),
+            .arg(fields.protocolVersion(),
+                 decimalVersion(image, FirmwareImage::kProtocolVersionOffset)),
         QStringLiteral("Image version: %1 (decimal %2)")
-            .arg(fields.imageVersion(), decimalVersion(image, kImageVersionOffset)),
+            .arg(fields.imageVersion(), decimalVersion(image, FirmwareImage::kImageVersionOffset)),
         QStringLiteral("File size: %1 bytes").arg(image.size()),
         QStringLiteral("Firmware size: %1 bytes").arg(firmware.size()),
         QStringLiteral("Packets: %1").arg(packetCount),
