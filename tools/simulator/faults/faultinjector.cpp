@@ -3,7 +3,7 @@
 
 #include "faultinjector.h"
 
-#include "faultpassage.h"
+#include "faultyframe.h"
 
 #include <utility>
 
@@ -22,17 +22,17 @@ QVector<Delivery> FaultInjector::pass(Fault::Direction direction, const QByteArr
         return {};
     }
     ++lane.count;
-    FaultPassage passage(frame, lane.previous, lane.random);
+    FaultyFrame faulty(frame, lane.previous, lane.random);
     for (const Fault &fault : m_plan.faults()) {
         if (fault.direction == direction && isHit(fault.place, lane)) {
             notes->append(QStringLiteral("%1 %2: %3")
                               .arg(faultDirectionName(direction), QString::number(lane.count),
-                                   passage.apply(fault)));
+                                   faulty.apply(fault)));
         }
     }
     lane.previous = frame;
-    lane.isSilent = passage.isSilent();
-    return passage.deliveries();
+    lane.isSilent = faulty.isSilent();
+    return faulty.deliveries();
 }
 
 QVector<Delivery> FaultInjector::passOther(Fault::Direction direction,

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "faultpassage.h"
+#include "faultyframe.h"
 
 #include "seededrandom.h"
 #include "uartframe.h"
@@ -25,19 +25,19 @@ QString hexadecimal(int byte)
 
 } // namespace
 
-FaultPassage::FaultPassage(QByteArray frame, QByteArray previous, SeededRandom &random)
+FaultyFrame::FaultyFrame(QByteArray frame, QByteArray previous, SeededRandom &random)
     : m_frame(std::move(frame))
     , m_previous(std::move(previous))
     , m_random(random)
 {
 }
 
-bool FaultPassage::isSilent() const
+bool FaultyFrame::isSilent() const
 {
     return m_isSilent;
 }
 
-QString FaultPassage::apply(const Fault &fault)
+QString FaultyFrame::apply(const Fault &fault)
 {
     const FaultKind &kind = FaultKind::of(fault.kind);
     const auto value = fault.value ? fault.value : kind.fallback;
@@ -70,7 +70,7 @@ QString FaultPassage::apply(const Fault &fault)
     }
 }
 
-QVector<Delivery> FaultPassage::deliveries() const
+QVector<Delivery> FaultyFrame::deliveries() const
 {
     if (m_isSilent) {
         return {};
@@ -107,7 +107,7 @@ QVector<Delivery> FaultPassage::deliveries() const
 }
 
 // A random byte is one where the fault makes a difference.
-std::optional<int> FaultPassage::chooseByte(const Fault &fault)
+std::optional<int> FaultyFrame::chooseByte(const Fault &fault)
 {
     if (fault.place.byte) {
         return fault.place.byte;
@@ -127,7 +127,7 @@ std::optional<int> FaultPassage::chooseByte(const Fault &fault)
     return candidates.at(m_random.below(candidates.size()));
 }
 
-QString FaultPassage::applyAtByte(Fault::Kind kind, int byte, std::optional<int> value)
+QString FaultyFrame::applyAtByte(Fault::Kind kind, int byte, std::optional<int> value)
 {
     switch (kind) {
     case Fault::DropByte:
@@ -158,7 +158,7 @@ QString FaultPassage::applyAtByte(Fault::Kind kind, int byte, std::optional<int>
     }
 }
 
-QString FaultPassage::applyToFields(Fault::Kind kind, int value)
+QString FaultyFrame::applyToFields(Fault::Kind kind, int value)
 {
     switch (kind) {
     case Fault::WrongCommand:
@@ -174,7 +174,7 @@ QString FaultPassage::applyToFields(Fault::Kind kind, int value)
     }
 }
 
-QString FaultPassage::applyAround(Fault::Kind kind, int value)
+QString FaultyFrame::applyAround(Fault::Kind kind, int value)
 {
     switch (kind) {
     case Fault::Drop:
@@ -205,7 +205,7 @@ QString FaultPassage::applyAround(Fault::Kind kind, int value)
     }
 }
 
-QString FaultPassage::applyToTime(Fault::Kind kind, int value)
+QString FaultyFrame::applyToTime(Fault::Kind kind, int value)
 {
     const Milliseconds time(value);
     switch (kind) {
@@ -227,21 +227,21 @@ QString FaultPassage::applyToTime(Fault::Kind kind, int value)
     }
 }
 
-QString FaultPassage::dropByte(int byte)
+QString FaultyFrame::dropByte(int byte)
 {
     const int old = byteAt(byte);
     m_frame.remove(byte, 1);
     return QStringLiteral("dropped byte %1, %2").arg(QString::number(byte), hexadecimal(old));
 }
 
-QString FaultPassage::insertByte(int byte, int value)
+QString FaultyFrame::insertByte(int byte, int value)
 {
     m_frame.insert(byte, static_cast<char>(value));
     return QStringLiteral("inserted %1 before byte %2")
         .arg(hexadecimal(value), QString::number(byte));
 }
 
-QString FaultPassage::changeByte(const QString &what, int byte, int mask)
+QString FaultyFrame::changeByte(const QString &what, int byte, int mask)
 {
     const int old = byteAt(byte);
     m_frame[byte] = static_cast<char>(old ^ mask);
@@ -249,7 +249,7 @@ QString FaultPassage::changeByte(const QString &what, int byte, int mask)
         .arg(what, QString::number(byte), hexadecimal(old), hexadecimal(byteAt(byte)));
 }
 
-QString FaultPassage::burst(int byte, int count)
+QString FaultyFrame::burst(int byte, int count)
 {
     const QByteArray old = m_frame.mid(byte, count);
     for (int i = byte; i < byte + old.size(); ++i) {
@@ -260,7 +260,7 @@ QString FaultPassage::burst(int byte, int count)
              hexadecimal(m_frame.mid(byte, old.size())));
 }
 
-QString FaultPassage::swap(int byte)
+QString FaultyFrame::swap(int byte)
 {
     const QByteArray old = m_frame.mid(byte, 2);
     m_frame[byte] = old.at(1);
@@ -269,7 +269,7 @@ QString FaultPassage::swap(int byte)
         .arg(QString::number(byte), QString::number(byte + 1), hexadecimal(old));
 }
 
-QString FaultPassage::setField(const QString &name, int offset, int value, bool withChecksum)
+QString FaultyFrame::setField(const QString &name, int offset, int value, bool withChecksum)
 {
     if (m_frame.size() < UARTFrame::kSizeWithoutPayload) {
         return QStringLiteral("too short to change the ") + name;
@@ -283,21 +283,21 @@ QString FaultPassage::setField(const QString &name, int offset, int value, bool 
         .arg(name, hexadecimal(old), hexadecimal(value));
 }
 
-QString FaultPassage::setLength(std::optional<int> value)
+QString FaultyFrame::setLength(std::optional<int> value)
 {
     const int length =
         value ? *value : byteAt(UARTFrame::kLengthOffset) ^ m_random.between(1, kByteValues - 1);
     return setField(QStringLiteral("length"), UARTFrame::kLengthOffset, length, false);
 }
 
-QString FaultPassage::duplicate(int pause)
+QString FaultyFrame::duplicate(int pause)
 {
     addBehind(m_frame, Milliseconds(pause));
     return QStringLiteral("repeated after %1 ms").arg(pause);
 }
 
 // Bytes that make no header, neither among themselves nor with the bytes on either side.
-QByteArray FaultPassage::noise(int count)
+QByteArray FaultyFrame::noise(int count)
 {
     QByteArray bytes;
     for (int i = 0; i < count; ++i) {
@@ -308,13 +308,13 @@ QByteArray FaultPassage::noise(int count)
     return bytes;
 }
 
-int FaultPassage::byteAt(int offset) const
+int FaultyFrame::byteAt(int offset) const
 {
     return offset >= 0 && offset < m_frame.size() ? static_cast<unsigned char>(m_frame.at(offset))
                                                   : 0;
 }
 
-void FaultPassage::addBehind(const QByteArray &bytes, Milliseconds pause)
+void FaultyFrame::addBehind(const QByteArray &bytes, Milliseconds pause)
 {
     m_behind.append({bytes, pause, false, false, Milliseconds::zero()});
 }

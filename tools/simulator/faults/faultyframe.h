@@ -21,12 +21,12 @@ class SeededRandom;
 /// Faults that act at a byte count in the frame as the faults before them left it, without what
 /// comes before or behind it. One that cannot be applied, as to a byte that the frame does not
 /// have, leaves everything as it is.
-class FaultPassage {
+class FaultyFrame {
 public:
     /// @param frame     whole and with the right checksum
     /// @param previous  the frame before it in the same direction; empty for the first one
     /// @param random    not owned, must outlive this object
-    FaultPassage(QByteArray frame, QByteArray previous, SeededRandom &random);
+    FaultyFrame(QByteArray frame, QByteArray previous, SeededRandom &random);
 
     /// @return what was done, such as "corrupted byte 3, 41 became 43"
     QString apply(const Fault &fault);
