@@ -3,7 +3,7 @@
 
 #include "imagecommandline.h"
 
-#include "wholefile.h"
+#include "fileio.h"
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>

@@ -3,13 +3,13 @@
 
 #include "imagetool.h"
 
+#include "fileio.h"
 #include "firmwareimage.h"
 #include "firmwarepacket.h"
 #include "imagecommandline.h"
 #include "imagefault.h"
 #include "imagepacking.h"
 #include "imagereport.h"
-#include "wholefile.h"
 
 #include <QCoreApplication>
 
@@ -32,7 +32,7 @@ void complain(const QString &text)
 int write(const QString &name, const QByteArray &contents)
 {
     QString error;
-    if (!writeWholeFile(name, contents, &error)) {
+    if (!writeFile(name, contents, &error)) {
         complain(QStringLiteral("%1: %2").arg(name, error));
         return kFileErrorStatus;
     }
@@ -50,7 +50,7 @@ int obey(const ImageCommand &command)
     const bool isPack = command.kind == Kind::Pack;
     const int maximum = isPack ? FirmwarePacket::kMaximumFirmwareSize : kMaximumImageSize;
     QString error;
-    const auto input = readWholeFile(command.input, maximum, &error);
+    const auto input = readFile(command.input, maximum, &error);
     if (!input) {
         complain(QStringLiteral("%1: %2").arg(command.input, error));
         return kFileErrorStatus;

@@ -16,10 +16,10 @@ extern const QString kStandardStreamName;
 ///                 and a caller can tell that it is too large
 /// @param[out] error  why nothing is returned
 /// @return nothing when it cannot be opened or read
-std::optional<QByteArray> readWholeFile(const QString &name, int maximum, QString *error);
+std::optional<QByteArray> readFile(const QString &name, int maximum, QString *error);
 
 /// Writes a file whole or leaves what was there as it was, or writes to the standard output.
 /// @param[out] error  why false is returned
 /// @return false when it could not be written, or is there and no regular file, which a new file
 ///         would replace
-bool writeWholeFile(const QString &name, const QByteArray &contents, QString *error);
+bool writeFile(const QString &name, const QByteArray &contents, QString *error);

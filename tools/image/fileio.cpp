@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "wholefile.h"
+#include "fileio.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -41,7 +41,7 @@ bool writeAll(QIODevice &file, const QByteArray &contents)
 
 const QString kStandardStreamName = QStringLiteral("-");
 
-std::optional<QByteArray> readWholeFile(const QString &name, int maximum, QString *error)
+std::optional<QByteArray> readFile(const QString &name, int maximum, QString *error)
 {
     QFile file(name);
     const bool isOpen = name == kStandardStreamName ? file.open(stdin, QIODevice::ReadOnly)
@@ -62,7 +62,7 @@ std::optional<QByteArray> readWholeFile(const QString &name, int maximum, QStrin
     return contents;
 }
 
-bool writeWholeFile(const QString &name, const QByteArray &contents, QString *error)
+bool writeFile(const QString &name, const QByteArray &contents, QString *error)
 {
     if (name == kStandardStreamName) {
         return writeStandardOutput(contents, error);
