@@ -104,8 +104,8 @@ bool Simulator::makeAnsweringCamera(QString *error)
     if (!makeLine(error)) {
         return false;
     }
-    auto camera =
-        std::make_unique<AnsweringCamera>(m_options.camera, m_options.manner, m_log, *m_faultyLine);
+    auto camera = std::make_unique<AnsweringCamera>(m_options.camera, m_options.behaviour, m_log,
+                                                    *m_faultyLine);
     if (!m_options.firmwarePath.isEmpty()) {
         connect(camera.get(), &AnsweringCamera::firmwareReceived, this, &Simulator::saveFirmware);
     }

@@ -257,14 +257,14 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
         reader.complain(option("port"), QStringLiteral("another name than that of --through"));
     }
     constexpr int kMaximumBaud = 4'000'000;
-    options.manner.baud = reader.number(option("baud"), 0, kMaximumBaud, options.manner.baud);
+    options.behaviour.baud = reader.number(option("baud"), 0, kMaximumBaud, options.behaviour.baud);
     constexpr int kMaximumDelay = 3'600'000;
-    options.manner.delay =
+    options.behaviour.delay =
         std::chrono::milliseconds(reader.number(option("delay"), 0, kMaximumDelay, 0));
-    const auto rebootTime = static_cast<int>(options.manner.rebootTime.count());
-    options.manner.rebootTime = std::chrono::milliseconds(
+    const auto rebootTime = static_cast<int>(options.behaviour.rebootTime.count());
+    options.behaviour.rebootTime = std::chrono::milliseconds(
         reader.number(option("reboot-time"), 0, kMaximumDelay, rebootTime));
-    options.manner.silent = parser.isSet(option("silent"));
+    options.behaviour.silent = parser.isSet(option("silent"));
 
     constexpr int kMaximumByte = 255;
     const auto version = reader.numbers<4>(option("camera-version"), QLatin1Char('.'), kMaximumByte,

@@ -15,7 +15,7 @@
 /// What the command line asks for.
 struct SimulatorOptions {
     CameraState camera;
-    AnsweringCamera::Manner manner;
+    AnsweringCamera::Behaviour behaviour;
     QString program;       ///< empty: a pseudo-terminal instead of an adapter and a program
     QStringList arguments; ///< of the program
     QString portName = QStringLiteral("ttyUSB0"); ///< of the adapter

@@ -18,14 +18,14 @@ constexpr std::chrono::milliseconds kWritePause(1);
 
 } // namespace
 
-AnsweringCamera::AnsweringCamera(const CameraState &state, const Manner &manner,
+AnsweringCamera::AnsweringCamera(const CameraState &state, const Behaviour &behaviour,
                                  const ExchangeLog &log, CameraLine &line, QObject *parent)
     : CameraEnd(parent)
     , m_camera(state)
-    , m_manner(manner)
+    , m_behaviour(behaviour)
     , m_log(log)
     , m_line(line)
-    , m_pacer(manner.baud)
+    , m_pacer(behaviour.baud)
 {
     m_clock.start();
     m_stallTimer.setSingleShot(true);
@@ -34,7 +34,7 @@ AnsweringCamera::AnsweringCamera(const CameraState &state, const Manner &manner,
     m_writeTimer.setInterval(kWritePause);
     m_rebootTimer.setSingleShot(true);
     m_rebootTimer.setTimerType(Qt::PreciseTimer);
-    m_rebootTimer.setInterval(manner.rebootTime);
+    m_rebootTimer.setInterval(behaviour.rebootTime);
     connect(&m_stallTimer, &QTimer::timeout, this, &AnsweringCamera::dropPartial);
     connect(&m_writeTimer, &QTimer::timeout, this, &AnsweringCamera::write);
     connect(&m_rebootTimer, &QTimer::timeout, this, &AnsweringCamera::finishReboot);
@@ -43,7 +43,7 @@ AnsweringCamera::AnsweringCamera(const CameraState &state, const Manner &manner,
 
 void AnsweringCamera::setSilent(bool silent)
 {
-    m_manner.silent = silent;
+    m_behaviour.silent = silent;
 }
 
 void AnsweringCamera::lineLost()
@@ -91,13 +91,13 @@ void AnsweringCamera::handleFrame(const QByteArray &frame)
     }
     const bool wasRebooting = m_camera.isRebooting();
     const Answer answer =
-        m_manner.silent ? Answer::refuse(QStringLiteral("silent")) : m_camera.answer(*request);
+        m_behaviour.silent ? Answer::refuse(QStringLiteral("silent")) : m_camera.answer(*request);
     emit logged(m_log.received(time, frame, *request, answer.refusal));
     if (!wasRebooting && m_camera.isRebooting()) {
         noteFirmware();
     }
     for (const QByteArray &reply : answer.frames) {
-        m_pacer.send(reply, now(), m_manner.delay);
+        m_pacer.send(reply, now(), m_behaviour.delay);
     }
 }
 

@@ -25,7 +25,7 @@ class AnsweringCamera : public CameraEnd {
 
 public:
     /// How it answers.
-    struct Manner {
+    struct Behaviour {
         int baud = 115200;                  ///< bits a second; 0 is as fast as possible
         std::chrono::milliseconds delay{0}; ///< before each reply, on top of the line's own time
         /// From the acknowledgement of a firmware's last byte to the next answer.
@@ -34,7 +34,7 @@ public:
     };
 
     /// @param line  not owned, must outlive this object
-    AnsweringCamera(const CameraState &state, const Manner &manner, const ExchangeLog &log,
+    AnsweringCamera(const CameraState &state, const Behaviour &behaviour, const ExchangeLog &log,
                     CameraLine &line, QObject *parent = nullptr);
 
     void setSilent(bool silent);
@@ -57,7 +57,7 @@ private:
     LinePacer::Time now() const;
 
     Camera m_camera;
-    Manner m_manner;
+    Behaviour m_behaviour;
     ExchangeLog m_log;
     CameraLine &m_line;
     FrameReader m_reader;

@@ -34,10 +34,10 @@ void SimulatorOptionsTest::hasDefaults()
 {
     const auto options = std::get<SimulatorOptions>(parse({"--pty"}));
     QVERIFY(options.program.isEmpty());
-    QCOMPARE(options.manner.baud, 115200);
-    QCOMPARE(options.manner.delay.count(), 0);
-    QCOMPARE(options.manner.rebootTime.count(), 3000);
-    QVERIFY(!options.manner.silent);
+    QCOMPARE(options.behaviour.baud, 115200);
+    QCOMPARE(options.behaviour.delay.count(), 0);
+    QCOMPARE(options.behaviour.rebootTime.count(), 3000);
+    QVERIFY(!options.behaviour.silent);
     QCOMPARE(options.portName, QString("ttyUSB0"));
     QVERIFY(options.controlPath.isEmpty());
     QVERIFY(options.firmwarePath.isEmpty());
@@ -62,10 +62,10 @@ void SimulatorOptionsTest::readsEveryOption()
                "corvane"}));
     QCOMPARE(options.program, QString("corvane"));
     QCOMPARE(options.portName, QString("ttyACM7"));
-    QCOMPARE(options.manner.baud, 0);
-    QCOMPARE(options.manner.delay.count(), 1500);
-    QCOMPARE(options.manner.rebootTime.count(), 250);
-    QVERIFY(options.manner.silent);
+    QCOMPARE(options.behaviour.baud, 0);
+    QCOMPARE(options.behaviour.delay.count(), 1500);
+    QCOMPARE(options.behaviour.rebootTime.count(), 250);
+    QVERIFY(options.behaviour.silent);
     QVERIFY((options.camera.version == std::array<unsigned char, 4>{1, 2, 10, 255}));
     QCOMPARE(options.camera.settings.autoTracking, 2);
     QCOMPARE(options.camera.settings.targetMissing, 9);

@@ -65,11 +65,11 @@ private:
     QByteArray m_written;
 };
 
-AnsweringCamera::Manner asFastAsPossible()
+AnsweringCamera::Behaviour asFastAsPossible()
 {
-    AnsweringCamera::Manner manner;
-    manner.baud = 0;
-    return manner;
+    AnsweringCamera::Behaviour behaviour;
+    behaviour.baud = 0;
+    return behaviour;
 }
 
 // The lines without the time in front.
@@ -121,9 +121,9 @@ void AnsweringCameraTest::answersARequestThatComesInPieces()
 void AnsweringCameraTest::sendsAtTheSpeedOfTheLine()
 {
     KeepingLine line;
-    AnsweringCamera::Manner manner;
-    manner.baud = 9600;
-    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    AnsweringCamera::Behaviour behaviour;
+    behaviour.baud = 9600;
+    AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
     QSignalSpy logged(&camera, &AnsweringCamera::logged);
     QElapsedTimer timer;
     timer.start();
@@ -139,9 +139,9 @@ void AnsweringCameraTest::sendsAtTheSpeedOfTheLine()
 void AnsweringCameraTest::waitsBeforeAReply()
 {
     KeepingLine line;
-    AnsweringCamera::Manner manner = asFastAsPossible();
-    manner.delay = std::chrono::milliseconds(50);
-    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    AnsweringCamera::Behaviour behaviour = asFastAsPossible();
+    behaviour.delay = std::chrono::milliseconds(50);
+    AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
     QSignalSpy logged(&camera, &AnsweringCamera::logged);
     QElapsedTimer timer;
     timer.start();
@@ -200,9 +200,9 @@ void AnsweringCameraTest::doesNotAnswerFaultyInput()
 void AnsweringCameraTest::isDeafWhileSilent()
 {
     KeepingLine line;
-    AnsweringCamera::Manner manner = asFastAsPossible();
-    manner.silent = true;
-    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    AnsweringCamera::Behaviour behaviour = asFastAsPossible();
+    behaviour.silent = true;
+    AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
     QSignalSpy logged(&camera, &AnsweringCamera::logged);
     line.receive("FF FF 0F 41 01 06 07 06 09 01 55 00 02 09 01 00 03 D2");
     QCOMPARE(logged.size(), 1);
@@ -221,9 +221,9 @@ void AnsweringCameraTest::isDeafWhileSilent()
 void AnsweringCameraTest::forgetsWhatWasOnItsWayWhenTheLineIsLost()
 {
     KeepingLine line;
-    AnsweringCamera::Manner manner = asFastAsPossible();
-    manner.delay = std::chrono::milliseconds(20);
-    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    AnsweringCamera::Behaviour behaviour = asFastAsPossible();
+    behaviour.delay = std::chrono::milliseconds(20);
+    AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
     QSignalSpy logged(&camera, &AnsweringCamera::logged);
     line.receive(hello() + " FF FF 0F 41");
     QCOMPARE(logged.size(), 1);
@@ -243,9 +243,9 @@ void AnsweringCameraTest::forgetsWhatWasOnItsWayWhenTheLineIsLost()
 void AnsweringCameraTest::rebootsWithAReceivedFirmware()
 {
     KeepingLine line;
-    AnsweringCamera::Manner manner = asFastAsPossible();
-    manner.rebootTime = std::chrono::milliseconds(50);
-    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    AnsweringCamera::Behaviour behaviour = asFastAsPossible();
+    behaviour.rebootTime = std::chrono::milliseconds(50);
+    AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
     QSignalSpy logged(&camera, &AnsweringCamera::logged);
     QElapsedTimer timer;
     timer.start();
@@ -297,10 +297,10 @@ void AnsweringCameraTest::handsOverAFirmwareOnceItIsComplete()
 void AnsweringCameraTest::acknowledgesTheLastPacketBeforeItReboots()
 {
     KeepingLine line;
-    AnsweringCamera::Manner manner = asFastAsPossible();
-    manner.delay = std::chrono::milliseconds(30);
-    manner.rebootTime = std::chrono::milliseconds(1);
-    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    AnsweringCamera::Behaviour behaviour = asFastAsPossible();
+    behaviour.delay = std::chrono::milliseconds(30);
+    behaviour.rebootTime = std::chrono::milliseconds(1);
+    AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
     QSignalSpy logged(&camera, &AnsweringCamera::logged);
     line.receive(announcement());
     line.receive(packet());
@@ -314,10 +314,10 @@ void AnsweringCameraTest::acknowledgesTheLastPacketBeforeItReboots()
 void AnsweringCameraTest::rebootsAlsoWhenTheLineIsLost()
 {
     KeepingLine line;
-    AnsweringCamera::Manner manner = asFastAsPossible();
-    manner.delay = std::chrono::hours(1);
-    manner.rebootTime = std::chrono::milliseconds(1);
-    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    AnsweringCamera::Behaviour behaviour = asFastAsPossible();
+    behaviour.delay = std::chrono::hours(1);
+    behaviour.rebootTime = std::chrono::milliseconds(1);
+    AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
     QSignalSpy logged(&camera, &AnsweringCamera::logged);
     line.receive(announcement() + packet());
     QCOMPARE(logged.size(), 3);
@@ -330,9 +330,9 @@ void AnsweringCameraTest::rebootsAlsoWhenTheLineIsLost()
 void AnsweringCameraTest::rebootsAgainWithTheNextFirmware()
 {
     KeepingLine line;
-    AnsweringCamera::Manner manner = asFastAsPossible();
-    manner.rebootTime = std::chrono::milliseconds(0);
-    AnsweringCamera camera({}, manner, ExchangeLog(false), line);
+    AnsweringCamera::Behaviour behaviour = asFastAsPossible();
+    behaviour.rebootTime = std::chrono::milliseconds(0);
+    AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
     QSignalSpy logged(&camera, &AnsweringCamera::logged);
     QSignalSpy received(&camera, &AnsweringCamera::firmwareReceived);
     line.receive(announcement() + packet());
