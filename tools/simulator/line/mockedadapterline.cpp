@@ -84,8 +84,9 @@ public:
     }
     void remove(const QByteArray &device)
     {
-        // Adding announces a device by itself, removing does not.
+#ifdef CORVANE_ANNOUNCE_REMOVAL
         umockdev_testbed_uevent(m_testbed, device.constData(), "remove");
+#endif
         umockdev_testbed_remove_device(m_testbed, device.constData());
     }
 
