@@ -111,7 +111,7 @@ public:
     QString lineAfterReply()
     {
         QString text = line();
-        while (text.mid(14).startsWith("-> ")) {
+        while (text.indexOf("-> ", 14) == 14) {
             text = line();
         }
         return text;
