@@ -38,7 +38,7 @@ public:
 private:
     struct Wait {
         QPointer<QTimer> timer;
-        int loopLevel; ///< around the wait's own event loop
+        int loopLevel = 0; ///< around the wait's own event loop
     };
 
     void passIfDue();
