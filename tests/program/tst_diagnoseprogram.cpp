@@ -272,585 +272,559 @@ class DiagnoseProgramTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void judgesACamera_data();
-    void judgesACamera();
-    void asksOnceForHelloAndNothingElse();
-    void tellsVersionAndSettings();
-    void tellsTheSameToPeople();
-    void judgesAnAdapter_data();
-    void judgesAnAdapter();
-    void listsThePorts();
-    void noticesThatTheAdapterIsPulledOut();
-    void judgesWhatAFarEndSends_data();
-    void judgesWhatAFarEndSends();
-    void endsWhateverKeepsComing_data();
-    void endsWhateverKeepsComing();
-    void opensThePortAsCorvaneDoes();
-    void judgesWhatIsNoPort_data();
-    void judgesWhatIsNoPort();
-    void namesTheProgramThatHasThePort();
-    void namesTheProgramThatSharesThePort_data();
-    void namesTheProgramThatSharesThePort();
-    void namesTheProgramOfAnotherUserByItsLock();
-    void tellsOfAProgramThatItMayNotSee();
-    void tellsALockLeftBehind();
-    void tellsAPortThatItsOwnerHasClosed();
-    void tellsWhichGroupWouldHelp_data();
-    void tellsWhichGroupWouldHelp();
-    void stopsWithABadCommandLine();
-    void informs();
-    void tellsAStandardOutputThatIsFull();
-};
-
-void DiagnoseProgramTest::initTestCase()
-{
-    // The simulator's preload library stands in front of a sanitizer's runtime library, which does
-    // no harm here and is reported all the same.
-    qputenv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":verify_asan_link_order=0");
-}
-
-void DiagnoseProgramTest::judgesACamera_data()
-{
-    QTest::addColumn<QStringList>("camera");
-    QTest::addColumn<double>("wait");
-    QTest::addColumn<int>("bytes");
-    QTest::addColumn<int>("latest");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QString>("verdicts");
-
-    const auto fault = [](const char *plan) { return QStringList{"--faults", plan}; };
-    QTest::newRow("in order") << QStringList{} << 20.0 << 26 << kInTime << 0 << "answer";
-    QTest::newRow("a reply byte by byte")
-        << fault("split@reply:1") << 20.0 << 26 << kInTime << 0 << "answer";
-    QTest::newRow("a slow camera")
-        << QStringList{"--delay", "1100"} << 20.0 << 26 << kLate << 1 << "answer-late";
-    QTest::newRow("a camera slower than Corvane waits")
-        << QStringList{"--delay", "5100"} << 20.0 << 26 << kTooLate << 4 << "answer-too-late";
-    QTest::newRow("a camera slower than the wait")
-        << QStringList{"--delay", "20000"} << 0.3 << 0 << kInTime << 4 << "silent";
-    QTest::newRow("switched off") << QStringList{"--silent"} << 0.3 << 0 << kInTime << 4
-                                  << "silent";
-    QTest::newRow("the request lost")
-        << fault("drop@request:1") << 0.3 << 0 << kInTime << 4 << "silent";
-    QTest::newRow("a wrong sum") << fault("wrong-sum@reply:1") << 0.3 << 26 << kInTime << 4
-                                 << "wrong-sums";
-    QTest::newRow("a damaged bit")
-        << fault("corrupt=0x10@reply:1.15") << 0.3 << 26 << kInTime << 4 << "wrong-sums";
-    QTest::newRow("a damaged header")
-        << fault("corrupt=0x20@reply:1.0") << 0.3 << 26 << kInTime << 4 << "no-frame";
-    QTest::newRow("cut short") << fault("truncate@reply:1.20") << 0.3 << 20 << kInTime << 4
-                               << "broken-off";
-    QTest::newRow("a byte lost") << fault("drop-byte@reply:1.14") << 0.3 << 25 << kInTime << 4
-                                 << "broken-off";
-    QTest::newRow("the reply to another command")
-        << fault("wrong-command@reply:1") << 0.3 << 26 << kInTime << 4 << "other-acknowledgements";
-    QTest::newRow("a frame of the reserved type")
-        << fault("foreign-type@reply:1") << 0.3 << 26 << kInTime << 4 << "foreign-frames";
-    QTest::newRow("somebody else's request")
-        << fault("foreign-type=1@reply:1") << 0.3 << 26 << kInTime << 4 << "foreign-frames";
-    QTest::newRow("two replies") << fault("duplicate=100@reply:1") << 20.0 << 52 << kInTime << 1
-                                 << "answer-among-others";
-    QTest::newRow("noise before the reply")
-        << fault("noise@reply:1") << 20.0 << 34 << kInTime << 1 << "answer-amid-noise";
-    QTest::newRow("noise behind the reply")
-        << fault("trail@reply:1") << 20.0 << 34 << kInTime << 1 << "answer-amid-noise";
-    QTest::newRow("half a reply before the reply")
-        << fault("half-frame@reply:1") << 20.0 << 39 << kInTime << 1 << "answer-amid-noise";
-    QTest::newRow("a version that makes the sum FF")
-        << QStringList{"--camera-version", "1.0.0.105"} << 20.0 << 26 << kInTime << 1
-        << "answer-sum-ff";
-    QTest::newRow("a slow camera amid noise")
-        << QStringList{"--delay", "1100", "--faults", "noise@reply:1"} << 20.0 << 34 << kLate << 1
-        << "answer-amid-noise answer-late";
-    QTest::newRow("hung up within the reply")
-        << fault("hang-up@reply:1.5") << 20.0 << 0 << kInTime << 3 << "hung-up";
-    QTest::newRow("hung up before the reply")
-        << fault("hang-up@reply:1.0") << 20.0 << 0 << kInTime << 3 << "hung-up";
-}
-
-void DiagnoseProgramTest::judgesACamera()
-{
-    QFETCH(QStringList, camera);
-    QFETCH(double, wait);
-    QFETCH(int, bytes);
-    QFETCH(int, latest);
-    for (int attempt = 1;; ++attempt, wait *= 2) {
-        Simulator simulator(QStringList{"--quiet"} + camera);
-        Diagnosis diagnosis({"--wait", QString::number(wait), simulator.portName()});
-        QVERIFY(diagnosis.hasEnded());
-        if (attempt == kAttempts || isAsFastAs(bytes, latest, diagnosis.report())) {
-            QTEST(diagnosis.exitCode(), "exitCode");
-            QTEST(diagnosis.verdicts(), "verdicts");
-            return;
-        }
+    void initTestCase()
+    {
+        // The simulator's preload library stands in front of a sanitizer's runtime library, which
+        // does no harm here and is reported all the same.
+        qputenv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":verify_asan_link_order=0");
     }
-}
 
-void DiagnoseProgramTest::asksOnceForHelloAndNothingElse()
-{
-    Simulator simulator({"--hex", "--delay", "1000"});
-    Diagnosis diagnosis({"--wait", "600", simulator.portName()});
-    QVERIFY(diagnosis.hasEnded());
-    QVERIFY(simulator.event().endsWith("| " + helloRequest()));
-    QVERIFY(simulator.event().startsWith("-> HELLO ack "));
-    simulator.process().terminate();
-    QVERIFY(simulator.process().waitForFinished(kPatience));
-    QCOMPARE(simulator.process().readAllStandardOutput(), QByteArray());
-}
+    void judgesACamera_data()
+    {
+        QTest::addColumn<QStringList>("camera");
+        QTest::addColumn<double>("wait");
+        QTest::addColumn<int>("bytes");
+        QTest::addColumn<int>("latest");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("verdicts");
 
-void DiagnoseProgramTest::tellsVersionAndSettings()
-{
-    Simulator simulator({"--quiet", "--camera-version", "1.2.10.16", "--settings", "2,9,1,0,3"});
-    const QString port = simulator.portName();
-    Diagnosis diagnosis({"--wait", "600", port});
-    QVERIFY(diagnosis.hasEnded());
-    const QJsonObject report = diagnosis.report();
-    QVERIFY2(report.contains("version"), qPrintable(diagnosis.sentence()));
-    QCOMPARE(report["port"].toString(), port);
-    QCOMPARE(report["version"].toString(), QString("1.2.a.10"));
-    QCOMPARE(report["settings"].toObject(),
-             (QJsonObject{{"Auto Tracking", "Pan Tracking"},
-                          {"Target Missing Compensation", "Preset 7"},
-                          {"Camera Installed direction", "Upside down"},
-                          {"Auto Zoom", "OFF"},
-                          {"Zoom Offset", "Custom"}}));
-    QCOMPARE(diagnosis.received("bytes"), 26);
-    QVERIFY(report["answerMilliseconds"].toInt(-1) >= 0);
-}
-
-void DiagnoseProgramTest::tellsTheSameToPeople()
-{
-    Simulator simulator({"--quiet", "--silent"});
-    const QString port = simulator.portName();
-    QProcess process;
-    process.start(DIAGNOSE_PROGRAM, {"--wait", "0.3", port});
-    QVERIFY(process.waitForFinished(kPatience));
-    QCOMPARE(process.exitCode(), 4);
-    const QString output = QString::fromLocal8Bit(process.readAllStandardOutput());
-    QVERIFY2(output.startsWith("Nothing at all came back within 0.3 s.\nIs the camera on? Is "
-                               + port + " the right adapter? "),
-             qPrintable(output));
-    QVERIFY2(output.endsWith("\nVerdict on " + port + ": silent\n"), qPrintable(output));
-    QCOMPARE(process.readAllStandardError(),
-             "Asking the camera at " + port.toLocal8Bit() + ", for up to 0.3 seconds ...\n");
-}
-
-void DiagnoseProgramTest::judgesAnAdapter_data()
-{
-    QTest::addColumn<QStringList>("camera");
-    QTest::addColumn<QString>("port");
-    QTest::addColumn<int>("bytes");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QString>("sentence");
-
-    const QString port = uniquePortName();
-    const QStringList noise{"--faults", "noise@reply:1"};
-    QTest::newRow("by its name") << noise << port << 34 << 1 << "The camera answered, but ";
-    QTest::newRow("by its path") << noise << "/dev/" + port << 34 << 1
-                                 << "The camera answered, but ";
-    QTest::newRow("by another name")
-        << QStringList{} << port + "x" << 0 << 3 << "There is no serial port " + port + "x.";
-    QTest::newRow("that hangs up") << QStringList{"--faults", "hang-up@reply:1.5"} << port << 0 << 3
-                                   << port + " failed while the camera was asked: ";
-}
-
-void DiagnoseProgramTest::judgesAnAdapter()
-{
-    QFETCH(QStringList, camera);
-    QFETCH(QString, port);
-    QFETCH(int, bytes);
-    QFETCH(QString, sentence);
-    for (int attempt = 1;; ++attempt) {
-        Companion simulator(SIMULATOR_PROGRAM,
-                            QStringList{"--quiet", "--port", uniquePortName()} + camera
-                                + QStringList{"--", DIAGNOSE_PROGRAM, "--json", port});
-        QVERIFY(simulator.process().waitForFinished(kPatience));
-        const QJsonObject report =
-            QJsonDocument::fromJson(simulator.process().readAllStandardOutput()).object();
-        if (attempt == kAttempts || isAsFastAs(bytes, kLate, report)) {
-            QTEST(simulator.process().exitCode(), "exitCode");
-            QVERIFY2(report["sentence"].toString().startsWith(sentence),
-                     qPrintable(report["sentence"].toString()));
-            QCOMPARE(report["ports"].toArray(), QJsonArray{uniquePortName() + " (USB Serial)"});
-            return;
-        }
+        const auto fault = [](const char *plan) { return QStringList{"--faults", plan}; };
+        QTest::newRow("in order") << QStringList{} << 20.0 << 26 << kInTime << 0 << "answer";
+        QTest::newRow("a reply byte by byte")
+            << fault("split@reply:1") << 20.0 << 26 << kInTime << 0 << "answer";
+        QTest::newRow("a slow camera")
+            << QStringList{"--delay", "1100"} << 20.0 << 26 << kLate << 1 << "answer-late";
+        QTest::newRow("a camera slower than Corvane waits")
+            << QStringList{"--delay", "5100"} << 20.0 << 26 << kTooLate << 4 << "answer-too-late";
+        QTest::newRow("a camera slower than the wait")
+            << QStringList{"--delay", "20000"} << 0.3 << 0 << kInTime << 4 << "silent";
+        QTest::newRow("switched off")
+            << QStringList{"--silent"} << 0.3 << 0 << kInTime << 4 << "silent";
+        QTest::newRow("the request lost")
+            << fault("drop@request:1") << 0.3 << 0 << kInTime << 4 << "silent";
+        QTest::newRow("a wrong sum")
+            << fault("wrong-sum@reply:1") << 0.3 << 26 << kInTime << 4 << "wrong-sums";
+        QTest::newRow("a damaged bit")
+            << fault("corrupt=0x10@reply:1.15") << 0.3 << 26 << kInTime << 4 << "wrong-sums";
+        QTest::newRow("a damaged header")
+            << fault("corrupt=0x20@reply:1.0") << 0.3 << 26 << kInTime << 4 << "no-frame";
+        QTest::newRow("cut short")
+            << fault("truncate@reply:1.20") << 0.3 << 20 << kInTime << 4 << "broken-off";
+        QTest::newRow("a byte lost")
+            << fault("drop-byte@reply:1.14") << 0.3 << 25 << kInTime << 4 << "broken-off";
+        QTest::newRow("the reply to another command") << fault("wrong-command@reply:1") << 0.3 << 26
+                                                      << kInTime << 4 << "other-acknowledgements";
+        QTest::newRow("a frame of the reserved type")
+            << fault("foreign-type@reply:1") << 0.3 << 26 << kInTime << 4 << "foreign-frames";
+        QTest::newRow("somebody else's request")
+            << fault("foreign-type=1@reply:1") << 0.3 << 26 << kInTime << 4 << "foreign-frames";
+        QTest::newRow("two replies") << fault("duplicate=100@reply:1") << 20.0 << 52 << kInTime << 1
+                                     << "answer-among-others";
+        QTest::newRow("noise before the reply")
+            << fault("noise@reply:1") << 20.0 << 34 << kInTime << 1 << "answer-amid-noise";
+        QTest::newRow("noise behind the reply")
+            << fault("trail@reply:1") << 20.0 << 34 << kInTime << 1 << "answer-amid-noise";
+        QTest::newRow("half a reply before the reply")
+            << fault("half-frame@reply:1") << 20.0 << 39 << kInTime << 1 << "answer-amid-noise";
+        QTest::newRow("a version that makes the sum FF")
+            << QStringList{"--camera-version", "1.0.0.105"} << 20.0 << 26 << kInTime << 1
+            << "answer-sum-ff";
+        QTest::newRow("a slow camera amid noise")
+            << QStringList{"--delay", "1100", "--faults", "noise@reply:1"} << 20.0 << 34 << kLate
+            << 1 << "answer-amid-noise answer-late";
+        QTest::newRow("hung up within the reply")
+            << fault("hang-up@reply:1.5") << 20.0 << 0 << kInTime << 3 << "hung-up";
+        QTest::newRow("hung up before the reply")
+            << fault("hang-up@reply:1.0") << 20.0 << 0 << kInTime << 3 << "hung-up";
     }
-}
 
-void DiagnoseProgramTest::listsThePorts()
-{
-    const QStringList adapter{"--quiet", "--port", uniquePortName(), "--", DIAGNOSE_PROGRAM};
-    Companion text(SIMULATOR_PROGRAM, adapter + QStringList{"--list"});
-    QVERIFY(text.process().waitForFinished(kPatience));
-    QCOMPARE(text.process().exitCode(), 0);
-    QCOMPARE(text.line(), uniquePortName() + " (USB Serial)");
-    QCOMPARE(text.process().readAllStandardOutput(), QByteArray());
-
-    Companion json(SIMULATOR_PROGRAM, adapter + QStringList{"--list", "--json"});
-    QVERIFY(json.process().waitForFinished(kPatience));
-    QCOMPARE(json.process().exitCode(), 0);
-    QCOMPARE(QJsonDocument::fromJson(json.process().readAllStandardOutput()).object(),
-             (QJsonObject{{"ports", QJsonArray{uniquePortName() + " (USB Serial)"}}}));
-}
-
-void DiagnoseProgramTest::noticesThatTheAdapterIsPulledOut()
-{
-    const QTemporaryDir folder;
-    const QString controlPath = folder.filePath("control");
-    Simulator simulator({"--silent", "--control", controlPath});
-    Diagnosis diagnosis({"--wait", "600", simulator.portName()});
-    QVERIFY(simulator.event().startsWith("<- HELLO "));
-    QLocalSocket control;
-    control.connectToServer(controlPath);
-    control.write("unplug\n");
-    QVERIFY(control.waitForBytesWritten(kPatience));
-    QCOMPARE(simulator.event(), QString("-- unplugged"));
-    QCOMPARE(diagnosis.exitCode(), 3);
-    QCOMPARE(diagnosis.verdicts(), QString("hung-up"));
-    QCOMPARE(diagnosis.report()["systemError"].toString(), QString("Input/output error"));
-    QCOMPARE(diagnosis.received("bytes"), 0);
-}
-
-void DiagnoseProgramTest::judgesWhatAFarEndSends_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QString>("verdicts");
-    QTest::addColumn<QString>("sentence");
-
-    QTest::newRow("what was sent") << helloRequest() << 4 << "echo"
-                                   << "The own request came back, and no answer.";
-    QTest::newRow("what was sent, and an answer")
-        << helloRequest() + helloAnswer() << 1 << "answer-among-others"
-        << "The camera answered, but other frames came as well: 1 of the own request.";
-    QTest::newRow("another device's prompt")
-        << QByteArray("6C 6F 67 69 6E 3A 20") << 4 << "no-frame"
-        << "7 bytes came, but no frame. The first: 6C 6F 67 69 6E 3A 20, as text \"login: \".";
-    QTest::newRow("bytes at another speed")
-        << QByteArray("80 78 F8 00") << 4 << "no-frame"
-        << "4 bytes came, but no frame. The first: 80 78 F8 00.";
-    QTest::newRow("an answer without settings")
-        << QByteArray("FF FF 0E 41 01 06 07 06 09 05 16 00 01 00 00 06 8E") << 1 << "answer-short"
-        << "The camera answered, but its answer is too short: 17 bytes instead of 26. Corvane "
-           "connects and takes for 0 what is missing.";
-}
-
-void DiagnoseProgramTest::judgesWhatAFarEndSends()
-{
-    QFETCH(QByteArray, bytes);
-    double wait = 0.3;
-    for (int attempt = 1;; ++attempt, wait *= 2) {
-        FarEnd farEnd;
-        Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
-        answerWith(farEnd, bytes);
-        QVERIFY(diagnosis.hasEnded());
-        const int size = QByteArray::fromHex(bytes).size();
-        if (attempt == kAttempts || isAsFastAs(size, kInTime, diagnosis.report())) {
-            QTEST(diagnosis.exitCode(), "exitCode");
-            QTEST(diagnosis.verdicts(), "verdicts");
-            QTEST(diagnosis.sentence(), "sentence");
-            return;
-        }
-    }
-}
-
-void DiagnoseProgramTest::endsWhateverKeepsComing_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<double>("wait");
-    QTest::addColumn<QString>("verdict");
-
-    QTest::newRow("noise") << QByteArray("00 12 FF 34 80") << 0.5 << "no-frame";
-    QTest::newRow("FF") << QByteArray("FF") << 0.5 << "no-frame";
-    QTest::newRow("headers") << QByteArray("FF FF 0A") << 0.5 << "no-frame";
-    QTest::newRow("answers") << helloAnswer() << 600.0 << "answer-among-others";
-}
-
-// At full speed, for as long as the program runs.
-void DiagnoseProgramTest::endsWhateverKeepsComing()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(double, wait);
-    constexpr int kMany = 1000;
-    for (int attempt = 1;; ++attempt, wait *= 2) {
-        FarEnd farEnd;
-        Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
-        QTRY_COMPARE(farEnd.received(), helloRequest());
-        const QByteArray many = QByteArray::fromHex(bytes).repeated(100);
-        QElapsedTimer clock;
-        clock.start();
-        while (!diagnosis.hasEnded(1)) {
-            QVERIFY(!clock.hasExpired(kPatience));
-            for (int i = 0; i < 100; ++i) {
-                farEnd.write(many);
+    void judgesACamera()
+    {
+        QFETCH(QStringList, camera);
+        QFETCH(double, wait);
+        QFETCH(int, bytes);
+        QFETCH(int, latest);
+        for (int attempt = 1;; ++attempt, wait *= 2) {
+            Simulator simulator(QStringList{"--quiet"} + camera);
+            Diagnosis diagnosis({"--wait", QString::number(wait), simulator.portName()});
+            QVERIFY(diagnosis.hasEnded());
+            if (attempt == kAttempts || isAsFastAs(bytes, latest, diagnosis.report())) {
+                QTEST(diagnosis.exitCode(), "exitCode");
+                QTEST(diagnosis.verdicts(), "verdicts");
+                return;
             }
         }
-        if (attempt == kAttempts || isAsFastAs(kMany, kInTime, diagnosis.report())) {
-            QTEST(diagnosis.verdicts().section(' ', 0, 0), "verdict");
-            QVERIFY(diagnosis.received("bytes") >= kMany);
-            return;
-        }
     }
-}
 
-void DiagnoseProgramTest::opensThePortAsCorvaneDoes()
-{
-    FarEnd farEnd;
-    termios settings = farEnd.settings();
-    ::cfsetspeed(&settings, B9600);
-    settings.c_cflag |= static_cast<tcflag_t>(CSTOPB | CRTSCTS);
-    settings.c_iflag |= static_cast<tcflag_t>(IXON | IXOFF | ICRNL);
-    settings.c_lflag |= static_cast<tcflag_t>(ECHO | ICANON);
-    farEnd.setSettings(settings);
-    Diagnosis diagnosis({"--wait", "600", farEnd.portName()});
-    QTRY_COMPARE(farEnd.received(), helloRequest());
-    settings = farEnd.settings();
-    QCOMPARE(::cfgetispeed(&settings), speed_t{B115200});
-    QCOMPARE(::cfgetospeed(&settings), speed_t{B115200});
-    QCOMPARE(settings.c_cflag & tcflag_t{CSIZE}, tcflag_t{CS8});
-    QCOMPARE(settings.c_cflag & static_cast<tcflag_t>(PARENB | CSTOPB | CRTSCTS), 0U);
-    QCOMPARE(settings.c_iflag & static_cast<tcflag_t>(IXON | IXOFF | ICRNL), 0U);
-    QCOMPARE(settings.c_lflag & static_cast<tcflag_t>(ECHO | ICANON), 0U);
-    farEnd.write(QByteArray::fromHex(helloAnswer()));
-    QVERIFY(diagnosis.hasEnded());
-    QCOMPARE(diagnosis.received("bytes"), 26);
-}
-
-void DiagnoseProgramTest::judgesWhatIsNoPort_data()
-{
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<QString>("verdict");
-    QTest::addColumn<QString>("sentence");
-
-    QTest::newRow("a file") << SERIAL_HOST_PROGRAM << "not-serial"
-                            << "is no serial port but a file.";
-    QTest::newRow("a folder") << "/"
-                              << "not-serial"
-                              << "is no serial port but a folder.";
-    QTest::newRow("another device") << "/dev/null"
-                                    << "not-serial"
-                                    << "is no serial port but another kind of device.";
-    QTest::newRow("nothing") << "/nowhere"
-                             << "no-device"
-                             << "There is no serial port";
-    QTest::newRow("below a file") << QString(SERIAL_HOST_PROGRAM "/x") << "no-device"
-                                  << "There is no serial port";
-}
-
-void DiagnoseProgramTest::judgesWhatIsNoPort()
-{
-    QFETCH(QString, target);
-    QFETCH(QString, sentence);
-    // Under a name of its own, because what can be opened is locked by its name.
-    const QTemporaryDir folder;
-    const QString port = folder.filePath("port");
-    QVERIFY(QFile::link(target, port));
-    Diagnosis diagnosis({port});
-    QCOMPARE(diagnosis.exitCode(), 3);
-    QTEST(diagnosis.verdicts(), "verdict");
-    QVERIFY2(diagnosis.sentence().contains(sentence) && diagnosis.sentence().contains(port),
-             qPrintable(diagnosis.sentence()));
-}
-
-void DiagnoseProgramTest::namesTheProgramThatHasThePort()
-{
-    const FarEnd farEnd;
-    Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
-    QCOMPARE(holder.line(), QString("open"));
-    Diagnosis diagnosis({farEnd.portName()});
-    QCOMPARE(diagnosis.exitCode(), 3);
-    QCOMPARE(diagnosis.verdicts(), QString("held"));
-    QCOMPARE(diagnosis.sentence(),
-             QString("Another program has %1 open: serialhost (process %2).")
-                 .arg(farEnd.portName())
-                 .arg(holder.process().processId()));
-}
-
-void DiagnoseProgramTest::namesTheProgramThatSharesThePort_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QString>("verdict");
-
-    QTest::newRow("with an answer") << helloAnswer() << 1 << "answer-shared";
-    QTest::newRow("without") << QByteArray() << 4 << "shared";
-}
-
-void DiagnoseProgramTest::namesTheProgramThatSharesThePort()
-{
-    QFETCH(QByteArray, bytes);
-    double wait = 0.3;
-    for (int attempt = 1;; ++attempt, wait *= 2) {
-        FarEnd farEnd;
-        Companion holder;
-        holder.process().setStandardInputFile(farEnd.portName());
-        holder.process().start("sleep", {"600"});
-        QVERIFY(holder.process().waitForStarted(kPatience));
-        Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
-        answerWith(farEnd, bytes);
+    void asksOnceForHelloAndNothingElse()
+    {
+        Simulator simulator({"--hex", "--delay", "1000"});
+        Diagnosis diagnosis({"--wait", "600", simulator.portName()});
         QVERIFY(diagnosis.hasEnded());
-        const int size = QByteArray::fromHex(bytes).size();
-        if (attempt == kAttempts || isAsFastAs(size, kInTime, diagnosis.report())) {
-            QTEST(diagnosis.exitCode(), "exitCode");
-            QTEST(diagnosis.verdicts(), "verdict");
-            const auto pid = static_cast<int>(holder.process().processId());
-            QCOMPARE(diagnosis.report()["holders"].toArray(),
-                     (QJsonArray{QJsonObject{{"name", "sleep"}, {"pid", pid}}}));
-            return;
+        QVERIFY(simulator.event().endsWith("| " + helloRequest()));
+        QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+        simulator.process().terminate();
+        QVERIFY(simulator.process().waitForFinished(kPatience));
+        QCOMPARE(simulator.process().readAllStandardOutput(), QByteArray());
+    }
+
+    void tellsVersionAndSettings()
+    {
+        Simulator simulator(
+            {"--quiet", "--camera-version", "1.2.10.16", "--settings", "2,9,1,0,3"});
+        const QString port = simulator.portName();
+        Diagnosis diagnosis({"--wait", "600", port});
+        QVERIFY(diagnosis.hasEnded());
+        const QJsonObject report = diagnosis.report();
+        QVERIFY2(report.contains("version"), qPrintable(diagnosis.sentence()));
+        QCOMPARE(report["port"].toString(), port);
+        QCOMPARE(report["version"].toString(), QString("1.2.a.10"));
+        QCOMPARE(report["settings"].toObject(),
+                 (QJsonObject{{"Auto Tracking", "Pan Tracking"},
+                              {"Target Missing Compensation", "Preset 7"},
+                              {"Camera Installed direction", "Upside down"},
+                              {"Auto Zoom", "OFF"},
+                              {"Zoom Offset", "Custom"}}));
+        QCOMPARE(diagnosis.received("bytes"), 26);
+        QVERIFY(report["answerMilliseconds"].toInt(-1) >= 0);
+    }
+
+    void tellsTheSameToPeople()
+    {
+        Simulator simulator({"--quiet", "--silent"});
+        const QString port = simulator.portName();
+        QProcess process;
+        process.start(DIAGNOSE_PROGRAM, {"--wait", "0.3", port});
+        QVERIFY(process.waitForFinished(kPatience));
+        QCOMPARE(process.exitCode(), 4);
+        const QString output = QString::fromLocal8Bit(process.readAllStandardOutput());
+        QVERIFY2(output.startsWith("Nothing at all came back within 0.3 s.\nIs the camera on? Is "
+                                   + port + " the right adapter? "),
+                 qPrintable(output));
+        QVERIFY2(output.endsWith("\nVerdict on " + port + ": silent\n"), qPrintable(output));
+        QCOMPARE(process.readAllStandardError(),
+                 "Asking the camera at " + port.toLocal8Bit() + ", for up to 0.3 seconds ...\n");
+    }
+
+    void judgesAnAdapter_data()
+    {
+        QTest::addColumn<QStringList>("camera");
+        QTest::addColumn<QString>("port");
+        QTest::addColumn<int>("bytes");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("sentence");
+
+        const QString port = uniquePortName();
+        const QStringList noise{"--faults", "noise@reply:1"};
+        QTest::newRow("by its name") << noise << port << 34 << 1 << "The camera answered, but ";
+        QTest::newRow("by its path")
+            << noise << "/dev/" + port << 34 << 1 << "The camera answered, but ";
+        QTest::newRow("by another name")
+            << QStringList{} << port + "x" << 0 << 3 << "There is no serial port " + port + "x.";
+        QTest::newRow("that hangs up") << QStringList{"--faults", "hang-up@reply:1.5"} << port << 0
+                                       << 3 << port + " failed while the camera was asked: ";
+    }
+
+    void judgesAnAdapter()
+    {
+        QFETCH(QStringList, camera);
+        QFETCH(QString, port);
+        QFETCH(int, bytes);
+        QFETCH(QString, sentence);
+        for (int attempt = 1;; ++attempt) {
+            Companion simulator(SIMULATOR_PROGRAM,
+                                QStringList{"--quiet", "--port", uniquePortName()} + camera
+                                    + QStringList{"--", DIAGNOSE_PROGRAM, "--json", port});
+            QVERIFY(simulator.process().waitForFinished(kPatience));
+            const QJsonObject report =
+                QJsonDocument::fromJson(simulator.process().readAllStandardOutput()).object();
+            if (attempt == kAttempts || isAsFastAs(bytes, kLate, report)) {
+                QTEST(simulator.process().exitCode(), "exitCode");
+                QVERIFY2(report["sentence"].toString().startsWith(sentence),
+                         qPrintable(report["sentence"].toString()));
+                QCOMPARE(report["ports"].toArray(), QJsonArray{uniquePortName() + " (USB Serial)"});
+                return;
+            }
         }
     }
-}
 
-void DiagnoseProgramTest::namesTheProgramOfAnotherUserByItsLock()
-{
-    const QString obstacle = obstacleToOtherUsers();
-    if (!obstacle.isEmpty()) {
-        QSKIP(qPrintable(obstacle));
+    void listsThePorts()
+    {
+        const QStringList adapter{"--quiet", "--port", uniquePortName(), "--", DIAGNOSE_PROGRAM};
+        Companion text(SIMULATOR_PROGRAM, adapter + QStringList{"--list"});
+        QVERIFY(text.process().waitForFinished(kPatience));
+        QCOMPARE(text.process().exitCode(), 0);
+        QCOMPARE(text.line(), uniquePortName() + " (USB Serial)");
+        QCOMPARE(text.process().readAllStandardOutput(), QByteArray());
+
+        Companion json(SIMULATOR_PROGRAM, adapter + QStringList{"--list", "--json"});
+        QVERIFY(json.process().waitForFinished(kPatience));
+        QCOMPARE(json.process().exitCode(), 0);
+        QCOMPARE(QJsonDocument::fromJson(json.process().readAllStandardOutput()).object(),
+                 (QJsonObject{{"ports", QJsonArray{uniquePortName() + " (USB Serial)"}}}));
     }
-    const FarEnd farEnd;
-    QVERIFY(give(farEnd, "root", "root", 0666));
-    Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
-    QCOMPARE(holder.line(), QString("open"));
-    Diagnosis diagnosis({farEnd.portName()}, asNobodyIn("nogroup"));
-    QCOMPARE(diagnosis.exitCode(), 3);
-    QCOMPARE(diagnosis.verdicts(), QString("held"));
-    QVERIFY2(
-        diagnosis.sentence().endsWith(QString("(process %1).").arg(holder.process().processId())),
-        qPrintable(diagnosis.sentence()));
-}
 
-void DiagnoseProgramTest::tellsOfAProgramThatItMayNotSee()
-{
-    const QString obstacle = obstacleToOtherUsers();
-    if (!obstacle.isEmpty()) {
-        QSKIP(qPrintable(obstacle));
+    void noticesThatTheAdapterIsPulledOut()
+    {
+        const QTemporaryDir folder;
+        const QString controlPath = folder.filePath("control");
+        Simulator simulator({"--silent", "--control", controlPath});
+        Diagnosis diagnosis({"--wait", "600", simulator.portName()});
+        QVERIFY(simulator.event().startsWith("<- HELLO "));
+        QLocalSocket control;
+        control.connectToServer(controlPath);
+        control.write("unplug\n");
+        QVERIFY(control.waitForBytesWritten(kPatience));
+        QCOMPARE(simulator.event(), QString("-- unplugged"));
+        QCOMPARE(diagnosis.exitCode(), 3);
+        QCOMPARE(diagnosis.verdicts(), QString("hung-up"));
+        QCOMPARE(diagnosis.report()["systemError"].toString(), QString("Input/output error"));
+        QCOMPARE(diagnosis.received("bytes"), 0);
     }
-    const FarEnd farEnd;
-    QVERIFY(give(farEnd, "root", "root", 0666));
-    Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
-    QCOMPARE(holder.line(), QString("open"));
-    // Not every program locks its port.
-    QVERIFY(QFile::remove(farEnd.lockPath()));
-    Diagnosis diagnosis({farEnd.portName()}, asNobodyIn("nogroup"));
-    QCOMPARE(diagnosis.exitCode(), 3);
-    QCOMPARE(diagnosis.verdicts(), QString("held-unseen"));
-}
 
-void DiagnoseProgramTest::tellsALockLeftBehind()
-{
-    const FarEnd farEnd;
-    Companion ended("true", {});
-    QVERIFY(ended.process().waitForStarted(kPatience));
-    const qint64 pid = ended.process().processId();
-    QVERIFY(ended.process().waitForFinished(kPatience));
-    QFile lock(farEnd.lockPath());
-    if (!lock.open(QIODevice::WriteOnly)) {
-        QSKIP("the lock files of serial ports cannot be written");
+    void judgesWhatAFarEndSends_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("verdicts");
+        QTest::addColumn<QString>("sentence");
+
+        QTest::newRow("what was sent") << helloRequest() << 4 << "echo"
+                                       << "The own request came back, and no answer.";
+        QTest::newRow("what was sent, and an answer")
+            << helloRequest() + helloAnswer() << 1 << "answer-among-others"
+            << "The camera answered, but other frames came as well: 1 of the own request.";
+        QTest::newRow("another device's prompt")
+            << QByteArray("6C 6F 67 69 6E 3A 20") << 4 << "no-frame"
+            << "7 bytes came, but no frame. The first: 6C 6F 67 69 6E 3A 20, as text \"login: \".";
+        QTest::newRow("bytes at another speed")
+            << QByteArray("80 78 F8 00") << 4 << "no-frame"
+            << "4 bytes came, but no frame. The first: 80 78 F8 00.";
+        QTest::newRow("an answer without settings")
+            << QByteArray("FF FF 0E 41 01 06 07 06 09 05 16 00 01 00 00 06 8E") << 1
+            << "answer-short"
+            << "The camera answered, but its answer is too short: 17 bytes instead of 26. Corvane "
+               "connects and takes for 0 what is missing.";
     }
-    // Of another computer's name, as it was called otherwise then: a lock of this one would be
-    // removed by whoever comes next.
-    lock.write(QByteArray::number(pid) + "\nminicom\nother-name\n");
-    lock.close();
-    Diagnosis diagnosis({farEnd.portName()});
-    const int exitCode = diagnosis.exitCode();
-    lock.remove();
-    QCOMPARE(exitCode, 3);
-    QCOMPARE(diagnosis.verdicts(), QString("stale-lock"));
-    QVERIFY2(diagnosis.remedy().contains(QString("\"sudo rm %1\"").arg(farEnd.lockPath())),
-             qPrintable(diagnosis.remedy()));
-}
 
-void DiagnoseProgramTest::tellsAPortThatItsOwnerHasClosed()
-{
-    const QString obstacle = obstacleToOtherUsers();
-    if (isRoot() && !obstacle.isEmpty()) {
-        QSKIP(qPrintable(obstacle));
+    void judgesWhatAFarEndSends()
+    {
+        QFETCH(QByteArray, bytes);
+        double wait = 0.3;
+        for (int attempt = 1;; ++attempt, wait *= 2) {
+            FarEnd farEnd;
+            Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
+            answerWith(farEnd, bytes);
+            QVERIFY(diagnosis.hasEnded());
+            const int size = QByteArray::fromHex(bytes).size();
+            if (attempt == kAttempts || isAsFastAs(size, kInTime, diagnosis.report())) {
+                QTEST(diagnosis.exitCode(), "exitCode");
+                QTEST(diagnosis.verdicts(), "verdicts");
+                QTEST(diagnosis.sentence(), "sentence");
+                return;
+            }
+        }
     }
-    const FarEnd farEnd;
-    QCOMPARE(::chmod(farEnd.path(), 0), 0);
-    Diagnosis diagnosis({farEnd.portName()}, isRoot() ? asNobodyIn("nogroup") : QStringList{});
-    QCOMPARE(diagnosis.exitCode(), 3);
-    QCOMPARE(diagnosis.verdicts(), QString("not-permitted"));
-    QVERIFY(diagnosis.remedy().contains(QString("\"ls -l %1\"").arg(farEnd.portName())));
-}
 
-void DiagnoseProgramTest::tellsWhichGroupWouldHelp_data()
-{
-    QTest::addColumn<QString>("ownGroup");
-    QTest::addColumn<QByteArray>("owner");
-    QTest::addColumn<QByteArray>("group");
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<QString>("verdict");
-    QTest::addColumn<QString>("sentence");
+    void endsWhateverKeepsComing_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<double>("wait");
+        QTest::addColumn<QString>("verdict");
 
-    QTest::newRow("a group to join")
-        << "nogroup" << QByteArray("root") << QByteArray("dialout") << 0660 << "not-in-group"
-        << "You may not open %1: it is for the group dialout, and nobody is not in it.";
-    QTest::newRow("a group joined, but not in this session")
-        << "daemon" << QByteArray("root") << QByteArray("nogroup") << 0660 << "login-missing"
-        << "You may not open %1 yet: nobody has joined the group nogroup, but not logged in since.";
-    QTest::newRow("a group that may only read")
-        << "nogroup" << QByteArray("root") << QByteArray("dialout") << 0640 << "not-permitted"
-        << "You may not open %1: it belongs to root, and joining a group would not help.";
-    QTest::newRow("a group that is kept out")
-        << "dialout" << QByteArray("root") << QByteArray("dialout") << 0606 << "not-permitted"
-        << "You may not open %1: it belongs to root, and joining a group would not help.";
-    QTest::newRow("an owner who is kept out")
-        << "nogroup" << QByteArray("nobody") << QByteArray("dialout") << 0066 << "not-permitted"
-        << "You may not open %1: it belongs to nobody, and joining a group would not help.";
-}
-
-void DiagnoseProgramTest::tellsWhichGroupWouldHelp()
-{
-    QFETCH(QString, ownGroup);
-    QFETCH(QByteArray, owner);
-    QFETCH(QByteArray, group);
-    QFETCH(int, mode);
-    QFETCH(QString, sentence);
-    const QString obstacle = obstacleToOtherUsers();
-    if (!obstacle.isEmpty()) {
-        QSKIP(qPrintable(obstacle));
+        QTest::newRow("noise") << QByteArray("00 12 FF 34 80") << 0.5 << "no-frame";
+        QTest::newRow("FF") << QByteArray("FF") << 0.5 << "no-frame";
+        QTest::newRow("headers") << QByteArray("FF FF 0A") << 0.5 << "no-frame";
+        QTest::newRow("answers") << helloAnswer() << 600.0 << "answer-among-others";
     }
-    const FarEnd farEnd;
-    QVERIFY(give(farEnd, owner, group, static_cast<mode_t>(mode)));
-    Diagnosis diagnosis({farEnd.portName()}, asNobodyIn(ownGroup));
-    QCOMPARE(diagnosis.exitCode(), 3);
-    QTEST(diagnosis.verdicts(), "verdict");
-    QCOMPARE(diagnosis.sentence(), sentence.arg(farEnd.portName()));
-}
 
-void DiagnoseProgramTest::stopsWithABadCommandLine()
-{
-    QProcess process;
-    process.start(DIAGNOSE_PROGRAM, QStringList{});
-    QVERIFY(process.waitForFinished(kPatience));
-    QCOMPARE(process.exitCode(), 2);
-    QCOMPARE(process.readAllStandardError(),
-             QByteArray("corvane-diagnose: the name of a port is needed; --list shows them\n"
-                        "Try --help.\n"));
-    QCOMPARE(process.readAllStandardOutput(), QByteArray());
-}
+    // At full speed, for as long as the program runs.
+    void endsWhateverKeepsComing()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(double, wait);
+        constexpr int kMany = 1000;
+        for (int attempt = 1;; ++attempt, wait *= 2) {
+            FarEnd farEnd;
+            Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
+            QTRY_COMPARE(farEnd.received(), helloRequest());
+            const QByteArray many = QByteArray::fromHex(bytes).repeated(100);
+            QElapsedTimer clock;
+            clock.start();
+            while (!diagnosis.hasEnded(1)) {
+                QVERIFY(!clock.hasExpired(kPatience));
+                for (int i = 0; i < 100; ++i) {
+                    farEnd.write(many);
+                }
+            }
+            if (attempt == kAttempts || isAsFastAs(kMany, kInTime, diagnosis.report())) {
+                QTEST(diagnosis.verdicts().section(' ', 0, 0), "verdict");
+                QVERIFY(diagnosis.received("bytes") >= kMany);
+                return;
+            }
+        }
+    }
 
-void DiagnoseProgramTest::informs()
-{
-    QProcess process;
-    process.start(DIAGNOSE_PROGRAM, {"--version"});
-    QVERIFY(process.waitForFinished(kPatience));
-    QCOMPARE(process.exitCode(), 0);
-    QCOMPARE(process.readAllStandardOutput(), QByteArray("corvane-diagnose 1.0.0.5\n"));
-}
+    void opensThePortAsCorvaneDoes()
+    {
+        FarEnd farEnd;
+        termios settings = farEnd.settings();
+        ::cfsetspeed(&settings, B9600);
+        settings.c_cflag |= static_cast<tcflag_t>(CSTOPB | CRTSCTS);
+        settings.c_iflag |= static_cast<tcflag_t>(IXON | IXOFF | ICRNL);
+        settings.c_lflag |= static_cast<tcflag_t>(ECHO | ICANON);
+        farEnd.setSettings(settings);
+        Diagnosis diagnosis({"--wait", "600", farEnd.portName()});
+        QTRY_COMPARE(farEnd.received(), helloRequest());
+        settings = farEnd.settings();
+        QCOMPARE(::cfgetispeed(&settings), speed_t{B115200});
+        QCOMPARE(::cfgetospeed(&settings), speed_t{B115200});
+        QCOMPARE(settings.c_cflag & tcflag_t{CSIZE}, tcflag_t{CS8});
+        QCOMPARE(settings.c_cflag & static_cast<tcflag_t>(PARENB | CSTOPB | CRTSCTS), 0U);
+        QCOMPARE(settings.c_iflag & static_cast<tcflag_t>(IXON | IXOFF | ICRNL), 0U);
+        QCOMPARE(settings.c_lflag & static_cast<tcflag_t>(ECHO | ICANON), 0U);
+        farEnd.write(QByteArray::fromHex(helloAnswer()));
+        QVERIFY(diagnosis.hasEnded());
+        QCOMPARE(diagnosis.received("bytes"), 26);
+    }
 
-void DiagnoseProgramTest::tellsAStandardOutputThatIsFull()
-{
-    QProcess process;
-    process.setStandardOutputFile("/dev/full");
-    process.start(DIAGNOSE_PROGRAM, {"/nowhere"});
-    QVERIFY(process.waitForFinished(kPatience));
-    QCOMPARE(process.exitCode(), 5);
-    QCOMPARE(process.readAllStandardError(),
-             QByteArray("corvane-diagnose: cannot write the result: No space left on device\n"));
-}
+    void judgesWhatIsNoPort_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QString>("verdict");
+        QTest::addColumn<QString>("sentence");
+
+        QTest::newRow("a file") << SERIAL_HOST_PROGRAM << "not-serial"
+                                << "is no serial port but a file.";
+        QTest::newRow("a folder") << "/"
+                                  << "not-serial"
+                                  << "is no serial port but a folder.";
+        QTest::newRow("another device") << "/dev/null"
+                                        << "not-serial"
+                                        << "is no serial port but another kind of device.";
+        QTest::newRow("nothing") << "/nowhere"
+                                 << "no-device"
+                                 << "There is no serial port";
+        QTest::newRow("below a file") << QString(SERIAL_HOST_PROGRAM "/x") << "no-device"
+                                      << "There is no serial port";
+    }
+
+    void judgesWhatIsNoPort()
+    {
+        QFETCH(QString, target);
+        QFETCH(QString, sentence);
+        // Under a name of its own, because what can be opened is locked by its name.
+        const QTemporaryDir folder;
+        const QString port = folder.filePath("port");
+        QVERIFY(QFile::link(target, port));
+        Diagnosis diagnosis({port});
+        QCOMPARE(diagnosis.exitCode(), 3);
+        QTEST(diagnosis.verdicts(), "verdict");
+        QVERIFY2(diagnosis.sentence().contains(sentence) && diagnosis.sentence().contains(port),
+                 qPrintable(diagnosis.sentence()));
+    }
+
+    void namesTheProgramThatHasThePort()
+    {
+        const FarEnd farEnd;
+        Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
+        QCOMPARE(holder.line(), QString("open"));
+        Diagnosis diagnosis({farEnd.portName()});
+        QCOMPARE(diagnosis.exitCode(), 3);
+        QCOMPARE(diagnosis.verdicts(), QString("held"));
+        QCOMPARE(diagnosis.sentence(),
+                 QString("Another program has %1 open: serialhost (process %2).")
+                     .arg(farEnd.portName())
+                     .arg(holder.process().processId()));
+    }
+
+    void namesTheProgramThatSharesThePort_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("verdict");
+
+        QTest::newRow("with an answer") << helloAnswer() << 1 << "answer-shared";
+        QTest::newRow("without") << QByteArray() << 4 << "shared";
+    }
+
+    void namesTheProgramThatSharesThePort()
+    {
+        QFETCH(QByteArray, bytes);
+        double wait = 0.3;
+        for (int attempt = 1;; ++attempt, wait *= 2) {
+            FarEnd farEnd;
+            Companion holder;
+            holder.process().setStandardInputFile(farEnd.portName());
+            holder.process().start("sleep", {"600"});
+            QVERIFY(holder.process().waitForStarted(kPatience));
+            Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
+            answerWith(farEnd, bytes);
+            QVERIFY(diagnosis.hasEnded());
+            const int size = QByteArray::fromHex(bytes).size();
+            if (attempt == kAttempts || isAsFastAs(size, kInTime, diagnosis.report())) {
+                QTEST(diagnosis.exitCode(), "exitCode");
+                QTEST(diagnosis.verdicts(), "verdict");
+                const auto pid = static_cast<int>(holder.process().processId());
+                QCOMPARE(diagnosis.report()["holders"].toArray(),
+                         (QJsonArray{QJsonObject{{"name", "sleep"}, {"pid", pid}}}));
+                return;
+            }
+        }
+    }
+
+    void namesTheProgramOfAnotherUserByItsLock()
+    {
+        const QString obstacle = obstacleToOtherUsers();
+        if (!obstacle.isEmpty()) {
+            QSKIP(qPrintable(obstacle));
+        }
+        const FarEnd farEnd;
+        QVERIFY(give(farEnd, "root", "root", 0666));
+        Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
+        QCOMPARE(holder.line(), QString("open"));
+        Diagnosis diagnosis({farEnd.portName()}, asNobodyIn("nogroup"));
+        QCOMPARE(diagnosis.exitCode(), 3);
+        QCOMPARE(diagnosis.verdicts(), QString("held"));
+        QVERIFY2(diagnosis.sentence().endsWith(
+                     QString("(process %1).").arg(holder.process().processId())),
+                 qPrintable(diagnosis.sentence()));
+    }
+
+    void tellsOfAProgramThatItMayNotSee()
+    {
+        const QString obstacle = obstacleToOtherUsers();
+        if (!obstacle.isEmpty()) {
+            QSKIP(qPrintable(obstacle));
+        }
+        const FarEnd farEnd;
+        QVERIFY(give(farEnd, "root", "root", 0666));
+        Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
+        QCOMPARE(holder.line(), QString("open"));
+        // Not every program locks its port.
+        QVERIFY(QFile::remove(farEnd.lockPath()));
+        Diagnosis diagnosis({farEnd.portName()}, asNobodyIn("nogroup"));
+        QCOMPARE(diagnosis.exitCode(), 3);
+        QCOMPARE(diagnosis.verdicts(), QString("held-unseen"));
+    }
+
+    void tellsALockLeftBehind()
+    {
+        const FarEnd farEnd;
+        Companion ended("true", {});
+        QVERIFY(ended.process().waitForStarted(kPatience));
+        const qint64 pid = ended.process().processId();
+        QVERIFY(ended.process().waitForFinished(kPatience));
+        QFile lock(farEnd.lockPath());
+        if (!lock.open(QIODevice::WriteOnly)) {
+            QSKIP("the lock files of serial ports cannot be written");
+        }
+        // Of another computer's name, as it was called otherwise then: a lock of this one would be
+        // removed by whoever comes next.
+        lock.write(QByteArray::number(pid) + "\nminicom\nother-name\n");
+        lock.close();
+        Diagnosis diagnosis({farEnd.portName()});
+        const int exitCode = diagnosis.exitCode();
+        lock.remove();
+        QCOMPARE(exitCode, 3);
+        QCOMPARE(diagnosis.verdicts(), QString("stale-lock"));
+        QVERIFY2(diagnosis.remedy().contains(QString("\"sudo rm %1\"").arg(farEnd.lockPath())),
+                 qPrintable(diagnosis.remedy()));
+    }
+
+    void tellsAPortThatItsOwnerHasClosed()
+    {
+        const QString obstacle = obstacleToOtherUsers();
+        if (isRoot() && !obstacle.isEmpty()) {
+            QSKIP(qPrintable(obstacle));
+        }
+        const FarEnd farEnd;
+        QCOMPARE(::chmod(farEnd.path(), 0), 0);
+        Diagnosis diagnosis({farEnd.portName()}, isRoot() ? asNobodyIn("nogroup") : QStringList{});
+        QCOMPARE(diagnosis.exitCode(), 3);
+        QCOMPARE(diagnosis.verdicts(), QString("not-permitted"));
+        QVERIFY(diagnosis.remedy().contains(QString("\"ls -l %1\"").arg(farEnd.portName())));
+    }
+
+    void tellsWhichGroupWouldHelp_data()
+    {
+        QTest::addColumn<QString>("ownGroup");
+        QTest::addColumn<QByteArray>("owner");
+        QTest::addColumn<QByteArray>("group");
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("verdict");
+        QTest::addColumn<QString>("sentence");
+
+        QTest::newRow("a group to join")
+            << "nogroup" << QByteArray("root") << QByteArray("dialout") << 0660 << "not-in-group"
+            << "You may not open %1: it is for the group dialout, and nobody is not in it.";
+        QTest::newRow("a group joined, but not in this session")
+            << "daemon" << QByteArray("root") << QByteArray("nogroup") << 0660 << "login-missing"
+            << "You may not open %1 yet: nobody has joined the group nogroup, but not logged in "
+               "since.";
+        QTest::newRow("a group that may only read")
+            << "nogroup" << QByteArray("root") << QByteArray("dialout") << 0640 << "not-permitted"
+            << "You may not open %1: it belongs to root, and joining a group would not help.";
+        QTest::newRow("a group that is kept out")
+            << "dialout" << QByteArray("root") << QByteArray("dialout") << 0606 << "not-permitted"
+            << "You may not open %1: it belongs to root, and joining a group would not help.";
+        QTest::newRow("an owner who is kept out")
+            << "nogroup" << QByteArray("nobody") << QByteArray("dialout") << 0066 << "not-permitted"
+            << "You may not open %1: it belongs to nobody, and joining a group would not help.";
+    }
+
+    void tellsWhichGroupWouldHelp()
+    {
+        QFETCH(QString, ownGroup);
+        QFETCH(QByteArray, owner);
+        QFETCH(QByteArray, group);
+        QFETCH(int, mode);
+        QFETCH(QString, sentence);
+        const QString obstacle = obstacleToOtherUsers();
+        if (!obstacle.isEmpty()) {
+            QSKIP(qPrintable(obstacle));
+        }
+        const FarEnd farEnd;
+        QVERIFY(give(farEnd, owner, group, static_cast<mode_t>(mode)));
+        Diagnosis diagnosis({farEnd.portName()}, asNobodyIn(ownGroup));
+        QCOMPARE(diagnosis.exitCode(), 3);
+        QTEST(diagnosis.verdicts(), "verdict");
+        QCOMPARE(diagnosis.sentence(), sentence.arg(farEnd.portName()));
+    }
+
+    void stopsWithABadCommandLine()
+    {
+        QProcess process;
+        process.start(DIAGNOSE_PROGRAM, QStringList{});
+        QVERIFY(process.waitForFinished(kPatience));
+        QCOMPARE(process.exitCode(), 2);
+        QCOMPARE(process.readAllStandardError(),
+                 QByteArray("corvane-diagnose: the name of a port is needed; --list shows them\n"
+                            "Try --help.\n"));
+        QCOMPARE(process.readAllStandardOutput(), QByteArray());
+    }
+
+    void informs()
+    {
+        QProcess process;
+        process.start(DIAGNOSE_PROGRAM, {"--version"});
+        QVERIFY(process.waitForFinished(kPatience));
+        QCOMPARE(process.exitCode(), 0);
+        QCOMPARE(process.readAllStandardOutput(), QByteArray("corvane-diagnose 1.0.0.5\n"));
+    }
+
+    void tellsAStandardOutputThatIsFull()
+    {
+        QProcess process;
+        process.setStandardOutputFile("/dev/full");
+        process.start(DIAGNOSE_PROGRAM, {"/nowhere"});
+        QVERIFY(process.waitForFinished(kPatience));
+        QCOMPARE(process.exitCode(), 5);
+        QCOMPARE(
+            process.readAllStandardError(),
+            QByteArray("corvane-diagnose: cannot write the result: No space left on device\n"));
+    }
+};
 
 QTEST_GUILESS_MAIN(DiagnoseProgramTest)
 #include "tst_diagnoseprogram.moc"

@@ -66,355 +66,336 @@ class ImageProgramTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-    void obeysEachCommand_data();
-    void obeysEachCommand();
-    void writesAFile_data();
-    void writesAFile();
-    void replacesAFile();
-    void keepsWhatWasThereWhenTheInputIsNotRight_data();
-    void keepsWhatWasThereWhenTheInputIsNotRight();
-    void tellsFilesItCannotRead_data();
-    void tellsFilesItCannotRead();
-    void tellsFilesItCannotWrite_data();
-    void tellsFilesItCannotWrite();
-    void keepsWhatWasThereWhenTheDiskIsFull();
-    void doesNotReplaceWhatIsNoRegularFile();
-    void tellsAStandardOutputThatIsFull_data();
-    void tellsAStandardOutputThatIsFull();
-    void stopsReadingAnEndlessInput_data();
-    void stopsReadingAnEndlessInput();
-    void refusesAnImageThatIsTooLarge();
-    void stopsWithABadCommandLine();
-    void informs_data();
-    void informs();
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        put("good.img", image());
+        put("bad.img", image() + "*");
+        put("firmware", firmware());
+    }
+
+    void cleanup() { m_folder.reset(); }
+
+    void obeysEachCommand_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<QByteArray>("output");
+
+        const QByteArray none;
+        QTest::newRow("pack") << pack("firmware", "-") << none << image();
+        QTest::newRow("pack a pipe") << pack("-", "-") << firmware() << image();
+        QTest::newRow("info") << QStringList{"info", "good.img"} << none << report();
+        QTest::newRow("info on a pipe") << QStringList{"info", "-"} << image() << report();
+        QTest::newRow("unpack") << QStringList{"unpack", "good.img", "-"} << none << firmware();
+        QTest::newRow("unpack a pipe") << QStringList{"unpack", "-", "-"} << image() << firmware();
+        QTest::newRow("unpack nothing")
+            << QStringList{"unpack", "-", "-"} << image().left(128) << none;
+        QTest::newRow("verify") << QStringList{"verify", "good.img"} << none
+                                << QByteArray("good.img: valid\n");
+        QTest::newRow("verify a pipe")
+            << QStringList{"verify", "-"} << image() << QByteArray("-: valid\n");
+    }
+
+    void obeysEachCommand()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, input);
+        const Outcome outcome = run(arguments, input);
+        QCOMPARE(outcome.errors, QByteArray());
+        QTEST(outcome.output, "output");
+        QCOMPARE(outcome.exitCode, 0);
+    }
+
+    void writesAFile_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<QByteArray>("contents");
+
+        QTest::newRow("pack") << pack("firmware", "new") << QByteArray() << image();
+        QTest::newRow("pack a pipe") << pack("-", "new") << firmware() << image();
+        QTest::newRow("unpack") << QStringList{"unpack", "good.img", "new"} << QByteArray()
+                                << firmware();
+        QTest::newRow("unpack a pipe")
+            << QStringList{"unpack", "-", "new"} << image() << firmware();
+    }
+
+    void writesAFile()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, input);
+        const Outcome outcome = run(arguments, input);
+        QCOMPARE(outcome.errors, QByteArray());
+        QCOMPARE(outcome.output, QByteArray());
+        QCOMPARE(outcome.exitCode, 0);
+        QTEST(contentsOf("new"), "contents");
+    }
+
+    void replacesAFile()
+    {
+        put("old", QByteArray(1000, 'x'));
+        QCOMPARE(run({"unpack", "good.img", "old"}).exitCode, 0);
+        QCOMPARE(contentsOf("old"), firmware());
+    }
+
+    void keepsWhatWasThereWhenTheInputIsNotRight_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<QByteArray>("errors");
+
+        const QByteArray foreign = R"(offset 164: "*" (2a) is not a base64 character)";
+        const QByteArray none;
+        QTest::newRow("unpack") << QStringList{"unpack", "bad.img", "old"} << none
+                                << "corvane-image: bad.img: " + foreign + "\n";
+        QTest::newRow("unpack to the standard output")
+            << QStringList{"unpack", "bad.img", "-"} << none
+            << "corvane-image: bad.img: " + foreign + "\n";
+        QTest::newRow("unpack a pipe") << QStringList{"unpack", "-", "old"} << image() + "*"
+                                       << "corvane-image: -: " + foreign + "\n";
+        QTest::newRow("info") << QStringList{"info", "bad.img"} << none
+                              << "corvane-image: bad.img: " + foreign + "\n";
+        QTest::newRow("verify") << QStringList{"verify", "bad.img"} << none
+                                << "corvane-image: bad.img: " + foreign + "\n";
+        QTest::newRow("verify what is no image")
+            << QStringList{"verify", "firmware"} << none
+            << QByteArray("corvane-image: firmware: offset 0: the magic is \"0123\" (30 31 32 33), "
+                          "not \"KVEL\"\n");
+        QTest::newRow("verify a header cut short")
+            << QStringList{"verify", "-"} << image().left(100)
+            << QByteArray(
+                   "corvane-image: -: offset 100: the file ends here, shorter than the header "
+                   "of 128 bytes\n");
+        QTest::newRow("pack 16 MiB")
+            << pack("-", "old") << QByteArray(16777216, 'x')
+            << QByteArray("corvane-image: -: offset 16777215: too large: a "
+                          "firmware has at most 16777215 bytes\n");
+    }
+
+    void keepsWhatWasThereWhenTheInputIsNotRight()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, input);
+        put("old", "precious");
+        const QStringList before = QDir(m_folder->path()).entryList();
+        const Outcome outcome = run(arguments, input);
+        QTEST(outcome.errors, "errors");
+        QCOMPARE(outcome.output, QByteArray());
+        QCOMPARE(outcome.exitCode, 1);
+        QCOMPARE(contentsOf("old"), QByteArray("precious"));
+        QCOMPARE(QDir(m_folder->path()).entryList(), before);
+    }
+
+    void tellsFilesItCannotRead_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("errors");
+
+        QTest::newRow("missing") << QStringList{"info", "none.img"}
+                                 << QByteArray(
+                                        "corvane-image: none.img: No such file or directory\n");
+        QTest::newRow("missing firmware")
+            << pack("none", "old")
+            << QByteArray("corvane-image: none: No such file or directory\n");
+        QTest::newRow("folder") << QStringList{"verify", "."}
+                                << QByteArray("corvane-image: .: file to open is a directory\n");
+        QTest::newRow("fails while it is read")
+            << QStringList{"unpack", "/proc/self/mem", "old"}
+            << QByteArray("corvane-image: /proc/self/mem: Input/output error\n");
+    }
+
+    void tellsFilesItCannotRead()
+    {
+        QFETCH(QStringList, arguments);
+        put("old", "precious");
+        const Outcome outcome = run(arguments);
+        QTEST(outcome.errors, "errors");
+        QCOMPARE(outcome.output, QByteArray());
+        QCOMPARE(outcome.exitCode, 3);
+        QCOMPARE(contentsOf("old"), QByteArray("precious"));
+    }
+
+    void tellsFilesItCannotWrite_data()
+    {
+        QTest::addColumn<QString>("output");
+        QTest::addColumn<QByteArray>("errors");
+
+        QTest::newRow("folder") << "." << QByteArray("corvane-image: .: is no regular file\n");
+        QTest::newRow("in a folder that is missing")
+            << "none/new" << QByteArray("corvane-image: none/new: No such file or directory\n");
+        QTest::newRow("in a file")
+            << "good.img/new" << QByteArray("corvane-image: good.img/new: Not a directory\n");
+    }
+
+    void tellsFilesItCannotWrite()
+    {
+        QFETCH(QString, output);
+        const QStringList before = QDir(m_folder->path()).entryList();
+        for (const QStringList &arguments :
+             {QStringList{"unpack", "good.img", output}, pack("firmware", output)}) {
+            const Outcome outcome = run(arguments);
+            QTEST(outcome.errors, "errors");
+            QCOMPARE(outcome.exitCode, 3);
+        }
+        QCOMPARE(QDir(m_folder->path()).entryList(), before);
+    }
+
+    void keepsWhatWasThereWhenTheDiskIsFull()
+    {
+        put("large", QByteArray(1000000, 'x'));
+        put("old", "precious");
+        const QStringList before = QDir(m_folder->path()).entryList();
+        QProcess process;
+        process.setWorkingDirectory(m_folder->path());
+        // A limit on the size of files stands in for a full disk; its signal would kill the
+        // program.
+        const QString limited = R"(trap "" XFSZ; ulimit -f 64; exec "$@")";
+        process.start("sh", QStringList{"-c", limited, "sh", IMAGE_PROGRAM} + pack("large", "old"));
+        const Outcome outcome = finish(process);
+        QCOMPARE(outcome.errors, QByteArray("corvane-image: old: File too large\n"));
+        QCOMPARE(outcome.exitCode, 3);
+        QCOMPARE(contentsOf("old"), QByteArray("precious"));
+        QCOMPARE(QDir(m_folder->path()).entryList(), before);
+    }
+
+    // A new file in its place would take a device away from everybody else.
+    void doesNotReplaceWhatIsNoRegularFile()
+    {
+        QCOMPARE(QProcess::execute("mkfifo", {path("pipe")}), 0);
+        const Outcome outcome = run({"unpack", "good.img", "pipe"});
+        QCOMPARE(outcome.errors, QByteArray("corvane-image: pipe: is no regular file\n"));
+        QCOMPARE(outcome.exitCode, 3);
+        QVERIFY(!QFileInfo(path("pipe")).isFile());
+        QVERIFY(QFileInfo::exists(path("pipe")));
+    }
+
+    void tellsAStandardOutputThatIsFull_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+
+        QTest::newRow("pack") << pack("firmware", "-");
+        QTest::newRow("unpack") << QStringList{"unpack", "good.img", "-"};
+        QTest::newRow("info") << QStringList{"info", "good.img"};
+        QTest::newRow("verify") << QStringList{"verify", "good.img"};
+        QTest::newRow("help") << QStringList{"--help"};
+    }
+
+    void tellsAStandardOutputThatIsFull()
+    {
+        QFETCH(QStringList, arguments);
+        QProcess process;
+        process.setWorkingDirectory(m_folder->path());
+        process.setStandardOutputFile("/dev/full");
+        process.start(IMAGE_PROGRAM, arguments);
+        const Outcome outcome = finish(process);
+        QCOMPARE(outcome.errors, QByteArray("corvane-image: -: No space left on device\n"));
+        QCOMPARE(outcome.exitCode, 3);
+    }
+
+    void stopsReadingAnEndlessInput_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("errors");
+
+        const QByteArray tooLarge =
+            "offset 16777215: too large: a firmware has at most 16777215 bytes\n";
+        QTest::newRow("pack the standard input")
+            << pack("-", "new") << "corvane-image: -: " + tooLarge;
+        QTest::newRow("pack a device")
+            << pack("/dev/zero", "new") << "corvane-image: /dev/zero: " + tooLarge;
+        QTest::newRow("verify the standard input")
+            << QStringList{"verify", "-"}
+            << QByteArray("corvane-image: -: offset 0: the magic is \"....\" (00 00 00 00), not "
+                          "\"KVEL\"\n");
+    }
+
+    void stopsReadingAnEndlessInput()
+    {
+        QFETCH(QStringList, arguments);
+        QProcess process;
+        process.setWorkingDirectory(m_folder->path());
+        process.setStandardInputFile("/dev/zero");
+        process.start(IMAGE_PROGRAM, arguments);
+        const Outcome outcome = finish(process);
+        QTEST(outcome.errors, "errors");
+        QCOMPARE(outcome.exitCode, 1);
+        QVERIFY(!QFileInfo::exists(path("new")));
+    }
+
+    void refusesAnImageThatIsTooLarge()
+    {
+        put("large.img", image() + QByteArray(22369576, 'A'));
+        const Outcome outcome = run({"verify", "large.img"});
+        QCOMPARE(
+            outcome.errors,
+            QByteArray("corvane-image: large.img: offset 22369738: too large: a firmware has at "
+                       "most 16777215 bytes\n"));
+        QCOMPARE(outcome.exitCode, 1);
+    }
+
+    void stopsWithABadCommandLine()
+    {
+        const Outcome outcome = run({"pack", "firmware", "new"});
+        QCOMPARE(outcome.errors,
+                 QByteArray("corvane-image: --protocol-version is needed\nTry --help.\n"));
+        QCOMPARE(outcome.output, QByteArray());
+        QCOMPARE(outcome.exitCode, 2);
+        QVERIFY(!QFileInfo::exists(path("new")));
+    }
+
+    void informs_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("part");
+
+        QTest::newRow("help") << QStringList{"--help"}
+                              << QByteArray("Exit codes:\n  0  all is well\n");
+        QTest::newRow("help of a command")
+            << QStringList{"pack", "--help"} << QByteArray("--protocol-version <A.B.C.D>");
+        QTest::newRow("version") << QStringList{"--version"} << QByteArray("corvane-image 1.");
+    }
+
+    void informs()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, part);
+        const Outcome outcome = run(arguments);
+        QVERIFY2(outcome.output.contains(part), outcome.output.constData());
+        QCOMPARE(outcome.errors, QByteArray());
+        QCOMPARE(outcome.exitCode, 0);
+    }
 
 private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
-    void put(const QString &name, const QByteArray &contents) const;
-    QByteArray contentsOf(const QString &name) const;
+
+    void put(const QString &name, const QByteArray &contents) const
+    {
+        QFile file(path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(contents), contents.size());
+    }
+
+    QByteArray contentsOf(const QString &name) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : "no file " + name.toUtf8();
+    }
+
     /// Runs the program in the test's folder.
-    Outcome run(const QStringList &arguments, const QByteArray &input = {}) const;
+    Outcome run(const QStringList &arguments, const QByteArray &input = QByteArray()) const
+    {
+        QProcess process;
+        process.setWorkingDirectory(m_folder->path());
+        process.start(IMAGE_PROGRAM, arguments);
+        process.write(input);
+        process.closeWriteChannel();
+        return finish(process);
+    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
-
-void ImageProgramTest::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_folder->isValid());
-    put("good.img", image());
-    put("bad.img", image() + "*");
-    put("firmware", firmware());
-}
-
-void ImageProgramTest::cleanup()
-{
-    m_folder.reset();
-}
-
-void ImageProgramTest::put(const QString &name, const QByteArray &contents) const
-{
-    QFile file(path(name));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(contents), contents.size());
-}
-
-QByteArray ImageProgramTest::contentsOf(const QString &name) const
-{
-    QFile file(path(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : "no file " + name.toUtf8();
-}
-
-Outcome ImageProgramTest::run(const QStringList &arguments, const QByteArray &input) const
-{
-    QProcess process;
-    process.setWorkingDirectory(m_folder->path());
-    process.start(IMAGE_PROGRAM, arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    return finish(process);
-}
-
-void ImageProgramTest::obeysEachCommand_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<QByteArray>("output");
-
-    const QByteArray none;
-    QTest::newRow("pack") << pack("firmware", "-") << none << image();
-    QTest::newRow("pack a pipe") << pack("-", "-") << firmware() << image();
-    QTest::newRow("info") << QStringList{"info", "good.img"} << none << report();
-    QTest::newRow("info on a pipe") << QStringList{"info", "-"} << image() << report();
-    QTest::newRow("unpack") << QStringList{"unpack", "good.img", "-"} << none << firmware();
-    QTest::newRow("unpack a pipe") << QStringList{"unpack", "-", "-"} << image() << firmware();
-    QTest::newRow("unpack nothing") << QStringList{"unpack", "-", "-"} << image().left(128) << none;
-    QTest::newRow("verify") << QStringList{"verify", "good.img"} << none
-                            << QByteArray("good.img: valid\n");
-    QTest::newRow("verify a pipe")
-        << QStringList{"verify", "-"} << image() << QByteArray("-: valid\n");
-}
-
-void ImageProgramTest::obeysEachCommand()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, input);
-    const Outcome outcome = run(arguments, input);
-    QCOMPARE(outcome.errors, QByteArray());
-    QTEST(outcome.output, "output");
-    QCOMPARE(outcome.exitCode, 0);
-}
-
-void ImageProgramTest::writesAFile_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<QByteArray>("contents");
-
-    QTest::newRow("pack") << pack("firmware", "new") << QByteArray() << image();
-    QTest::newRow("pack a pipe") << pack("-", "new") << firmware() << image();
-    QTest::newRow("unpack") << QStringList{"unpack", "good.img", "new"} << QByteArray()
-                            << firmware();
-    QTest::newRow("unpack a pipe") << QStringList{"unpack", "-", "new"} << image() << firmware();
-}
-
-void ImageProgramTest::writesAFile()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, input);
-    const Outcome outcome = run(arguments, input);
-    QCOMPARE(outcome.errors, QByteArray());
-    QCOMPARE(outcome.output, QByteArray());
-    QCOMPARE(outcome.exitCode, 0);
-    QTEST(contentsOf("new"), "contents");
-}
-
-void ImageProgramTest::replacesAFile()
-{
-    put("old", QByteArray(1000, 'x'));
-    QCOMPARE(run({"unpack", "good.img", "old"}).exitCode, 0);
-    QCOMPARE(contentsOf("old"), firmware());
-}
-
-void ImageProgramTest::keepsWhatWasThereWhenTheInputIsNotRight_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<QByteArray>("errors");
-
-    const QByteArray foreign = R"(offset 164: "*" (2a) is not a base64 character)";
-    const QByteArray none;
-    QTest::newRow("unpack") << QStringList{"unpack", "bad.img", "old"} << none
-                            << "corvane-image: bad.img: " + foreign + "\n";
-    QTest::newRow("unpack to the standard output") << QStringList{"unpack", "bad.img", "-"} << none
-                                                   << "corvane-image: bad.img: " + foreign + "\n";
-    QTest::newRow("unpack a pipe") << QStringList{"unpack", "-", "old"} << image() + "*"
-                                   << "corvane-image: -: " + foreign + "\n";
-    QTest::newRow("info") << QStringList{"info", "bad.img"} << none
-                          << "corvane-image: bad.img: " + foreign + "\n";
-    QTest::newRow("verify") << QStringList{"verify", "bad.img"} << none
-                            << "corvane-image: bad.img: " + foreign + "\n";
-    QTest::newRow("verify what is no image")
-        << QStringList{"verify", "firmware"} << none
-        << QByteArray("corvane-image: firmware: offset 0: the magic is \"0123\" (30 31 32 33), "
-                      "not \"KVEL\"\n");
-    QTest::newRow("verify a header cut short")
-        << QStringList{"verify", "-"} << image().left(100)
-        << QByteArray("corvane-image: -: offset 100: the file ends here, shorter than the header "
-                      "of 128 bytes\n");
-    QTest::newRow("pack 16 MiB") << pack("-", "old") << QByteArray(16777216, 'x')
-                                 << QByteArray("corvane-image: -: offset 16777215: too large: a "
-                                               "firmware has at most 16777215 bytes\n");
-}
-
-void ImageProgramTest::keepsWhatWasThereWhenTheInputIsNotRight()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, input);
-    put("old", "precious");
-    const QStringList before = QDir(m_folder->path()).entryList();
-    const Outcome outcome = run(arguments, input);
-    QTEST(outcome.errors, "errors");
-    QCOMPARE(outcome.output, QByteArray());
-    QCOMPARE(outcome.exitCode, 1);
-    QCOMPARE(contentsOf("old"), QByteArray("precious"));
-    QCOMPARE(QDir(m_folder->path()).entryList(), before);
-}
-
-void ImageProgramTest::tellsFilesItCannotRead_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("errors");
-
-    QTest::newRow("missing") << QStringList{"info", "none.img"}
-                             << QByteArray("corvane-image: none.img: No such file or directory\n");
-    QTest::newRow("missing firmware")
-        << pack("none", "old") << QByteArray("corvane-image: none: No such file or directory\n");
-    QTest::newRow("folder") << QStringList{"verify", "."}
-                            << QByteArray("corvane-image: .: file to open is a directory\n");
-    QTest::newRow("fails while it is read")
-        << QStringList{"unpack", "/proc/self/mem", "old"}
-        << QByteArray("corvane-image: /proc/self/mem: Input/output error\n");
-}
-
-void ImageProgramTest::tellsFilesItCannotRead()
-{
-    QFETCH(QStringList, arguments);
-    put("old", "precious");
-    const Outcome outcome = run(arguments);
-    QTEST(outcome.errors, "errors");
-    QCOMPARE(outcome.output, QByteArray());
-    QCOMPARE(outcome.exitCode, 3);
-    QCOMPARE(contentsOf("old"), QByteArray("precious"));
-}
-
-void ImageProgramTest::tellsFilesItCannotWrite_data()
-{
-    QTest::addColumn<QString>("output");
-    QTest::addColumn<QByteArray>("errors");
-
-    QTest::newRow("folder") << "." << QByteArray("corvane-image: .: is no regular file\n");
-    QTest::newRow("in a folder that is missing")
-        << "none/new" << QByteArray("corvane-image: none/new: No such file or directory\n");
-    QTest::newRow("in a file") << "good.img/new"
-                               << QByteArray("corvane-image: good.img/new: Not a directory\n");
-}
-
-void ImageProgramTest::tellsFilesItCannotWrite()
-{
-    QFETCH(QString, output);
-    const QStringList before = QDir(m_folder->path()).entryList();
-    for (const QStringList &arguments :
-         {QStringList{"unpack", "good.img", output}, pack("firmware", output)}) {
-        const Outcome outcome = run(arguments);
-        QTEST(outcome.errors, "errors");
-        QCOMPARE(outcome.exitCode, 3);
-    }
-    QCOMPARE(QDir(m_folder->path()).entryList(), before);
-}
-
-void ImageProgramTest::keepsWhatWasThereWhenTheDiskIsFull()
-{
-    put("large", QByteArray(1000000, 'x'));
-    put("old", "precious");
-    const QStringList before = QDir(m_folder->path()).entryList();
-    QProcess process;
-    process.setWorkingDirectory(m_folder->path());
-    // A limit on the size of files stands in for a full disk; its signal would kill the program.
-    const QString limited = R"(trap "" XFSZ; ulimit -f 64; exec "$@")";
-    process.start("sh", QStringList{"-c", limited, "sh", IMAGE_PROGRAM} + pack("large", "old"));
-    const Outcome outcome = finish(process);
-    QCOMPARE(outcome.errors, QByteArray("corvane-image: old: File too large\n"));
-    QCOMPARE(outcome.exitCode, 3);
-    QCOMPARE(contentsOf("old"), QByteArray("precious"));
-    QCOMPARE(QDir(m_folder->path()).entryList(), before);
-}
-
-// A new file in its place would take a device away from everybody else.
-void ImageProgramTest::doesNotReplaceWhatIsNoRegularFile()
-{
-    QCOMPARE(QProcess::execute("mkfifo", {path("pipe")}), 0);
-    const Outcome outcome = run({"unpack", "good.img", "pipe"});
-    QCOMPARE(outcome.errors, QByteArray("corvane-image: pipe: is no regular file\n"));
-    QCOMPARE(outcome.exitCode, 3);
-    QVERIFY(!QFileInfo(path("pipe")).isFile());
-    QVERIFY(QFileInfo::exists(path("pipe")));
-}
-
-void ImageProgramTest::tellsAStandardOutputThatIsFull_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-
-    QTest::newRow("pack") << pack("firmware", "-");
-    QTest::newRow("unpack") << QStringList{"unpack", "good.img", "-"};
-    QTest::newRow("info") << QStringList{"info", "good.img"};
-    QTest::newRow("verify") << QStringList{"verify", "good.img"};
-    QTest::newRow("help") << QStringList{"--help"};
-}
-
-void ImageProgramTest::tellsAStandardOutputThatIsFull()
-{
-    QFETCH(QStringList, arguments);
-    QProcess process;
-    process.setWorkingDirectory(m_folder->path());
-    process.setStandardOutputFile("/dev/full");
-    process.start(IMAGE_PROGRAM, arguments);
-    const Outcome outcome = finish(process);
-    QCOMPARE(outcome.errors, QByteArray("corvane-image: -: No space left on device\n"));
-    QCOMPARE(outcome.exitCode, 3);
-}
-
-void ImageProgramTest::stopsReadingAnEndlessInput_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("errors");
-
-    const QByteArray tooLarge =
-        "offset 16777215: too large: a firmware has at most 16777215 bytes\n";
-    QTest::newRow("pack the standard input") << pack("-", "new") << "corvane-image: -: " + tooLarge;
-    QTest::newRow("pack a device")
-        << pack("/dev/zero", "new") << "corvane-image: /dev/zero: " + tooLarge;
-    QTest::newRow("verify the standard input")
-        << QStringList{"verify", "-"}
-        << QByteArray("corvane-image: -: offset 0: the magic is \"....\" (00 00 00 00), not "
-                      "\"KVEL\"\n");
-}
-
-void ImageProgramTest::stopsReadingAnEndlessInput()
-{
-    QFETCH(QStringList, arguments);
-    QProcess process;
-    process.setWorkingDirectory(m_folder->path());
-    process.setStandardInputFile("/dev/zero");
-    process.start(IMAGE_PROGRAM, arguments);
-    const Outcome outcome = finish(process);
-    QTEST(outcome.errors, "errors");
-    QCOMPARE(outcome.exitCode, 1);
-    QVERIFY(!QFileInfo::exists(path("new")));
-}
-
-void ImageProgramTest::refusesAnImageThatIsTooLarge()
-{
-    put("large.img", image() + QByteArray(22369576, 'A'));
-    const Outcome outcome = run({"verify", "large.img"});
-    QCOMPARE(outcome.errors,
-             QByteArray("corvane-image: large.img: offset 22369738: too large: a firmware has at "
-                        "most 16777215 bytes\n"));
-    QCOMPARE(outcome.exitCode, 1);
-}
-
-void ImageProgramTest::stopsWithABadCommandLine()
-{
-    const Outcome outcome = run({"pack", "firmware", "new"});
-    QCOMPARE(outcome.errors,
-             QByteArray("corvane-image: --protocol-version is needed\nTry --help.\n"));
-    QCOMPARE(outcome.output, QByteArray());
-    QCOMPARE(outcome.exitCode, 2);
-    QVERIFY(!QFileInfo::exists(path("new")));
-}
-
-void ImageProgramTest::informs_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("part");
-
-    QTest::newRow("help") << QStringList{"--help"} << QByteArray("Exit codes:\n  0  all is well\n");
-    QTest::newRow("help of a command")
-        << QStringList{"pack", "--help"} << QByteArray("--protocol-version <A.B.C.D>");
-    QTest::newRow("version") << QStringList{"--version"} << QByteArray("corvane-image 1.");
-}
-
-void ImageProgramTest::informs()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, part);
-    const Outcome outcome = run(arguments);
-    QVERIFY2(outcome.output.contains(part), outcome.output.constData());
-    QCOMPARE(outcome.errors, QByteArray());
-    QCOMPARE(outcome.exitCode, 0);
-}
 
 QTEST_GUILESS_MAIN(ImageProgramTest)
 

@@ -142,85 +142,81 @@ class ReplayTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void drivesTheProgramThroughTheSameStatusLines_data();
-    void drivesTheProgramThroughTheSameStatusLines();
-    void showsWhatHappenedAtAnotherDesk();
-};
+    void drivesTheProgramThroughTheSameStatusLines_data()
+    {
+        QTest::addColumn<Session>("session");
 
-void ReplayTest::drivesTheProgramThroughTheSameStatusLines_data()
-{
-    QTest::addColumn<Session>("session");
+        QTest::newRow("settings and a zoom") << Session{{"--zoom-2", "272"}, changeSettings};
+        QTest::newRow("an unanswered request") << Session{{}, askASilentCamera};
+        QTest::newRow("a late reply") << Session{{"--delay", "3500"}, askALateCamera};
+        QTest::newRow("a pulled adapter") << Session{{}, pullTheAdapterOut};
+        // Recorded from a replay, because the simulated camera would not make such a reply.
+        QTest::newRow("a corrupted reply")
+            << Session{{"--replay", OPERATOR_SESSION_RECORDING}, seeACorruptedReply};
+    }
 
-    QTest::newRow("settings and a zoom") << Session{{"--zoom-2", "272"}, changeSettings};
-    QTest::newRow("an unanswered request") << Session{{}, askASilentCamera};
-    QTest::newRow("a late reply") << Session{{"--delay", "3500"}, askALateCamera};
-    QTest::newRow("a pulled adapter") << Session{{}, pullTheAdapterOut};
-    // Recorded from a replay, because the simulated camera would not make such a reply.
-    QTest::newRow("a corrupted reply")
-        << Session{{"--replay", OPERATOR_SESSION_RECORDING}, seeACorruptedReply};
-}
+    void drivesTheProgramThroughTheSameStatusLines()
+    {
+        QFETCH(Session, session);
+        const QTemporaryDir directory;
+        const QString path = directory.filePath("recording");
+        QStringList linesBefore;
+        {
+            RecordedFixture fixture;
+            DO(fixture.start(session.cameraOptions + QStringList{"--record", path}));
+            DO(session.operate(fixture, false));
+            DO(fixture.end());
+            linesBefore = fixture.statusLines();
+        }
+        // Those of the start alone would always be the same.
+        QVERIFY(linesBefore.contains("UART_CTRL_CMD_HELLO Received"));
+        RecordedFixture fixture;
+        DO(fixture.start({"--replay", path}));
+        DO(session.operate(fixture, true));
+        DO(fixture.corvane.waitUntil("the recording has ended", [&fixture] {
+            return fixture.notes().contains("the recording has ended");
+        }));
+        DO(fixture.end());
+        QCOMPARE(fixture.statusLines(), linesBefore);
+        QCOMPARE(fixture.notes().filter("the host sends"), QStringList());
+    }
 
-void ReplayTest::drivesTheProgramThroughTheSameStatusLines()
-{
-    QFETCH(Session, session);
-    const QTemporaryDir directory;
-    const QString path = directory.filePath("recording");
-    QStringList linesBefore;
+    void showsWhatHappenedAtAnotherDesk()
     {
         RecordedFixture fixture;
-        DO(fixture.start(session.cameraOptions + QStringList{"--record", path}));
-        DO(session.operate(fixture, false));
+        DO(fixture.start({"--replay", OPERATOR_SESSION_RECORDING}));
+        DO(seeACorruptedReply(fixture, true));
         DO(fixture.end());
-        linesBefore = fixture.statusLines();
+        QCOMPARE(fixture.notes(), (QStringList{"unplugged", "the recording has ended"}));
+        QCOMPARE(fixture.statusLines(),
+                 (QStringList{"startParser",
+                              "Disconnected",
+                              "Connected to " + sharedPort(),
+                              "data_step_head_ready: length = 23",
+                              "Analyze Data: length = 23",
+                              "AnalyzeReceiveData 25",
+                              "UART_COMM_TYPE_ACK Received",
+                              "UART_CTRL_CMD_HELLO Received",
+                              "ClientVersion: 1.2.3.a",
+                              "2.1.1.1.0.1.2",
+                              "data_step_head_ready: length = 23",
+                              "Analyze Data: length = 23",
+                              "AnalyzeReceiveData 25",
+                              "UART_COMM_TYPE_ACK Received",
+                              "UART_CTRL_CMD_CUSTOM_SETTING Received",
+                              "ClientVersion: 1.2.3.a",
+                              "2.1.1.1.0.1.2",
+                              "data_step_head_ready: length = 12",
+                              "Checksum Error 278",
+                              "data_step_head_ready: length = 12",
+                              "Analyze Data: length = 12",
+                              "AnalyzeReceiveData 14",
+                              "UART_COMM_TYPE_ACK Received",
+                              "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 300",
+                              "Disconnected",
+                              "Disconnected"}));
     }
-    // Those of the start alone would always be the same.
-    QVERIFY(linesBefore.contains("UART_CTRL_CMD_HELLO Received"));
-    RecordedFixture fixture;
-    DO(fixture.start({"--replay", path}));
-    DO(session.operate(fixture, true));
-    DO(fixture.corvane.waitUntil("the recording has ended", [&fixture] {
-        return fixture.notes().contains("the recording has ended");
-    }));
-    DO(fixture.end());
-    QCOMPARE(fixture.statusLines(), linesBefore);
-    QCOMPARE(fixture.notes().filter("the host sends"), QStringList());
-}
-
-void ReplayTest::showsWhatHappenedAtAnotherDesk()
-{
-    RecordedFixture fixture;
-    DO(fixture.start({"--replay", OPERATOR_SESSION_RECORDING}));
-    DO(seeACorruptedReply(fixture, true));
-    DO(fixture.end());
-    QCOMPARE(fixture.notes(), (QStringList{"unplugged", "the recording has ended"}));
-    QCOMPARE(fixture.statusLines(),
-             (QStringList{"startParser",
-                          "Disconnected",
-                          "Connected to " + sharedPort(),
-                          "data_step_head_ready: length = 23",
-                          "Analyze Data: length = 23",
-                          "AnalyzeReceiveData 25",
-                          "UART_COMM_TYPE_ACK Received",
-                          "UART_CTRL_CMD_HELLO Received",
-                          "ClientVersion: 1.2.3.a",
-                          "2.1.1.1.0.1.2",
-                          "data_step_head_ready: length = 23",
-                          "Analyze Data: length = 23",
-                          "AnalyzeReceiveData 25",
-                          "UART_COMM_TYPE_ACK Received",
-                          "UART_CTRL_CMD_CUSTOM_SETTING Received",
-                          "ClientVersion: 1.2.3.a",
-                          "2.1.1.1.0.1.2",
-                          "data_step_head_ready: length = 12",
-                          "Checksum Error 278",
-                          "data_step_head_ready: length = 12",
-                          "Analyze Data: length = 12",
-                          "AnalyzeReceiveData 14",
-                          "UART_COMM_TYPE_ACK Received",
-                          "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 300",
-                          "Disconnected",
-                          "Disconnected"}));
-}
+};
 
 QTEST_GUILESS_MAIN(ReplayTest)
 #include "tst_replay.moc"

@@ -256,774 +256,736 @@ class SimulatorProgramTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void answersOnAPseudoTerminal();
-    void takesItsStateFromTheCommandLine();
-    void printsTheBytesOnDemand();
-    void endsOnASignal_data();
-    void endsOnASignal();
-    void stopsWithABadCommandLine_data();
-    void stopsWithABadCommandLine();
-    void tellsItsVersion();
-    void endsAsTheProgramDoes_data();
-    void endsAsTheProgramDoes();
-    void givesTheProgramItsInputAndOutput();
-    void keepsOtherPreloadedLibraries();
-    void passesSignalsOnToTheProgram_data();
-    void passesSignalsOnToTheProgram();
-    void endsTheProgramWhenKilled();
-    void listsOneAdapter();
-    void answersOnTheAdapter();
-    void unplugsThePseudoTerminal();
-    void unplugsTheAdapter();
-    void announcesTheAdapter();
-    void hidesTheAdapterWhileUnplugged();
-    void quitsOnCommand();
-    void needsItsControlSocket();
-    void takesAFirmwareAndRebootsWithIt();
-    void savesAFirmwareBeforeItsLastAcknowledgement();
-    void savesNothingOfAnIncompleteFirmware();
-    void goesOnWhenAFirmwareCannotBeSaved();
-    void putsFaultsOnTheLine();
-    void changesFaultsOnCommand();
-    void hangsUpAndComesBack();
-    void recordsWhatPassesOnThePseudoTerminal();
-    void recordsWhatPassesOnTheAdapter();
-    void needsItsRecording();
-    void goesOnWhenTheRecordingCannot();
-    void replaysOnThePseudoTerminal();
-    void replaysOnTheAdapter();
-    void letsOthersInterfereWithAReplay();
-    void needsARecordingToReplay_data();
-    void needsARecordingToReplay();
-    void recordsACameraAtARealPort();
-    void isUnpluggedTogetherWithTheRealPort();
-    void needsTheRealPort();
+    void initTestCase()
+    {
+        // The preload library stands in front of a sanitizer's runtime library, which does no harm
+        // here and is reported all the same. For the simulator and the programs that it runs.
+        qputenv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":verify_asan_link_order=0");
+    }
+
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_controlPath = m_folder->filePath("control");
+    }
+
+    void answersOnAPseudoTerminal()
+    {
+        Simulator simulator({"--pty"});
+        Host host(simulator.portName());
+        QVERIFY(host.write(hello()));
+        QCOMPARE(host.read(26), helloReply());
+        QVERIFY(host.write("FF FF 0F 41 01 06 07 06 09 01 55 00 02 09 01 00 03 D2"));
+        QCOMPARE(host.read(26),
+                 QByteArray("FF FF 17 41 01 06 07 06 09 05 55 00 "
+                            "01 00 00 06 09 00 00 01 01 01 00 00 03 E5"));
+        QVERIFY(host.write("FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5"));
+        QCOMPARE(host.read(15), QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 00 64 0D"));
+        QCOMPARE(simulator.event(), QString("<- HELLO"));
+        QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+        QVERIFY(simulator.event().startsWith("<- CUSTOM_SETTING "));
+        QVERIFY(simulator.event().startsWith("-> CUSTOM_SETTING ack "));
+        QCOMPARE(simulator.event(), QString("<- SET_CUSTOM_ZOOM      zoom 1"));
+        QCOMPARE(simulator.event(), QString("-> SET_CUSTOM_ZOOM ack  value 100"));
+    }
+
+    void takesItsStateFromTheCommandLine()
+    {
+        Simulator simulator({"--pty", "--quiet", "--baud", "0", "--camera-version", "255.128.10.16",
+                             "--settings", "0,0,0,0,0", "--zoom-2", "400"});
+        Host host(simulator.portName());
+        QVERIFY(host.write(hello()));
+        QCOMPARE(host.read(26),
+                 QByteArray("FF FF 17 41 01 06 07 06 09 05 16 00 "
+                            "FF 80 0A 10 00 00 00 00 00 00 00 00 00 29"));
+        QVERIFY(host.write("FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6"));
+        QCOMPARE(host.read(15), QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 01 90 3A"));
+        simulator.sendSignal(SIGTERM);
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.output(), QString());
+    }
+
+    void printsTheBytesOnDemand()
+    {
+        Simulator simulator({"--pty", "--hex"});
+        Host host(simulator.portName());
+        QVERIFY(host.write(hello()));
+        QCOMPARE(simulator.event(), "<- HELLO | " + hello());
+        QVERIFY(simulator.event().endsWith(" | " + helloReply()));
+    }
+
+    void endsOnASignal_data()
+    {
+        QTest::addColumn<int>("number");
+
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+    }
+
+    void endsOnASignal()
+    {
+        QFETCH(int, number);
+        Simulator simulator({"--pty", "--control", m_controlPath});
+        const Host host(simulator.portName());
+        QVERIFY(!host.isHungUp());
+        simulator.sendSignal(number);
+        QCOMPARE(simulator.exitCode(), 0);
+        QVERIFY(host.isHungUp());
+        QVERIFY(!QFile::exists(m_controlPath));
+    }
+
+    void stopsWithABadCommandLine_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("message");
+
+        QTest::newRow("no line") << QStringList()
+                                 << "corvane-simulator: either --pty or a program is needed\n"
+                                    "Try --help.\n";
+        QTest::newRow("unknown option")
+            << QStringList{"--pty", "--nope"}
+            << "corvane-simulator: Unknown option 'nope'.\nTry --help.\n";
+        QTest::newRow("bad value")
+            << QStringList{"--pty", "--baud", "fast"}
+            << "corvane-simulator: --baud is a number from 0 to 4000000, not 'fast'\nTry --help.\n";
+    }
+
+    void stopsWithABadCommandLine()
+    {
+        QFETCH(QStringList, arguments);
+        Simulator simulator(arguments);
+        QCOMPARE(simulator.exitCode(), 2);
+        QTEST(simulator.errors(), "message");
+        QCOMPARE(simulator.output(), QString());
+    }
+
+    void tellsItsVersion()
+    {
+        Simulator simulator({"--version"});
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.output(), QString("corvane-simulator 1.0.0.5\n"));
+    }
+
+    void endsAsTheProgramDoes_data()
+    {
+        QTest::addColumn<QStringList>("program");
+        QTest::addColumn<int>("exitCode");
+
+        QTest::newRow("success") << QStringList{"/bin/true"} << 0;
+        QTest::newRow("failure") << QStringList{"sh", "-c", "exit 7"} << 7;
+        QTest::newRow("killed") << QStringList{"sh", "-c", "kill -KILL $$"} << 137;
+        QTest::newRow("no such program") << QStringList{"/nonexistent/program"} << 127;
+    }
+
+    void endsAsTheProgramDoes()
+    {
+        QFETCH(QStringList, program);
+        Simulator simulator(QStringList("--") + program);
+        QTEST(simulator.exitCode(), "exitCode");
+    }
+
+    void givesTheProgramItsInputAndOutput()
+    {
+        QProcess process;
+        process.start(SIMULATOR_PROGRAM, {"--", "sh", "-c", "cat; echo bad >&2"});
+        process.write("through");
+        process.closeWriteChannel();
+        QVERIFY(process.waitForFinished(kPatience));
+        QCOMPARE(process.exitCode(), 0);
+        QCOMPARE(process.readAllStandardOutput(), QByteArray("through"));
+        QCOMPARE(process.readAllStandardError(), QByteArray("bad\n"));
+    }
+
+    void keepsOtherPreloadedLibraries()
+    {
+        // Any library that is everywhere.
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("LD_PRELOAD", "libm.so.6");
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.start(SIMULATOR_PROGRAM, {"--", "sh", "-c", "echo $LD_PRELOAD"});
+        QVERIFY(process.waitForFinished(kPatience));
+        QCOMPARE(process.readAllStandardOutput(),
+                 QByteArray("libm.so.6:libumockdev-preload.so.0\n"));
+    }
+
+    void passesSignalsOnToTheProgram_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::addColumn<int>("exitCode");
+
+        QTest::newRow("SIGTERM") << SIGTERM << 3;
+        QTest::newRow("SIGINT") << SIGINT << 4;
+    }
+
+    void passesSignalsOnToTheProgram()
+    {
+        QFETCH(int, number);
+        Simulator simulator({"--", "sh", "-c",
+                             "trap 'exit 3' TERM; trap 'exit 4' INT; echo ready; "
+                             "while true; do sleep 0.05; done"});
+        QCOMPARE(simulator.line(), QString("ready"));
+        simulator.sendSignal(number);
+        QTEST(simulator.exitCode(), "exitCode");
+    }
+
+    void endsTheProgramWhenKilled()
+    {
+        const QString ended = m_folder->filePath("ended");
+        QProcess process;
+        // What it cannot tidy up any more goes with this test's folder.
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("TMPDIR", m_folder->path());
+        process.setProcessEnvironment(environment);
+        process.start(SIMULATOR_PROGRAM,
+                      {"--", "sh", "-c",
+                       QString("trap 'touch \"%1\"; exit' TERM; echo ready; "
+                               "while true; do sleep 0.05; done")
+                           .arg(ended)});
+        QVERIFY(process.waitForReadyRead(kPatience));
+        QCOMPARE(process.readLine(), QByteArray("ready\n"));
+        process.kill();
+        QVERIFY(process.waitForFinished(kPatience));
+        QTRY_VERIFY(QFile::exists(ended));
+    }
+
+    void listsOneAdapter()
+    {
+        Simulator simulator({"--", SERIAL_HOST_PROGRAM, "list"});
+        QCOMPARE(simulator.line(), QString("ttyUSB0 (USB Serial)"));
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.output(), QString());
+    }
+
+    void answersOnTheAdapter()
+    {
+        Simulator simulator({"--quiet", "--port", uniquePortName(), "--", SERIAL_HOST_PROGRAM,
+                             "hello", uniquePortName()});
+        QCOMPARE(simulator.line(), QString(helloReply()));
+        QCOMPARE(simulator.exitCode(), 0);
+    }
+
+    void unplugsThePseudoTerminal()
+    {
+        Simulator simulator({"--pty", "--control", m_controlPath});
+        const QString portName = simulator.portName();
+        Control control(m_controlPath);
+        QCOMPARE(control.obey("plug"), QByteArray("error: already plugged"));
+        {
+            const Host host(portName);
+            QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+            QVERIFY(host.isHungUp());
+        }
+        QCOMPARE(simulator.event(), QString("-- unplugged"));
+        QCOMPARE(control.obey("unplug"), QByteArray("error: not plugged"));
+        QCOMPARE(control.obey("plug"), QByteArray("ok"));
+        Host host(simulator.portName());
+        QCOMPARE(simulator.event(), QString("-- plugged"));
+        QCOMPARE(control.obey("silent on"), QByteArray("ok"));
+        QVERIFY(host.write(hello()));
+        QVERIFY(simulator.event().endsWith("(not answered: silent)"));
+        QCOMPARE(control.obey("silent off"), QByteArray("ok"));
+        QVERIFY(host.write(hello()));
+        QCOMPARE(host.read(26), helloReply());
+        QCOMPARE(control.obey("silent"), QByteArray("error: unknown command 'silent'"));
+    }
+
+    void unplugsTheAdapter()
+    {
+        Simulator simulator({"--quiet", "--control", m_controlPath, "--port", uniquePortName(),
+                             "--", SERIAL_HOST_PROGRAM, "stay", uniquePortName()});
+        QCOMPARE(simulator.line(), QString("open"));
+        QCOMPARE(Control(m_controlPath).obey("unplug"), QByteArray("ok"));
+        QCOMPARE(simulator.line(), QString("gone"));
+        QCOMPARE(simulator.exitCode(), 0);
+    }
+
+    void announcesTheAdapter()
+    {
+        Simulator simulator(
+            {"--quiet", "--control", m_controlPath, "--", SERIAL_HOST_PROGRAM, "watch"});
+        QCOMPARE(simulator.line(), QString("watching"));
+        Control control(m_controlPath);
+        QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+        QCOMPARE(simulator.line(), QString("remove /dev/ttyUSB0"));
+        QCOMPARE(control.obey("plug"), QByteArray("ok"));
+        QCOMPARE(simulator.line(), QString("add /dev/ttyUSB0"));
+    }
+
+    void hidesTheAdapterWhileUnplugged()
+    {
+        const QString portName = uniquePortName();
+        const QString list = QString("'%1' list; echo end; read line;").arg(SERIAL_HOST_PROGRAM);
+        // The program's input is this test's end of a pipe, so that it goes on as told.
+        QProcess process;
+        process.start(
+            SIMULATOR_PROGRAM,
+            {"--quiet", "--control", m_controlPath, "--port", portName, "--", "sh", "-c",
+             list + list + list + QString("'%1' hello %2").arg(SERIAL_HOST_PROGRAM, portName)});
+        const auto nextLine = [&process] {
+            while (!process.canReadLine() && process.waitForReadyRead(kPatience)) {}
+            return QString::fromLocal8Bit(process.readLine()).trimmed();
+        };
+        QCOMPARE(nextLine(), portName + " (USB Serial)");
+        QCOMPARE(nextLine(), QString("end"));
+        Control control(m_controlPath);
+        QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+        process.write("\n");
+        QCOMPARE(nextLine(), QString("end"));
+        QCOMPARE(control.obey("plug"), QByteArray("ok"));
+        process.write("\n");
+        QCOMPARE(nextLine(), portName + " (USB Serial)");
+        QCOMPARE(nextLine(), QString("end"));
+        process.write("\n");
+        QCOMPARE(nextLine(), QString(helloReply()));
+        QVERIFY(process.waitForFinished(kPatience));
+        QCOMPARE(process.exitCode(), 0);
+    }
+
+    void quitsOnCommand()
+    {
+        {
+            Simulator simulator({"--pty", "--control", m_controlPath});
+            simulator.portName();
+            QCOMPARE(Control(m_controlPath).obey("quit"), QByteArray("ok"));
+            QCOMPARE(simulator.exitCode(), 0);
+        }
+        Simulator simulator({"--quiet", "--control", m_controlPath, "--port", uniquePortName(),
+                             "--", SERIAL_HOST_PROGRAM, "stay", uniquePortName()});
+        QCOMPARE(simulator.line(), QString("open"));
+        QCOMPARE(Control(m_controlPath).obey("quit"), QByteArray("ok"));
+        QCOMPARE(simulator.exitCode(), 128 + SIGTERM);
+    }
+
+    void needsItsControlSocket()
+    {
+        const QString path = m_folder->filePath("no/such/folder");
+        Simulator simulator({"--pty", "--control", path});
+        QCOMPARE(simulator.exitCode(), 1);
+        QVERIFY(simulator.errors().startsWith("corvane-simulator: cannot make the control socket "
+                                              + path));
+    }
+
+    void takesAFirmwareAndRebootsWithIt()
+    {
+        Simulator simulator({"--pty", "--reboot-time", "200"});
+        Host host(simulator.portName());
+        QVERIFY(host.write(announcement()));
+        QCOMPARE(host.read(13), announcementReply());
+        QCOMPARE(simulator.event(), QString("<- RECEIVE_FW_INFO      firmware of 300 bytes"));
+        QCOMPARE(simulator.event(), QString("-> RECEIVE_FW_INFO ack"));
+        QVERIFY(host.write(firstPacket()));
+        QCOMPARE(host.read(13), packetReply());
+        QCOMPARE(simulator.event(), QString("<- UPLOAD_FIRMWARE      packet 1, 128 bytes"));
+        QCOMPARE(simulator.event(), QString("-> UPLOAD_FIRMWARE ack"));
+        QVERIFY(host.write(firstPacket()));
+        QCOMPARE(simulator.event(),
+                 QString("<- UPLOAD_FIRMWARE      packet 1, 128 bytes  "
+                         "(not answered: packet 1 instead of 2)"));
+        QVERIFY(host.write(secondPacket()));
+        QCOMPARE(host.read(13), packetReply());
+        QCOMPARE(simulator.event(), QString("<- UPLOAD_FIRMWARE      packet 2, 128 bytes"));
+        QCOMPARE(simulator.event(), QString("-> UPLOAD_FIRMWARE ack"));
+        QVERIFY(host.write(thirdPacket()));
+        QCOMPARE(host.read(13), packetReply());
+        QCOMPARE(simulator.event(), QString("<- UPLOAD_FIRMWARE      packet 3, 44 bytes"));
+        QCOMPARE(simulator.event(),
+                 QString("-- received 300 bytes of firmware, SHA-256 "
+                         "4f687bb2b93a5a7014a5e6158381cd3ef4bc0f8714eb9da9b6944aa7825523d5"));
+        QCOMPARE(simulator.event(), QString("-> UPLOAD_FIRMWARE ack"));
+        QCOMPARE(simulator.event(), QString("-- rebooting"));
+        QCOMPARE(simulator.event(), QString("-- running version 1.0.0.7"));
+        QVERIFY(host.write(hello()));
+        QCOMPARE(host.read(26),
+                 QByteArray("FF FF 17 41 01 06 07 06 09 05 16 00 "
+                            "01 00 00 07 01 00 00 00 00 01 01 01 01 9D"));
+    }
+
+    void savesAFirmwareBeforeItsLastAcknowledgement()
+    {
+        const QString path = m_folder->filePath("firmware");
+        QFile old(path);
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        QCOMPARE(old.write("of yesterday"), qint64(12));
+        old.close();
+        Simulator simulator({"--pty", "--quiet", "--save-firmware", path});
+        Host host(simulator.portName());
+        QVERIFY(host.write(announcement()));
+        QCOMPARE(host.read(13), announcementReply());
+        for (const QByteArray &packet : {firstPacket(), secondPacket(), thirdPacket()}) {
+            QCOMPARE(contents(path), QByteArray("of yesterday"));
+            QVERIFY(host.write(packet));
+            QCOMPARE(host.read(13), packetReply());
+        }
+        QCOMPARE(contents(path), firmware());
+        simulator.sendSignal(SIGTERM);
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.errors(), QString());
+    }
+
+    void savesNothingOfAnIncompleteFirmware()
+    {
+        const QString path = m_folder->filePath("firmware");
+        Simulator simulator({"--pty", "--save-firmware", path});
+        Host host(simulator.portName());
+        QVERIFY(host.write(announcement()));
+        QCOMPARE(host.read(13), announcementReply());
+        QVERIFY(host.write(firstPacket()));
+        QCOMPARE(host.read(13), packetReply());
+        simulator.sendSignal(SIGTERM);
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList());
+    }
+
+    void goesOnWhenAFirmwareCannotBeSaved()
+    {
+        const QString path = m_folder->filePath("no/such/folder");
+        const QString complaint =
+            QString("cannot save the firmware as %1: No such file or directory").arg(path);
+        Simulator simulator({"--pty", "--reboot-time", "0", "--save-firmware", path});
+        Host host(simulator.portName());
+        // An empty one.
+        QVERIFY(host.write("FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 00 00 7F"));
+        QCOMPARE(host.read(13), announcementReply());
+        QCOMPARE(simulator.errorLine(), "corvane-simulator: " + complaint);
+        QCOMPARE(simulator.event(), QString("<- RECEIVE_FW_INFO      firmware of 0 bytes"));
+        QVERIFY(simulator.event().startsWith("-- received 0 bytes of firmware"));
+        QCOMPARE(simulator.event(), "-- " + complaint);
+        QCOMPARE(simulator.event(), QString("-> RECEIVE_FW_INFO ack"));
+        QCOMPARE(simulator.event(), QString("-- rebooting"));
+        QCOMPARE(simulator.event(), QString("-- running version 1.0.0.7"));
+        QVERIFY(host.write(hello()));
+        QVERIFY(host.read(26).contains("05 16 00 01 00 00 07"));
+    }
+
+    void putsFaultsOnTheLine()
+    {
+        Simulator simulator({"--pty", "--faults",
+                             "wrong-sum@request:1,noise@reply:1,corrupt=2@reply:2.3", "--seed",
+                             "7"});
+        Host host(simulator.portName());
+        // The camera does not answer a request with a bad checksum.
+        QVERIFY(host.write(hello()));
+        QCOMPARE(simulator.event(), QString("-- request 1: changed the checksum, 7F became 80"));
+        QCOMPARE(simulator.event(),
+                 QString("<- (bad checksum)       FF FF 0A 41 01 06 07 06 09 01 16 00 80"));
+        QVERIFY(host.write(hello()));
+        QCOMPARE(host.read(34), "27 F1 E8 9B 71 B7 F8 0E " + helloReply());
+        QCOMPARE(simulator.event(), QString("<- HELLO"));
+        QCOMPARE(simulator.event(),
+                 QString("-- reply 1: put noise before it, 27 F1 E8 9B 71 B7 F8 0E"));
+        QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+        QVERIFY(host.write(announcement()));
+        QCOMPARE(host.read(13), QByteArray("FF FF 0A 43 01 06 07 06 09 05 10 00 7D"));
+        QVERIFY(host.write(hello()));
+        QCOMPARE(host.read(26), helloReply());
+    }
+
+    void changesFaultsOnCommand()
+    {
+        Simulator simulator({"--pty", "--quiet", "--control", m_controlPath, "--seed", "7"});
+        Host host(simulator.portName());
+        Control control(m_controlPath);
+        const auto ask = [&host](int size) {
+            return host.write(hello()) ? host.read(size) : QByteArray("not written");
+        };
+        QCOMPARE(ask(26), helloReply());
+        QCOMPARE(control.obey("faults noise@reply:1"), QByteArray("ok"));
+        QCOMPARE(ask(34), "27 F1 E8 9B 71 B7 F8 0E " + helloReply());
+        QCOMPARE(ask(26), helloReply());
+        QCOMPARE(control.obey("faults noise@reply:1 0"), QByteArray("ok"));
+        QCOMPARE(ask(34), "E5 49 F1 99 30 0D 81 D2 " + helloReply());
+        // What is refused leaves the faults as they are.
+        QCOMPARE(control.obey("faults noise@reply:all"), QByteArray("ok"));
+        QCOMPARE(
+            control.obey("faults dorp@reply:1"),
+            QByteArray("error: fault 'dorp@reply:1': there is no kind 'dorp', see --faults help"));
+        QCOMPARE(control.obey("faults none x"),
+                 QByteArray("error: the seed is a number from 0 to 4294967295, not 'x'"));
+        QCOMPARE(control.obey("faults"), QByteArray("error: unknown command 'faults'"));
+        QCOMPARE(ask(34), "27 F1 E8 9B 71 B7 F8 0E " + helloReply());
+        QCOMPARE(control.obey("faults none"), QByteArray("ok"));
+        QCOMPARE(ask(26), helloReply());
+    }
+
+    void hangsUpAndComesBack()
+    {
+        Simulator simulator({"--pty", "--control", m_controlPath, "--faults",
+                             "hang-up=2000@reply:1.5,drop@request:3"});
+        {
+            Host host(simulator.portName());
+            QVERIFY(host.write(hello()));
+            QCOMPARE(host.read(26), QByteArray("FF FF 17 41 01"));
+        }
+        QCOMPARE(simulator.event(), QString("<- HELLO"));
+        QCOMPARE(simulator.event(), QString("-- reply 1: hung up before byte 5"));
+        QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+        QCOMPARE(simulator.event(), QString("-- unplugged"));
+        Control control(m_controlPath);
+        QCOMPARE(control.obey("unplug"), QByteArray("error: not plugged"));
+        QCOMPARE(control.obey("plug"), QByteArray("ok"));
+        Host host(simulator.portName());
+        QCOMPARE(simulator.event(), QString("-- plugged"));
+        QVERIFY(host.write(hello()));
+        QCOMPARE(host.read(26), helloReply());
+        QCOMPARE(simulator.event(), QString("<- HELLO"));
+        QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+        QVERIFY(host.write(hello()));
+        QCOMPARE(simulator.event(), QString("-- request 3: dropped"));
+    }
+
+    void recordsWhatPassesOnThePseudoTerminal()
+    {
+        const QString path = m_folder->filePath("recording");
+        Simulator simulator({"--pty", "--baud", "0", "--control", m_controlPath, "--record", path});
+        const QString portName = simulator.portName();
+        Control control(m_controlPath);
+        {
+            Host host(portName);
+            QVERIFY(host.write(hello()));
+            QCOMPARE(host.read(26), helloReply());
+            QCOMPARE(simulator.event(), QString("<- HELLO"));
+            QVERIFY(simulator.event().startsWith("-> HELLO ack "));
+            // What has begun when the line goes is said before that.
+            QVERIFY(host.write("FF FF 0A"));
+            QTRY_VERIFY(recordedEvents(path).contains("host   FF FF 0A"));
+            QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+        }
+        QCOMPARE(simulator.event(), QString("<- (incomplete)         FF FF 0A"));
+        QCOMPARE(simulator.event(), QString("-- unplugged"));
+        QCOMPARE(control.obey("plug"), QByteArray("ok"));
+        {
+            Host host(simulator.portName());
+            QVERIFY(host.write("12 34"));
+            QCOMPARE(simulator.event(), QString("-- plugged"));
+            QCOMPARE(simulator.event(), QString("<- (no frame)           12 34"));
+        }
+        // Killed, so that there is no time left to write anything.
+        simulator.sendSignal(SIGKILL);
+        QCOMPARE(simulator.exitCode(), -2);
+        QCOMPARE(recordedEvents(path),
+                 (QStringList{"plugged", "host   " + hello(), "camera " + helloReply(),
+                              "host   FF FF 0A", "unplugged", "plugged", "host   12 34"}));
+    }
+
+    void recordsWhatPassesOnTheAdapter()
+    {
+        const QString path = m_folder->filePath("recording");
+        Simulator simulator({"--quiet", "--baud", "0", "--record", path, "--port", uniquePortName(),
+                             "--", SERIAL_HOST_PROGRAM, "hello", uniquePortName()});
+        QCOMPARE(simulator.line(), QString(helloReply()));
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(recordedEvents(path),
+                 (QStringList{"plugged", "host   " + hello(), "camera " + helloReply()}));
+    }
+
+    void needsItsRecording()
+    {
+        const QString path = m_folder->filePath("no/such/folder");
+        Simulator simulator({"--pty", "--record", path});
+        QCOMPARE(simulator.exitCode(), 1);
+        QCOMPARE(simulator.errors(),
+                 QString("corvane-simulator: cannot record in %1: No such file or directory\n")
+                     .arg(path));
+        QCOMPARE(simulator.output(), QString());
+    }
+
+    void goesOnWhenTheRecordingCannot()
+    {
+        const QString path = m_folder->filePath("recording");
+        Simulator simulator(Simulator::WithoutSpace(), {"--pty", "--record", path});
+        Host host(simulator.portName());
+        // More than half a kilobyte in the recording.
+        for (int i = 0; i < 10; ++i) {
+            QVERIFY(host.write(hello()));
+            QCOMPARE(host.read(26), helloReply());
+        }
+        const QString complaint = QString("cannot go on recording in %1: File too large").arg(path);
+        QCOMPARE(simulator.errorLine(), "corvane-simulator: " + complaint);
+        simulator.sendSignal(SIGTERM);
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.errors(), QString());
+        QCOMPARE(simulator.output().count("-- " + complaint), 1);
+        QVERIFY(contents(path).endsWith('\n'));
+    }
+
+    void replaysOnThePseudoTerminal()
+    {
+        const QString path = m_folder->filePath("recording");
+        QVERIFY(write(path,
+                      "# Corvane line recording 1\n0 plugged\n0.5 host 01 02\n0.5 camera AB CD\n"
+                      "0.6 host 05\n0.6 unplugged\n0.6 plugged\n0.7 host 03\n0.7 camera EF\n"));
+        Simulator simulator({"--pty", "--replay", path});
+        {
+            Host host(simulator.portName());
+            QVERIFY(host.write("01 04"));
+            QCOMPARE(host.read(2), QByteArray("AB CD"));
+            QVERIFY(host.write("05"));
+            QTRY_VERIFY(host.isHungUp());
+        }
+        QCOMPARE(simulator.event(), QString("<- (no frame)           01 04"));
+        QCOMPARE(
+            simulator.event(),
+            QString("-- from byte 2 on the host sends 04 instead of 02, recorded at 0.500000"));
+        QCOMPARE(simulator.event(), QString("-> (no frame)           AB CD"));
+        QCOMPARE(simulator.event(), QString("<- (no frame)           05"));
+        QCOMPARE(simulator.event(), QString("-- unplugged"));
+        Host host(simulator.portName());
+        QCOMPARE(simulator.event(), QString("-- plugged"));
+        QVERIFY(host.write("03"));
+        QCOMPARE(host.read(1), QByteArray("EF"));
+        QCOMPARE(simulator.event(), QString("<- (no frame)           03"));
+        QCOMPARE(simulator.event(), QString("-> (no frame)           EF"));
+        QCOMPARE(simulator.event(), QString("-- the recording has ended"));
+        simulator.sendSignal(SIGTERM);
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.errors(), QString());
+    }
+
+    void replaysOnTheAdapter()
+    {
+        const QString path = m_folder->filePath("recording");
+        const QString copy = m_folder->filePath("copy");
+        QVERIFY(write(path,
+                      "# Corvane line recording 1\n0 plugged\n9 host " + hello() + "\n9 camera "
+                          + helloReply() + '\n'));
+        Simulator simulator({"--quiet", "--replay", path, "--record", copy, "--port",
+                             uniquePortName(), "--", SERIAL_HOST_PROGRAM, "hello",
+                             uniquePortName()});
+        QCOMPARE(simulator.line(), QString(helloReply()));
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.output(), QString());
+        QCOMPARE(recordedEvents(copy),
+                 (QStringList{"plugged", "host   " + hello(), "camera " + helloReply()}));
+    }
+
+    void letsOthersInterfereWithAReplay()
+    {
+        const QString path = m_folder->filePath("recording");
+        QVERIFY(write(
+            path, "# Corvane line recording 1\n0 host 01\n0 unplugged\n3 plugged\n3 host 02\n"));
+        Simulator simulator({"--pty", "--control", m_controlPath, "--replay", path});
+        simulator.portName();
+        Control control(m_controlPath);
+        QCOMPARE(control.obey("silent on"), QByteArray("error: there is no simulated camera"));
+        QCOMPARE(control.obey("silent off"), QByteArray("error: there is no simulated camera"));
+        QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+        QCOMPARE(simulator.event(), QString("-- unplugged"));
+        QCOMPARE(control.obey("plug"), QByteArray("ok"));
+        {
+            Host host(simulator.portName());
+            QCOMPARE(simulator.event(), QString("-- plugged"));
+            QVERIFY(host.write("01"));
+            QCOMPARE(simulator.event(), QString("<- (no frame)           01"));
+            QCOMPARE(simulator.event(), QString("-- unplugged"));
+        }
+        // Before the recording does, which then finds it plugged.
+        QCOMPARE(control.obey("plug"), QByteArray("ok"));
+        Host host(simulator.portName());
+        QCOMPARE(simulator.event(), QString("-- plugged"));
+        QVERIFY(host.write("02"));
+        QCOMPARE(simulator.event(), QString("<- (no frame)           02"));
+        QCOMPARE(simulator.event(), QString("-- the recording has ended"));
+        QCOMPARE(control.obey("quit"), QByteArray("ok"));
+        QCOMPARE(simulator.exitCode(), 0);
+    }
+
+    void needsARecordingToReplay_data()
+    {
+        QTest::addColumn<QByteArray>("contents");
+        QTest::addColumn<QString>("reason");
+
+        QTest::newRow("no file") << QByteArray() << "No such file or directory";
+        QTest::newRow("a bad line") << QByteArray("# Corvane line recording 1\n1 host\n")
+                                    << "line 2: bytes of two hexadecimal digits, such as FF 0A, "
+                                       "expected";
+    }
+
+    void needsARecordingToReplay()
+    {
+        QFETCH(QByteArray, contents);
+        QFETCH(QString, reason);
+        const QString path = m_folder->filePath("recording");
+        const QString copy = m_folder->filePath("copy");
+        QVERIFY(contents.isEmpty() || write(path, contents));
+        Simulator simulator({"--pty", "--replay", path, "--record", copy});
+        QCOMPARE(simulator.exitCode(), 1);
+        QCOMPARE(simulator.errors(),
+                 QString("corvane-simulator: cannot replay %1: %2\n").arg(path, reason));
+        QVERIFY(!QFile::exists(copy));
+    }
+
+    // Another simulator's pseudo-terminal is the real port here.
+    void recordsACameraAtARealPort()
+    {
+        const QString path = m_folder->filePath("recording");
+        Simulator camera({"--pty", "--baud", "0"});
+        Simulator simulator({"--quiet", "--through", camera.portName(), "--record", path, "--port",
+                             uniquePortName(), "--", SERIAL_HOST_PROGRAM, "hello",
+                             uniquePortName()});
+        QCOMPARE(simulator.line(), QString(helloReply()));
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(camera.event(), QString("<- HELLO"));
+        QStringList events = recordedEvents(path);
+        QCOMPARE(events.mid(0, 2), (QStringList{"plugged", "host   " + hello()}));
+        // In as many pieces as the port has handed over.
+        QStringList replies = events.mid(2);
+        QCOMPARE(replies.replaceInStrings("camera ", QString()).join(' '), QString(helloReply()));
+    }
+
+    void isUnpluggedTogetherWithTheRealPort()
+    {
+        // A name that stays when the pseudo-terminal has got another one.
+        const QString realPort = m_folder->filePath("tty" + uniquePortName());
+        Simulator camera({"--pty", "--quiet", "--control", m_controlPath});
+        QVERIFY(QFile::link(camera.portName(), realPort));
+        Control control(m_controlPath);
+        Simulator simulator({"--pty", "--through", realPort});
+        {
+            Host host(simulator.portName());
+            QVERIFY(host.write(hello()));
+            QCOMPARE(host.read(26), helloReply());
+            QCOMPARE(simulator.event(), QString("<- HELLO"));
+            QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+            QCOMPARE(host.read(1), QByteArray());
+        }
+        QVERIFY(simulator.lineAfterReply().endsWith("-- unplugged"));
+        QCOMPARE(control.obey("plug"), QByteArray("ok"));
+        QVERIFY(QFile::remove(realPort));
+        QVERIFY(QFile::link(camera.portName(), realPort));
+        Host host(simulator.portName());
+        QString line = simulator.line();
+        QVERIFY2(line.endsWith("-- plugged"), qPrintable(line));
+        // It stays: longer than the pause between two attempts to open the real port, which the
+        // times in front of the lines tell.
+        const QTime plugged = timeOf(line);
+        do {
+            QVERIFY(host.write(hello()));
+            QCOMPARE(host.read(26), helloReply());
+            line = simulator.lineAfterReply();
+            QVERIFY2(line.endsWith("<- HELLO"), qPrintable(line));
+        } while (msecsBetween(plugged, timeOf(line)) < 600);
+        simulator.sendSignal(SIGTERM);
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.errors(), QString());
+    }
+
+    void needsTheRealPort()
+    {
+        const QString realPort = m_folder->filePath("tty" + uniquePortName());
+        const QString path = m_folder->filePath("recording");
+        Simulator simulator({"--pty", "--through", realPort, "--record", path});
+        QCOMPARE(simulator.exitCode(), 1);
+        QCOMPARE(simulator.errors(),
+                 QString("corvane-simulator: cannot open %1: No such file or directory\n")
+                     .arg(realPort));
+        QVERIFY(!QFile::exists(path));
+    }
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_controlPath;
 };
-
-void SimulatorProgramTest::initTestCase()
-{
-    // The preload library stands in front of a sanitizer's runtime library, which does no harm here
-    // and is reported all the same. For the simulator and the programs that it runs.
-    qputenv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":verify_asan_link_order=0");
-}
-
-void SimulatorProgramTest::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_controlPath = m_folder->filePath("control");
-}
-
-void SimulatorProgramTest::answersOnAPseudoTerminal()
-{
-    Simulator simulator({"--pty"});
-    Host host(simulator.portName());
-    QVERIFY(host.write(hello()));
-    QCOMPARE(host.read(26), helloReply());
-    QVERIFY(host.write("FF FF 0F 41 01 06 07 06 09 01 55 00 02 09 01 00 03 D2"));
-    QCOMPARE(host.read(26),
-             QByteArray("FF FF 17 41 01 06 07 06 09 05 55 00 "
-                        "01 00 00 06 09 00 00 01 01 01 00 00 03 E5"));
-    QVERIFY(host.write("FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5"));
-    QCOMPARE(host.read(15), QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 00 64 0D"));
-    QCOMPARE(simulator.event(), QString("<- HELLO"));
-    QVERIFY(simulator.event().startsWith("-> HELLO ack "));
-    QVERIFY(simulator.event().startsWith("<- CUSTOM_SETTING "));
-    QVERIFY(simulator.event().startsWith("-> CUSTOM_SETTING ack "));
-    QCOMPARE(simulator.event(), QString("<- SET_CUSTOM_ZOOM      zoom 1"));
-    QCOMPARE(simulator.event(), QString("-> SET_CUSTOM_ZOOM ack  value 100"));
-}
-
-void SimulatorProgramTest::takesItsStateFromTheCommandLine()
-{
-    Simulator simulator({"--pty", "--quiet", "--baud", "0", "--camera-version", "255.128.10.16",
-                         "--settings", "0,0,0,0,0", "--zoom-2", "400"});
-    Host host(simulator.portName());
-    QVERIFY(host.write(hello()));
-    QCOMPARE(host.read(26),
-             QByteArray("FF FF 17 41 01 06 07 06 09 05 16 00 "
-                        "FF 80 0A 10 00 00 00 00 00 00 00 00 00 29"));
-    QVERIFY(host.write("FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6"));
-    QCOMPARE(host.read(15), QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 01 90 3A"));
-    simulator.sendSignal(SIGTERM);
-    QCOMPARE(simulator.exitCode(), 0);
-    QCOMPARE(simulator.output(), QString());
-}
-
-void SimulatorProgramTest::printsTheBytesOnDemand()
-{
-    Simulator simulator({"--pty", "--hex"});
-    Host host(simulator.portName());
-    QVERIFY(host.write(hello()));
-    QCOMPARE(simulator.event(), "<- HELLO | " + hello());
-    QVERIFY(simulator.event().endsWith(" | " + helloReply()));
-}
-
-void SimulatorProgramTest::endsOnASignal_data()
-{
-    QTest::addColumn<int>("number");
-
-    QTest::newRow("SIGTERM") << SIGTERM;
-    QTest::newRow("SIGINT") << SIGINT;
-}
-
-void SimulatorProgramTest::endsOnASignal()
-{
-    QFETCH(int, number);
-    Simulator simulator({"--pty", "--control", m_controlPath});
-    const Host host(simulator.portName());
-    QVERIFY(!host.isHungUp());
-    simulator.sendSignal(number);
-    QCOMPARE(simulator.exitCode(), 0);
-    QVERIFY(host.isHungUp());
-    QVERIFY(!QFile::exists(m_controlPath));
-}
-
-void SimulatorProgramTest::stopsWithABadCommandLine_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("message");
-
-    QTest::newRow("no line") << QStringList()
-                             << "corvane-simulator: either --pty or a program is needed\n"
-                                "Try --help.\n";
-    QTest::newRow("unknown option") << QStringList{"--pty", "--nope"}
-                                    << "corvane-simulator: Unknown option 'nope'.\nTry --help.\n";
-    QTest::newRow("bad value")
-        << QStringList{"--pty", "--baud", "fast"}
-        << "corvane-simulator: --baud is a number from 0 to 4000000, not 'fast'\nTry --help.\n";
-}
-
-void SimulatorProgramTest::stopsWithABadCommandLine()
-{
-    QFETCH(QStringList, arguments);
-    Simulator simulator(arguments);
-    QCOMPARE(simulator.exitCode(), 2);
-    QTEST(simulator.errors(), "message");
-    QCOMPARE(simulator.output(), QString());
-}
-
-void SimulatorProgramTest::tellsItsVersion()
-{
-    Simulator simulator({"--version"});
-    QCOMPARE(simulator.exitCode(), 0);
-    QCOMPARE(simulator.output(), QString("corvane-simulator 1.0.0.5\n"));
-}
-
-void SimulatorProgramTest::endsAsTheProgramDoes_data()
-{
-    QTest::addColumn<QStringList>("program");
-    QTest::addColumn<int>("exitCode");
-
-    QTest::newRow("success") << QStringList{"/bin/true"} << 0;
-    QTest::newRow("failure") << QStringList{"sh", "-c", "exit 7"} << 7;
-    QTest::newRow("killed") << QStringList{"sh", "-c", "kill -KILL $$"} << 137;
-    QTest::newRow("no such program") << QStringList{"/nonexistent/program"} << 127;
-}
-
-void SimulatorProgramTest::endsAsTheProgramDoes()
-{
-    QFETCH(QStringList, program);
-    Simulator simulator(QStringList("--") + program);
-    QTEST(simulator.exitCode(), "exitCode");
-}
-
-void SimulatorProgramTest::givesTheProgramItsInputAndOutput()
-{
-    QProcess process;
-    process.start(SIMULATOR_PROGRAM, {"--", "sh", "-c", "cat; echo bad >&2"});
-    process.write("through");
-    process.closeWriteChannel();
-    QVERIFY(process.waitForFinished(kPatience));
-    QCOMPARE(process.exitCode(), 0);
-    QCOMPARE(process.readAllStandardOutput(), QByteArray("through"));
-    QCOMPARE(process.readAllStandardError(), QByteArray("bad\n"));
-}
-
-void SimulatorProgramTest::keepsOtherPreloadedLibraries()
-{
-    // Any library that is everywhere.
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("LD_PRELOAD", "libm.so.6");
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(SIMULATOR_PROGRAM, {"--", "sh", "-c", "echo $LD_PRELOAD"});
-    QVERIFY(process.waitForFinished(kPatience));
-    QCOMPARE(process.readAllStandardOutput(), QByteArray("libm.so.6:libumockdev-preload.so.0\n"));
-}
-
-void SimulatorProgramTest::passesSignalsOnToTheProgram_data()
-{
-    QTest::addColumn<int>("number");
-    QTest::addColumn<int>("exitCode");
-
-    QTest::newRow("SIGTERM") << SIGTERM << 3;
-    QTest::newRow("SIGINT") << SIGINT << 4;
-}
-
-void SimulatorProgramTest::passesSignalsOnToTheProgram()
-{
-    QFETCH(int, number);
-    Simulator simulator({"--", "sh", "-c",
-                         "trap 'exit 3' TERM; trap 'exit 4' INT; echo ready; "
-                         "while true; do sleep 0.05; done"});
-    QCOMPARE(simulator.line(), QString("ready"));
-    simulator.sendSignal(number);
-    QTEST(simulator.exitCode(), "exitCode");
-}
-
-void SimulatorProgramTest::endsTheProgramWhenKilled()
-{
-    const QString ended = m_folder->filePath("ended");
-    QProcess process;
-    // What it cannot tidy up any more goes with this test's folder.
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("TMPDIR", m_folder->path());
-    process.setProcessEnvironment(environment);
-    process.start(SIMULATOR_PROGRAM,
-                  {"--", "sh", "-c",
-                   QString("trap 'touch \"%1\"; exit' TERM; echo ready; "
-                           "while true; do sleep 0.05; done")
-                       .arg(ended)});
-    QVERIFY(process.waitForReadyRead(kPatience));
-    QCOMPARE(process.readLine(), QByteArray("ready\n"));
-    process.kill();
-    QVERIFY(process.waitForFinished(kPatience));
-    QTRY_VERIFY(QFile::exists(ended));
-}
-
-void SimulatorProgramTest::listsOneAdapter()
-{
-    Simulator simulator({"--", SERIAL_HOST_PROGRAM, "list"});
-    QCOMPARE(simulator.line(), QString("ttyUSB0 (USB Serial)"));
-    QCOMPARE(simulator.exitCode(), 0);
-    QCOMPARE(simulator.output(), QString());
-}
-
-void SimulatorProgramTest::answersOnTheAdapter()
-{
-    Simulator simulator({"--quiet", "--port", uniquePortName(), "--", SERIAL_HOST_PROGRAM, "hello",
-                         uniquePortName()});
-    QCOMPARE(simulator.line(), QString(helloReply()));
-    QCOMPARE(simulator.exitCode(), 0);
-}
-
-void SimulatorProgramTest::unplugsThePseudoTerminal()
-{
-    Simulator simulator({"--pty", "--control", m_controlPath});
-    const QString portName = simulator.portName();
-    Control control(m_controlPath);
-    QCOMPARE(control.obey("plug"), QByteArray("error: already plugged"));
-    {
-        const Host host(portName);
-        QCOMPARE(control.obey("unplug"), QByteArray("ok"));
-        QVERIFY(host.isHungUp());
-    }
-    QCOMPARE(simulator.event(), QString("-- unplugged"));
-    QCOMPARE(control.obey("unplug"), QByteArray("error: not plugged"));
-    QCOMPARE(control.obey("plug"), QByteArray("ok"));
-    Host host(simulator.portName());
-    QCOMPARE(simulator.event(), QString("-- plugged"));
-    QCOMPARE(control.obey("silent on"), QByteArray("ok"));
-    QVERIFY(host.write(hello()));
-    QVERIFY(simulator.event().endsWith("(not answered: silent)"));
-    QCOMPARE(control.obey("silent off"), QByteArray("ok"));
-    QVERIFY(host.write(hello()));
-    QCOMPARE(host.read(26), helloReply());
-    QCOMPARE(control.obey("silent"), QByteArray("error: unknown command 'silent'"));
-}
-
-void SimulatorProgramTest::unplugsTheAdapter()
-{
-    Simulator simulator({"--quiet", "--control", m_controlPath, "--port", uniquePortName(), "--",
-                         SERIAL_HOST_PROGRAM, "stay", uniquePortName()});
-    QCOMPARE(simulator.line(), QString("open"));
-    QCOMPARE(Control(m_controlPath).obey("unplug"), QByteArray("ok"));
-    QCOMPARE(simulator.line(), QString("gone"));
-    QCOMPARE(simulator.exitCode(), 0);
-}
-
-void SimulatorProgramTest::announcesTheAdapter()
-{
-    Simulator simulator(
-        {"--quiet", "--control", m_controlPath, "--", SERIAL_HOST_PROGRAM, "watch"});
-    QCOMPARE(simulator.line(), QString("watching"));
-    Control control(m_controlPath);
-    QCOMPARE(control.obey("unplug"), QByteArray("ok"));
-    QCOMPARE(simulator.line(), QString("remove /dev/ttyUSB0"));
-    QCOMPARE(control.obey("plug"), QByteArray("ok"));
-    QCOMPARE(simulator.line(), QString("add /dev/ttyUSB0"));
-}
-
-void SimulatorProgramTest::hidesTheAdapterWhileUnplugged()
-{
-    const QString portName = uniquePortName();
-    const QString list = QString("'%1' list; echo end; read line;").arg(SERIAL_HOST_PROGRAM);
-    // The program's input is this test's end of a pipe, so that it goes on as told.
-    QProcess process;
-    process.start(
-        SIMULATOR_PROGRAM,
-        {"--quiet", "--control", m_controlPath, "--port", portName, "--", "sh", "-c",
-         list + list + list + QString("'%1' hello %2").arg(SERIAL_HOST_PROGRAM, portName)});
-    const auto nextLine = [&process] {
-        while (!process.canReadLine() && process.waitForReadyRead(kPatience)) {}
-        return QString::fromLocal8Bit(process.readLine()).trimmed();
-    };
-    QCOMPARE(nextLine(), portName + " (USB Serial)");
-    QCOMPARE(nextLine(), QString("end"));
-    Control control(m_controlPath);
-    QCOMPARE(control.obey("unplug"), QByteArray("ok"));
-    process.write("\n");
-    QCOMPARE(nextLine(), QString("end"));
-    QCOMPARE(control.obey("plug"), QByteArray("ok"));
-    process.write("\n");
-    QCOMPARE(nextLine(), portName + " (USB Serial)");
-    QCOMPARE(nextLine(), QString("end"));
-    process.write("\n");
-    QCOMPARE(nextLine(), QString(helloReply()));
-    QVERIFY(process.waitForFinished(kPatience));
-    QCOMPARE(process.exitCode(), 0);
-}
-
-void SimulatorProgramTest::quitsOnCommand()
-{
-    {
-        Simulator simulator({"--pty", "--control", m_controlPath});
-        simulator.portName();
-        QCOMPARE(Control(m_controlPath).obey("quit"), QByteArray("ok"));
-        QCOMPARE(simulator.exitCode(), 0);
-    }
-    Simulator simulator({"--quiet", "--control", m_controlPath, "--port", uniquePortName(), "--",
-                         SERIAL_HOST_PROGRAM, "stay", uniquePortName()});
-    QCOMPARE(simulator.line(), QString("open"));
-    QCOMPARE(Control(m_controlPath).obey("quit"), QByteArray("ok"));
-    QCOMPARE(simulator.exitCode(), 128 + SIGTERM);
-}
-
-void SimulatorProgramTest::needsItsControlSocket()
-{
-    const QString path = m_folder->filePath("no/such/folder");
-    Simulator simulator({"--pty", "--control", path});
-    QCOMPARE(simulator.exitCode(), 1);
-    QVERIFY(
-        simulator.errors().startsWith("corvane-simulator: cannot make the control socket " + path));
-}
-
-void SimulatorProgramTest::takesAFirmwareAndRebootsWithIt()
-{
-    Simulator simulator({"--pty", "--reboot-time", "200"});
-    Host host(simulator.portName());
-    QVERIFY(host.write(announcement()));
-    QCOMPARE(host.read(13), announcementReply());
-    QCOMPARE(simulator.event(), QString("<- RECEIVE_FW_INFO      firmware of 300 bytes"));
-    QCOMPARE(simulator.event(), QString("-> RECEIVE_FW_INFO ack"));
-    QVERIFY(host.write(firstPacket()));
-    QCOMPARE(host.read(13), packetReply());
-    QCOMPARE(simulator.event(), QString("<- UPLOAD_FIRMWARE      packet 1, 128 bytes"));
-    QCOMPARE(simulator.event(), QString("-> UPLOAD_FIRMWARE ack"));
-    QVERIFY(host.write(firstPacket()));
-    QCOMPARE(simulator.event(),
-             QString("<- UPLOAD_FIRMWARE      packet 1, 128 bytes  "
-                     "(not answered: packet 1 instead of 2)"));
-    QVERIFY(host.write(secondPacket()));
-    QCOMPARE(host.read(13), packetReply());
-    QCOMPARE(simulator.event(), QString("<- UPLOAD_FIRMWARE      packet 2, 128 bytes"));
-    QCOMPARE(simulator.event(), QString("-> UPLOAD_FIRMWARE ack"));
-    QVERIFY(host.write(thirdPacket()));
-    QCOMPARE(host.read(13), packetReply());
-    QCOMPARE(simulator.event(), QString("<- UPLOAD_FIRMWARE      packet 3, 44 bytes"));
-    QCOMPARE(simulator.event(),
-             QString("-- received 300 bytes of firmware, SHA-256 "
-                     "4f687bb2b93a5a7014a5e6158381cd3ef4bc0f8714eb9da9b6944aa7825523d5"));
-    QCOMPARE(simulator.event(), QString("-> UPLOAD_FIRMWARE ack"));
-    QCOMPARE(simulator.event(), QString("-- rebooting"));
-    QCOMPARE(simulator.event(), QString("-- running version 1.0.0.7"));
-    QVERIFY(host.write(hello()));
-    QCOMPARE(host.read(26),
-             QByteArray("FF FF 17 41 01 06 07 06 09 05 16 00 "
-                        "01 00 00 07 01 00 00 00 00 01 01 01 01 9D"));
-}
-
-void SimulatorProgramTest::savesAFirmwareBeforeItsLastAcknowledgement()
-{
-    const QString path = m_folder->filePath("firmware");
-    QFile old(path);
-    QVERIFY(old.open(QIODevice::WriteOnly));
-    QCOMPARE(old.write("of yesterday"), qint64(12));
-    old.close();
-    Simulator simulator({"--pty", "--quiet", "--save-firmware", path});
-    Host host(simulator.portName());
-    QVERIFY(host.write(announcement()));
-    QCOMPARE(host.read(13), announcementReply());
-    for (const QByteArray &packet : {firstPacket(), secondPacket(), thirdPacket()}) {
-        QCOMPARE(contents(path), QByteArray("of yesterday"));
-        QVERIFY(host.write(packet));
-        QCOMPARE(host.read(13), packetReply());
-    }
-    QCOMPARE(contents(path), firmware());
-    simulator.sendSignal(SIGTERM);
-    QCOMPARE(simulator.exitCode(), 0);
-    QCOMPARE(simulator.errors(), QString());
-}
-
-void SimulatorProgramTest::savesNothingOfAnIncompleteFirmware()
-{
-    const QString path = m_folder->filePath("firmware");
-    Simulator simulator({"--pty", "--save-firmware", path});
-    Host host(simulator.portName());
-    QVERIFY(host.write(announcement()));
-    QCOMPARE(host.read(13), announcementReply());
-    QVERIFY(host.write(firstPacket()));
-    QCOMPARE(host.read(13), packetReply());
-    simulator.sendSignal(SIGTERM);
-    QCOMPARE(simulator.exitCode(), 0);
-    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList());
-}
-
-void SimulatorProgramTest::goesOnWhenAFirmwareCannotBeSaved()
-{
-    const QString path = m_folder->filePath("no/such/folder");
-    const QString complaint =
-        QString("cannot save the firmware as %1: No such file or directory").arg(path);
-    Simulator simulator({"--pty", "--reboot-time", "0", "--save-firmware", path});
-    Host host(simulator.portName());
-    // An empty one.
-    QVERIFY(host.write("FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 00 00 7F"));
-    QCOMPARE(host.read(13), announcementReply());
-    QCOMPARE(simulator.errorLine(), "corvane-simulator: " + complaint);
-    QCOMPARE(simulator.event(), QString("<- RECEIVE_FW_INFO      firmware of 0 bytes"));
-    QVERIFY(simulator.event().startsWith("-- received 0 bytes of firmware"));
-    QCOMPARE(simulator.event(), "-- " + complaint);
-    QCOMPARE(simulator.event(), QString("-> RECEIVE_FW_INFO ack"));
-    QCOMPARE(simulator.event(), QString("-- rebooting"));
-    QCOMPARE(simulator.event(), QString("-- running version 1.0.0.7"));
-    QVERIFY(host.write(hello()));
-    QVERIFY(host.read(26).contains("05 16 00 01 00 00 07"));
-}
-
-void SimulatorProgramTest::putsFaultsOnTheLine()
-{
-    Simulator simulator({"--pty", "--faults",
-                         "wrong-sum@request:1,noise@reply:1,corrupt=2@reply:2.3", "--seed", "7"});
-    Host host(simulator.portName());
-    // The camera does not answer a request with a bad checksum.
-    QVERIFY(host.write(hello()));
-    QCOMPARE(simulator.event(), QString("-- request 1: changed the checksum, 7F became 80"));
-    QCOMPARE(simulator.event(),
-             QString("<- (bad checksum)       FF FF 0A 41 01 06 07 06 09 01 16 00 80"));
-    QVERIFY(host.write(hello()));
-    QCOMPARE(host.read(34), "27 F1 E8 9B 71 B7 F8 0E " + helloReply());
-    QCOMPARE(simulator.event(), QString("<- HELLO"));
-    QCOMPARE(simulator.event(),
-             QString("-- reply 1: put noise before it, 27 F1 E8 9B 71 B7 F8 0E"));
-    QVERIFY(simulator.event().startsWith("-> HELLO ack "));
-    QVERIFY(host.write(announcement()));
-    QCOMPARE(host.read(13), QByteArray("FF FF 0A 43 01 06 07 06 09 05 10 00 7D"));
-    QVERIFY(host.write(hello()));
-    QCOMPARE(host.read(26), helloReply());
-}
-
-void SimulatorProgramTest::changesFaultsOnCommand()
-{
-    Simulator simulator({"--pty", "--quiet", "--control", m_controlPath, "--seed", "7"});
-    Host host(simulator.portName());
-    Control control(m_controlPath);
-    const auto ask = [&host](int size) {
-        return host.write(hello()) ? host.read(size) : QByteArray("not written");
-    };
-    QCOMPARE(ask(26), helloReply());
-    QCOMPARE(control.obey("faults noise@reply:1"), QByteArray("ok"));
-    QCOMPARE(ask(34), "27 F1 E8 9B 71 B7 F8 0E " + helloReply());
-    QCOMPARE(ask(26), helloReply());
-    QCOMPARE(control.obey("faults noise@reply:1 0"), QByteArray("ok"));
-    QCOMPARE(ask(34), "E5 49 F1 99 30 0D 81 D2 " + helloReply());
-    // What is refused leaves the faults as they are.
-    QCOMPARE(control.obey("faults noise@reply:all"), QByteArray("ok"));
-    QCOMPARE(control.obey("faults dorp@reply:1"),
-             QByteArray("error: fault 'dorp@reply:1': there is no kind 'dorp', see --faults help"));
-    QCOMPARE(control.obey("faults none x"),
-             QByteArray("error: the seed is a number from 0 to 4294967295, not 'x'"));
-    QCOMPARE(control.obey("faults"), QByteArray("error: unknown command 'faults'"));
-    QCOMPARE(ask(34), "27 F1 E8 9B 71 B7 F8 0E " + helloReply());
-    QCOMPARE(control.obey("faults none"), QByteArray("ok"));
-    QCOMPARE(ask(26), helloReply());
-}
-
-void SimulatorProgramTest::hangsUpAndComesBack()
-{
-    Simulator simulator(
-        {"--pty", "--control", m_controlPath, "--faults", "hang-up=2000@reply:1.5,drop@request:3"});
-    {
-        Host host(simulator.portName());
-        QVERIFY(host.write(hello()));
-        QCOMPARE(host.read(26), QByteArray("FF FF 17 41 01"));
-    }
-    QCOMPARE(simulator.event(), QString("<- HELLO"));
-    QCOMPARE(simulator.event(), QString("-- reply 1: hung up before byte 5"));
-    QVERIFY(simulator.event().startsWith("-> HELLO ack "));
-    QCOMPARE(simulator.event(), QString("-- unplugged"));
-    Control control(m_controlPath);
-    QCOMPARE(control.obey("unplug"), QByteArray("error: not plugged"));
-    QCOMPARE(control.obey("plug"), QByteArray("ok"));
-    Host host(simulator.portName());
-    QCOMPARE(simulator.event(), QString("-- plugged"));
-    QVERIFY(host.write(hello()));
-    QCOMPARE(host.read(26), helloReply());
-    QCOMPARE(simulator.event(), QString("<- HELLO"));
-    QVERIFY(simulator.event().startsWith("-> HELLO ack "));
-    QVERIFY(host.write(hello()));
-    QCOMPARE(simulator.event(), QString("-- request 3: dropped"));
-}
-
-void SimulatorProgramTest::recordsWhatPassesOnThePseudoTerminal()
-{
-    const QString path = m_folder->filePath("recording");
-    Simulator simulator({"--pty", "--baud", "0", "--control", m_controlPath, "--record", path});
-    const QString portName = simulator.portName();
-    Control control(m_controlPath);
-    {
-        Host host(portName);
-        QVERIFY(host.write(hello()));
-        QCOMPARE(host.read(26), helloReply());
-        QCOMPARE(simulator.event(), QString("<- HELLO"));
-        QVERIFY(simulator.event().startsWith("-> HELLO ack "));
-        // What has begun when the line goes is said before that.
-        QVERIFY(host.write("FF FF 0A"));
-        QTRY_VERIFY(recordedEvents(path).contains("host   FF FF 0A"));
-        QCOMPARE(control.obey("unplug"), QByteArray("ok"));
-    }
-    QCOMPARE(simulator.event(), QString("<- (incomplete)         FF FF 0A"));
-    QCOMPARE(simulator.event(), QString("-- unplugged"));
-    QCOMPARE(control.obey("plug"), QByteArray("ok"));
-    {
-        Host host(simulator.portName());
-        QVERIFY(host.write("12 34"));
-        QCOMPARE(simulator.event(), QString("-- plugged"));
-        QCOMPARE(simulator.event(), QString("<- (no frame)           12 34"));
-    }
-    // Killed, so that there is no time left to write anything.
-    simulator.sendSignal(SIGKILL);
-    QCOMPARE(simulator.exitCode(), -2);
-    QCOMPARE(recordedEvents(path),
-             (QStringList{"plugged", "host   " + hello(), "camera " + helloReply(),
-                          "host   FF FF 0A", "unplugged", "plugged", "host   12 34"}));
-}
-
-void SimulatorProgramTest::recordsWhatPassesOnTheAdapter()
-{
-    const QString path = m_folder->filePath("recording");
-    Simulator simulator({"--quiet", "--baud", "0", "--record", path, "--port", uniquePortName(),
-                         "--", SERIAL_HOST_PROGRAM, "hello", uniquePortName()});
-    QCOMPARE(simulator.line(), QString(helloReply()));
-    QCOMPARE(simulator.exitCode(), 0);
-    QCOMPARE(recordedEvents(path),
-             (QStringList{"plugged", "host   " + hello(), "camera " + helloReply()}));
-}
-
-void SimulatorProgramTest::needsItsRecording()
-{
-    const QString path = m_folder->filePath("no/such/folder");
-    Simulator simulator({"--pty", "--record", path});
-    QCOMPARE(simulator.exitCode(), 1);
-    QCOMPARE(
-        simulator.errors(),
-        QString("corvane-simulator: cannot record in %1: No such file or directory\n").arg(path));
-    QCOMPARE(simulator.output(), QString());
-}
-
-void SimulatorProgramTest::goesOnWhenTheRecordingCannot()
-{
-    const QString path = m_folder->filePath("recording");
-    Simulator simulator(Simulator::WithoutSpace(), {"--pty", "--record", path});
-    Host host(simulator.portName());
-    // More than half a kilobyte in the recording.
-    for (int i = 0; i < 10; ++i) {
-        QVERIFY(host.write(hello()));
-        QCOMPARE(host.read(26), helloReply());
-    }
-    const QString complaint = QString("cannot go on recording in %1: File too large").arg(path);
-    QCOMPARE(simulator.errorLine(), "corvane-simulator: " + complaint);
-    simulator.sendSignal(SIGTERM);
-    QCOMPARE(simulator.exitCode(), 0);
-    QCOMPARE(simulator.errors(), QString());
-    QCOMPARE(simulator.output().count("-- " + complaint), 1);
-    QVERIFY(contents(path).endsWith('\n'));
-}
-
-void SimulatorProgramTest::replaysOnThePseudoTerminal()
-{
-    const QString path = m_folder->filePath("recording");
-    QVERIFY(write(path,
-                  "# Corvane line recording 1\n0 plugged\n0.5 host 01 02\n0.5 camera AB CD\n"
-                  "0.6 host 05\n0.6 unplugged\n0.6 plugged\n0.7 host 03\n0.7 camera EF\n"));
-    Simulator simulator({"--pty", "--replay", path});
-    {
-        Host host(simulator.portName());
-        QVERIFY(host.write("01 04"));
-        QCOMPARE(host.read(2), QByteArray("AB CD"));
-        QVERIFY(host.write("05"));
-        QTRY_VERIFY(host.isHungUp());
-    }
-    QCOMPARE(simulator.event(), QString("<- (no frame)           01 04"));
-    QCOMPARE(simulator.event(),
-             QString("-- from byte 2 on the host sends 04 instead of 02, recorded at 0.500000"));
-    QCOMPARE(simulator.event(), QString("-> (no frame)           AB CD"));
-    QCOMPARE(simulator.event(), QString("<- (no frame)           05"));
-    QCOMPARE(simulator.event(), QString("-- unplugged"));
-    Host host(simulator.portName());
-    QCOMPARE(simulator.event(), QString("-- plugged"));
-    QVERIFY(host.write("03"));
-    QCOMPARE(host.read(1), QByteArray("EF"));
-    QCOMPARE(simulator.event(), QString("<- (no frame)           03"));
-    QCOMPARE(simulator.event(), QString("-> (no frame)           EF"));
-    QCOMPARE(simulator.event(), QString("-- the recording has ended"));
-    simulator.sendSignal(SIGTERM);
-    QCOMPARE(simulator.exitCode(), 0);
-    QCOMPARE(simulator.errors(), QString());
-}
-
-void SimulatorProgramTest::replaysOnTheAdapter()
-{
-    const QString path = m_folder->filePath("recording");
-    const QString copy = m_folder->filePath("copy");
-    QVERIFY(write(path,
-                  "# Corvane line recording 1\n0 plugged\n9 host " + hello() + "\n9 camera "
-                      + helloReply() + '\n'));
-    Simulator simulator({"--quiet", "--replay", path, "--record", copy, "--port", uniquePortName(),
-                         "--", SERIAL_HOST_PROGRAM, "hello", uniquePortName()});
-    QCOMPARE(simulator.line(), QString(helloReply()));
-    QCOMPARE(simulator.exitCode(), 0);
-    QCOMPARE(simulator.output(), QString());
-    QCOMPARE(recordedEvents(copy),
-             (QStringList{"plugged", "host   " + hello(), "camera " + helloReply()}));
-}
-
-void SimulatorProgramTest::letsOthersInterfereWithAReplay()
-{
-    const QString path = m_folder->filePath("recording");
-    QVERIFY(
-        write(path, "# Corvane line recording 1\n0 host 01\n0 unplugged\n3 plugged\n3 host 02\n"));
-    Simulator simulator({"--pty", "--control", m_controlPath, "--replay", path});
-    simulator.portName();
-    Control control(m_controlPath);
-    QCOMPARE(control.obey("silent on"), QByteArray("error: there is no simulated camera"));
-    QCOMPARE(control.obey("silent off"), QByteArray("error: there is no simulated camera"));
-    QCOMPARE(control.obey("unplug"), QByteArray("ok"));
-    QCOMPARE(simulator.event(), QString("-- unplugged"));
-    QCOMPARE(control.obey("plug"), QByteArray("ok"));
-    {
-        Host host(simulator.portName());
-        QCOMPARE(simulator.event(), QString("-- plugged"));
-        QVERIFY(host.write("01"));
-        QCOMPARE(simulator.event(), QString("<- (no frame)           01"));
-        QCOMPARE(simulator.event(), QString("-- unplugged"));
-    }
-    // Before the recording does, which then finds it plugged.
-    QCOMPARE(control.obey("plug"), QByteArray("ok"));
-    Host host(simulator.portName());
-    QCOMPARE(simulator.event(), QString("-- plugged"));
-    QVERIFY(host.write("02"));
-    QCOMPARE(simulator.event(), QString("<- (no frame)           02"));
-    QCOMPARE(simulator.event(), QString("-- the recording has ended"));
-    QCOMPARE(control.obey("quit"), QByteArray("ok"));
-    QCOMPARE(simulator.exitCode(), 0);
-}
-
-void SimulatorProgramTest::needsARecordingToReplay_data()
-{
-    QTest::addColumn<QByteArray>("contents");
-    QTest::addColumn<QString>("reason");
-
-    QTest::newRow("no file") << QByteArray() << "No such file or directory";
-    QTest::newRow("a bad line") << QByteArray("# Corvane line recording 1\n1 host\n")
-                                << "line 2: bytes of two hexadecimal digits, such as FF 0A, "
-                                   "expected";
-}
-
-void SimulatorProgramTest::needsARecordingToReplay()
-{
-    QFETCH(QByteArray, contents);
-    QFETCH(QString, reason);
-    const QString path = m_folder->filePath("recording");
-    const QString copy = m_folder->filePath("copy");
-    QVERIFY(contents.isEmpty() || write(path, contents));
-    Simulator simulator({"--pty", "--replay", path, "--record", copy});
-    QCOMPARE(simulator.exitCode(), 1);
-    QCOMPARE(simulator.errors(),
-             QString("corvane-simulator: cannot replay %1: %2\n").arg(path, reason));
-    QVERIFY(!QFile::exists(copy));
-}
-
-// Another simulator's pseudo-terminal is the real port here.
-void SimulatorProgramTest::recordsACameraAtARealPort()
-{
-    const QString path = m_folder->filePath("recording");
-    Simulator camera({"--pty", "--baud", "0"});
-    Simulator simulator({"--quiet", "--through", camera.portName(), "--record", path, "--port",
-                         uniquePortName(), "--", SERIAL_HOST_PROGRAM, "hello", uniquePortName()});
-    QCOMPARE(simulator.line(), QString(helloReply()));
-    QCOMPARE(simulator.exitCode(), 0);
-    QCOMPARE(camera.event(), QString("<- HELLO"));
-    QStringList events = recordedEvents(path);
-    QCOMPARE(events.mid(0, 2), (QStringList{"plugged", "host   " + hello()}));
-    // In as many pieces as the port has handed over.
-    QStringList replies = events.mid(2);
-    QCOMPARE(replies.replaceInStrings("camera ", QString()).join(' '), QString(helloReply()));
-}
-
-void SimulatorProgramTest::isUnpluggedTogetherWithTheRealPort()
-{
-    // A name that stays when the pseudo-terminal has got another one.
-    const QString realPort = m_folder->filePath("tty" + uniquePortName());
-    Simulator camera({"--pty", "--quiet", "--control", m_controlPath});
-    QVERIFY(QFile::link(camera.portName(), realPort));
-    Control control(m_controlPath);
-    Simulator simulator({"--pty", "--through", realPort});
-    {
-        Host host(simulator.portName());
-        QVERIFY(host.write(hello()));
-        QCOMPARE(host.read(26), helloReply());
-        QCOMPARE(simulator.event(), QString("<- HELLO"));
-        QCOMPARE(control.obey("unplug"), QByteArray("ok"));
-        QCOMPARE(host.read(1), QByteArray());
-    }
-    QVERIFY(simulator.lineAfterReply().endsWith("-- unplugged"));
-    QCOMPARE(control.obey("plug"), QByteArray("ok"));
-    QVERIFY(QFile::remove(realPort));
-    QVERIFY(QFile::link(camera.portName(), realPort));
-    Host host(simulator.portName());
-    QString line = simulator.line();
-    QVERIFY2(line.endsWith("-- plugged"), qPrintable(line));
-    // It stays: longer than the pause between two attempts to open the real port, which the times
-    // in front of the lines tell.
-    const QTime plugged = timeOf(line);
-    do {
-        QVERIFY(host.write(hello()));
-        QCOMPARE(host.read(26), helloReply());
-        line = simulator.lineAfterReply();
-        QVERIFY2(line.endsWith("<- HELLO"), qPrintable(line));
-    } while (msecsBetween(plugged, timeOf(line)) < 600);
-    simulator.sendSignal(SIGTERM);
-    QCOMPARE(simulator.exitCode(), 0);
-    QCOMPARE(simulator.errors(), QString());
-}
-
-void SimulatorProgramTest::needsTheRealPort()
-{
-    const QString realPort = m_folder->filePath("tty" + uniquePortName());
-    const QString path = m_folder->filePath("recording");
-    Simulator simulator({"--pty", "--through", realPort, "--record", path});
-    QCOMPARE(simulator.exitCode(), 1);
-    QCOMPARE(
-        simulator.errors(),
-        QString("corvane-simulator: cannot open %1: No such file or directory\n").arg(realPort));
-    QVERIFY(!QFile::exists(path));
-}
 
 QTEST_GUILESS_MAIN(SimulatorProgramTest)
 #include "tst_simulatorprogram.moc"

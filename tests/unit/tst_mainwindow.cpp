@@ -15,306 +15,291 @@ class MainWindowTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void methodsStandInTheOrderOfTheInterface();
-    void startsDisconnected();
-    void hidesWhatHasNoUse();
-    void offersOneBaudRate();
-    void theRowsOfAnOpenListCanBeRead_data();
-    void theRowsOfAnOpenListCanBeRead();
-    void takesThePortNameFromTheChosenItem_data();
-    void takesThePortNameFromTheChosenItem();
-    void changingTheBaudRateChangesNothing();
-    void statusMessagesEndInTheLogUnderTheirOwnName();
-    void statusLabelIsNowhereOnScreen();
-    void aboutShowsTheVersion();
-    void inertSlotsChangeNothing_data();
-    void inertSlotsChangeNothing();
-    void closesThePortBeforeItStopsTheParser();
-    void isDestroyedWithinOnePoll();
+    void methodsStandInTheOrderOfTheInterface()
+    {
+        const QStringList expected{
+            "signal receive_hello_ack()",
+            "signal receive_fw_info_ack()",
+            "signal receive_custom_zoom_ack()",
+            "signal receive_setting_ack()",
+            "signal receive_reboot_ack()",
+            "slot on_comboBox_portlist_currentIndexChanged(int)",
+            "slot on_comboBox_baudrate_currentIndexChanged(int)",
+            "slot on_pushButton_connect_clicked()",
+            "slot on_pushButton_disconnect_clicked()",
+            "slot on_comboBox_autotracking_currentIndexChanged(int)",
+            "slot on_comboBox_targetmissing_currentIndexChanged(int)",
+            "slot on_radioButton_upright_clicked()",
+            "slot on_radioButton_upside_down_clicked()",
+            "slot on_comboBox_autozoom_currentIndexChanged(int)",
+            "slot on_comboBox_zoomoffset_currentIndexChanged(int)",
+            "slot on_pushButton_default_clicked()",
+            "slot on_pushButton_apply_clicked()",
+            "slot on_pushButton_choose_file_clicked()",
+            "slot on_lineEdit_firmware_editingFinished()",
+            "slot on_pushButton_start_upgrade_clicked()",
+            "slot on_pushButton_cancel_upgrade_clicked()",
+            "slot on_toolButton_about_clicked()",
+            "slot on_toolButton_language_clicked()",
+            "slot updateSettings()",
+            "slot handleError(QSerialPort::SerialPortError)",
+            "slot readData()",
+            "slot AnalyzeReceiveData(QByteArray)",
+            "slot on_pushButton_custom_zoom_1_clicked()",
+            "slot on_pushButton_custom_zoom_2_clicked()",
+        };
+        QStringList actual;
+        const QMetaObject &meta = MainWindow::staticMetaObject;
+        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+            const QMetaMethod method = meta.method(i);
+            const char *const kind =
+                method.methodType() == QMetaMethod::Signal ? "signal " : "slot ";
+            actual << kind + QString::fromLatin1(method.methodSignature());
+        }
+        QCOMPARE(actual, expected);
+    }
+
+    void startsDisconnected()
+    {
+        LogCapture log;
+        const MainWindow window;
+        QCOMPARE(log.texts(), QStringList({"startParser", "Disconnected"}));
+
+        const auto *const port = window.findChild<QSerialPort *>();
+        QVERIFY(port != nullptr);
+        QCOMPARE(port->parent(), &window);
+        QVERIFY(!port->isOpen());
+        const QList<QPair<const char *, bool>> states{
+            {"pushButton_connect", true}, {"pushButton_disconnect", false},
+            {"comboBox_portlist", true},  {"comboBox_baudrate", true},
+            {"tabWidget", false},
+        };
+        for (const auto &[name, enabled] : states) {
+            QVERIFY2(window.findChild<QWidget *>(name)->isEnabled() == enabled, name);
+        }
+        QCOMPARE(window.findChild<QTextEdit *>("textEdit_device_info")->toPlainText(), QString());
+    }
+
+    void hidesWhatHasNoUse()
+    {
+        MainWindow window;
+        window.show();
+        QVERIFY(window.findChild<QWidget *>("toolButton_language")->isHidden());
+        QVERIFY(window.findChild<QWidget *>("pushButton_cancel_upgrade")->isHidden());
+        QVERIFY(window.findChild<QWidget *>("toolButton_about")->isVisible());
+    }
+
+    void offersOneBaudRate()
+    {
+        const MainWindow window;
+        const auto *const rates = window.findChild<QComboBox *>("comboBox_baudrate");
+        QCOMPARE(rates->count(), 1);
+        QCOMPARE(rates->currentText(), QString("115200"));
+        QCOMPARE(rates->currentData(Qt::UserRole), QVariant(115200));
+    }
+
+    void theRowsOfAnOpenListCanBeRead_data()
+    {
+        QTest::addColumn<QString>("style");
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<int>("row");
+        for (const char *const style : {"Fusion", "Windows"}) {
+            QTest::addRow("%s, a setting as it is", style)
+                << style << "comboBox_targetmissing" << 0;
+            QTest::addRow("%s, another setting", style) << style << "comboBox_targetmissing" << 3;
+            QTest::addRow("%s, the rate as it is", style) << style << "comboBox_baudrate" << 0;
+            QTest::addRow("%s, another rate", style) << style << "comboBox_baudrate" << 1;
+        }
+    }
+
+    void theRowsOfAnOpenListCanBeRead()
+    {
+        QFETCH(QString, style);
+        QFETCH(QString, box);
+        QFETCH(int, row);
+        QApplication::setStyle(style);
+        MainWindow window;
+        window.findChild<QComboBox *>("comboBox_baudrate")->addItem("another");
+        window.findChild<QWidget *>("tabWidget")->setEnabled(true);
+        window.show();
+        auto *const list = window.findChild<QComboBox *>(box);
+        list->showPopup();
+        QAbstractItemView *const view = list->view();
+        QTRY_VERIFY(view->isVisible());
+        const QModelIndex index = list->model()->index(row, 0);
+        view->setCurrentIndex(index);
+
+        const QRect visible = view->visualRect(index) & view->viewport()->rect();
+        // Without the edge, which may be framed.
+        const QImage picture = view->viewport()->grab(visible.adjusted(3, 3, -3, -3)).toImage();
+        int darkest = 255;
+        int lightest = 0;
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x) {
+                darkest = qMin(darkest, qGray(picture.pixel(x, y)));
+                lightest = qMax(lightest, qGray(picture.pixel(x, y)));
+            }
+        }
+        QVERIFY2(lightest - darkest > 64, qPrintable(QString::number(lightest - darkest)));
+    }
+
+    void takesThePortNameFromTheChosenItem_data()
+    {
+        QTest::addColumn<QString>("item");
+        QTest::addColumn<QString>("portName");
+
+        QTest::newRow("name and description") << "ttyNone9 (USB Serial)"
+                                              << "ttyNone9";
+        QTest::newRow("no description") << "ttyNone9 ()"
+                                        << "ttyNone9";
+        QTest::newRow("only the first \" (\" counts") << "a (b) (c)"
+                                                      << "a";
+        QTest::newRow("a bracket without a blank is part of the name") << "a(b) (c)"
+                                                                       << "a(b)";
+        QTest::newRow("no \" (\" gives no name") << "ttyNone9"
+                                                 << "";
+        QTest::newRow("nothing gives no name") << ""
+                                               << "";
+    }
+
+    // The name is seen where it is used: in the port, after an attempt to open it.
+    void takesThePortNameFromTheChosenItem()
+    {
+        QFETCH(QString, item);
+        WindowFixture fixture;
+        auto *const ports = fixture.combo("comboBox_portlist");
+        ports->addItem(item);
+        ports->setCurrentIndex(ports->count() - 1);
+        fixture.click("pushButton_connect");
+        QTEST(fixture.port()->portName(), "portName");
+        QCOMPARE(fixture.port()->baudRate(), 115200);
+        QCOMPARE(fixture.log.statusTexts(), QStringList{"Open error"});
+    }
+
+    void changingTheBaudRateChangesNothing()
+    {
+        WindowFixture fixture;
+        auto *const rates = fixture.combo("comboBox_baudrate");
+        rates->addItem("9600", 9600);
+        rates->setCurrentIndex(1);
+        QVERIFY(fixture.connectCamera());
+        QCOMPARE(fixture.port()->baudRate(), 115200);
+    }
+
+    void statusMessagesEndInTheLogUnderTheirOwnName()
+    {
+        MainWindow window;
+        LogCapture log;
+        window.showStatusMessage("some \"text\"");
+        QCOMPARE(log.lines().size(), 1);
+        const LogCapture::Line line = log.lines().constFirst();
+        QCOMPARE(line.text, QString("some \\\"text\\\""));
+        QCOMPARE(line.file, QString("mainwindow"));
+        QCOMPARE(line.line, 473);
+        QCOMPARE(line.function, QString("void MainWindow::showStatusMessage(const QString &)"));
+    }
+
+    void statusLabelIsNowhereOnScreen()
+    {
+        const QWidgetList before = QApplication::allWidgets();
+        MainWindow window;
+        window.show();
+        window.showStatusMessage("seen by nobody");
+        QLabel *label = nullptr;
+        const auto widgets = QApplication::allWidgets();
+        for (QWidget *widget : widgets) {
+            auto *const candidate = qobject_cast<QLabel *>(widget);
+            if (!before.contains(widget) && candidate != nullptr
+                && candidate->text() == QLatin1String("seen by nobody")) {
+                label = candidate;
+            }
+        }
+        QVERIFY(label != nullptr);
+        QCOMPARE(label->parent(), nullptr);
+        QVERIFY(!label->isVisible());
+    }
+
+    void aboutShowsTheVersion()
+    {
+        WindowFixture fixture;
+        fixture.click("toolButton_about");
+        QCOMPARE(fixture.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
+        QVERIFY(fixture.dialogs.seen().constFirst().hasParent);
+        QCOMPARE(fixture.log.statusTexts(), QStringList());
+    }
+
+    void inertSlotsChangeNothing_data()
+    {
+        QTest::addColumn<bool>("takesIndex");
+        QTest::newRow("on_comboBox_baudrate_currentIndexChanged") << true;
+        QTest::newRow("on_comboBox_targetmissing_currentIndexChanged") << true;
+        QTest::newRow("on_comboBox_autozoom_currentIndexChanged") << true;
+        QTest::newRow("on_comboBox_zoomoffset_currentIndexChanged") << true;
+        QTest::newRow("on_radioButton_upright_clicked") << false;
+        QTest::newRow("on_radioButton_upside_down_clicked") << false;
+        QTest::newRow("on_pushButton_cancel_upgrade_clicked") << false;
+        QTest::newRow("on_toolButton_language_clicked") << false;
+    }
+
+    void inertSlotsChangeNothing()
+    {
+        QFETCH(bool, takesIndex);
+        const char *const slot = QTest::currentDataTag();
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        const QImage before = fixture.window.grab().toImage();
+        for (int index = -1; index <= 4; ++index) {
+            const bool called = takesIndex
+                ? QMetaObject::invokeMethod(&fixture.window, slot, Q_ARG(int, index))
+                : QMetaObject::invokeMethod(&fixture.window, slot);
+            QVERIFY(called);
+        }
+        QCOMPARE(fixture.window.grab().toImage(), before);
+        QCOMPARE(fixture.log.texts(), QStringList());
+        QCOMPARE(fixture.dialogs.texts(), QStringList());
+        QCOMPARE(fixture.line.received(), QByteArray());
+    }
+
+    void closesThePortBeforeItStopsTheParser()
+    {
+        PseudoTerminal line;
+        DialogWatcher dialogs;
+        LogCapture log;
+        auto window = std::make_unique<MainWindow>();
+        auto *const ports = window->findChild<QComboBox *>("comboBox_portlist");
+        ports->addItem(line.portName() + " (test line)");
+        ports->setCurrentIndex(ports->count() - 1);
+        QTimer::singleShot(0, &line, [&line] { line.send(WindowFixture::helloReply()); });
+        window->findChild<QAbstractButton *>("pushButton_connect")->click();
+
+        auto *const port = window->findChild<QSerialPort *>();
+        auto *const tabs = window->findChild<QWidget *>("tabWidget");
+        QVERIFY(port->isOpen());
+        QVERIFY(tabs->isEnabled());
+        log.clear();
+
+        const auto order = std::make_shared<QStringList>();
+        connect(port, &QIODevice::aboutToClose, this, [order, tabs] {
+            *order << (tabs->isEnabled() ? "port closes, window still whole" : "too late");
+        });
+        connect(tabs, &QObject::destroyed, this, [order] { *order << "form is deleted"; });
+        connect(port, &QObject::destroyed, this, [order] { *order << "port is deleted"; });
+        window.reset();
+        QCOMPARE(
+            *order,
+            QStringList({"port closes, window still whole", "form is deleted", "port is deleted"}));
+        QCOMPARE(log.statusTexts(), QStringList{"Disconnected"});
+    }
+
+    void isDestroyedWithinOnePoll()
+    {
+        auto window = std::make_unique<MainWindow>();
+        window->show();
+        const QPointer<MainWindow> guard(window.get());
+        window.reset();
+        QVERIFY(guard.isNull());
+    }
 };
-
-void MainWindowTest::methodsStandInTheOrderOfTheInterface()
-{
-    const QStringList expected{
-        "signal receive_hello_ack()",
-        "signal receive_fw_info_ack()",
-        "signal receive_custom_zoom_ack()",
-        "signal receive_setting_ack()",
-        "signal receive_reboot_ack()",
-        "slot on_comboBox_portlist_currentIndexChanged(int)",
-        "slot on_comboBox_baudrate_currentIndexChanged(int)",
-        "slot on_pushButton_connect_clicked()",
-        "slot on_pushButton_disconnect_clicked()",
-        "slot on_comboBox_autotracking_currentIndexChanged(int)",
-        "slot on_comboBox_targetmissing_currentIndexChanged(int)",
-        "slot on_radioButton_upright_clicked()",
-        "slot on_radioButton_upside_down_clicked()",
-        "slot on_comboBox_autozoom_currentIndexChanged(int)",
-        "slot on_comboBox_zoomoffset_currentIndexChanged(int)",
-        "slot on_pushButton_default_clicked()",
-        "slot on_pushButton_apply_clicked()",
-        "slot on_pushButton_choose_file_clicked()",
-        "slot on_lineEdit_firmware_editingFinished()",
-        "slot on_pushButton_start_upgrade_clicked()",
-        "slot on_pushButton_cancel_upgrade_clicked()",
-        "slot on_toolButton_about_clicked()",
-        "slot on_toolButton_language_clicked()",
-        "slot updateSettings()",
-        "slot handleError(QSerialPort::SerialPortError)",
-        "slot readData()",
-        "slot AnalyzeReceiveData(QByteArray)",
-        "slot on_pushButton_custom_zoom_1_clicked()",
-        "slot on_pushButton_custom_zoom_2_clicked()",
-    };
-    QStringList actual;
-    const QMetaObject &meta = MainWindow::staticMetaObject;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        const QMetaMethod method = meta.method(i);
-        const char *const kind = method.methodType() == QMetaMethod::Signal ? "signal " : "slot ";
-        actual << kind + QString::fromLatin1(method.methodSignature());
-    }
-    QCOMPARE(actual, expected);
-}
-
-void MainWindowTest::startsDisconnected()
-{
-    LogCapture log;
-    const MainWindow window;
-    QCOMPARE(log.texts(), QStringList({"startParser", "Disconnected"}));
-
-    const auto *const port = window.findChild<QSerialPort *>();
-    QVERIFY(port != nullptr);
-    QCOMPARE(port->parent(), &window);
-    QVERIFY(!port->isOpen());
-    const QList<QPair<const char *, bool>> states{
-        {"pushButton_connect", true}, {"pushButton_disconnect", false},
-        {"comboBox_portlist", true},  {"comboBox_baudrate", true},
-        {"tabWidget", false},
-    };
-    for (const auto &[name, enabled] : states) {
-        QVERIFY2(window.findChild<QWidget *>(name)->isEnabled() == enabled, name);
-    }
-    QCOMPARE(window.findChild<QTextEdit *>("textEdit_device_info")->toPlainText(), QString());
-}
-
-void MainWindowTest::hidesWhatHasNoUse()
-{
-    MainWindow window;
-    window.show();
-    QVERIFY(window.findChild<QWidget *>("toolButton_language")->isHidden());
-    QVERIFY(window.findChild<QWidget *>("pushButton_cancel_upgrade")->isHidden());
-    QVERIFY(window.findChild<QWidget *>("toolButton_about")->isVisible());
-}
-
-void MainWindowTest::offersOneBaudRate()
-{
-    const MainWindow window;
-    const auto *const rates = window.findChild<QComboBox *>("comboBox_baudrate");
-    QCOMPARE(rates->count(), 1);
-    QCOMPARE(rates->currentText(), QString("115200"));
-    QCOMPARE(rates->currentData(Qt::UserRole), QVariant(115200));
-}
-
-void MainWindowTest::theRowsOfAnOpenListCanBeRead_data()
-{
-    QTest::addColumn<QString>("style");
-    QTest::addColumn<QString>("box");
-    QTest::addColumn<int>("row");
-    for (const char *const style : {"Fusion", "Windows"}) {
-        QTest::addRow("%s, a setting as it is", style) << style << "comboBox_targetmissing" << 0;
-        QTest::addRow("%s, another setting", style) << style << "comboBox_targetmissing" << 3;
-        QTest::addRow("%s, the rate as it is", style) << style << "comboBox_baudrate" << 0;
-        QTest::addRow("%s, another rate", style) << style << "comboBox_baudrate" << 1;
-    }
-}
-
-void MainWindowTest::theRowsOfAnOpenListCanBeRead()
-{
-    QFETCH(QString, style);
-    QFETCH(QString, box);
-    QFETCH(int, row);
-    QApplication::setStyle(style);
-    MainWindow window;
-    window.findChild<QComboBox *>("comboBox_baudrate")->addItem("another");
-    window.findChild<QWidget *>("tabWidget")->setEnabled(true);
-    window.show();
-    auto *const list = window.findChild<QComboBox *>(box);
-    list->showPopup();
-    QAbstractItemView *const view = list->view();
-    QTRY_VERIFY(view->isVisible());
-    const QModelIndex index = list->model()->index(row, 0);
-    view->setCurrentIndex(index);
-
-    const QRect visible = view->visualRect(index) & view->viewport()->rect();
-    // Without the edge, which may be framed.
-    const QImage picture = view->viewport()->grab(visible.adjusted(3, 3, -3, -3)).toImage();
-    int darkest = 255;
-    int lightest = 0;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            darkest = qMin(darkest, qGray(picture.pixel(x, y)));
-            lightest = qMax(lightest, qGray(picture.pixel(x, y)));
-        }
-    }
-    QVERIFY2(lightest - darkest > 64, qPrintable(QString::number(lightest - darkest)));
-}
-
-void MainWindowTest::takesThePortNameFromTheChosenItem_data()
-{
-    QTest::addColumn<QString>("item");
-    QTest::addColumn<QString>("portName");
-
-    QTest::newRow("name and description") << "ttyNone9 (USB Serial)"
-                                          << "ttyNone9";
-    QTest::newRow("no description") << "ttyNone9 ()"
-                                    << "ttyNone9";
-    QTest::newRow("only the first \" (\" counts") << "a (b) (c)"
-                                                  << "a";
-    QTest::newRow("a bracket without a blank is part of the name") << "a(b) (c)"
-                                                                   << "a(b)";
-    QTest::newRow("no \" (\" gives no name") << "ttyNone9"
-                                             << "";
-    QTest::newRow("nothing gives no name") << ""
-                                           << "";
-}
-
-// The name is seen where it is used: in the port, after an attempt to open it.
-void MainWindowTest::takesThePortNameFromTheChosenItem()
-{
-    QFETCH(QString, item);
-    WindowFixture fixture;
-    auto *const ports = fixture.combo("comboBox_portlist");
-    ports->addItem(item);
-    ports->setCurrentIndex(ports->count() - 1);
-    fixture.click("pushButton_connect");
-    QTEST(fixture.port()->portName(), "portName");
-    QCOMPARE(fixture.port()->baudRate(), 115200);
-    QCOMPARE(fixture.log.statusTexts(), QStringList{"Open error"});
-}
-
-void MainWindowTest::changingTheBaudRateChangesNothing()
-{
-    WindowFixture fixture;
-    auto *const rates = fixture.combo("comboBox_baudrate");
-    rates->addItem("9600", 9600);
-    rates->setCurrentIndex(1);
-    QVERIFY(fixture.connectCamera());
-    QCOMPARE(fixture.port()->baudRate(), 115200);
-}
-
-void MainWindowTest::statusMessagesEndInTheLogUnderTheirOwnName()
-{
-    MainWindow window;
-    LogCapture log;
-    window.showStatusMessage("some \"text\"");
-    QCOMPARE(log.lines().size(), 1);
-    const LogCapture::Line line = log.lines().constFirst();
-    QCOMPARE(line.text, QString("some \\\"text\\\""));
-    QCOMPARE(line.file, QString("mainwindow"));
-    QCOMPARE(line.line, 473);
-    QCOMPARE(line.function, QString("void MainWindow::showStatusMessage(const QString &)"));
-}
-
-void MainWindowTest::statusLabelIsNowhereOnScreen()
-{
-    const QWidgetList before = QApplication::allWidgets();
-    MainWindow window;
-    window.show();
-    window.showStatusMessage("seen by nobody");
-    QLabel *label = nullptr;
-    const auto widgets = QApplication::allWidgets();
-    for (QWidget *widget : widgets) {
-        auto *const candidate = qobject_cast<QLabel *>(widget);
-        if (!before.contains(widget) && candidate != nullptr
-            && candidate->text() == QLatin1String("seen by nobody")) {
-            label = candidate;
-        }
-    }
-    QVERIFY(label != nullptr);
-    QCOMPARE(label->parent(), nullptr);
-    QVERIFY(!label->isVisible());
-}
-
-void MainWindowTest::aboutShowsTheVersion()
-{
-    WindowFixture fixture;
-    fixture.click("toolButton_about");
-    QCOMPARE(fixture.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
-    QVERIFY(fixture.dialogs.seen().constFirst().hasParent);
-    QCOMPARE(fixture.log.statusTexts(), QStringList());
-}
-
-void MainWindowTest::inertSlotsChangeNothing_data()
-{
-    QTest::addColumn<bool>("takesIndex");
-    QTest::newRow("on_comboBox_baudrate_currentIndexChanged") << true;
-    QTest::newRow("on_comboBox_targetmissing_currentIndexChanged") << true;
-    QTest::newRow("on_comboBox_autozoom_currentIndexChanged") << true;
-    QTest::newRow("on_comboBox_zoomoffset_currentIndexChanged") << true;
-    QTest::newRow("on_radioButton_upright_clicked") << false;
-    QTest::newRow("on_radioButton_upside_down_clicked") << false;
-    QTest::newRow("on_pushButton_cancel_upgrade_clicked") << false;
-    QTest::newRow("on_toolButton_language_clicked") << false;
-}
-
-void MainWindowTest::inertSlotsChangeNothing()
-{
-    QFETCH(bool, takesIndex);
-    const char *const slot = QTest::currentDataTag();
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    const QImage before = fixture.window.grab().toImage();
-    for (int index = -1; index <= 4; ++index) {
-        const bool called = takesIndex
-            ? QMetaObject::invokeMethod(&fixture.window, slot, Q_ARG(int, index))
-            : QMetaObject::invokeMethod(&fixture.window, slot);
-        QVERIFY(called);
-    }
-    QCOMPARE(fixture.window.grab().toImage(), before);
-    QCOMPARE(fixture.log.texts(), QStringList());
-    QCOMPARE(fixture.dialogs.texts(), QStringList());
-    QCOMPARE(fixture.line.received(), QByteArray());
-}
-
-void MainWindowTest::closesThePortBeforeItStopsTheParser()
-{
-    PseudoTerminal line;
-    DialogWatcher dialogs;
-    LogCapture log;
-    auto window = std::make_unique<MainWindow>();
-    auto *const ports = window->findChild<QComboBox *>("comboBox_portlist");
-    ports->addItem(line.portName() + " (test line)");
-    ports->setCurrentIndex(ports->count() - 1);
-    QTimer::singleShot(0, &line, [&line] { line.send(WindowFixture::helloReply()); });
-    window->findChild<QAbstractButton *>("pushButton_connect")->click();
-
-    auto *const port = window->findChild<QSerialPort *>();
-    auto *const tabs = window->findChild<QWidget *>("tabWidget");
-    QVERIFY(port->isOpen());
-    QVERIFY(tabs->isEnabled());
-    log.clear();
-
-    const auto order = std::make_shared<QStringList>();
-    connect(port, &QIODevice::aboutToClose, this, [order, tabs] {
-        *order << (tabs->isEnabled() ? "port closes, window still whole" : "too late");
-    });
-    connect(tabs, &QObject::destroyed, this, [order] { *order << "form is deleted"; });
-    connect(port, &QObject::destroyed, this, [order] { *order << "port is deleted"; });
-    window.reset();
-    QCOMPARE(
-        *order,
-        QStringList({"port closes, window still whole", "form is deleted", "port is deleted"}));
-    QCOMPARE(log.statusTexts(), QStringList{"Disconnected"});
-}
-
-void MainWindowTest::isDestroyedWithinOnePoll()
-{
-    auto window = std::make_unique<MainWindow>();
-    window->show();
-    const QPointer<MainWindow> guard(window.get());
-    window.reset();
-    QVERIFY(guard.isNull());
-}
 
 QTEST_MAIN(MainWindowTest)
 #include "tst_mainwindow.moc"

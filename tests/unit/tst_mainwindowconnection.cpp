@@ -15,499 +15,479 @@ class MainWindowConnectionTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void aCameraThatAnswersIsConnected();
-    void widgetsChangeInOrder();
-    void usesTheFixedLineParameters();
-    void setsTheLineParametersInOrderBeforeItOpens();
-    void connectsOn_data();
-    void connectsOn();
-    void failsAfterTheLimitOn_data();
-    void failsAfterTheLimitOn();
-    void aReplyBehindTheTimeOutIsShownUntilTheBoxIsClosed();
-    void aPortThatCannotBeOpenedIsReported_data();
-    void aPortThatCannotBeOpenedIsReported();
-    void saysThatAPortDoesNotOpenBehindTheBox();
-    void saysThatAPortDoesNotOpenBeforeItReturnsToTheStart();
-    void disconnectReturnsToTheStart();
-    void disconnectReturnsToTheStartBeforeItSaysSo();
-    void disconnectingWhileDisconnectedIsHarmless();
-    void everythingButTheSerialControlsIsLiveWhileConnecting();
-    void aPartialFrameSurvivesAReconnect();
-    void aHungUpLineDisconnects();
-    void onlyAReadErrorMakesALineShowThatItIsGone_data();
-    void onlyAReadErrorMakesALineShowThatItIsGone();
-    void aLineThatHangsUpDuringTheHandshakeDisconnectsTwice();
-    void otherErrorsChangeNothing_data();
-    void otherErrorsChangeNothing();
-    void aResourceErrorDisconnects();
-    void closingTheWindowWhileConnectingEndsTheProgram();
-};
+    void aCameraThatAnswersIsConnected()
+    {
+        WindowFixture fixture;
+        fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("from before");
+        fixture.replyWith(WindowFixture::helloReply());
+        fixture.click("pushButton_connect");
 
-void MainWindowConnectionTest::aCameraThatAnswersIsConnected()
-{
-    WindowFixture fixture;
-    fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("from before");
-    fixture.replyWith(WindowFixture::helloReply());
-    fixture.click("pushButton_connect");
-
-    QCOMPARE(fixture.line.received().toHex(), WindowFixture::helloRequest().toHex());
-    QCOMPARE(fixture.dialogs.texts(), QStringList());
-    QCOMPARE(
-        fixture.log.texts(),
-        QStringList({"Connected to " + fixture.line.portName(), "data_step_head_ready: length = 23",
-                     "Analyze Data: length = 23", "AnalyzeReceiveData 25",
-                     "UART_COMM_TYPE_ACK Received", "UART_CTRL_CMD_HELLO Received",
-                     "ClientVersion: 1.0.a.10", "3.1.1.1.0.0.3"}));
-    QVERIFY(fixture.port()->isOpen());
-    QVERIFY(!fixture.widget("pushButton_connect")->isEnabled());
-    QVERIFY(fixture.widget("pushButton_disconnect")->isEnabled());
-    QVERIFY(!fixture.widget("comboBox_portlist")->isEnabled());
-    QVERIFY(!fixture.widget("comboBox_baudrate")->isEnabled());
-    QVERIFY(fixture.widget("tabWidget")->isEnabled());
-    QVERIFY(fixture.widget("pushButton_default")->isEnabled());
-    QVERIFY(fixture.widget("pushButton_apply")->isEnabled());
-    QCOMPARE(fixture.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
-    QCOMPARE(fixture.text("textEdit_firmware_info"), QString());
-}
-
-void MainWindowConnectionTest::widgetsChangeInOrder()
-{
-    WindowFixture fixture;
-    fixture.widget("pushButton_default")->setEnabled(false);
-    fixture.widget("pushButton_apply")->setEnabled(false);
-    fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("from before");
-    WidgetRecorder recorder(&fixture.window);
-    connect(fixture.port(), &QSerialPort::aboutToClose, &recorder,
-            [&recorder] { recorder.note("the port closes"); });
-    connect(&fixture.window, &MainWindow::receive_hello_ack, &recorder,
-            [&recorder] { recorder.note("receive_hello_ack"); });
-    fixture.replyWith(WindowFixture::helloReply());
-    fixture.click("pushButton_connect");
-    const QStringList changes = recorder.changes();
-    QCOMPARE(changes.mid(0, 4),
-             QStringList({"pushButton_connect off", "comboBox_portlist off",
-                          "comboBox_baudrate off", "receive_hello_ack"}));
-    // The order on the way is that of the reply, which has a test of its own.
-    QCOMPARE(changes.mid(changes.indexOf("textEdit_firmware_info = ")),
-             QStringList({"textEdit_firmware_info = ", "pushButton_disconnect on", "tabWidget on",
-                          "pushButton_default on", "pushButton_apply on"}));
-
-    recorder.clear();
-    fixture.click("pushButton_disconnect");
-    QCOMPARE(recorder.changes(),
-             QStringList({"the port closes", "pushButton_connect on", "pushButton_disconnect off",
-                          "comboBox_portlist on", "comboBox_baudrate on", "tabWidget off",
-                          "textEdit_device_info = "}));
-}
-
-void MainWindowConnectionTest::usesTheFixedLineParameters()
-{
-    WindowFixture fixture;
-    fixture.port()->setBaudRate(9600);
-    fixture.port()->setDataBits(QSerialPort::Data7);
-    fixture.port()->setParity(QSerialPort::EvenParity);
-    fixture.port()->setStopBits(QSerialPort::TwoStop);
-    fixture.port()->setFlowControl(QSerialPort::HardwareControl);
-    QVERIFY(fixture.connectCamera());
-    QCOMPARE("/dev/" + fixture.port()->portName(), fixture.line.portName());
-    QCOMPARE(fixture.port()->baudRate(), 115200);
-    QCOMPARE(fixture.port()->dataBits(), QSerialPort::Data8);
-    QCOMPARE(fixture.port()->parity(), QSerialPort::NoParity);
-    QCOMPARE(fixture.port()->stopBits(), QSerialPort::OneStop);
-    QCOMPARE(fixture.port()->flowControl(), QSerialPort::NoFlowControl);
-}
-
-void MainWindowConnectionTest::setsTheLineParametersInOrderBeforeItOpens()
-{
-    WindowFixture fixture;
-    QSerialPort *const port = fixture.port();
-    port->setBaudRate(9600);
-    port->setDataBits(QSerialPort::Data7);
-    port->setParity(QSerialPort::EvenParity);
-    port->setStopBits(QSerialPort::TwoStop);
-    port->setFlowControl(QSerialPort::HardwareControl);
-    QStringList changes;
-    const auto note = [&fixture, port, &changes](const QString &what) {
-        const bool hasName = "/dev/" + port->portName() == fixture.line.portName();
-        changes << what + (hasName && !port->isOpen() ? "" : " out of turn");
-    };
-    connect(port, &QSerialPort::baudRateChanged, port, [note] { note("baud rate"); });
-    connect(port, &QSerialPort::dataBitsChanged, port, [note] { note("data bits"); });
-    connect(port, &QSerialPort::parityChanged, port, [note] { note("parity"); });
-    connect(port, &QSerialPort::stopBitsChanged, port, [note] { note("stop bits"); });
-    connect(port, &QSerialPort::flowControlChanged, port, [note] { note("flow control"); });
-    QVERIFY(fixture.connectCamera());
-    QCOMPARE(changes,
-             QStringList({"baud rate", "data bits", "parity", "stop bits", "flow control"}));
-}
-
-void MainWindowConnectionTest::connectsOn_data()
-{
-    QTest::addColumn<QList<QByteArray>>("pieces");
-
-    const QByteArray reply = WindowFixture::helloReply();
-    QList<QByteArray> bytes;
-    for (const char byte : reply) {
-        bytes << QByteArray(1, byte);
+        QCOMPARE(fixture.line.received().toHex(), WindowFixture::helloRequest().toHex());
+        QCOMPARE(fixture.dialogs.texts(), QStringList());
+        QCOMPARE(fixture.log.texts(),
+                 QStringList({"Connected to " + fixture.line.portName(),
+                              "data_step_head_ready: length = 23", "Analyze Data: length = 23",
+                              "AnalyzeReceiveData 25", "UART_COMM_TYPE_ACK Received",
+                              "UART_CTRL_CMD_HELLO Received", "ClientVersion: 1.0.a.10",
+                              "3.1.1.1.0.0.3"}));
+        QVERIFY(fixture.port()->isOpen());
+        QVERIFY(!fixture.widget("pushButton_connect")->isEnabled());
+        QVERIFY(fixture.widget("pushButton_disconnect")->isEnabled());
+        QVERIFY(!fixture.widget("comboBox_portlist")->isEnabled());
+        QVERIFY(!fixture.widget("comboBox_baudrate")->isEnabled());
+        QVERIFY(fixture.widget("tabWidget")->isEnabled());
+        QVERIFY(fixture.widget("pushButton_default")->isEnabled());
+        QVERIFY(fixture.widget("pushButton_apply")->isEnabled());
+        QCOMPARE(fixture.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
+        QCOMPARE(fixture.text("textEdit_firmware_info"), QString());
     }
-    QTest::newRow("a reply at once") << QList<QByteArray>{reply};
-    QTest::newRow("a reply in pieces of one byte") << bytes;
-    QTest::newRow("two replies at once") << QList<QByteArray>{reply + reply};
-    QTest::newRow("a reply behind noise")
-        << QList<QByteArray>{QByteArray::fromHex("00ff41"), reply};
-    QTest::newRow("a good reply behind one with a wrong checksum")
-        << QList<QByteArray>{reply.chopped(1) + '\x00', reply};
-}
 
-void MainWindowConnectionTest::connectsOn()
-{
-    QFETCH(QList<QByteArray>, pieces);
-    WindowFixture fixture;
-    int afterMs = 0;
-    for (const QByteArray &piece : qAsConst(pieces)) {
-        QTimer::singleShot(afterMs, &fixture.line, [&fixture, piece] { fixture.line.send(piece); });
-        afterMs += 5;
+    void widgetsChangeInOrder()
+    {
+        WindowFixture fixture;
+        fixture.widget("pushButton_default")->setEnabled(false);
+        fixture.widget("pushButton_apply")->setEnabled(false);
+        fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("from before");
+        WidgetRecorder recorder(&fixture.window);
+        connect(fixture.port(), &QSerialPort::aboutToClose, &recorder,
+                [&recorder] { recorder.note("the port closes"); });
+        connect(&fixture.window, &MainWindow::receive_hello_ack, &recorder,
+                [&recorder] { recorder.note("receive_hello_ack"); });
+        fixture.replyWith(WindowFixture::helloReply());
+        fixture.click("pushButton_connect");
+        const QStringList changes = recorder.changes();
+        QCOMPARE(changes.mid(0, 4),
+                 QStringList({"pushButton_connect off", "comboBox_portlist off",
+                              "comboBox_baudrate off", "receive_hello_ack"}));
+        // The order on the way is that of the reply, which has a test of its own.
+        QCOMPARE(changes.mid(changes.indexOf("textEdit_firmware_info = ")),
+                 QStringList({"textEdit_firmware_info = ", "pushButton_disconnect on",
+                              "tabWidget on", "pushButton_default on", "pushButton_apply on"}));
+
+        recorder.clear();
+        fixture.click("pushButton_disconnect");
+        QCOMPARE(recorder.changes(),
+                 QStringList({"the port closes", "pushButton_connect on",
+                              "pushButton_disconnect off", "comboBox_portlist on",
+                              "comboBox_baudrate on", "tabWidget off", "textEdit_device_info = "}));
     }
-    fixture.click("pushButton_connect");
-    QCOMPARE(fixture.dialogs.texts(), QStringList());
-    QVERIFY(fixture.widget("tabWidget")->isEnabled());
-    QCOMPARE(fixture.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
-}
 
-void MainWindowConnectionTest::failsAfterTheLimitOn_data()
-{
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<QString>("lastLine"); // of the log, before the limit passes
+    void usesTheFixedLineParameters()
+    {
+        WindowFixture fixture;
+        fixture.port()->setBaudRate(9600);
+        fixture.port()->setDataBits(QSerialPort::Data7);
+        fixture.port()->setParity(QSerialPort::EvenParity);
+        fixture.port()->setStopBits(QSerialPort::TwoStop);
+        fixture.port()->setFlowControl(QSerialPort::HardwareControl);
+        QVERIFY(fixture.connectCamera());
+        QCOMPARE("/dev/" + fixture.port()->portName(), fixture.line.portName());
+        QCOMPARE(fixture.port()->baudRate(), 115200);
+        QCOMPARE(fixture.port()->dataBits(), QSerialPort::Data8);
+        QCOMPARE(fixture.port()->parity(), QSerialPort::NoParity);
+        QCOMPARE(fixture.port()->stopBits(), QSerialPort::OneStop);
+        QCOMPARE(fixture.port()->flowControl(), QSerialPort::NoFlowControl);
+    }
 
-    const QByteArray reply = WindowFixture::helloReply();
-    QTest::newRow("no reply") << QByteArray() << QString();
-    QTest::newRow("a reply with a wrong checksum")
-        << reply.chopped(1) + '\x00' << "Checksum Error 180";
-    QTest::newRow("a reply that is cut short")
-        << reply.left(20) << "data_step_head_ready: length = 23";
-    QTest::newRow("a reply to something else") << QByteArray::fromHex("ffff0a410106070609055500c2")
-                                               << "UART_CTRL_CMD_CUSTOM_SETTING Received";
-    QTest::newRow("its own request, as an echo")
-        << WindowFixture::helloRequest() << "AnalyzeReceiveData 12";
-}
+    void setsTheLineParametersInOrderBeforeItOpens()
+    {
+        WindowFixture fixture;
+        QSerialPort *const port = fixture.port();
+        port->setBaudRate(9600);
+        port->setDataBits(QSerialPort::Data7);
+        port->setParity(QSerialPort::EvenParity);
+        port->setStopBits(QSerialPort::TwoStop);
+        port->setFlowControl(QSerialPort::HardwareControl);
+        QStringList changes;
+        const auto note = [&fixture, port, &changes](const QString &what) {
+            const bool hasName = "/dev/" + port->portName() == fixture.line.portName();
+            changes << what + (hasName && !port->isOpen() ? "" : " out of turn");
+        };
+        connect(port, &QSerialPort::baudRateChanged, port, [note] { note("baud rate"); });
+        connect(port, &QSerialPort::dataBitsChanged, port, [note] { note("data bits"); });
+        connect(port, &QSerialPort::parityChanged, port, [note] { note("parity"); });
+        connect(port, &QSerialPort::stopBitsChanged, port, [note] { note("stop bits"); });
+        connect(port, &QSerialPort::flowControlChanged, port, [note] { note("flow control"); });
+        QVERIFY(fixture.connectCamera());
+        QCOMPARE(changes,
+                 QStringList({"baud rate", "data bits", "parity", "stop bits", "flow control"}));
+    }
 
-void MainWindowConnectionTest::failsAfterTheLimitOn()
-{
-    QFETCH(QByteArray, reply);
-    QFETCH(QString, lastLine);
-    WindowFixture fixture;
-    fixture.replyWith(reply);
-    fixture.letLimitPassAfter(lastLine.isEmpty() ? "Connected to " + fixture.line.portName()
-                                                 : lastLine);
-    fixture.click("pushButton_connect");
+    void connectsOn_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("pieces");
 
-    QCOMPARE(fixture.dialogs.texts(), QStringList{kFail});
-    QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Critical);
-    QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
-    QVERIFY(fixture.dialogs.seen().constFirst().hasParent);
-    QCOMPARE(fixture.log.statusTexts().constFirst(), "Connected to " + fixture.line.portName());
-    QCOMPARE(fixture.log.statusTexts().constLast(), QString("Disconnected"));
-    QVERIFY(!fixture.port()->isOpen());
-    QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
-    QVERIFY(!fixture.widget("pushButton_disconnect")->isEnabled());
-    QVERIFY(fixture.widget("comboBox_portlist")->isEnabled());
-    QVERIFY(fixture.widget("comboBox_baudrate")->isEnabled());
-    QVERIFY(!fixture.widget("tabWidget")->isEnabled());
-}
-
-void MainWindowConnectionTest::aReplyBehindTheTimeOutIsShownUntilTheBoxIsClosed()
-{
-    WindowFixture fixture(false);
-    QString paneWhileOpen;
-    QTimer afterBox;
-    connect(&afterBox, &QTimer::timeout, &afterBox, [&] {
-        if (!fixture.dialogs.isOpen()) {
-            return;
+        const QByteArray reply = WindowFixture::helloReply();
+        QList<QByteArray> bytes;
+        for (const char byte : reply) {
+            bytes << QByteArray(1, byte);
         }
-        if (fixture.text("textEdit_device_info").isEmpty()) {
-            if (!fixture.log.texts().contains("data_step_head_ready: length = 23")) {
-                fixture.line.send(WindowFixture::helloReply());
+        QTest::newRow("a reply at once") << QList<QByteArray>{reply};
+        QTest::newRow("a reply in pieces of one byte") << bytes;
+        QTest::newRow("two replies at once") << QList<QByteArray>{reply + reply};
+        QTest::newRow("a reply behind noise")
+            << QList<QByteArray>{QByteArray::fromHex("00ff41"), reply};
+        QTest::newRow("a good reply behind one with a wrong checksum")
+            << QList<QByteArray>{reply.chopped(1) + '\x00', reply};
+    }
+
+    void connectsOn()
+    {
+        QFETCH(QList<QByteArray>, pieces);
+        WindowFixture fixture;
+        int afterMs = 0;
+        for (const QByteArray &piece : qAsConst(pieces)) {
+            QTimer::singleShot(afterMs, &fixture.line,
+                               [&fixture, piece] { fixture.line.send(piece); });
+            afterMs += 5;
+        }
+        fixture.click("pushButton_connect");
+        QCOMPARE(fixture.dialogs.texts(), QStringList());
+        QVERIFY(fixture.widget("tabWidget")->isEnabled());
+        QCOMPARE(fixture.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
+    }
+
+    void failsAfterTheLimitOn_data()
+    {
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<QString>("lastLine"); // of the log, before the limit passes
+
+        const QByteArray reply = WindowFixture::helloReply();
+        QTest::newRow("no reply") << QByteArray() << QString();
+        QTest::newRow("a reply with a wrong checksum")
+            << reply.chopped(1) + '\x00' << "Checksum Error 180";
+        QTest::newRow("a reply that is cut short")
+            << reply.left(20) << "data_step_head_ready: length = 23";
+        QTest::newRow("a reply to something else")
+            << QByteArray::fromHex("ffff0a410106070609055500c2")
+            << "UART_CTRL_CMD_CUSTOM_SETTING Received";
+        QTest::newRow("its own request, as an echo")
+            << WindowFixture::helloRequest() << "AnalyzeReceiveData 12";
+    }
+
+    void failsAfterTheLimitOn()
+    {
+        QFETCH(QByteArray, reply);
+        QFETCH(QString, lastLine);
+        WindowFixture fixture;
+        fixture.replyWith(reply);
+        fixture.letLimitPassAfter(lastLine.isEmpty() ? "Connected to " + fixture.line.portName()
+                                                     : lastLine);
+        fixture.click("pushButton_connect");
+
+        QCOMPARE(fixture.dialogs.texts(), QStringList{kFail});
+        QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Critical);
+        QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
+        QVERIFY(fixture.dialogs.seen().constFirst().hasParent);
+        QCOMPARE(fixture.log.statusTexts().constFirst(), "Connected to " + fixture.line.portName());
+        QCOMPARE(fixture.log.statusTexts().constLast(), QString("Disconnected"));
+        QVERIFY(!fixture.port()->isOpen());
+        QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
+        QVERIFY(!fixture.widget("pushButton_disconnect")->isEnabled());
+        QVERIFY(fixture.widget("comboBox_portlist")->isEnabled());
+        QVERIFY(fixture.widget("comboBox_baudrate")->isEnabled());
+        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+    }
+
+    void aReplyBehindTheTimeOutIsShownUntilTheBoxIsClosed()
+    {
+        WindowFixture fixture(false);
+        QString paneWhileOpen;
+        QTimer afterBox;
+        connect(&afterBox, &QTimer::timeout, &afterBox, [&] {
+            if (!fixture.dialogs.isOpen()) {
+                return;
             }
-            return;
-        }
-        paneWhileOpen = fixture.text("textEdit_device_info");
-        fixture.dialogs.answer();
-    });
-    afterBox.start(100);
-    fixture.letLimitPass();
-    fixture.click("pushButton_connect");
-    QCOMPARE(fixture.dialogs.texts(), QStringList{kFail});
-    QCOMPARE(paneWhileOpen, QString("Device Version: 1.0.a.10"));
-    QCOMPARE(fixture.text("textEdit_device_info"), QString());
-    QVERIFY(!fixture.widget("tabWidget")->isEnabled());
-}
-
-void MainWindowConnectionTest::aPortThatCannotBeOpenedIsReported_data()
-{
-    QTest::addColumn<QString>("item");
-    QTest::addColumn<QString>("text");
-
-    // Opening a port locks its name for the whole machine. Only a name that nobody else tries gives
-    // the same text every time.
-    QTest::newRow("no such device")
-        << QStringLiteral("/dev/no-port-%1 (test)").arg(QCoreApplication::applicationPid())
-        << "No such file or directory";
-    QTest::newRow("no name, as with an empty list") << "" << QString();
-    QTest::newRow("not a terminal") << "/dev/null (test)" << QString();
-}
-
-void MainWindowConnectionTest::aPortThatCannotBeOpenedIsReported()
-{
-    QFETCH(QString, item);
-    WindowFixture fixture;
-    auto *const ports = fixture.combo("comboBox_portlist");
-    ports->addItem(item);
-    ports->setCurrentIndex(ports->count() - 1);
-    fixture.child<QTextEdit>("textEdit_device_info")->setPlainText("typed by the operator");
-    WidgetRecorder recorder(&fixture.window);
-    fixture.log.clear();
-    fixture.click("pushButton_connect");
-
-    QFETCH(QString, text);
-    if (!text.isNull()) {
-        QCOMPARE(fixture.port()->errorString(), text);
-    }
-    QVERIFY(!fixture.port()->errorString().isEmpty());
-    QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: " + fixture.port()->errorString()});
-    QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Critical);
-    QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
-    // No "Disconnected": nothing was connected.
-    QCOMPARE(fixture.log.statusTexts(), QStringList{"Open error"});
-    QCOMPARE(recorder.changes(),
-             QStringList({"pushButton_connect off", "comboBox_portlist off",
-                          "comboBox_baudrate off", "pushButton_connect on", "comboBox_portlist on",
-                          "comboBox_baudrate on", "textEdit_device_info = "}));
-    QVERIFY(!fixture.port()->isOpen());
-}
-
-void MainWindowConnectionTest::saysThatAPortDoesNotOpenBehindTheBox()
-{
-    WindowFixture fixture(false);
-    auto *const ports = fixture.combo("comboBox_portlist");
-    ports->addItem("/dev/null (test)");
-    ports->setCurrentIndex(ports->count() - 1);
-    QStringList saidAtTheBox{"no box"};
-    QTimer poll;
-    connect(&poll, &QTimer::timeout, &poll, [&] {
-        if (fixture.dialogs.isOpen()) {
-            saidAtTheBox = fixture.log.statusTexts();
+            if (fixture.text("textEdit_device_info").isEmpty()) {
+                if (!fixture.log.texts().contains("data_step_head_ready: length = 23")) {
+                    fixture.line.send(WindowFixture::helloReply());
+                }
+                return;
+            }
+            paneWhileOpen = fixture.text("textEdit_device_info");
             fixture.dialogs.answer();
+        });
+        afterBox.start(100);
+        fixture.letLimitPass();
+        fixture.click("pushButton_connect");
+        QCOMPARE(fixture.dialogs.texts(), QStringList{kFail});
+        QCOMPARE(paneWhileOpen, QString("Device Version: 1.0.a.10"));
+        QCOMPARE(fixture.text("textEdit_device_info"), QString());
+        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+    }
+
+    void aPortThatCannotBeOpenedIsReported_data()
+    {
+        QTest::addColumn<QString>("item");
+        QTest::addColumn<QString>("text");
+
+        // Opening a port locks its name for the whole machine. Only a name that nobody else tries
+        // gives the same text every time.
+        QTest::newRow("no such device")
+            << QStringLiteral("/dev/no-port-%1 (test)").arg(QCoreApplication::applicationPid())
+            << "No such file or directory";
+        QTest::newRow("no name, as with an empty list") << "" << QString();
+        QTest::newRow("not a terminal") << "/dev/null (test)" << QString();
+    }
+
+    void aPortThatCannotBeOpenedIsReported()
+    {
+        QFETCH(QString, item);
+        WindowFixture fixture;
+        auto *const ports = fixture.combo("comboBox_portlist");
+        ports->addItem(item);
+        ports->setCurrentIndex(ports->count() - 1);
+        fixture.child<QTextEdit>("textEdit_device_info")->setPlainText("typed by the operator");
+        WidgetRecorder recorder(&fixture.window);
+        fixture.log.clear();
+        fixture.click("pushButton_connect");
+
+        QFETCH(QString, text);
+        if (!text.isNull()) {
+            QCOMPARE(fixture.port()->errorString(), text);
         }
-    });
-    poll.start(0);
-    fixture.log.clear();
-    fixture.click("pushButton_connect");
-    QCOMPARE(saidAtTheBox, QStringList());
-    QCOMPARE(fixture.log.statusTexts(), QStringList{"Open error"});
-}
+        QVERIFY(!fixture.port()->errorString().isEmpty());
+        QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: " + fixture.port()->errorString()});
+        QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Critical);
+        QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
+        // No "Disconnected": nothing was connected.
+        QCOMPARE(fixture.log.statusTexts(), QStringList{"Open error"});
+        QCOMPARE(
+            recorder.changes(),
+            QStringList({"pushButton_connect off", "comboBox_portlist off", "comboBox_baudrate off",
+                         "pushButton_connect on", "comboBox_portlist on", "comboBox_baudrate on",
+                         "textEdit_device_info = "}));
+        QVERIFY(!fixture.port()->isOpen());
+    }
 
-void MainWindowConnectionTest::saysThatAPortDoesNotOpenBeforeItReturnsToTheStart()
-{
-    QStringList said; // outlives the window, which clears its panes at its end
-    WindowFixture fixture;
-    auto *const ports = fixture.combo("comboBox_portlist");
-    ports->addItem("/dev/null (test)");
-    ports->setCurrentIndex(ports->count() - 1);
-    auto *const pane = fixture.child<QTextEdit>("textEdit_device_info");
-    pane->setPlainText("from before");
-    connect(pane, &QTextEdit::textChanged, pane,
-            [log = &fixture.log, to = &said] { *to = log->statusTexts(); });
-    fixture.log.clear();
-    fixture.click("pushButton_connect");
-    QCOMPARE(said, QStringList{"Open error"});
-}
+    void saysThatAPortDoesNotOpenBehindTheBox()
+    {
+        WindowFixture fixture(false);
+        auto *const ports = fixture.combo("comboBox_portlist");
+        ports->addItem("/dev/null (test)");
+        ports->setCurrentIndex(ports->count() - 1);
+        QStringList saidAtTheBox{"no box"};
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, &poll, [&] {
+            if (fixture.dialogs.isOpen()) {
+                saidAtTheBox = fixture.log.statusTexts();
+                fixture.dialogs.answer();
+            }
+        });
+        poll.start(0);
+        fixture.log.clear();
+        fixture.click("pushButton_connect");
+        QCOMPARE(saidAtTheBox, QStringList());
+        QCOMPARE(fixture.log.statusTexts(), QStringList{"Open error"});
+    }
 
-void MainWindowConnectionTest::disconnectReturnsToTheStart()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.widget("pushButton_apply")->setEnabled(false);
-    fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("stays");
-    fixture.click("pushButton_disconnect");
-    QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
-    QVERIFY(!fixture.port()->isOpen());
-    QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
-    QVERIFY(!fixture.widget("pushButton_disconnect")->isEnabled());
-    QVERIFY(!fixture.widget("tabWidget")->isEnabled());
-    QCOMPARE(fixture.text("textEdit_firmware_info"), QString("stays"));
-    fixture.widget("tabWidget")->setEnabled(true);
-    QVERIFY(fixture.widget("pushButton_default")->isEnabled());
-    QVERIFY(!fixture.widget("pushButton_apply")->isEnabled());
-    fixture.widget("tabWidget")->setEnabled(false);
+    void saysThatAPortDoesNotOpenBeforeItReturnsToTheStart()
+    {
+        QStringList said; // outlives the window, which clears its panes at its end
+        WindowFixture fixture;
+        auto *const ports = fixture.combo("comboBox_portlist");
+        ports->addItem("/dev/null (test)");
+        ports->setCurrentIndex(ports->count() - 1);
+        auto *const pane = fixture.child<QTextEdit>("textEdit_device_info");
+        pane->setPlainText("from before");
+        connect(pane, &QTextEdit::textChanged, pane,
+                [log = &fixture.log, to = &said] { *to = log->statusTexts(); });
+        fixture.log.clear();
+        fixture.click("pushButton_connect");
+        QCOMPARE(said, QStringList{"Open error"});
+    }
 
-    QVERIFY(fixture.connectCamera());
-}
+    void disconnectReturnsToTheStart()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.widget("pushButton_apply")->setEnabled(false);
+        fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("stays");
+        fixture.click("pushButton_disconnect");
+        QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
+        QVERIFY(!fixture.port()->isOpen());
+        QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
+        QVERIFY(!fixture.widget("pushButton_disconnect")->isEnabled());
+        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+        QCOMPARE(fixture.text("textEdit_firmware_info"), QString("stays"));
+        fixture.widget("tabWidget")->setEnabled(true);
+        QVERIFY(fixture.widget("pushButton_default")->isEnabled());
+        QVERIFY(!fixture.widget("pushButton_apply")->isEnabled());
+        fixture.widget("tabWidget")->setEnabled(false);
 
-void MainWindowConnectionTest::disconnectReturnsToTheStartBeforeItSaysSo()
-{
-    QStringList said{"nothing cleared"}; // outlives the window, which clears its panes at its end
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    auto *const pane = fixture.child<QTextEdit>("textEdit_device_info");
-    connect(pane, &QTextEdit::textChanged, pane,
-            [log = &fixture.log, to = &said] { *to = log->statusTexts(); });
-    fixture.click("pushButton_disconnect");
-    QCOMPARE(said, QStringList());
-    QCOMPARE(fixture.log.statusTexts(), QStringList{"Disconnected"});
-}
+        QVERIFY(fixture.connectCamera());
+    }
 
-void MainWindowConnectionTest::disconnectingWhileDisconnectedIsHarmless()
-{
-    WindowFixture fixture;
-    WidgetRecorder recorder(&fixture.window);
-    QVERIFY(QMetaObject::invokeMethod(&fixture.window, "on_pushButton_disconnect_clicked"));
-    QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
-    // The pane is cleared again.
-    QCOMPARE(recorder.changes(), QStringList{"textEdit_device_info = "});
-}
+    void disconnectReturnsToTheStartBeforeItSaysSo()
+    {
+        QStringList said{
+            "nothing cleared"}; // outlives the window, which clears its panes at its end
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        auto *const pane = fixture.child<QTextEdit>("textEdit_device_info");
+        connect(pane, &QTextEdit::textChanged, pane,
+                [log = &fixture.log, to = &said] { *to = log->statusTexts(); });
+        fixture.click("pushButton_disconnect");
+        QCOMPARE(said, QStringList());
+        QCOMPARE(fixture.log.statusTexts(), QStringList{"Disconnected"});
+    }
 
-void MainWindowConnectionTest::everythingButTheSerialControlsIsLiveWhileConnecting()
-{
-    WindowFixture fixture;
-    QStringList duringWait;
-    connect(&fixture.line, &PseudoTerminal::bytesReceived, this, [&] {
-        for (const char *name : {"pushButton_connect", "pushButton_disconnect", "comboBox_portlist",
-                                 "comboBox_baudrate", "tabWidget", "toolButton_about"}) {
-            duringWait << name + QString(fixture.widget(name)->isEnabled() ? " on" : " off");
-        }
-        duringWait << (fixture.port()->isOpen() ? "port open" : "port closed");
-        fixture.click("toolButton_about");
-    });
-    QVERIFY(fixture.connectCamera());
-    QCOMPARE(duringWait,
-             QStringList({"pushButton_connect off", "pushButton_disconnect off",
-                          "comboBox_portlist off", "comboBox_baudrate off", "tabWidget off",
-                          "toolButton_about on", "port open"}));
-    QCOMPARE(fixture.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
-}
+    void disconnectingWhileDisconnectedIsHarmless()
+    {
+        WindowFixture fixture;
+        WidgetRecorder recorder(&fixture.window);
+        QVERIFY(QMetaObject::invokeMethod(&fixture.window, "on_pushButton_disconnect_clicked"));
+        QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
+        // The pane is cleared again.
+        QCOMPARE(recorder.changes(), QStringList{"textEdit_device_info = "});
+    }
 
-void MainWindowConnectionTest::aPartialFrameSurvivesAReconnect()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.line.send(QByteArray::fromHex("ffff0a4101060706"));
-    QTRY_VERIFY(fixture.log.texts().contains("data_step_head_ready: length = 10"));
-    fixture.click("pushButton_disconnect");
+    void everythingButTheSerialControlsIsLiveWhileConnecting()
+    {
+        WindowFixture fixture;
+        QStringList duringWait;
+        connect(&fixture.line, &PseudoTerminal::bytesReceived, this, [&] {
+            for (const char *name :
+                 {"pushButton_connect", "pushButton_disconnect", "comboBox_portlist",
+                  "comboBox_baudrate", "tabWidget", "toolButton_about"}) {
+                duringWait << name + QString(fixture.widget(name)->isEnabled() ? " on" : " off");
+            }
+            duringWait << (fixture.port()->isOpen() ? "port open" : "port closed");
+            fixture.click("toolButton_about");
+        });
+        QVERIFY(fixture.connectCamera());
+        QCOMPARE(duringWait,
+                 QStringList({"pushButton_connect off", "pushButton_disconnect off",
+                              "comboBox_portlist off", "comboBox_baudrate off", "tabWidget off",
+                              "toolButton_about on", "port open"}));
+        QCOMPARE(fixture.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
+    }
 
-    // The rest of that frame, then the handshake's reply.
-    fixture.replyWith(QByteArray::fromHex("09051f008c") + WindowFixture::helloReply());
-    fixture.log.clear();
-    fixture.click("pushButton_connect");
-    const QStringList parserLines = fixture.log.texts().filter("length = ");
-    QCOMPARE(parserLines,
-             QStringList({"Analyze Data: length = 10", "data_step_head_ready: length = 23",
-                          "Analyze Data: length = 23"}));
-    QVERIFY(fixture.log.texts().contains("UART_CTRL_CMD_REBOOT Received"));
-    QVERIFY(fixture.widget("tabWidget")->isEnabled());
-}
+    void aPartialFrameSurvivesAReconnect()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.line.send(QByteArray::fromHex("ffff0a4101060706"));
+        QTRY_VERIFY(fixture.log.texts().contains("data_step_head_ready: length = 10"));
+        fixture.click("pushButton_disconnect");
 
-void MainWindowConnectionTest::aHungUpLineDisconnects()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.line.hangUp();
-    QTRY_VERIFY(!fixture.port()->isOpen());
-    QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
-    QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
-    QVERIFY(!fixture.widget("tabWidget")->isEnabled());
-    QCOMPARE(fixture.dialogs.texts(), QStringList());
-}
+        // The rest of that frame, then the handshake's reply.
+        fixture.replyWith(QByteArray::fromHex("09051f008c") + WindowFixture::helloReply());
+        fixture.log.clear();
+        fixture.click("pushButton_connect");
+        const QStringList parserLines = fixture.log.texts().filter("length = ");
+        QCOMPARE(parserLines,
+                 QStringList({"Analyze Data: length = 10", "data_step_head_ready: length = 23",
+                              "Analyze Data: length = 23"}));
+        QVERIFY(fixture.log.texts().contains("UART_CTRL_CMD_REBOOT Received"));
+        QVERIFY(fixture.widget("tabWidget")->isEnabled());
+    }
 
-void MainWindowConnectionTest::onlyAReadErrorMakesALineShowThatItIsGone_data()
-{
-    QTest::addColumn<QSerialPort::SerialPortError>("error");
-    QTest::addColumn<bool>("disconnects");
-    QTest::newRow("read error") << QSerialPort::ReadError << true;
-    QTest::newRow("no error") << QSerialPort::NoError << false;
-    QTest::newRow("write error") << QSerialPort::WriteError << false;
-    QTest::newRow("time-out") << QSerialPort::TimeoutError << false;
-    QTest::newRow("unknown error") << QSerialPort::UnknownError << false;
-}
+    void aHungUpLineDisconnects()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.line.hangUp();
+        QTRY_VERIFY(!fixture.port()->isOpen());
+        QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
+        QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
+        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+        QCOMPARE(fixture.dialogs.texts(), QStringList());
+    }
 
-// No event loop runs between, so the port itself has not noticed yet.
-void MainWindowConnectionTest::onlyAReadErrorMakesALineShowThatItIsGone()
-{
-    QFETCH(QSerialPort::SerialPortError, error);
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.line.hangUp();
-    QVERIFY(fixture.port()->isOpen());
-    QVERIFY(QMetaObject::invokeMethod(fixture.port(), "error",
-                                      Q_ARG(QSerialPort::SerialPortError, error)));
-    QTEST(!fixture.port()->isOpen(), "disconnects");
-    QTEST(fixture.log.statusTexts().contains("Disconnected"), "disconnects");
-}
+    void onlyAReadErrorMakesALineShowThatItIsGone_data()
+    {
+        QTest::addColumn<QSerialPort::SerialPortError>("error");
+        QTest::addColumn<bool>("disconnects");
+        QTest::newRow("read error") << QSerialPort::ReadError << true;
+        QTest::newRow("no error") << QSerialPort::NoError << false;
+        QTest::newRow("write error") << QSerialPort::WriteError << false;
+        QTest::newRow("time-out") << QSerialPort::TimeoutError << false;
+        QTest::newRow("unknown error") << QSerialPort::UnknownError << false;
+    }
 
-void MainWindowConnectionTest::aLineThatHangsUpDuringTheHandshakeDisconnectsTwice()
-{
-    WindowFixture fixture;
-    connect(&fixture.line, &PseudoTerminal::bytesReceived, &fixture.line, &PseudoTerminal::hangUp);
-    fixture.letLimitPassAfter("Disconnected");
-    fixture.click("pushButton_connect");
-    QCOMPARE(fixture.dialogs.texts(), QStringList{kFail});
-    QCOMPARE(
-        fixture.log.statusTexts(),
-        QStringList({"Connected to " + fixture.line.portName(), "Disconnected", "Disconnected"}));
-    QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
-}
+    // No event loop runs between, so the port itself has not noticed yet.
+    void onlyAReadErrorMakesALineShowThatItIsGone()
+    {
+        QFETCH(QSerialPort::SerialPortError, error);
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.line.hangUp();
+        QVERIFY(fixture.port()->isOpen());
+        QVERIFY(QMetaObject::invokeMethod(fixture.port(), "error",
+                                          Q_ARG(QSerialPort::SerialPortError, error)));
+        QTEST(!fixture.port()->isOpen(), "disconnects");
+        QTEST(fixture.log.statusTexts().contains("Disconnected"), "disconnects");
+    }
 
-void MainWindowConnectionTest::otherErrorsChangeNothing_data()
-{
-    QTest::addColumn<QSerialPort::SerialPortError>("error");
-    QTest::newRow("none") << QSerialPort::NoError;
-    QTest::newRow("device not found") << QSerialPort::DeviceNotFoundError;
-    QTest::newRow("permission") << QSerialPort::PermissionError;
-    QTest::newRow("open") << QSerialPort::OpenError;
-    QTest::newRow("write") << QSerialPort::WriteError;
-    QTest::newRow("read") << QSerialPort::ReadError;
-    QTest::newRow("unsupported") << QSerialPort::UnsupportedOperationError;
-    QTest::newRow("unknown") << QSerialPort::UnknownError;
-    QTest::newRow("timeout") << QSerialPort::TimeoutError;
-    QTest::newRow("not open") << QSerialPort::NotOpenError;
-}
+    void aLineThatHangsUpDuringTheHandshakeDisconnectsTwice()
+    {
+        WindowFixture fixture;
+        connect(&fixture.line, &PseudoTerminal::bytesReceived, &fixture.line,
+                &PseudoTerminal::hangUp);
+        fixture.letLimitPassAfter("Disconnected");
+        fixture.click("pushButton_connect");
+        QCOMPARE(fixture.dialogs.texts(), QStringList{kFail});
+        QCOMPARE(fixture.log.statusTexts(),
+                 QStringList(
+                     {"Connected to " + fixture.line.portName(), "Disconnected", "Disconnected"}));
+        QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
+    }
 
-void MainWindowConnectionTest::otherErrorsChangeNothing()
-{
-    QFETCH(QSerialPort::SerialPortError, error);
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    WidgetRecorder recorder(&fixture.window);
-    QVERIFY(QMetaObject::invokeMethod(fixture.port(), "error",
-                                      Q_ARG(QSerialPort::SerialPortError, error)));
-    QVERIFY(fixture.port()->isOpen());
-    QCOMPARE(recorder.changes(), QStringList());
-    QCOMPARE(fixture.log.texts(), QStringList());
-    QCOMPARE(fixture.dialogs.texts(), QStringList());
-}
+    void otherErrorsChangeNothing_data()
+    {
+        QTest::addColumn<QSerialPort::SerialPortError>("error");
+        QTest::newRow("none") << QSerialPort::NoError;
+        QTest::newRow("device not found") << QSerialPort::DeviceNotFoundError;
+        QTest::newRow("permission") << QSerialPort::PermissionError;
+        QTest::newRow("open") << QSerialPort::OpenError;
+        QTest::newRow("write") << QSerialPort::WriteError;
+        QTest::newRow("read") << QSerialPort::ReadError;
+        QTest::newRow("unsupported") << QSerialPort::UnsupportedOperationError;
+        QTest::newRow("unknown") << QSerialPort::UnknownError;
+        QTest::newRow("timeout") << QSerialPort::TimeoutError;
+        QTest::newRow("not open") << QSerialPort::NotOpenError;
+    }
 
-void MainWindowConnectionTest::aResourceErrorDisconnects()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    QVERIFY(QMetaObject::invokeMethod(
-        fixture.port(), "error", Q_ARG(QSerialPort::SerialPortError, QSerialPort::ResourceError)));
-    QVERIFY(!fixture.port()->isOpen());
-    QVERIFY(!fixture.widget("tabWidget")->isEnabled());
-    QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
-}
+    void otherErrorsChangeNothing()
+    {
+        QFETCH(QSerialPort::SerialPortError, error);
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        WidgetRecorder recorder(&fixture.window);
+        QVERIFY(QMetaObject::invokeMethod(fixture.port(), "error",
+                                          Q_ARG(QSerialPort::SerialPortError, error)));
+        QVERIFY(fixture.port()->isOpen());
+        QCOMPARE(recorder.changes(), QStringList());
+        QCOMPARE(fixture.log.texts(), QStringList());
+        QCOMPARE(fixture.dialogs.texts(), QStringList());
+    }
 
-void MainWindowConnectionTest::closingTheWindowWhileConnectingEndsTheProgram()
-{
-    WindowFixture fixture;
-    fixture.window.show();
-    QTimer::singleShot(0, &fixture.window, [&fixture] { fixture.click("pushButton_connect"); });
-    connect(&fixture.line, &PseudoTerminal::bytesReceived, &fixture.window, &QWidget::close);
-    QApplication::exec();
-    QCOMPARE(fixture.dialogs.texts(), QStringList());
-    QCOMPARE(fixture.log.statusTexts(), QStringList{"Connected to " + fixture.line.portName()});
-    QVERIFY(!fixture.widget("tabWidget")->isEnabled());
-    QVERIFY(!fixture.widget("pushButton_disconnect")->isEnabled());
-}
+    void aResourceErrorDisconnects()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        QVERIFY(QMetaObject::invokeMethod(
+            fixture.port(), "error",
+            Q_ARG(QSerialPort::SerialPortError, QSerialPort::ResourceError)));
+        QVERIFY(!fixture.port()->isOpen());
+        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+        QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
+    }
+
+    void closingTheWindowWhileConnectingEndsTheProgram()
+    {
+        WindowFixture fixture;
+        fixture.window.show();
+        QTimer::singleShot(0, &fixture.window, [&fixture] { fixture.click("pushButton_connect"); });
+        connect(&fixture.line, &PseudoTerminal::bytesReceived, &fixture.window, &QWidget::close);
+        QApplication::exec();
+        QCOMPARE(fixture.dialogs.texts(), QStringList());
+        QCOMPARE(fixture.log.statusTexts(), QStringList{"Connected to " + fixture.line.portName()});
+        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+        QVERIFY(!fixture.widget("pushButton_disconnect")->isEnabled());
+    }
+};
 
 QTEST_MAIN(MainWindowConnectionTest)
 #include "tst_mainwindowconnection.moc"

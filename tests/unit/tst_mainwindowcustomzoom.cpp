@@ -19,105 +19,96 @@ class MainWindowCustomZoomTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void sendsThePresetAndShowsTheZoom_data();
-    void sendsThePresetAndShowsTheZoom();
-    void saysSoAfterTheLimitWithoutAReply_data();
-    void saysSoAfterTheLimitWithoutAReply();
-    void withoutAVersionTheVersionLineStandsAlone();
-    void aReplyBehindTheTimeOutReplacesTheFailure();
-    void aClickDuringTheWaitIsNested();
-    void closingTheWindowDuringTheWaitShowsNothing();
-};
+    void sendsThePresetAndShowsTheZoom_data()
+    {
+        QTest::addColumn<QByteArray>("frame");
+        QTest::newRow("pushButton_custom_zoom_1") << QByteArray("ffff0c410106070609013a000000a5");
+        QTest::newRow("pushButton_custom_zoom_2") << QByteArray("ffff0c410106070609013a000100a6");
+    }
 
-void MainWindowCustomZoomTest::sendsThePresetAndShowsTheZoom_data()
-{
-    QTest::addColumn<QByteArray>("frame");
-    QTest::newRow("pushButton_custom_zoom_1") << QByteArray("ffff0c410106070609013a000000a5");
-    QTest::newRow("pushButton_custom_zoom_2") << QByteArray("ffff0c410106070609013a000100a6");
-}
-
-void MainWindowCustomZoomTest::sendsThePresetAndShowsTheZoom()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.replyWith(zoomReply());
-    fixture.click(QTest::currentDataTag());
-    QTEST(fixture.line.received().toHex(), "frame");
-    QCOMPARE(fixture.text("textEdit_device_info"),
-             QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
-    QCOMPARE(fixture.dialogs.texts(), QStringList());
-    QCOMPARE(fixture.log.statusTexts().constLast(),
-             QString("UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 272"));
-}
-
-void MainWindowCustomZoomTest::saysSoAfterTheLimitWithoutAReply_data()
-{
-    QTest::addColumn<QString>("pane");
-    QTest::newRow("pushButton_custom_zoom_1")
-        << "Device Version: 1.0.a.10\nSetting custom zoom 1 failed!";
-    QTest::newRow("pushButton_custom_zoom_2")
-        << "Device Version: 1.0.a.10\nSetting custom zoom 2 failed!";
-}
-
-void MainWindowCustomZoomTest::saysSoAfterTheLimitWithoutAReply()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.child<QTextEdit>("textEdit_device_info")->append("typed by the operator");
-    fixture.letLimitPass();
-    fixture.click(QTest::currentDataTag());
-    QTEST(fixture.text("textEdit_device_info"), "pane");
-    QCOMPARE(fixture.dialogs.texts(), QStringList());
-    QCOMPARE(fixture.log.texts(), QStringList());
-    QCOMPARE(fixture.line.received().size(), 15);
-}
-
-void MainWindowCustomZoomTest::withoutAVersionTheVersionLineStandsAlone()
-{
-    WindowFixture fixture;
-    fixture.letLimitPass();
-    QMetaObject::invokeMethod(&fixture.window, "on_pushButton_custom_zoom_2_clicked");
-    QCOMPARE(fixture.text("textEdit_device_info"),
-             QString("Device Version: \nSetting custom zoom 2 failed!"));
-}
-
-void MainWindowCustomZoomTest::aReplyBehindTheTimeOutReplacesTheFailure()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.letLimitPass();
-    fixture.click("pushButton_custom_zoom_1");
-    fixture.line.send(zoomReply());
-    QTRY_COMPARE(fixture.text("textEdit_device_info"),
-                 QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
-}
-
-void MainWindowCustomZoomTest::aClickDuringTheWaitIsNested()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    QTimer::singleShot(0, &fixture.window, [&fixture] {
+    void sendsThePresetAndShowsTheZoom()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
         fixture.replyWith(zoomReply());
-        fixture.click("pushButton_custom_zoom_2");
-    });
-    fixture.click("pushButton_custom_zoom_1");
-    QCOMPARE(fixture.text("textEdit_device_info"),
-             QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
-    QCOMPARE(fixture.line.received().toHex(),
-             QByteArray("ffff0c410106070609013a000000a5ffff0c410106070609013a000100a6"));
-}
+        fixture.click(QTest::currentDataTag());
+        QTEST(fixture.line.received().toHex(), "frame");
+        QCOMPARE(fixture.text("textEdit_device_info"),
+                 QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
+        QCOMPARE(fixture.dialogs.texts(), QStringList());
+        QCOMPARE(fixture.log.statusTexts().constLast(),
+                 QString("UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 272"));
+    }
 
-void MainWindowCustomZoomTest::closingTheWindowDuringTheWaitShowsNothing()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.window.show();
-    QTimer::singleShot(0, &fixture.window,
-                       [&fixture] { fixture.click("pushButton_custom_zoom_1"); });
-    connect(&fixture.line, &PseudoTerminal::bytesReceived, &fixture.window, &QWidget::close);
-    QApplication::exec();
-    QCOMPARE(fixture.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
-}
+    void saysSoAfterTheLimitWithoutAReply_data()
+    {
+        QTest::addColumn<QString>("pane");
+        QTest::newRow("pushButton_custom_zoom_1")
+            << "Device Version: 1.0.a.10\nSetting custom zoom 1 failed!";
+        QTest::newRow("pushButton_custom_zoom_2")
+            << "Device Version: 1.0.a.10\nSetting custom zoom 2 failed!";
+    }
+
+    void saysSoAfterTheLimitWithoutAReply()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.child<QTextEdit>("textEdit_device_info")->append("typed by the operator");
+        fixture.letLimitPass();
+        fixture.click(QTest::currentDataTag());
+        QTEST(fixture.text("textEdit_device_info"), "pane");
+        QCOMPARE(fixture.dialogs.texts(), QStringList());
+        QCOMPARE(fixture.log.texts(), QStringList());
+        QCOMPARE(fixture.line.received().size(), 15);
+    }
+
+    void withoutAVersionTheVersionLineStandsAlone()
+    {
+        WindowFixture fixture;
+        fixture.letLimitPass();
+        QMetaObject::invokeMethod(&fixture.window, "on_pushButton_custom_zoom_2_clicked");
+        QCOMPARE(fixture.text("textEdit_device_info"),
+                 QString("Device Version: \nSetting custom zoom 2 failed!"));
+    }
+
+    void aReplyBehindTheTimeOutReplacesTheFailure()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.letLimitPass();
+        fixture.click("pushButton_custom_zoom_1");
+        fixture.line.send(zoomReply());
+        QTRY_COMPARE(fixture.text("textEdit_device_info"),
+                     QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
+    }
+
+    void aClickDuringTheWaitIsNested()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        QTimer::singleShot(0, &fixture.window, [&fixture] {
+            fixture.replyWith(zoomReply());
+            fixture.click("pushButton_custom_zoom_2");
+        });
+        fixture.click("pushButton_custom_zoom_1");
+        QCOMPARE(fixture.text("textEdit_device_info"),
+                 QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
+        QCOMPARE(fixture.line.received().toHex(),
+                 QByteArray("ffff0c410106070609013a000000a5ffff0c410106070609013a000100a6"));
+    }
+
+    void closingTheWindowDuringTheWaitShowsNothing()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.window.show();
+        QTimer::singleShot(0, &fixture.window,
+                           [&fixture] { fixture.click("pushButton_custom_zoom_1"); });
+        connect(&fixture.line, &PseudoTerminal::bytesReceived, &fixture.window, &QWidget::close);
+        QApplication::exec();
+        QCOMPARE(fixture.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
+    }
+};
 
 QTEST_MAIN(MainWindowCustomZoomTest)
 #include "tst_mainwindowcustomzoom.moc"

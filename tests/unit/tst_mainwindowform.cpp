@@ -424,6 +424,7 @@ void checkColor(const QImage &look, int x, int y, const QString &name, int toler
 } // namespace
 
 /// Checks the form alone, set up on a plain window: what it builds, in which order, how it looks.
+
 class TestMainWindowForm : public QObject {
     Q_OBJECT
 

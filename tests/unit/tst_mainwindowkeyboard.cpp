@@ -84,304 +84,291 @@ class MainWindowKeyboardTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void tabVisitsWhatIsEnabled_data();
-    void tabVisitsWhatIsEnabled();
-    void whatIsEnabledIsVisited_data();
-    void whatIsEnabledIsVisited();
-    void aTextPaneKeepsTabButNotTheOthers();
-    void spaceConnectsAndDisconnects();
-    void spacePressesTheButtonsOfThePage_data();
-    void spacePressesTheButtonsOfThePage();
-    void spaceOpensTheAboutBoxAndEscapeClosesIt();
-    void arrowsChooseInComboBoxes_data();
-    void arrowsChooseInComboBoxes();
-    void anOpenListIsChosenFromByArrowsAndReturn();
-    void arrowsChooseTheDirection();
-    void arrowsOnTheTabsAndCtrlTabElsewhereChangeThePage();
-    void aTypedPathIsCheckedAtReturnAndAtTab_data();
-    void aTypedPathIsCheckedAtReturnAndAtTab();
-};
+    void tabVisitsWhatIsEnabled_data()
+    {
+        QTest::addColumn<bool>("isConnected");
+        QTest::addColumn<int>("page");
+        QTest::addColumn<QByteArray>("from");
+        QTest::addColumn<bool>("isBackward");
+        QTest::addColumn<QStringList>("stations");
 
-void MainWindowKeyboardTest::tabVisitsWhatIsEnabled_data()
-{
-    QTest::addColumn<bool>("isConnected");
-    QTest::addColumn<int>("page");
-    QTest::addColumn<QByteArray>("from");
-    QTest::addColumn<bool>("isBackward");
-    QTest::addColumn<QStringList>("stations");
-
-    QTest::newRow("disconnected") << false << 0 << QByteArray("comboBox_portlist") << false
-                                  << QStringList{"comboBox_portlist", "comboBox_baudrate",
-                                                 "pushButton_connect", "toolButton_about"};
-    QTest::newRow("disconnected, backward")
-        << false << 0 << QByteArray("comboBox_portlist") << true
-        << QStringList{"comboBox_portlist", "toolButton_about", "pushButton_connect",
-                       "comboBox_baudrate"};
-    // The pane takes the Tab key for itself, because text can be typed there.
-    QTest::newRow("settings, up to the pane")
-        << true << 0 << QByteArray("pushButton_disconnect") << false
-        << QStringList{"pushButton_disconnect", "toolButton_about",       kTabBar,
-                       "pushButton_default",    "pushButton_apply",       "comboBox_autozoom",
-                       "comboBox_zoomoffset",   "comboBox_targetmissing", "comboBox_autotracking",
-                       "radioButton_upright",   "textEdit_device_info"};
-    QTest::newRow("settings, backward")
-        << true << 0 << QByteArray("pushButton_disconnect") << true
-        << QStringList{
-               "pushButton_disconnect",  "pushButton_custom_zoom_2", "pushButton_custom_zoom_1",
-               "textEdit_device_info",   "radioButton_upside_down",  "comboBox_autotracking",
-               "comboBox_targetmissing", "comboBox_zoomoffset",      "comboBox_autozoom",
-               "pushButton_apply",       "pushButton_default",       kTabBar,
-               "toolButton_about"};
-    QTest::newRow("firmware, up to the pane")
-        << true << 1 << QByteArray("pushButton_disconnect") << false
-        << QStringList{"pushButton_disconnect",  "toolButton_about",  kTabBar,
-                       "pushButton_choose_file", "lineEdit_firmware", "textEdit_firmware_info"};
-    QTest::newRow("firmware, backward") << true << 1 << QByteArray("pushButton_disconnect") << true
-                                        << QStringList{"pushButton_disconnect",
-                                                       "textEdit_firmware_info",
-                                                       "lineEdit_firmware",
-                                                       "pushButton_choose_file",
-                                                       kTabBar,
-                                                       "toolButton_about"};
-}
-
-void MainWindowKeyboardTest::tabVisitsWhatIsEnabled()
-{
-    QFETCH(bool, isConnected);
-    QFETCH(int, page);
-    QFETCH(QByteArray, from);
-    QFETCH(bool, isBackward);
-    WindowAtTheKeyboard fixture;
-    QVERIFY(fixture.isActive);
-    QVERIFY(!isConnected || fixture.connectCamera());
-    fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(page);
-    QTEST(fixture.walk(from, isBackward ? Qt::Key_Backtab : Qt::Key_Tab), "stations");
-}
-
-void MainWindowKeyboardTest::whatIsEnabledIsVisited_data()
-{
-    QTest::addColumn<bool>("isConnected");
-    QTest::addColumn<int>("page");
-    QTest::newRow("disconnected") << false << 0;
-    QTest::newRow("settings") << true << 0;
-    QTest::newRow("firmware") << true << 1;
-}
-
-void MainWindowKeyboardTest::whatIsEnabledIsVisited()
-{
-    QFETCH(bool, isConnected);
-    QFETCH(int, page);
-    WindowAtTheKeyboard fixture;
-    QVERIFY(fixture.isActive);
-    QVERIFY(!isConnected || fixture.connectCamera());
-    fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(page);
-
-    // Backward, because the panes take Tab for themselves.
-    const QStringList visited =
-        fixture.walk(isConnected ? "pushButton_disconnect" : "pushButton_connect", Qt::Key_Backtab);
-    QStringList missed;
-    const auto widgets = fixture.window.findChildren<QWidget *>();
-    for (const QWidget *widget : widgets) {
-        // Of the radio buttons, the one that is checked stands for both.
-        const auto *const radio = qobject_cast<const QRadioButton *>(widget);
-        const bool isStation = widget->isVisible() && widget->isEnabled() && isForUse(widget)
-            && (radio == nullptr || radio->isChecked());
-        if (isStation && !visited.contains(widget->objectName())) {
-            missed << widget->objectName();
-        }
+        QTest::newRow("disconnected") << false << 0 << QByteArray("comboBox_portlist") << false
+                                      << QStringList{"comboBox_portlist", "comboBox_baudrate",
+                                                     "pushButton_connect", "toolButton_about"};
+        QTest::newRow("disconnected, backward")
+            << false << 0 << QByteArray("comboBox_portlist") << true
+            << QStringList{"comboBox_portlist", "toolButton_about", "pushButton_connect",
+                           "comboBox_baudrate"};
+        // The pane takes the Tab key for itself, because text can be typed there.
+        QTest::newRow("settings, up to the pane")
+            << true << 0 << QByteArray("pushButton_disconnect") << false
+            << QStringList{
+                   "pushButton_disconnect", "toolButton_about",       kTabBar,
+                   "pushButton_default",    "pushButton_apply",       "comboBox_autozoom",
+                   "comboBox_zoomoffset",   "comboBox_targetmissing", "comboBox_autotracking",
+                   "radioButton_upright",   "textEdit_device_info"};
+        QTest::newRow("settings, backward")
+            << true << 0 << QByteArray("pushButton_disconnect") << true
+            << QStringList{
+                   "pushButton_disconnect",  "pushButton_custom_zoom_2", "pushButton_custom_zoom_1",
+                   "textEdit_device_info",   "radioButton_upside_down",  "comboBox_autotracking",
+                   "comboBox_targetmissing", "comboBox_zoomoffset",      "comboBox_autozoom",
+                   "pushButton_apply",       "pushButton_default",       kTabBar,
+                   "toolButton_about"};
+        QTest::newRow("firmware, up to the pane")
+            << true << 1 << QByteArray("pushButton_disconnect") << false
+            << QStringList{"pushButton_disconnect",  "toolButton_about",  kTabBar,
+                           "pushButton_choose_file", "lineEdit_firmware", "textEdit_firmware_info"};
+        QTest::newRow("firmware, backward")
+            << true << 1 << QByteArray("pushButton_disconnect") << true
+            << QStringList{"pushButton_disconnect",
+                           "textEdit_firmware_info",
+                           "lineEdit_firmware",
+                           "pushButton_choose_file",
+                           kTabBar,
+                           "toolButton_about"};
     }
-    QCOMPARE(missed, QStringList());
-}
 
-void MainWindowKeyboardTest::aTextPaneKeepsTabButNotTheOthers()
-{
-    WindowAtTheKeyboard fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.widget("textEdit_device_info")->setFocus();
-    fixture.press(Qt::Key_Tab);
-    QCOMPARE(fixture.focus(), QString("textEdit_device_info"));
-    QVERIFY(fixture.text("textEdit_device_info").contains('\t'));
+    void tabVisitsWhatIsEnabled()
+    {
+        QFETCH(bool, isConnected);
+        QFETCH(int, page);
+        QFETCH(QByteArray, from);
+        QFETCH(bool, isBackward);
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.isActive);
+        QVERIFY(!isConnected || fixture.connectCamera());
+        fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(page);
+        QTEST(fixture.walk(from, isBackward ? Qt::Key_Backtab : Qt::Key_Tab), "stations");
+    }
 
-    fixture.press(Qt::Key_Backtab, Qt::ShiftModifier);
-    QCOMPARE(fixture.focus(), QString("radioButton_upside_down"));
+    void whatIsEnabledIsVisited_data()
+    {
+        QTest::addColumn<bool>("isConnected");
+        QTest::addColumn<int>("page");
+        QTest::newRow("disconnected") << false << 0;
+        QTest::newRow("settings") << true << 0;
+        QTest::newRow("firmware") << true << 1;
+    }
 
-    fixture.widget("textEdit_device_info")->setFocus();
-    fixture.press(Qt::Key_Tab, Qt::ControlModifier);
-    QCOMPARE(fixture.child<QTabWidget>("tabWidget")->currentIndex(), 1);
-    QVERIFY(fixture.focus() != "textEdit_device_info");
-}
+    void whatIsEnabledIsVisited()
+    {
+        QFETCH(bool, isConnected);
+        QFETCH(int, page);
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.isActive);
+        QVERIFY(!isConnected || fixture.connectCamera());
+        fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(page);
 
-void MainWindowKeyboardTest::spaceConnectsAndDisconnects()
-{
-    WindowAtTheKeyboard fixture;
-    QVERIFY(fixture.isActive);
-    fixture.replyWith(WindowFixture::helloReply());
-    QVERIFY(fixture.goTo("pushButton_connect"));
-    fixture.press(Qt::Key_Space);
-    QVERIFY(fixture.widget("tabWidget")->isEnabled());
-    QCOMPARE(fixture.line.received(), WindowFixture::helloRequest());
-
-    QVERIFY(fixture.goTo("pushButton_disconnect", Qt::Key_Backtab));
-    fixture.press(Qt::Key_Space);
-    QVERIFY(!fixture.widget("tabWidget")->isEnabled());
-    QVERIFY(!fixture.port()->isOpen());
-}
-
-void MainWindowKeyboardTest::spacePressesTheButtonsOfThePage_data()
-{
-    QTest::addColumn<QByteArray>("button");
-    QTest::addColumn<Qt::Key>("key");
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<QString>("pane");
-    QTest::addColumn<QStringList>("boxes");
-
-    // The short acknowledgement: 10 + 94 + 5 + 85 = 194
-    QTest::newRow("Apply") << QByteArray("pushButton_apply") << Qt::Key_Tab
-                           << QByteArray::fromHex("ffff0a410106070609055500c2")
-                           << "Device Version: 1.0.a.10"
-                           << QStringList{"Information: Apply Success."};
-    // A zoom of 25: 12 + 94 + 5 + 58 + 25 = 194
-    QTest::newRow("Zoom 1") << QByteArray("pushButton_custom_zoom_1") << Qt::Key_Backtab
-                            << QByteArray::fromHex("ffff0c410106070609053a000019c2")
-                            << "Device Version: 1.0.a.10\nSetting custom zoom: 25" << QStringList();
-    QTest::newRow("Zoom 2") << QByteArray("pushButton_custom_zoom_2") << Qt::Key_Backtab
-                            << QByteArray::fromHex("ffff0c410106070609053a000019c2")
-                            << "Device Version: 1.0.a.10\nSetting custom zoom: 25" << QStringList();
-}
-
-void MainWindowKeyboardTest::spacePressesTheButtonsOfThePage()
-{
-    QFETCH(QByteArray, button);
-    QFETCH(Qt::Key, key);
-    QFETCH(QByteArray, reply);
-    WindowAtTheKeyboard fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.replyWith(reply);
-    QVERIFY(fixture.goTo("pushButton_disconnect", Qt::Key_Backtab));
-    QVERIFY(fixture.goTo(button, key));
-    fixture.press(Qt::Key_Space);
-    QTEST(fixture.text("textEdit_device_info"), "pane");
-    QTEST(fixture.dialogs.texts(), "boxes");
-}
-
-void MainWindowKeyboardTest::spaceOpensTheAboutBoxAndEscapeClosesIt()
-{
-    WindowAtTheKeyboard fixture(false);
-    QVERIFY(fixture.isActive);
-    QVERIFY(fixture.goTo("toolButton_about"));
-    QTimer poll;
-    connect(&poll, &QTimer::timeout, &poll, [] {
-        if (QWidget *const box = QApplication::activeModalWidget()) {
-            QTest::keyClick(box, Qt::Key_Escape);
+        // Backward, because the panes take Tab for themselves.
+        const QStringList visited = fixture.walk(
+            isConnected ? "pushButton_disconnect" : "pushButton_connect", Qt::Key_Backtab);
+        QStringList missed;
+        const auto widgets = fixture.window.findChildren<QWidget *>();
+        for (const QWidget *widget : widgets) {
+            // Of the radio buttons, the one that is checked stands for both.
+            const auto *const radio = qobject_cast<const QRadioButton *>(widget);
+            const bool isStation = widget->isVisible() && widget->isEnabled() && isForUse(widget)
+                && (radio == nullptr || radio->isChecked());
+            if (isStation && !visited.contains(widget->objectName())) {
+                missed << widget->objectName();
+            }
         }
-    });
-    poll.start(10);
-    fixture.press(Qt::Key_Space);
-    QCOMPARE(fixture.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
-    QVERIFY(!fixture.dialogs.isOpen());
-}
+        QCOMPARE(missed, QStringList());
+    }
 
-void MainWindowKeyboardTest::arrowsChooseInComboBoxes_data()
-{
-    QTest::addColumn<QByteArray>("comboBox");
-    QTest::addColumn<int>("count");
-    QTest::newRow("auto tracking") << QByteArray("comboBox_autotracking") << 4;
-    QTest::newRow("target missing") << QByteArray("comboBox_targetmissing") << 10;
-    QTest::newRow("auto zoom") << QByteArray("comboBox_autozoom") << 2;
-    QTest::newRow("zoom offset") << QByteArray("comboBox_zoomoffset") << 4;
-}
+    void aTextPaneKeepsTabButNotTheOthers()
+    {
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.widget("textEdit_device_info")->setFocus();
+        fixture.press(Qt::Key_Tab);
+        QCOMPARE(fixture.focus(), QString("textEdit_device_info"));
+        QVERIFY(fixture.text("textEdit_device_info").contains('\t'));
 
-void MainWindowKeyboardTest::arrowsChooseInComboBoxes()
-{
-    QFETCH(QByteArray, comboBox);
-    QFETCH(int, count);
-    WindowAtTheKeyboard fixture;
-    QVERIFY(fixture.connectCamera());
-    QVERIFY(fixture.goTo("pushButton_disconnect", Qt::Key_Backtab));
-    QVERIFY(fixture.goTo(comboBox));
-    fixture.press(Qt::Key_Home);
-    QCOMPARE(fixture.combo(comboBox)->currentIndex(), 0);
-    fixture.press(Qt::Key_Down);
-    QCOMPARE(fixture.combo(comboBox)->currentIndex(), 1);
-    fixture.press(Qt::Key_End);
-    QCOMPARE(fixture.combo(comboBox)->currentIndex(), count - 1);
-    fixture.press(Qt::Key_Up);
-    QCOMPARE(fixture.combo(comboBox)->currentIndex(), count - 2);
-}
+        fixture.press(Qt::Key_Backtab, Qt::ShiftModifier);
+        QCOMPARE(fixture.focus(), QString("radioButton_upside_down"));
 
-void MainWindowKeyboardTest::anOpenListIsChosenFromByArrowsAndReturn()
-{
-    WindowAtTheKeyboard fixture;
-    QVERIFY(fixture.connectCamera());
-    QVERIFY(fixture.goTo("comboBox_autotracking", Qt::Key_Backtab));
-    QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 2);
-    fixture.press(Qt::Key_Down, Qt::AltModifier);
-    QWidget *const list = QApplication::activePopupWidget();
-    QVERIFY(list != nullptr);
-    QTest::keyClick(list->windowHandle(), Qt::Key_Up);
-    QTest::keyClick(list->windowHandle(), Qt::Key_Return);
-    QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 1);
-    QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
-}
+        fixture.widget("textEdit_device_info")->setFocus();
+        fixture.press(Qt::Key_Tab, Qt::ControlModifier);
+        QCOMPARE(fixture.child<QTabWidget>("tabWidget")->currentIndex(), 1);
+        QVERIFY(fixture.focus() != "textEdit_device_info");
+    }
 
-void MainWindowKeyboardTest::arrowsChooseTheDirection()
-{
-    WindowAtTheKeyboard fixture;
-    QVERIFY(fixture.connectCamera());
-    QVERIFY(fixture.goTo("radioButton_upside_down", Qt::Key_Backtab));
-    const auto *const upright = fixture.child<QRadioButton>("radioButton_upright");
-    QVERIFY(!upright->isChecked());
-    fixture.press(Qt::Key_Left);
-    QVERIFY(upright->isChecked());
-    fixture.press(Qt::Key_Right);
-    QVERIFY(!upright->isChecked());
-    QVERIFY(fixture.child<QRadioButton>("radioButton_upside_down")->isChecked());
-}
+    void spaceConnectsAndDisconnects()
+    {
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.isActive);
+        fixture.replyWith(WindowFixture::helloReply());
+        QVERIFY(fixture.goTo("pushButton_connect"));
+        fixture.press(Qt::Key_Space);
+        QVERIFY(fixture.widget("tabWidget")->isEnabled());
+        QCOMPARE(fixture.line.received(), WindowFixture::helloRequest());
 
-void MainWindowKeyboardTest::arrowsOnTheTabsAndCtrlTabElsewhereChangeThePage()
-{
-    WindowAtTheKeyboard fixture;
-    QVERIFY(fixture.connectCamera());
-    const auto *const tabs = fixture.child<QTabWidget>("tabWidget");
-    QVERIFY(fixture.goTo(kTabBar, Qt::Key_Backtab));
-    fixture.press(Qt::Key_Right);
-    QCOMPARE(tabs->currentIndex(), 1);
-    fixture.press(Qt::Key_Left);
-    QCOMPARE(tabs->currentIndex(), 0);
+        QVERIFY(fixture.goTo("pushButton_disconnect", Qt::Key_Backtab));
+        fixture.press(Qt::Key_Space);
+        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+        QVERIFY(!fixture.port()->isOpen());
+    }
 
-    QVERIFY(fixture.goTo("pushButton_apply", Qt::Key_Backtab));
-    fixture.press(Qt::Key_Tab, Qt::ControlModifier);
-    QCOMPARE(tabs->currentIndex(), 1);
-    fixture.press(Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
-    QCOMPARE(tabs->currentIndex(), 0);
-}
+    void spacePressesTheButtonsOfThePage_data()
+    {
+        QTest::addColumn<QByteArray>("button");
+        QTest::addColumn<Qt::Key>("key");
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<QString>("pane");
+        QTest::addColumn<QStringList>("boxes");
 
-void MainWindowKeyboardTest::aTypedPathIsCheckedAtReturnAndAtTab_data()
-{
-    QTest::addColumn<Qt::Key>("key");
-    QTest::newRow("Return") << Qt::Key_Return;
-    QTest::newRow("Tab") << Qt::Key_Tab;
-}
+        // The short acknowledgement: 10 + 94 + 5 + 85 = 194
+        QTest::newRow("Apply") << QByteArray("pushButton_apply") << Qt::Key_Tab
+                               << QByteArray::fromHex("ffff0a410106070609055500c2")
+                               << "Device Version: 1.0.a.10"
+                               << QStringList{"Information: Apply Success."};
+        // A zoom of 25: 12 + 94 + 5 + 58 + 25 = 194
+        QTest::newRow("Zoom 1") << QByteArray("pushButton_custom_zoom_1") << Qt::Key_Backtab
+                                << QByteArray::fromHex("ffff0c410106070609053a000019c2")
+                                << "Device Version: 1.0.a.10\nSetting custom zoom: 25"
+                                << QStringList();
+        QTest::newRow("Zoom 2") << QByteArray("pushButton_custom_zoom_2") << Qt::Key_Backtab
+                                << QByteArray::fromHex("ffff0c410106070609053a000019c2")
+                                << "Device Version: 1.0.a.10\nSetting custom zoom: 25"
+                                << QStringList();
+    }
 
-void MainWindowKeyboardTest::aTypedPathIsCheckedAtReturnAndAtTab()
-{
-    QFETCH(Qt::Key, key);
-    QTemporaryFile image;
-    QVERIFY(image.open());
-    image.write("KVEL" + QByteArray::fromHex("01020aff 05060708"));
-    image.close();
+    void spacePressesTheButtonsOfThePage()
+    {
+        QFETCH(QByteArray, button);
+        QFETCH(Qt::Key, key);
+        QFETCH(QByteArray, reply);
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.replyWith(reply);
+        QVERIFY(fixture.goTo("pushButton_disconnect", Qt::Key_Backtab));
+        QVERIFY(fixture.goTo(button, key));
+        fixture.press(Qt::Key_Space);
+        QTEST(fixture.text("textEdit_device_info"), "pane");
+        QTEST(fixture.dialogs.texts(), "boxes");
+    }
 
-    WindowAtTheKeyboard fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.showFirmwarePage();
-    QVERIFY(fixture.goTo("lineEdit_firmware", Qt::Key_Backtab));
-    QTest::keyClicks(fixture.window.focusWidget(), image.fileName());
-    fixture.press(key);
-    QCOMPARE(fixture.text("textEdit_firmware_info"),
-             QString("Protocol version: 1.2.a.-1\nImage version: 5.6.7.8"));
-    QVERIFY(fixture.widget("pushButton_start_upgrade")->isEnabled());
-    QVERIFY(fixture.goTo("pushButton_start_upgrade", Qt::Key_Backtab));
-}
+    void spaceOpensTheAboutBoxAndEscapeClosesIt()
+    {
+        WindowAtTheKeyboard fixture(false);
+        QVERIFY(fixture.isActive);
+        QVERIFY(fixture.goTo("toolButton_about"));
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, &poll, [] {
+            if (QWidget *const box = QApplication::activeModalWidget()) {
+                QTest::keyClick(box, Qt::Key_Escape);
+            }
+        });
+        poll.start(10);
+        fixture.press(Qt::Key_Space);
+        QCOMPARE(fixture.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
+        QVERIFY(!fixture.dialogs.isOpen());
+    }
+
+    void arrowsChooseInComboBoxes_data()
+    {
+        QTest::addColumn<QByteArray>("comboBox");
+        QTest::addColumn<int>("count");
+        QTest::newRow("auto tracking") << QByteArray("comboBox_autotracking") << 4;
+        QTest::newRow("target missing") << QByteArray("comboBox_targetmissing") << 10;
+        QTest::newRow("auto zoom") << QByteArray("comboBox_autozoom") << 2;
+        QTest::newRow("zoom offset") << QByteArray("comboBox_zoomoffset") << 4;
+    }
+
+    void arrowsChooseInComboBoxes()
+    {
+        QFETCH(QByteArray, comboBox);
+        QFETCH(int, count);
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.connectCamera());
+        QVERIFY(fixture.goTo("pushButton_disconnect", Qt::Key_Backtab));
+        QVERIFY(fixture.goTo(comboBox));
+        fixture.press(Qt::Key_Home);
+        QCOMPARE(fixture.combo(comboBox)->currentIndex(), 0);
+        fixture.press(Qt::Key_Down);
+        QCOMPARE(fixture.combo(comboBox)->currentIndex(), 1);
+        fixture.press(Qt::Key_End);
+        QCOMPARE(fixture.combo(comboBox)->currentIndex(), count - 1);
+        fixture.press(Qt::Key_Up);
+        QCOMPARE(fixture.combo(comboBox)->currentIndex(), count - 2);
+    }
+
+    void anOpenListIsChosenFromByArrowsAndReturn()
+    {
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.connectCamera());
+        QVERIFY(fixture.goTo("comboBox_autotracking", Qt::Key_Backtab));
+        QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 2);
+        fixture.press(Qt::Key_Down, Qt::AltModifier);
+        QWidget *const list = QApplication::activePopupWidget();
+        QVERIFY(list != nullptr);
+        QTest::keyClick(list->windowHandle(), Qt::Key_Up);
+        QTest::keyClick(list->windowHandle(), Qt::Key_Return);
+        QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 1);
+        QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
+    }
+
+    void arrowsChooseTheDirection()
+    {
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.connectCamera());
+        QVERIFY(fixture.goTo("radioButton_upside_down", Qt::Key_Backtab));
+        const auto *const upright = fixture.child<QRadioButton>("radioButton_upright");
+        QVERIFY(!upright->isChecked());
+        fixture.press(Qt::Key_Left);
+        QVERIFY(upright->isChecked());
+        fixture.press(Qt::Key_Right);
+        QVERIFY(!upright->isChecked());
+        QVERIFY(fixture.child<QRadioButton>("radioButton_upside_down")->isChecked());
+    }
+
+    void arrowsOnTheTabsAndCtrlTabElsewhereChangeThePage()
+    {
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.connectCamera());
+        const auto *const tabs = fixture.child<QTabWidget>("tabWidget");
+        QVERIFY(fixture.goTo(kTabBar, Qt::Key_Backtab));
+        fixture.press(Qt::Key_Right);
+        QCOMPARE(tabs->currentIndex(), 1);
+        fixture.press(Qt::Key_Left);
+        QCOMPARE(tabs->currentIndex(), 0);
+
+        QVERIFY(fixture.goTo("pushButton_apply", Qt::Key_Backtab));
+        fixture.press(Qt::Key_Tab, Qt::ControlModifier);
+        QCOMPARE(tabs->currentIndex(), 1);
+        fixture.press(Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(tabs->currentIndex(), 0);
+    }
+
+    void aTypedPathIsCheckedAtReturnAndAtTab_data()
+    {
+        QTest::addColumn<Qt::Key>("key");
+        QTest::newRow("Return") << Qt::Key_Return;
+        QTest::newRow("Tab") << Qt::Key_Tab;
+    }
+
+    void aTypedPathIsCheckedAtReturnAndAtTab()
+    {
+        QFETCH(Qt::Key, key);
+        QTemporaryFile image;
+        QVERIFY(image.open());
+        image.write("KVEL" + QByteArray::fromHex("01020aff 05060708"));
+        image.close();
+
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.showFirmwarePage();
+        QVERIFY(fixture.goTo("lineEdit_firmware", Qt::Key_Backtab));
+        QTest::keyClicks(fixture.window.focusWidget(), image.fileName());
+        fixture.press(key);
+        QCOMPARE(fixture.text("textEdit_firmware_info"),
+                 QString("Protocol version: 1.2.a.-1\nImage version: 5.6.7.8"));
+        QVERIFY(fixture.widget("pushButton_start_upgrade")->isEnabled());
+        QVERIFY(fixture.goTo("pushButton_start_upgrade", Qt::Key_Backtab));
+    }
+};
 
 QTEST_MAIN(MainWindowKeyboardTest)
 #include "tst_mainwindowkeyboard.moc"

@@ -8,25 +8,24 @@
 
 /// Runs without the suppression of the status label, which stands for everything that the window's
 /// constructor allocates: under the leak sanitizer whatever else it leaves behind is reported here.
+
 class MainWindowLeaksTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void leavesOnlyTheStatusLabel();
-};
-
-void MainWindowLeaksTest::leavesOnlyTheStatusLabel()
-{
+    void leavesOnlyTheStatusLabel()
     {
-        MainWindow window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        {
+            MainWindow window;
+            window.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+        }
+        const QWidgetList left = QApplication::topLevelWidgets();
+        QCOMPARE(left.size(), 1);
+        QVERIFY(qobject_cast<QLabel *>(left.first()) != nullptr);
+        delete left.first();
     }
-    const QWidgetList left = QApplication::topLevelWidgets();
-    QCOMPARE(left.size(), 1);
-    QVERIFY(qobject_cast<QLabel *>(left.first()) != nullptr);
-    delete left.first();
-}
+};
 
 QTEST_MAIN(MainWindowLeaksTest)
 #include "tst_mainwindowleaks.moc"

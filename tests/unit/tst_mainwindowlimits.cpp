@@ -44,18 +44,6 @@ void QThread::msleep(unsigned long msec)
     usleep(1000);
 }
 
-class MainWindowLimitsTest : public QObject {
-    Q_OBJECT
-
-private slots:
-    void waitsForAReplyAtMost_data();
-    void waitsForAReplyAtMost();
-    void waitsForTheReplyToAConnectionAtMostFiveSeconds();
-    void waitsForEachPacketAtMostTwoSeconds();
-    void pausesForAFifthOfASecondBetweenRepetitions();
-    void repeatingZeroTimesMeans256();
-};
-
 namespace {
 
 /// Raises a signal of the window again and again, so that no wait for it takes long.
@@ -71,87 +59,93 @@ public:
 
 } // namespace
 
-void MainWindowLimitsTest::waitsForAReplyAtMost_data()
-{
-    QTest::addColumn<QByteArray>("slot");
-    QTest::addColumn<QByteArray>("acknowledgement");
-    QTest::addColumn<int>("limit");
+class MainWindowLimitsTest : public QObject {
+    Q_OBJECT
 
-    QTest::newRow("settings, 5 s")
-        << QByteArray("on_pushButton_apply_clicked") << QByteArray("receive_setting_ack") << 5000;
-    QTest::newRow("custom zoom 1, 2 s") << QByteArray("on_pushButton_custom_zoom_1_clicked")
-                                        << QByteArray("receive_custom_zoom_ack") << 2000;
-    QTest::newRow("custom zoom 2, 2 s") << QByteArray("on_pushButton_custom_zoom_2_clicked")
-                                        << QByteArray("receive_custom_zoom_ack") << 2000;
-}
+private slots:
+    void waitsForAReplyAtMost_data()
+    {
+        QTest::addColumn<QByteArray>("slot");
+        QTest::addColumn<QByteArray>("acknowledgement");
+        QTest::addColumn<int>("limit");
 
-void MainWindowLimitsTest::waitsForAReplyAtMost()
-{
-    QFETCH(QByteArray, slot);
-    QFETCH(QByteArray, acknowledgement);
-    QFETCH(int, limit);
-    WindowFixture fixture;
-    const Acknowledger acknowledger(&fixture.window, acknowledgement);
-    fixture.limits.clear();
-    QVERIFY(QMetaObject::invokeMethod(&fixture.window, slot));
-    QCOMPARE(fixture.limits.asked(), QList<int>{limit});
-}
+        QTest::newRow("settings, 5 s") << QByteArray("on_pushButton_apply_clicked")
+                                       << QByteArray("receive_setting_ack") << 5000;
+        QTest::newRow("custom zoom 1, 2 s") << QByteArray("on_pushButton_custom_zoom_1_clicked")
+                                            << QByteArray("receive_custom_zoom_ack") << 2000;
+        QTest::newRow("custom zoom 2, 2 s") << QByteArray("on_pushButton_custom_zoom_2_clicked")
+                                            << QByteArray("receive_custom_zoom_ack") << 2000;
+    }
 
-void MainWindowLimitsTest::waitsForTheReplyToAConnectionAtMostFiveSeconds()
-{
-    WindowFixture fixture;
-    const Acknowledger acknowledger(&fixture.window, "receive_hello_ack");
-    fixture.limits.clear();
-    fixture.click("pushButton_connect");
-    QVERIFY(fixture.port()->isOpen());
-    QCOMPARE(fixture.limits.asked(), QList<int>{5000});
-}
+    void waitsForAReplyAtMost()
+    {
+        QFETCH(QByteArray, slot);
+        QFETCH(QByteArray, acknowledgement);
+        QFETCH(int, limit);
+        WindowFixture fixture;
+        const Acknowledger acknowledger(&fixture.window, acknowledgement);
+        fixture.limits.clear();
+        QVERIFY(QMetaObject::invokeMethod(&fixture.window, slot));
+        QCOMPARE(fixture.limits.asked(), QList<int>{limit});
+    }
 
-void MainWindowLimitsTest::waitsForEachPacketAtMostTwoSeconds()
-{
-    const QTemporaryDir directory;
-    QFile file(directory.filePath("image"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    // 256 bytes of firmware, which are two packets: 32 as they are and 224 in base64.
-    file.write(QByteArray("KVEL").leftJustified(160, '\0') + QByteArray(224, 'x').toBase64());
-    file.close();
+    void waitsForTheReplyToAConnectionAtMostFiveSeconds()
+    {
+        WindowFixture fixture;
+        const Acknowledger acknowledger(&fixture.window, "receive_hello_ack");
+        fixture.limits.clear();
+        fixture.click("pushButton_connect");
+        QVERIFY(fixture.port()->isOpen());
+        QCOMPARE(fixture.limits.asked(), QList<int>{5000});
+    }
 
-    WindowFixture fixture;
-    fixture.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
-    const Acknowledger acknowledger(&fixture.window, "receive_fw_info_ack");
-    fixture.limits.clear();
-    QVERIFY(QMetaObject::invokeMethod(&fixture.window, "on_pushButton_start_upgrade_clicked"));
-    QCOMPARE(fixture.limits.asked(), QList<int>({5000, 2000, 2000}));
-}
+    void waitsForEachPacketAtMostTwoSeconds()
+    {
+        const QTemporaryDir directory;
+        QFile file(directory.filePath("image"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        // 256 bytes of firmware, which are two packets: 32 as they are and 224 in base64.
+        file.write(QByteArray("KVEL").leftJustified(160, '\0') + QByteArray(224, 'x').toBase64());
+        file.close();
 
-void MainWindowLimitsTest::pausesForAFifthOfASecondBetweenRepetitions()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    asked() = {};
-    asked().port = fixture.port();
-    QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr,
-                                            0, 3),
-             0);
-    asked().port = nullptr;
-    QCOMPARE(asked().pauses, QList<unsigned long>({200, 200}));
-    QCOMPARE(asked().writtenAtPauses, QList<qint64>({13, 26})); // frames of 13 bytes; no pause last
-    QTRY_COMPARE(fixture.line.received().toHex(),
-                 WindowFixture::helloRequest().repeated(3).toHex());
-}
+        WindowFixture fixture;
+        fixture.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
+        const Acknowledger acknowledger(&fixture.window, "receive_fw_info_ack");
+        fixture.limits.clear();
+        QVERIFY(QMetaObject::invokeMethod(&fixture.window, "on_pushButton_start_upgrade_clicked"));
+        QCOMPARE(fixture.limits.asked(), QList<int>({5000, 2000, 2000}));
+    }
 
-void MainWindowLimitsTest::repeatingZeroTimesMeans256()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    asked() = {};
-    QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr,
-                                            0, 0),
-             0);
-    QCOMPARE(asked().pauses.size(), 255);
-    QTRY_COMPARE(fixture.line.received().size(), 256 * 13);
-    QCOMPARE(fixture.line.received(), WindowFixture::helloRequest().repeated(256));
-}
+    void pausesForAFifthOfASecondBetweenRepetitions()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        asked() = {};
+        asked().port = fixture.port();
+        QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0,
+                                                nullptr, 0, 3),
+                 0);
+        asked().port = nullptr;
+        QCOMPARE(asked().pauses, QList<unsigned long>({200, 200}));
+        QCOMPARE(asked().writtenAtPauses,
+                 QList<qint64>({13, 26})); // frames of 13 bytes; no pause last
+        QTRY_COMPARE(fixture.line.received().toHex(),
+                     WindowFixture::helloRequest().repeated(3).toHex());
+    }
+
+    void repeatingZeroTimesMeans256()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        asked() = {};
+        QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0,
+                                                nullptr, 0, 0),
+                 0);
+        QCOMPARE(asked().pauses.size(), 255);
+        QTRY_COMPARE(fixture.line.received().size(), 256 * 13);
+        QCOMPARE(fixture.line.received(), WindowFixture::helloRequest().repeated(256));
+    }
+};
 
 QTEST_MAIN(MainWindowLimitsTest)
 #include "tst_mainwindowlimits.moc"

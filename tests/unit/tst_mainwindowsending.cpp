@@ -14,73 +14,68 @@ class MainWindowSendingTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void writesNothingWhileThePortIsClosed();
-    void writesTheFrame();
-    void refusesWhatDoesNotFit_data();
-    void refusesWhatDoesNotFit();
-    void leavesInOneWrite();
+    void writesNothingWhileThePortIsClosed()
+    {
+        WindowFixture fixture;
+        QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0,
+                                                nullptr, 0, 1),
+                 -1);
+        QVERIFY(fixture.connectCamera());
+        QCOMPARE(fixture.port()->bytesToWrite(), 0);
+        QCOMPARE(fixture.line.received(), QByteArray());
+    }
+
+    void writesTheFrame()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST,
+                                                UART_CTRL_CMD_SET_CUSTOM_ZOOM, 0, payload.data(), 2,
+                                                1),
+                 0);
+        QTRY_COMPARE(fixture.line.received().toHex(), QByteArray("ffff0c410106070609013a000100a6"));
+        QCOMPARE(fixture.log.texts(), QStringList());
+    }
+
+    void refusesWhatDoesNotFit_data()
+    {
+        QTest::addColumn<bool>("hasPayload");
+        QTest::addColumn<int>("length");
+        QTest::addColumn<int>("result");
+        QTest::addColumn<int>("bytesWritten");
+
+        QTest::newRow("no payload") << false << 0 << 0 << 13;
+        QTest::newRow("128 bytes") << true << 128 << 0 << 141;
+        QTest::newRow("129 bytes") << true << 129 << -1 << 0;
+        QTest::newRow("a length without payload") << false << 1 << -1 << 0;
+    }
+
+    void refusesWhatDoesNotFit()
+    {
+        QFETCH(bool, hasPayload);
+        QFETCH(int, length);
+        QFETCH(int, bytesWritten);
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        QTEST(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE,
+                                             1, hasPayload ? payload.data() : nullptr,
+                                             static_cast<unsigned char>(length), 1),
+              "result");
+        QCOMPARE(fixture.port()->bytesToWrite(), bytesWritten);
+        QTRY_COMPARE(fixture.line.received().size(), bytesWritten);
+    }
+
+    void leavesInOneWrite()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        QSignalSpy written(fixture.port(), &QSerialPort::bytesWritten);
+        fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1,
+                                       payload.data(), 128, 1);
+        QTRY_COMPARE(written.count(), 1);
+        QCOMPARE(written.constFirst().constFirst().toInt(), 141);
+    }
 };
-
-void MainWindowSendingTest::writesNothingWhileThePortIsClosed()
-{
-    WindowFixture fixture;
-    QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr,
-                                            0, 1),
-             -1);
-    QVERIFY(fixture.connectCamera());
-    QCOMPARE(fixture.port()->bytesToWrite(), 0);
-    QCOMPARE(fixture.line.received(), QByteArray());
-}
-
-void MainWindowSendingTest::writesTheFrame()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_SET_CUSTOM_ZOOM,
-                                            0, payload.data(), 2, 1),
-             0);
-    QTRY_COMPARE(fixture.line.received().toHex(), QByteArray("ffff0c410106070609013a000100a6"));
-    QCOMPARE(fixture.log.texts(), QStringList());
-}
-
-void MainWindowSendingTest::refusesWhatDoesNotFit_data()
-{
-    QTest::addColumn<bool>("hasPayload");
-    QTest::addColumn<int>("length");
-    QTest::addColumn<int>("result");
-    QTest::addColumn<int>("bytesWritten");
-
-    QTest::newRow("no payload") << false << 0 << 0 << 13;
-    QTest::newRow("128 bytes") << true << 128 << 0 << 141;
-    QTest::newRow("129 bytes") << true << 129 << -1 << 0;
-    QTest::newRow("a length without payload") << false << 1 << -1 << 0;
-}
-
-void MainWindowSendingTest::refusesWhatDoesNotFit()
-{
-    QFETCH(bool, hasPayload);
-    QFETCH(int, length);
-    QFETCH(int, bytesWritten);
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    QTEST(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1,
-                                         hasPayload ? payload.data() : nullptr,
-                                         static_cast<unsigned char>(length), 1),
-          "result");
-    QCOMPARE(fixture.port()->bytesToWrite(), bytesWritten);
-    QTRY_COMPARE(fixture.line.received().size(), bytesWritten);
-}
-
-void MainWindowSendingTest::leavesInOneWrite()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    QSignalSpy written(fixture.port(), &QSerialPort::bytesWritten);
-    fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1,
-                                   payload.data(), 128, 1);
-    QTRY_COMPARE(written.count(), 1);
-    QCOMPARE(written.constFirst().constFirst().toInt(), 141);
-}
 
 QTEST_MAIN(MainWindowSendingTest)
 #include "tst_mainwindowsending.moc"

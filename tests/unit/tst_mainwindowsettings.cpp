@@ -26,229 +26,215 @@ class MainWindowSettingsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void trackingModeEnablesItsDependants();
-    void defaultSetsTheControlsInOrderAndSendsNothing();
-    void choosingSendsNothing();
-    void applySendsTheControls_data();
-    void applySendsTheControls();
-    void applyReportsSuccess();
-    void theReplysSettingsAreShownBeforeTheBox();
-    void aShortReplyKeepsTheControls();
-    void applyReportsFailureAfterTheLimit();
-    void applyOnAClosedPortFailsByItsTimeOut();
-    void aReplyBehindTheTimeOutStillSetsTheControls();
-    void applyDuringApplyIsNested();
-    void closingTheWindowDuringApplyClaimsNothing();
-};
-
-void MainWindowSettingsTest::trackingModeEnablesItsDependants()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    auto *const mode = fixture.combo("comboBox_autotracking");
-    mode->setCurrentIndex(1);
-    for (const int index : {0, 1, 0, 2, 0, 3}) {
-        mode->setCurrentIndex(index);
-        QCOMPARE(fixture.widget("comboBox_targetmissing")->isEnabled(), index != 0);
-        QCOMPARE(fixture.widget("comboBox_autozoom")->isEnabled(), index != 0);
-        QVERIFY(fixture.widget("comboBox_zoomoffset")->isEnabled());
-        QVERIFY(fixture.widget("radioButton_upright")->isEnabled());
-        QVERIFY(fixture.widget("radioButton_upside_down")->isEnabled());
-    }
-}
-
-void MainWindowSettingsTest::defaultSetsTheControlsInOrderAndSendsNothing()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.combo("comboBox_autotracking")->setCurrentIndex(0);
-    WidgetRecorder recorder(&fixture.window);
-    fixture.click("pushButton_default");
-    QCOMPARE(recorder.changes(),
-             QStringList({"comboBox_targetmissing on", "comboBox_autozoom on",
-                          "comboBox_autotracking = 1", "comboBox_targetmissing = 1",
-                          "radioButton_upside_down = not", "radioButton_upright = chosen",
-                          "comboBox_autozoom = 1", "comboBox_zoomoffset = 1"}));
-    QCOMPARE(fixture.port()->bytesToWrite(), 0);
-    QCOMPARE(fixture.line.received(), QByteArray());
-    QCOMPARE(fixture.log.texts(), QStringList());
-}
-
-void MainWindowSettingsTest::choosingSendsNothing()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    for (const char *name : {"comboBox_autotracking", "comboBox_targetmissing", "comboBox_autozoom",
-                             "comboBox_zoomoffset"}) {
-        QComboBox *const combo = fixture.combo(name);
-        for (int index = 0; index < combo->count(); ++index) {
-            combo->setCurrentIndex(index);
+    void trackingModeEnablesItsDependants()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        auto *const mode = fixture.combo("comboBox_autotracking");
+        mode->setCurrentIndex(1);
+        for (const int index : {0, 1, 0, 2, 0, 3}) {
+            mode->setCurrentIndex(index);
+            QCOMPARE(fixture.widget("comboBox_targetmissing")->isEnabled(), index != 0);
+            QCOMPARE(fixture.widget("comboBox_autozoom")->isEnabled(), index != 0);
+            QVERIFY(fixture.widget("comboBox_zoomoffset")->isEnabled());
+            QVERIFY(fixture.widget("radioButton_upright")->isEnabled());
+            QVERIFY(fixture.widget("radioButton_upside_down")->isEnabled());
         }
     }
-    fixture.click("radioButton_upright");
-    fixture.click("radioButton_upside_down");
-    QCOMPARE(fixture.port()->bytesToWrite(), 0);
-    QCOMPARE(fixture.line.received(), QByteArray());
-    QCOMPARE(fixture.log.texts(), QStringList());
-}
 
-void MainWindowSettingsTest::applySendsTheControls_data()
-{
-    QTest::addColumn<int>("autoTracking");
-    QTest::addColumn<int>("targetMissing");
-    QTest::addColumn<bool>("upsideDown");
-    QTest::addColumn<int>("autoZoom");
-    QTest::addColumn<int>("zoomOffset");
-    QTest::addColumn<QByteArray>("frame");
+    void defaultSetsTheControlsInOrderAndSendsNothing()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.combo("comboBox_autotracking")->setCurrentIndex(0);
+        WidgetRecorder recorder(&fixture.window);
+        fixture.click("pushButton_default");
+        QCOMPARE(recorder.changes(),
+                 QStringList({"comboBox_targetmissing on", "comboBox_autozoom on",
+                              "comboBox_autotracking = 1", "comboBox_targetmissing = 1",
+                              "radioButton_upside_down = not", "radioButton_upright = chosen",
+                              "comboBox_autozoom = 1", "comboBox_zoomoffset = 1"}));
+        QCOMPARE(fixture.port()->bytesToWrite(), 0);
+        QCOMPARE(fixture.line.received(), QByteArray());
+        QCOMPARE(fixture.log.texts(), QStringList());
+    }
 
-    QTest::newRow("pan, preset 7, upside down, off, custom")
-        << 2 << 9 << true << 0 << 3 << QByteArray("ffff0f4101060706090155000209010003d2");
-    QTest::newRow("the defaults") << 1 << 1 << false << 1 << 1
-                                  << QByteArray("ffff0f4101060706090155000101000101c7");
-    QTest::newRow("everything off")
-        << 0 << 0 << false << 0 << 0 << QByteArray("ffff0f4101060706090155000000000000c3");
-    // 195 + 3 + 4 + 1 + 2 = 205
-    QTest::newRow("tilt, preset 2, upright, on, 2")
-        << 3 << 4 << false << 1 << 2 << QByteArray("ffff0f4101060706090155000304000102cd");
-}
-
-void MainWindowSettingsTest::applySendsTheControls()
-{
-    QFETCH(int, autoTracking);
-    QFETCH(int, targetMissing);
-    QFETCH(bool, upsideDown);
-    QFETCH(int, autoZoom);
-    QFETCH(int, zoomOffset);
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.combo("comboBox_autotracking")->setCurrentIndex(autoTracking);
-    fixture.combo("comboBox_targetmissing")->setCurrentIndex(targetMissing);
-    fixture.click(upsideDown ? "radioButton_upside_down" : "radioButton_upright");
-    fixture.combo("comboBox_autozoom")->setCurrentIndex(autoZoom);
-    fixture.combo("comboBox_zoomoffset")->setCurrentIndex(zoomOffset);
-    fixture.replyWith(shortReply());
-    fixture.click("pushButton_apply");
-    QTEST(fixture.line.received().toHex(), "frame");
-}
-
-void MainWindowSettingsTest::applyReportsSuccess()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.replyWith(longReply());
-    fixture.click("pushButton_apply");
-    QCOMPARE(fixture.dialogs.texts(), QStringList{"Information: Apply Success."});
-    QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Information);
-    QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
-    QVERIFY(fixture.dialogs.seen().constFirst().hasParent);
-    QVERIFY(fixture.port()->isOpen());
-}
-
-void MainWindowSettingsTest::theReplysSettingsAreShownBeforeTheBox()
-{
-    WindowFixture fixture(false);
-    QVERIFY(fixture.connectCamera());
-    fixture.replyWith(longReply());
-    fixture.click("pushButton_default");
-    QString paneAtTheBox;
-    QTimer poll;
-    connect(&poll, &QTimer::timeout, &poll, [&] {
-        if (fixture.dialogs.isOpen()) {
-            paneAtTheBox = fixture.text("textEdit_device_info");
-            fixture.dialogs.answer();
+    void choosingSendsNothing()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        for (const char *name : {"comboBox_autotracking", "comboBox_targetmissing",
+                                 "comboBox_autozoom", "comboBox_zoomoffset"}) {
+            QComboBox *const combo = fixture.combo(name);
+            for (int index = 0; index < combo->count(); ++index) {
+                combo->setCurrentIndex(index);
+            }
         }
-    });
-    poll.start(0);
-    fixture.click("pushButton_apply");
-    QCOMPARE(paneAtTheBox, QString("Device Version: 1.0.0.6"));
-    QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 3);
-    QCOMPARE(fixture.combo("comboBox_targetmissing")->currentIndex(), 0);
-    QVERIFY(fixture.child<QRadioButton>("radioButton_upright")->isChecked());
-    QCOMPARE(fixture.combo("comboBox_autozoom")->currentIndex(), 1);
-    QCOMPARE(fixture.combo("comboBox_zoomoffset")->currentIndex(), 2);
-}
+        fixture.click("radioButton_upright");
+        fixture.click("radioButton_upside_down");
+        QCOMPARE(fixture.port()->bytesToWrite(), 0);
+        QCOMPARE(fixture.line.received(), QByteArray());
+        QCOMPARE(fixture.log.texts(), QStringList());
+    }
 
-void MainWindowSettingsTest::aShortReplyKeepsTheControls()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.click("pushButton_default");
-    fixture.replyWith(shortReply());
-    WidgetRecorder recorder(&fixture.window);
-    fixture.click("pushButton_apply");
-    QCOMPARE(fixture.dialogs.texts(), QStringList{"Information: Apply Success."});
-    QCOMPARE(recorder.changes(),
-             QStringList(
-                 {"textEdit_device_info = ", "textEdit_device_info = Device Version: 1.0.a.10"}));
-}
+    void applySendsTheControls_data()
+    {
+        QTest::addColumn<int>("autoTracking");
+        QTest::addColumn<int>("targetMissing");
+        QTest::addColumn<bool>("upsideDown");
+        QTest::addColumn<int>("autoZoom");
+        QTest::addColumn<int>("zoomOffset");
+        QTest::addColumn<QByteArray>("frame");
 
-void MainWindowSettingsTest::applyReportsFailureAfterTheLimit()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.click("pushButton_default");
-    WidgetRecorder recorder(&fixture.window);
-    fixture.letLimitPass();
-    fixture.click("pushButton_apply");
-    QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: Apply fail!"});
-    QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Critical);
-    QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
-    QCOMPARE(recorder.changes(), QStringList());
-    QCOMPARE(fixture.log.statusTexts(), QStringList());
-    QVERIFY(fixture.port()->isOpen());
-    // Sent once: nothing is tried again.
-    QCOMPARE(fixture.line.received().size(), 18);
-}
+        QTest::newRow("pan, preset 7, upside down, off, custom")
+            << 2 << 9 << true << 0 << 3 << QByteArray("ffff0f4101060706090155000209010003d2");
+        QTest::newRow("the defaults")
+            << 1 << 1 << false << 1 << 1 << QByteArray("ffff0f4101060706090155000101000101c7");
+        QTest::newRow("everything off")
+            << 0 << 0 << false << 0 << 0 << QByteArray("ffff0f4101060706090155000000000000c3");
+        // 195 + 3 + 4 + 1 + 2 = 205
+        QTest::newRow("tilt, preset 2, upright, on, 2")
+            << 3 << 4 << false << 1 << 2 << QByteArray("ffff0f4101060706090155000304000102cd");
+    }
 
-void MainWindowSettingsTest::applyOnAClosedPortFailsByItsTimeOut()
-{
-    WindowFixture fixture;
-    fixture.letLimitPass();
-    QMetaObject::invokeMethod(&fixture.window, "on_pushButton_apply_clicked");
-    QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: Apply fail!"});
-    QCOMPARE(fixture.line.received(), QByteArray());
-}
-
-void MainWindowSettingsTest::aReplyBehindTheTimeOutStillSetsTheControls()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.letLimitPass();
-    fixture.click("pushButton_apply");
-    fixture.line.send(longReply());
-    QTRY_COMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 3);
-    QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: Apply fail!"});
-}
-
-void MainWindowSettingsTest::applyDuringApplyIsNested()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    QTimer::singleShot(0, &fixture.window, [&fixture] {
-        QVERIFY(fixture.widget("pushButton_apply")->isEnabled());
-        QVERIFY(fixture.widget("pushButton_default")->isEnabled());
-        QVERIFY(fixture.widget("pushButton_custom_zoom_1")->isEnabled());
+    void applySendsTheControls()
+    {
+        QFETCH(int, autoTracking);
+        QFETCH(int, targetMissing);
+        QFETCH(bool, upsideDown);
+        QFETCH(int, autoZoom);
+        QFETCH(int, zoomOffset);
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.combo("comboBox_autotracking")->setCurrentIndex(autoTracking);
+        fixture.combo("comboBox_targetmissing")->setCurrentIndex(targetMissing);
+        fixture.click(upsideDown ? "radioButton_upside_down" : "radioButton_upright");
+        fixture.combo("comboBox_autozoom")->setCurrentIndex(autoZoom);
+        fixture.combo("comboBox_zoomoffset")->setCurrentIndex(zoomOffset);
         fixture.replyWith(shortReply());
         fixture.click("pushButton_apply");
-    });
-    fixture.click("pushButton_apply");
-    // One acknowledgement ends both waits.
-    QCOMPARE(fixture.dialogs.texts(),
-             QStringList({"Information: Apply Success.", "Information: Apply Success."}));
-    QCOMPARE(fixture.line.received().size(), 2 * 18);
-}
+        QTEST(fixture.line.received().toHex(), "frame");
+    }
 
-void MainWindowSettingsTest::closingTheWindowDuringApplyClaimsNothing()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.window.show();
-    QTimer::singleShot(0, &fixture.window, [&fixture] { fixture.click("pushButton_apply"); });
-    connect(&fixture.line, &PseudoTerminal::bytesReceived, &fixture.window, &QWidget::close);
-    QApplication::exec();
-    QCOMPARE(fixture.dialogs.texts(), QStringList());
-    QCOMPARE(fixture.line.received().size(), 18);
-}
+    void applyReportsSuccess()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.replyWith(longReply());
+        fixture.click("pushButton_apply");
+        QCOMPARE(fixture.dialogs.texts(), QStringList{"Information: Apply Success."});
+        QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Information);
+        QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
+        QVERIFY(fixture.dialogs.seen().constFirst().hasParent);
+        QVERIFY(fixture.port()->isOpen());
+    }
+
+    void theReplysSettingsAreShownBeforeTheBox()
+    {
+        WindowFixture fixture(false);
+        QVERIFY(fixture.connectCamera());
+        fixture.replyWith(longReply());
+        fixture.click("pushButton_default");
+        QString paneAtTheBox;
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, &poll, [&] {
+            if (fixture.dialogs.isOpen()) {
+                paneAtTheBox = fixture.text("textEdit_device_info");
+                fixture.dialogs.answer();
+            }
+        });
+        poll.start(0);
+        fixture.click("pushButton_apply");
+        QCOMPARE(paneAtTheBox, QString("Device Version: 1.0.0.6"));
+        QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 3);
+        QCOMPARE(fixture.combo("comboBox_targetmissing")->currentIndex(), 0);
+        QVERIFY(fixture.child<QRadioButton>("radioButton_upright")->isChecked());
+        QCOMPARE(fixture.combo("comboBox_autozoom")->currentIndex(), 1);
+        QCOMPARE(fixture.combo("comboBox_zoomoffset")->currentIndex(), 2);
+    }
+
+    void aShortReplyKeepsTheControls()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.click("pushButton_default");
+        fixture.replyWith(shortReply());
+        WidgetRecorder recorder(&fixture.window);
+        fixture.click("pushButton_apply");
+        QCOMPARE(fixture.dialogs.texts(), QStringList{"Information: Apply Success."});
+        QCOMPARE(recorder.changes(),
+                 QStringList({"textEdit_device_info = ",
+                              "textEdit_device_info = Device Version: 1.0.a.10"}));
+    }
+
+    void applyReportsFailureAfterTheLimit()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.click("pushButton_default");
+        WidgetRecorder recorder(&fixture.window);
+        fixture.letLimitPass();
+        fixture.click("pushButton_apply");
+        QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: Apply fail!"});
+        QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Critical);
+        QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
+        QCOMPARE(recorder.changes(), QStringList());
+        QCOMPARE(fixture.log.statusTexts(), QStringList());
+        QVERIFY(fixture.port()->isOpen());
+        // Sent once: nothing is tried again.
+        QCOMPARE(fixture.line.received().size(), 18);
+    }
+
+    void applyOnAClosedPortFailsByItsTimeOut()
+    {
+        WindowFixture fixture;
+        fixture.letLimitPass();
+        QMetaObject::invokeMethod(&fixture.window, "on_pushButton_apply_clicked");
+        QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: Apply fail!"});
+        QCOMPARE(fixture.line.received(), QByteArray());
+    }
+
+    void aReplyBehindTheTimeOutStillSetsTheControls()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.letLimitPass();
+        fixture.click("pushButton_apply");
+        fixture.line.send(longReply());
+        QTRY_COMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 3);
+        QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: Apply fail!"});
+    }
+
+    void applyDuringApplyIsNested()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        QTimer::singleShot(0, &fixture.window, [&fixture] {
+            QVERIFY(fixture.widget("pushButton_apply")->isEnabled());
+            QVERIFY(fixture.widget("pushButton_default")->isEnabled());
+            QVERIFY(fixture.widget("pushButton_custom_zoom_1")->isEnabled());
+            fixture.replyWith(shortReply());
+            fixture.click("pushButton_apply");
+        });
+        fixture.click("pushButton_apply");
+        // One acknowledgement ends both waits.
+        QCOMPARE(fixture.dialogs.texts(),
+                 QStringList({"Information: Apply Success.", "Information: Apply Success."}));
+        QCOMPARE(fixture.line.received().size(), 2 * 18);
+    }
+
+    void closingTheWindowDuringApplyClaimsNothing()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.window.show();
+        QTimer::singleShot(0, &fixture.window, [&fixture] { fixture.click("pushButton_apply"); });
+        connect(&fixture.line, &PseudoTerminal::bytesReceived, &fixture.window, &QWidget::close);
+        QApplication::exec();
+        QCOMPARE(fixture.dialogs.texts(), QStringList());
+        QCOMPARE(fixture.line.received().size(), 18);
+    }
+};
 
 QTEST_MAIN(MainWindowSettingsTest)
 #include "tst_mainwindowsettings.moc"

@@ -65,51 +65,43 @@ class ParserThreadPollsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void init();
-    void pausesForHalfASecondWithoutABuffer();
-    void pausesForATwentiethOfASecondWhileTheBufferIsEmpty();
-    void doesNotPauseBetweenBytes();
+    void init() { pauseLog().clear(); }
+
+    void pausesForHalfASecondWithoutABuffer()
+    {
+        {
+            ParserThread parser;
+            parser.start();
+            QTRY_VERIFY(pauseLog().count() >= 3);
+        }
+        QCOMPARE(pauseLog().durations(), QSet<unsigned long>{500});
+    }
+
+    void pausesForATwentiethOfASecondWhileTheBufferIsEmpty()
+    {
+        RingBuffer buffer;
+        {
+            ParserThread parser;
+            parser.startParser(&buffer);
+            QTRY_VERIFY(pauseLog().count() >= 3);
+        }
+        QCOMPARE(pauseLog().durations(), QSet<unsigned long>{50});
+    }
+
+    void doesNotPauseBetweenBytes()
+    {
+        constexpr int kBytes = 100000;
+        RingBuffer buffer;
+        buffer.append(QByteArray(kBytes, '\0'));
+        {
+            ParserThread parser;
+            parser.startParser(&buffer);
+            QTRY_VERIFY(buffer.isEmpty());
+        }
+        // At most the polls behind the last byte.
+        QVERIFY2(pauseLog().count() < kBytes / 10, qPrintable(QString::number(pauseLog().count())));
+    }
 };
-
-void ParserThreadPollsTest::init()
-{
-    pauseLog().clear();
-}
-
-void ParserThreadPollsTest::pausesForHalfASecondWithoutABuffer()
-{
-    {
-        ParserThread parser;
-        parser.start();
-        QTRY_VERIFY(pauseLog().count() >= 3);
-    }
-    QCOMPARE(pauseLog().durations(), QSet<unsigned long>{500});
-}
-
-void ParserThreadPollsTest::pausesForATwentiethOfASecondWhileTheBufferIsEmpty()
-{
-    RingBuffer buffer;
-    {
-        ParserThread parser;
-        parser.startParser(&buffer);
-        QTRY_VERIFY(pauseLog().count() >= 3);
-    }
-    QCOMPARE(pauseLog().durations(), QSet<unsigned long>{50});
-}
-
-void ParserThreadPollsTest::doesNotPauseBetweenBytes()
-{
-    constexpr int kBytes = 100000;
-    RingBuffer buffer;
-    buffer.append(QByteArray(kBytes, '\0'));
-    {
-        ParserThread parser;
-        parser.startParser(&buffer);
-        QTRY_VERIFY(buffer.isEmpty());
-    }
-    // At most the polls behind the last byte.
-    QVERIFY2(pauseLog().count() < kBytes / 10, qPrintable(QString::number(pauseLog().count())));
-}
 
 QTEST_GUILESS_MAIN(ParserThreadPollsTest)
 #include "tst_parserthreadpolls.moc"

@@ -68,184 +68,171 @@ class SerialPortComboBoxTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void addsNothingToTheInterfaceOfAComboBox();
-    void withoutPortsItIsEmpty();
-    void listsPortsAsNameAndDescription();
-    void listsPortsInTheSystemsOrder();
-    void itemsCarryNeitherDataNorIcon();
-    void aNewPortShowsWhenThePopupOpens();
-    void thePopupIsLargeEnoughForANewPort();
-    void openingThePopupSelectsTheFirstPort();
-    void rebuildingChangesTheIndexTwice();
-    void theWindowFollowsTheList();
-    void withoutPortsConnectingFails();
-};
-
-void SerialPortComboBoxTest::initTestCase()
-{
-    const MockedMachine machine;
-    QVERIFY2(umockdev_in_mock_environment(), "to be run under umockdev-wrapper");
-}
-
-void SerialPortComboBoxTest::addsNothingToTheInterfaceOfAComboBox()
-{
-    const QMetaObject &meta = SerialPortComboBox::staticMetaObject;
-    QCOMPARE(meta.superClass()->className(), "QComboBox");
-    QCOMPARE(meta.methodCount(), meta.methodOffset());
-    QCOMPARE(meta.propertyCount(), meta.propertyOffset());
-}
-
-void SerialPortComboBoxTest::withoutPortsItIsEmpty()
-{
-    const MockedMachine machine;
-    const SerialPortComboBox ports;
-    QCOMPARE(ports.count(), 0);
-    QCOMPARE(ports.currentIndex(), -1);
-    QCOMPARE(ports.currentText(), QString());
-}
-
-void SerialPortComboBoxTest::listsPortsAsNameAndDescription()
-{
-    MockedMachine machine;
-    machine.plug("ttyUSB0", "USB_Serial");
-    machine.plug("ttyUSB1", "");
-    const SerialPortComboBox ports;
-    QStringList items = itemsOf(ports);
-    items.sort();
-    QCOMPARE(items, QStringList({"ttyUSB0 (USB Serial)", "ttyUSB1 ()"}));
-    QCOMPARE(ports.currentIndex(), 0);
-}
-
-void SerialPortComboBoxTest::listsPortsInTheSystemsOrder()
-{
-    MockedMachine machine;
-    for (const char *name : {"ttyUSB3", "ttyACM0", "ttyUSB1", "ttyUSB0", "ttyACM7"}) {
-        machine.plug(name, "Same_Model");
+    void initTestCase()
+    {
+        const MockedMachine machine;
+        QVERIFY2(umockdev_in_mock_environment(), "to be run under umockdev-wrapper");
     }
-    const SerialPortComboBox ports;
-    QStringList expected;
-    const auto available = QSerialPortInfo::availablePorts();
-    for (const QSerialPortInfo &port : available) {
-        expected << port.portName() + " (Same Model)";
+
+    void addsNothingToTheInterfaceOfAComboBox()
+    {
+        const QMetaObject &meta = SerialPortComboBox::staticMetaObject;
+        QCOMPARE(meta.superClass()->className(), "QComboBox");
+        QCOMPARE(meta.methodCount(), meta.methodOffset());
+        QCOMPARE(meta.propertyCount(), meta.propertyOffset());
     }
-    QCOMPARE(expected.size(), 5);
-    QCOMPARE(itemsOf(ports), expected);
-}
 
-void SerialPortComboBoxTest::itemsCarryNeitherDataNorIcon()
-{
-    MockedMachine machine;
-    machine.plug("ttyUSB0", "USB_Serial");
-    const SerialPortComboBox ports;
-    QVERIFY(!ports.itemData(0).isValid());
-    QVERIFY(ports.itemIcon(0).isNull());
-}
-
-void SerialPortComboBoxTest::aNewPortShowsWhenThePopupOpens()
-{
-    MockedMachine machine;
-    machine.plug("ttyUSB0", "USB_Serial");
-    SerialPortComboBox ports;
-    ports.show();
-    machine.plug("ttyUSB1", "USB_Serial");
-    QCOMPARE(ports.count(), 1);
-    QTest::mouseClick(&ports, Qt::LeftButton);
-    QTRY_COMPARE(ports.count(), 2);
-    QCOMPARE(ports.currentIndex(), 0);
-    ports.hidePopup();
-}
-
-void SerialPortComboBoxTest::thePopupIsLargeEnoughForANewPort()
-{
-    MockedMachine machine;
-    machine.plug("ttyUSB0", "USB_Serial");
-    SerialPortComboBox ports;
-    ports.show();
-    for (const char *name : {"ttyUSB1", "ttyUSB2", "ttyUSB3"}) {
-        machine.plug(name, "USB_Serial");
+    void withoutPortsItIsEmpty()
+    {
+        const MockedMachine machine;
+        const SerialPortComboBox ports;
+        QCOMPARE(ports.count(), 0);
+        QCOMPARE(ports.currentIndex(), -1);
+        QCOMPARE(ports.currentText(), QString());
     }
-    ports.showPopup();
-    QCOMPARE(ports.count(), 4);
-    const QAbstractItemView *const list = ports.view();
-    const QRect last = list->visualRect(list->model()->index(3, 0));
-    QVERIFY(last.isValid());
-    QVERIFY2(last.bottom() < list->viewport()->height(),
-             qPrintable(QStringLiteral("%1, but there are %2 rows of pixels")
-                            .arg(last.bottom())
-                            .arg(list->viewport()->height())));
-    ports.hidePopup();
-}
 
-void SerialPortComboBoxTest::openingThePopupSelectsTheFirstPort()
-{
-    MockedMachine machine;
-    for (const char *name : {"ttyUSB0", "ttyUSB1", "ttyUSB2"}) {
-        machine.plug(name, "USB_Serial");
+    void listsPortsAsNameAndDescription()
+    {
+        MockedMachine machine;
+        machine.plug("ttyUSB0", "USB_Serial");
+        machine.plug("ttyUSB1", "");
+        const SerialPortComboBox ports;
+        QStringList items = itemsOf(ports);
+        items.sort();
+        QCOMPARE(items, QStringList({"ttyUSB0 (USB Serial)", "ttyUSB1 ()"}));
+        QCOMPARE(ports.currentIndex(), 0);
     }
-    SerialPortComboBox ports;
-    ports.show();
-    ports.setCurrentIndex(2);
-    ports.showPopup();
-    QCOMPARE(ports.currentIndex(), 0);
-    ports.hidePopup();
-    QCOMPARE(ports.currentIndex(), 0);
-}
 
-void SerialPortComboBoxTest::rebuildingChangesTheIndexTwice()
-{
-    MockedMachine machine;
-    machine.plug("ttyUSB0", "USB_Serial");
-    machine.plug("ttyUSB1", "USB_Serial");
-    SerialPortComboBox ports;
-    const QSignalSpy indices(&ports, SIGNAL(currentIndexChanged(int)));
-    ports.updatePortList();
-    QCOMPARE(indices.count(), 2);
-    QCOMPARE(indices.at(0).constFirst().toInt(), -1);
-    QCOMPARE(indices.at(1).constFirst().toInt(), 0);
-}
+    void listsPortsInTheSystemsOrder()
+    {
+        MockedMachine machine;
+        for (const char *name : {"ttyUSB3", "ttyACM0", "ttyUSB1", "ttyUSB0", "ttyACM7"}) {
+            machine.plug(name, "Same_Model");
+        }
+        const SerialPortComboBox ports;
+        QStringList expected;
+        const auto available = QSerialPortInfo::availablePorts();
+        for (const QSerialPortInfo &port : available) {
+            expected << port.portName() + " (Same Model)";
+        }
+        QCOMPARE(expected.size(), 5);
+        QCOMPARE(itemsOf(ports), expected);
+    }
 
-// Which name the window would open is seen by having it try: the mocked ports have no device.
-void SerialPortComboBoxTest::theWindowFollowsTheList()
-{
-    MockedMachine machine;
-    machine.plug("ttyUSB0", "USB_Serial");
-    machine.plug("ttyUSB1", "");
-    MainWindow window;
-    window.show();
-    auto *const ports = window.findChild<SerialPortComboBox *>("comboBox_portlist");
-    const auto *const port = window.findChild<QSerialPort *>();
-    const auto nameTried = [&window, port] {
-        QTimer::singleShot(0, &window, [] { QApplication::activeModalWidget()->close(); });
+    void itemsCarryNeitherDataNorIcon()
+    {
+        MockedMachine machine;
+        machine.plug("ttyUSB0", "USB_Serial");
+        const SerialPortComboBox ports;
+        QVERIFY(!ports.itemData(0).isValid());
+        QVERIFY(ports.itemIcon(0).isNull());
+    }
+
+    void aNewPortShowsWhenThePopupOpens()
+    {
+        MockedMachine machine;
+        machine.plug("ttyUSB0", "USB_Serial");
+        SerialPortComboBox ports;
+        ports.show();
+        machine.plug("ttyUSB1", "USB_Serial");
+        QCOMPARE(ports.count(), 1);
+        QTest::mouseClick(&ports, Qt::LeftButton);
+        QTRY_COMPARE(ports.count(), 2);
+        QCOMPARE(ports.currentIndex(), 0);
+        ports.hidePopup();
+    }
+
+    void thePopupIsLargeEnoughForANewPort()
+    {
+        MockedMachine machine;
+        machine.plug("ttyUSB0", "USB_Serial");
+        SerialPortComboBox ports;
+        ports.show();
+        for (const char *name : {"ttyUSB1", "ttyUSB2", "ttyUSB3"}) {
+            machine.plug(name, "USB_Serial");
+        }
+        ports.showPopup();
+        QCOMPARE(ports.count(), 4);
+        const QAbstractItemView *const list = ports.view();
+        const QRect last = list->visualRect(list->model()->index(3, 0));
+        QVERIFY(last.isValid());
+        QVERIFY2(last.bottom() < list->viewport()->height(),
+                 qPrintable(QStringLiteral("%1, but there are %2 rows of pixels")
+                                .arg(last.bottom())
+                                .arg(list->viewport()->height())));
+        ports.hidePopup();
+    }
+
+    void openingThePopupSelectsTheFirstPort()
+    {
+        MockedMachine machine;
+        for (const char *name : {"ttyUSB0", "ttyUSB1", "ttyUSB2"}) {
+            machine.plug(name, "USB_Serial");
+        }
+        SerialPortComboBox ports;
+        ports.show();
+        ports.setCurrentIndex(2);
+        ports.showPopup();
+        QCOMPARE(ports.currentIndex(), 0);
+        ports.hidePopup();
+        QCOMPARE(ports.currentIndex(), 0);
+    }
+
+    void rebuildingChangesTheIndexTwice()
+    {
+        MockedMachine machine;
+        machine.plug("ttyUSB0", "USB_Serial");
+        machine.plug("ttyUSB1", "USB_Serial");
+        SerialPortComboBox ports;
+        const QSignalSpy indices(&ports, SIGNAL(currentIndexChanged(int)));
+        ports.updatePortList();
+        QCOMPARE(indices.count(), 2);
+        QCOMPARE(indices.at(0).constFirst().toInt(), -1);
+        QCOMPARE(indices.at(1).constFirst().toInt(), 0);
+    }
+
+    // Which name the window would open is seen by having it try: the mocked ports have no device.
+    void theWindowFollowsTheList()
+    {
+        MockedMachine machine;
+        machine.plug("ttyUSB0", "USB_Serial");
+        machine.plug("ttyUSB1", "");
+        MainWindow window;
+        window.show();
+        auto *const ports = window.findChild<SerialPortComboBox *>("comboBox_portlist");
+        const auto *const port = window.findChild<QSerialPort *>();
+        const auto nameTried = [&window, port] {
+            QTimer::singleShot(0, &window, [] { QApplication::activeModalWidget()->close(); });
+            QMetaObject::invokeMethod(&window, "on_pushButton_connect_clicked");
+            return port->portName();
+        };
+        QCOMPARE(nameTried(), ports->itemText(0).section(' ', 0, 0));
+        ports->setCurrentIndex(1);
+        QCOMPARE(nameTried(), ports->itemText(1).section(' ', 0, 0));
+        ports->showPopup();
+        ports->hidePopup();
+        QCOMPARE(nameTried(), ports->itemText(0).section(' ', 0, 0));
+        QVERIFY(nameTried().startsWith("ttyUSB"));
+    }
+
+    void withoutPortsConnectingFails()
+    {
+        const MockedMachine machine;
+        MainWindow window;
+        QString text;
+        QTimer::singleShot(0, &window, [&text] {
+            auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            text = box->windowTitle() + ": " + box->text();
+            box->close();
+        });
         QMetaObject::invokeMethod(&window, "on_pushButton_connect_clicked");
-        return port->portName();
-    };
-    QCOMPARE(nameTried(), ports->itemText(0).section(' ', 0, 0));
-    ports->setCurrentIndex(1);
-    QCOMPARE(nameTried(), ports->itemText(1).section(' ', 0, 0));
-    ports->showPopup();
-    ports->hidePopup();
-    QCOMPARE(nameTried(), ports->itemText(0).section(' ', 0, 0));
-    QVERIFY(nameTried().startsWith("ttyUSB"));
-}
-
-void SerialPortComboBoxTest::withoutPortsConnectingFails()
-{
-    const MockedMachine machine;
-    MainWindow window;
-    QString text;
-    QTimer::singleShot(0, &window, [&text] {
-        auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        text = box->windowTitle() + ": " + box->text();
-        box->close();
-    });
-    QMetaObject::invokeMethod(&window, "on_pushButton_connect_clicked");
-    const auto *const port = window.findChild<QSerialPort *>();
-    QCOMPARE(port->portName(), QString());
-    QVERIFY(!port->isOpen());
-    QCOMPARE(text, "Error: " + port->errorString());
-    QVERIFY(window.findChild<QWidget *>("pushButton_connect")->isEnabled());
-}
+        const auto *const port = window.findChild<QSerialPort *>();
+        QCOMPARE(port->portName(), QString());
+        QVERIFY(!port->isOpen());
+        QCOMPARE(text, "Error: " + port->errorString());
+        QVERIFY(window.findChild<QWidget *>("pushButton_connect")->isEnabled());
+    }
+};
 
 QTEST_MAIN(SerialPortComboBoxTest)
 #include "tst_serialportcombobox.moc"

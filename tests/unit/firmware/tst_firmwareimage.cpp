@@ -27,152 +27,141 @@ class FirmwareImageTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void knowsItsMagic_data();
-    void knowsItsMagic();
-    void showsItsVersions_data();
-    void showsItsVersions();
-    void yieldsItsFirmware_data();
-    void yieldsItsFirmware();
-    void readsAFileAsItIs();
-    void readsAFileOfTheLargestSize();
-    void doesNotReadWhatIsNoFile_data();
-    void doesNotReadWhatIsNoFile();
+    void knowsItsMagic_data()
+    {
+        QTest::addColumn<QByteArray>("contents");
+        QTest::addColumn<bool>("hasMagic");
+
+        QTest::newRow("the magic alone") << QByteArray("KVEL") << true;
+        QTest::newRow("the magic and more") << header() << true;
+        QTest::newRow("lower case") << header("kvel") << false;
+        QTest::newRow("one letter other") << header("KVEM") << false;
+        QTest::newRow("behind a blank") << header(" KVEL") << false;
+        QTest::newRow("three letters") << QByteArray("KVE") << false;
+        QTest::newRow("three letters and a NUL") << QByteArray("KVE\0", 4) << false;
+        QTest::newRow("a NUL in front") << QByteArray("\0KVEL", 5) << false;
+        QTest::newRow("a NUL inside") << QByteArray("KV\0EL", 5) << false;
+        QTest::newRow("nothing") << QByteArray() << false;
+    }
+
+    void knowsItsMagic()
+    {
+        QFETCH(QByteArray, contents);
+        QTEST(FirmwareImage(contents).hasMagic(), "hasMagic");
+    }
+
+    void showsItsVersions_data()
+    {
+        QTest::addColumn<QByteArray>("contents");
+        QTest::addColumn<QString>("protocolVersion");
+        QTest::addColumn<QString>("imageVersion");
+
+        const auto versions = [](const char *hex) { return "KVEL" + QByteArray::fromHex(hex); };
+        QTest::newRow("each byte its own value") << versions("0102030405060708") << "1.2.3.4"
+                                                 << "5.6.7.8";
+        QTest::newRow("signed lower-case hexadecimal") << versions("01020aff80107f00") << "1.2.a.-1"
+                                                       << "-80.10.7f.0";
+        QTest::newRow("the magic alone") << versions("") << "0.0.0.0"
+                                         << "0.0.0.0";
+        QTest::newRow("5 bytes") << versions("01") << "1.0.0.0"
+                                 << "0.0.0.0";
+        QTest::newRow("11 bytes") << versions("01020304050607") << "1.2.3.4"
+                                  << "5.6.7.0";
+    }
+
+    void showsItsVersions()
+    {
+        QFETCH(QByteArray, contents);
+        QTEST(FirmwareImage(contents).protocolVersion(), "protocolVersion");
+        QTEST(FirmwareImage(contents).imageVersion(), "imageVersion");
+    }
+
+    void yieldsItsFirmware_data()
+    {
+        QTest::addColumn<QByteArray>("contents");
+        QTest::addColumn<QByteArray>("firmware");
+
+        const QByteArray whole = header() + rawPrefix();
+        QTest::newRow("nothing") << QByteArray() << QByteArray();
+        QTest::newRow("less than a header") << header().left(127) << QByteArray();
+        QTest::newRow("a header alone") << header() << QByteArray();
+        QTest::newRow("one byte of the prefix") << header() + "x" << QByteArray("x");
+        QTest::newRow("a prefix without a body") << whole << rawPrefix();
+        QTest::newRow("the prefix is taken as it is") << header() + "QUJD" << QByteArray("QUJD");
+        QTest::newRow("a body without need of padding") << whole + "QUJD" << rawPrefix() + "ABC";
+        QTest::newRow("a body with its padding") << whole + "QUI=" << rawPrefix() + "AB";
+        QTest::newRow("a body of 7, padding missing") << whole + "QUJDREU" << rawPrefix() + "ABCDE";
+        QTest::newRow("a body of 6, padding missing") << whole + "QUJDRA" << rawPrefix() + "ABCD";
+        QTest::newRow("a body of 5 is decoded as it is") << whole + "QUJDR" << rawPrefix() + "ABC";
+        QTest::newRow("a body of 1 gives nothing") << whole + "Q" << rawPrefix();
+        QTest::newRow("foreign characters are skipped")
+            << whole + "QU\nJD\r\n -_*REU" << rawPrefix() + "ABCDE";
+        QTest::newRow("plus and slash are of the alphabet")
+            << whole + "++//" << rawPrefix() + QByteArray::fromHex("fbefff");
+        QTest::newRow("padding inside is skipped")
+            << whole + "QUI=QUJD" << rawPrefix() + "AB" + QByteArray::fromHex("105090");
+        QTest::newRow("the whole alphabet")
+            << whole + "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"
+            << rawPrefix()
+                + QByteArray::fromHex("00108310518720928b30d38f41149351559761969b71d79f"
+                                      "8218a39259a7a29aabb2dbafc31cb3d35db7e39ebbf3dfbf");
+        QTest::newRow("every byte value may come out")
+            << whole + "AAEC/f7/" << rawPrefix() + QByteArray::fromHex("000102fdfeff");
+    }
+
+    void yieldsItsFirmware()
+    {
+        QFETCH(QByteArray, contents);
+        QFETCH(QByteArray, firmware);
+        QCOMPARE(FirmwareImage(contents).firmware().toHex(), firmware.toHex());
+    }
+
+    void readsAFileAsItIs()
+    {
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        file.write(header() + rawPrefix() + "QUJD\r\nREVG");
+        file.close();
+        const auto image = FirmwareImage::read(file.fileName());
+        QVERIFY(image.has_value());
+        QVERIFY(image->hasMagic());
+        QCOMPARE(image->firmware(), rawPrefix() + "ABCDEF");
+    }
+
+    void readsAFileOfTheLargestSize()
+    {
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        QVERIFY(file.resize(kLargestSize)); // takes no room on the disk
+        file.close();
+        QVERIFY(FirmwareImage::read(file.fileName()).has_value());
+    }
+
+    void doesNotReadWhatIsNoFile_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("an empty path") << "";
+        QTest::newRow("a missing file") << "missing";
+        QTest::newRow("a directory") << "directory";
+        QTest::newRow("a pipe that nobody writes to") << "pipe";
+        QTest::newRow("a link to nowhere") << "link";
+        QTest::newRow("a file that cannot be held in memory") << "huge";
+    }
+
+    void doesNotReadWhatIsNoFile()
+    {
+        QFETCH(QString, name);
+        const QTemporaryDir directory;
+        QVERIFY(QDir(directory.path()).mkdir("directory"));
+        QCOMPARE(mkfifo(qPrintable(directory.filePath("pipe")), 0600), 0);
+        QVERIFY(QFile::link(directory.filePath("nowhere"), directory.filePath("link")));
+        QFile huge(directory.filePath("huge"));
+        QVERIFY(huge.open(QIODevice::WriteOnly));
+        QVERIFY(huge.resize(kLargestSize + 1));
+        const QString path = name.isEmpty() ? QString() : directory.filePath(name);
+        QVERIFY(!FirmwareImage::read(path).has_value());
+    }
 };
-
-void FirmwareImageTest::knowsItsMagic_data()
-{
-    QTest::addColumn<QByteArray>("contents");
-    QTest::addColumn<bool>("hasMagic");
-
-    QTest::newRow("the magic alone") << QByteArray("KVEL") << true;
-    QTest::newRow("the magic and more") << header() << true;
-    QTest::newRow("lower case") << header("kvel") << false;
-    QTest::newRow("one letter other") << header("KVEM") << false;
-    QTest::newRow("behind a blank") << header(" KVEL") << false;
-    QTest::newRow("three letters") << QByteArray("KVE") << false;
-    QTest::newRow("three letters and a NUL") << QByteArray("KVE\0", 4) << false;
-    QTest::newRow("a NUL in front") << QByteArray("\0KVEL", 5) << false;
-    QTest::newRow("a NUL inside") << QByteArray("KV\0EL", 5) << false;
-    QTest::newRow("nothing") << QByteArray() << false;
-}
-
-void FirmwareImageTest::knowsItsMagic()
-{
-    QFETCH(QByteArray, contents);
-    QTEST(FirmwareImage(contents).hasMagic(), "hasMagic");
-}
-
-void FirmwareImageTest::showsItsVersions_data()
-{
-    QTest::addColumn<QByteArray>("contents");
-    QTest::addColumn<QString>("protocolVersion");
-    QTest::addColumn<QString>("imageVersion");
-
-    const auto versions = [](const char *hex) { return "KVEL" + QByteArray::fromHex(hex); };
-    QTest::newRow("each byte its own value") << versions("0102030405060708") << "1.2.3.4"
-                                             << "5.6.7.8";
-    QTest::newRow("signed lower-case hexadecimal") << versions("01020aff80107f00") << "1.2.a.-1"
-                                                   << "-80.10.7f.0";
-    QTest::newRow("the magic alone") << versions("") << "0.0.0.0"
-                                     << "0.0.0.0";
-    QTest::newRow("5 bytes") << versions("01") << "1.0.0.0"
-                             << "0.0.0.0";
-    QTest::newRow("11 bytes") << versions("01020304050607") << "1.2.3.4"
-                              << "5.6.7.0";
-}
-
-void FirmwareImageTest::showsItsVersions()
-{
-    QFETCH(QByteArray, contents);
-    QTEST(FirmwareImage(contents).protocolVersion(), "protocolVersion");
-    QTEST(FirmwareImage(contents).imageVersion(), "imageVersion");
-}
-
-void FirmwareImageTest::yieldsItsFirmware_data()
-{
-    QTest::addColumn<QByteArray>("contents");
-    QTest::addColumn<QByteArray>("firmware");
-
-    const QByteArray whole = header() + rawPrefix();
-    QTest::newRow("nothing") << QByteArray() << QByteArray();
-    QTest::newRow("less than a header") << header().left(127) << QByteArray();
-    QTest::newRow("a header alone") << header() << QByteArray();
-    QTest::newRow("one byte of the prefix") << header() + "x" << QByteArray("x");
-    QTest::newRow("a prefix without a body") << whole << rawPrefix();
-    QTest::newRow("the prefix is taken as it is") << header() + "QUJD" << QByteArray("QUJD");
-    QTest::newRow("a body without need of padding") << whole + "QUJD" << rawPrefix() + "ABC";
-    QTest::newRow("a body with its padding") << whole + "QUI=" << rawPrefix() + "AB";
-    QTest::newRow("a body of 7, padding missing") << whole + "QUJDREU" << rawPrefix() + "ABCDE";
-    QTest::newRow("a body of 6, padding missing") << whole + "QUJDRA" << rawPrefix() + "ABCD";
-    QTest::newRow("a body of 5 is decoded as it is") << whole + "QUJDR" << rawPrefix() + "ABC";
-    QTest::newRow("a body of 1 gives nothing") << whole + "Q" << rawPrefix();
-    QTest::newRow("foreign characters are skipped")
-        << whole + "QU\nJD\r\n -_*REU" << rawPrefix() + "ABCDE";
-    QTest::newRow("plus and slash are of the alphabet")
-        << whole + "++//" << rawPrefix() + QByteArray::fromHex("fbefff");
-    QTest::newRow("padding inside is skipped")
-        << whole + "QUI=QUJD" << rawPrefix() + "AB" + QByteArray::fromHex("105090");
-    QTest::newRow("the whole alphabet")
-        << whole + "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"
-        << rawPrefix()
-            + QByteArray::fromHex("00108310518720928b30d38f41149351559761969b71d79f"
-                                  "8218a39259a7a29aabb2dbafc31cb3d35db7e39ebbf3dfbf");
-    QTest::newRow("every byte value may come out")
-        << whole + "AAEC/f7/" << rawPrefix() + QByteArray::fromHex("000102fdfeff");
-}
-
-void FirmwareImageTest::yieldsItsFirmware()
-{
-    QFETCH(QByteArray, contents);
-    QFETCH(QByteArray, firmware);
-    QCOMPARE(FirmwareImage(contents).firmware().toHex(), firmware.toHex());
-}
-
-void FirmwareImageTest::readsAFileAsItIs()
-{
-    QTemporaryFile file;
-    QVERIFY(file.open());
-    file.write(header() + rawPrefix() + "QUJD\r\nREVG");
-    file.close();
-    const auto image = FirmwareImage::read(file.fileName());
-    QVERIFY(image.has_value());
-    QVERIFY(image->hasMagic());
-    QCOMPARE(image->firmware(), rawPrefix() + "ABCDEF");
-}
-
-void FirmwareImageTest::readsAFileOfTheLargestSize()
-{
-    QTemporaryFile file;
-    QVERIFY(file.open());
-    QVERIFY(file.resize(kLargestSize)); // takes no room on the disk
-    file.close();
-    QVERIFY(FirmwareImage::read(file.fileName()).has_value());
-}
-
-void FirmwareImageTest::doesNotReadWhatIsNoFile_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::newRow("an empty path") << "";
-    QTest::newRow("a missing file") << "missing";
-    QTest::newRow("a directory") << "directory";
-    QTest::newRow("a pipe that nobody writes to") << "pipe";
-    QTest::newRow("a link to nowhere") << "link";
-    QTest::newRow("a file that cannot be held in memory") << "huge";
-}
-
-void FirmwareImageTest::doesNotReadWhatIsNoFile()
-{
-    QFETCH(QString, name);
-    const QTemporaryDir directory;
-    QVERIFY(QDir(directory.path()).mkdir("directory"));
-    QCOMPARE(mkfifo(qPrintable(directory.filePath("pipe")), 0600), 0);
-    QVERIFY(QFile::link(directory.filePath("nowhere"), directory.filePath("link")));
-    QFile huge(directory.filePath("huge"));
-    QVERIFY(huge.open(QIODevice::WriteOnly));
-    QVERIFY(huge.resize(kLargestSize + 1));
-    const QString path = name.isEmpty() ? QString() : directory.filePath(name);
-    QVERIFY(!FirmwareImage::read(path).has_value());
-}
 
 QTEST_APPLESS_MAIN(FirmwareImageTest)
 #include "tst_firmwareimage.moc"

@@ -19,162 +19,153 @@ class DeviceReplyTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void readsTypeAndCommand_data();
-    void readsTypeAndCommand();
-    void readsTheSettingsBlock_data();
-    void readsTheSettingsBlock();
-    void missingBytesReadAsZero_data();
-    void missingBytesReadAsZero();
-    void settingsNeedFourteenBytes();
-    void combinesTheZoomFromTwoSignedBytes_data();
-    void combinesTheZoomFromTwoSignedBytes();
+    void readsTypeAndCommand_data()
+    {
+        QTest::addColumn<QByteArray>("frame");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("command");
+
+        QTest::newRow("acknowledged HELLO") << QByteArray("ffff0a410106070609051600") << 5 << 22;
+        QTest::newRow("reserved type") << QByteArray("ffff0a410106070609025500") << 2 << 85;
+        QTest::newRow("bytes are unsigned") << QByteArray("ffff0a41010607060985ff00") << 133 << 255;
+        QTest::newRow("no command") << QByteArray("ffff0741010607060905") << 5 << 0;
+        QTest::newRow("no type") << QByteArray("ffff06410106070609") << 0 << 0;
+        QTest::newRow("empty") << QByteArray() << 0 << 0;
+    }
+
+    void readsTypeAndCommand()
+    {
+        QFETCH(QByteArray, frame);
+        const DeviceReply reply(QByteArray::fromHex(frame));
+        QTEST(int(reply.communicationType()), "type");
+        QTEST(int(reply.command()), "command");
+    }
+
+    void readsTheSettingsBlock_data()
+    {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QString>("version");
+        QTest::addColumn<QString>("summary");
+        QTest::addColumn<int>("targetMissing");
+        QTest::addColumn<bool>("upsideDown");
+        QTest::addColumn<int>("autoTracking");
+        QTest::addColumn<int>("autoZoom");
+        QTest::addColumn<int>("zoomOffset");
+
+        QTest::newRow("everything off")
+            << QByteArray("00000000 00 0000 0000 0000 00 00") << "0.0.0.0"
+            << "0.0.0.0.0.0.0" << 0 << false << 0 << 0 << 0;
+        QTest::newRow("each byte its own value")
+            << QByteArray("01020a10 09 aabb 0102 0304 05 06") << "1.2.a.10"
+            << "9.1.2.3.4.5.6" << 9 << true << 1 << 5 << 6;
+        QTest::newRow("negative bytes")
+            << QByteArray("80ff7f81 ff 0000 8080 fffe f6 80") << "-80.-1.7f.-7f"
+            << "-1.-80.-80.-1.-2.-a.-80" << -1 << true << 1 << -10 << -128;
+        QTest::newRow("first direction flag alone is upright")
+            << QByteArray("00000000 00 0000 0100 0000 00 00") << "0.0.0.0"
+            << "0.1.0.0.0.0.0" << 0 << false << 0 << 0 << 0;
+        QTest::newRow("second direction flag alone is upright")
+            << QByteArray("00000000 00 0000 0001 0000 00 00") << "0.0.0.0"
+            << "0.0.1.0.0.0.0" << 0 << false << 0 << 0 << 0;
+        QTest::newRow("pan alone is mode 2")
+            << QByteArray("00000000 00 0000 0000 0100 00 00") << "0.0.0.0"
+            << "0.0.0.1.0.0.0" << 0 << false << 2 << 0 << 0;
+        QTest::newRow("tilt alone is mode 3")
+            << QByteArray("00000000 00 0000 0000 0001 00 00") << "0.0.0.0"
+            << "0.0.0.0.1.0.0" << 0 << false << 3 << 0 << 0;
+        QTest::newRow("the two bytes not used change nothing")
+            << QByteArray("00000000 00 ffff 0000 0000 00 00") << "0.0.0.0"
+            << "0.0.0.0.0.0.0" << 0 << false << 0 << 0 << 0;
+    }
+
+    void readsTheSettingsBlock()
+    {
+        QFETCH(QByteArray, payload);
+        const SettingsReport report = DeviceReply(delivered(payload)).settings();
+        QTEST(report.version, "version");
+        QTEST(report.summary(), "summary");
+        QTEST(int(report.targetMissing), "targetMissing");
+        QTEST(report.isUpsideDown(), "upsideDown");
+        QTEST(report.autoTracking(), "autoTracking");
+        QTEST(int(report.autoZoom), "autoZoom");
+        QTEST(int(report.zoomOffset), "zoomOffset");
+    }
+
+    void missingBytesReadAsZero_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::addColumn<QString>("version");
+        QTest::addColumn<QString>("summary");
+
+        const QString nothing = QStringLiteral("0.0.0.0.0.0.0");
+        for (int size = 0; size <= 12; ++size) {
+            QTest::addRow("%d bytes", size) << size << "0.0.0.0" << nothing;
+        }
+        QTest::newRow("13 bytes") << 13 << "1.0.0.0" << nothing;
+        QTest::newRow("14 bytes") << 14 << "1.2.0.0" << nothing;
+        QTest::newRow("15 bytes") << 15 << "1.2.3.0" << nothing;
+        QTest::newRow("16 bytes") << 16 << "1.2.3.4" << nothing;
+        QTest::newRow("17 bytes") << 17 << "1.2.3.4"
+                                  << "5.0.0.0.0.0.0";
+        QTest::newRow("18 bytes") << 18 << "1.2.3.4"
+                                  << "5.0.0.0.0.0.0";
+        QTest::newRow("19 bytes") << 19 << "1.2.3.4"
+                                  << "5.0.0.0.0.0.0";
+        QTest::newRow("20 bytes") << 20 << "1.2.3.4"
+                                  << "5.8.0.0.0.0.0";
+        QTest::newRow("21 bytes") << 21 << "1.2.3.4"
+                                  << "5.8.9.0.0.0.0";
+        QTest::newRow("22 bytes") << 22 << "1.2.3.4"
+                                  << "5.8.9.a.0.0.0";
+        QTest::newRow("23 bytes") << 23 << "1.2.3.4"
+                                  << "5.8.9.a.b.0.0";
+        QTest::newRow("24 bytes") << 24 << "1.2.3.4"
+                                  << "5.8.9.a.b.c.0";
+        for (int size = 25; size <= 30; ++size) {
+            QTest::addRow("%d bytes", size) << size << "1.2.3.4"
+                                            << "5.8.9.a.b.c.d";
+        }
+    }
+
+    void missingBytesReadAsZero()
+    {
+        QFETCH(int, size);
+        const QByteArray whole = delivered("01020304 05 0607 0809 0a0b 0c 0d 0e0f101112");
+        const DeviceReply reply(whole.left(size));
+        QCOMPARE(reply.size(), size);
+        QTEST(reply.settings().version, "version");
+        QTEST(reply.settings().summary(), "summary");
+        QCOMPARE(reply.customZoom(), size > 13 ? 0x0102 : (size > 12 ? 0x0100 : 0));
+    }
+
+    void settingsNeedFourteenBytes()
+    {
+        for (int size = 0; size <= 30; ++size) {
+            QCOMPARE(DeviceReply(QByteArray(size, '\0')).hasSettings(), size >= 14);
+        }
+    }
+
+    void combinesTheZoomFromTwoSignedBytes_data()
+    {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<int>("zoom");
+
+        QTest::newRow("zero") << QByteArray("0000") << 0;
+        QTest::newRow("low byte") << QByteArray("007f") << 127;
+        QTest::newRow("both bytes") << QByteArray("0102") << 258;
+        QTest::newRow("low byte of 80 or more lowers by 256") << QByteArray("0190") << 144;
+        QTest::newRow("low byte ff is -1") << QByteArray("00ff") << -1;
+        QTest::newRow("high byte ff") << QByteArray("ff00") << -256;
+        QTest::newRow("largest") << QByteArray("7f7f") << 32639;
+        QTest::newRow("smallest") << QByteArray("8080") << -32896;
+    }
+
+    void combinesTheZoomFromTwoSignedBytes()
+    {
+        QFETCH(QByteArray, payload);
+        QTEST(DeviceReply(delivered(payload)).customZoom(), "zoom");
+    }
 };
-
-void DeviceReplyTest::readsTypeAndCommand_data()
-{
-    QTest::addColumn<QByteArray>("frame");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<int>("command");
-
-    QTest::newRow("acknowledged HELLO") << QByteArray("ffff0a410106070609051600") << 5 << 22;
-    QTest::newRow("reserved type") << QByteArray("ffff0a410106070609025500") << 2 << 85;
-    QTest::newRow("bytes are unsigned") << QByteArray("ffff0a41010607060985ff00") << 133 << 255;
-    QTest::newRow("no command") << QByteArray("ffff0741010607060905") << 5 << 0;
-    QTest::newRow("no type") << QByteArray("ffff06410106070609") << 0 << 0;
-    QTest::newRow("empty") << QByteArray() << 0 << 0;
-}
-
-void DeviceReplyTest::readsTypeAndCommand()
-{
-    QFETCH(QByteArray, frame);
-    const DeviceReply reply(QByteArray::fromHex(frame));
-    QTEST(int(reply.communicationType()), "type");
-    QTEST(int(reply.command()), "command");
-}
-
-void DeviceReplyTest::readsTheSettingsBlock_data()
-{
-    QTest::addColumn<QByteArray>("payload");
-    QTest::addColumn<QString>("version");
-    QTest::addColumn<QString>("summary");
-    QTest::addColumn<int>("targetMissing");
-    QTest::addColumn<bool>("upsideDown");
-    QTest::addColumn<int>("autoTracking");
-    QTest::addColumn<int>("autoZoom");
-    QTest::addColumn<int>("zoomOffset");
-
-    QTest::newRow("everything off") << QByteArray("00000000 00 0000 0000 0000 00 00") << "0.0.0.0"
-                                    << "0.0.0.0.0.0.0" << 0 << false << 0 << 0 << 0;
-    QTest::newRow("each byte its own value")
-        << QByteArray("01020a10 09 aabb 0102 0304 05 06") << "1.2.a.10"
-        << "9.1.2.3.4.5.6" << 9 << true << 1 << 5 << 6;
-    QTest::newRow("negative bytes")
-        << QByteArray("80ff7f81 ff 0000 8080 fffe f6 80") << "-80.-1.7f.-7f"
-        << "-1.-80.-80.-1.-2.-a.-80" << -1 << true << 1 << -10 << -128;
-    QTest::newRow("first direction flag alone is upright")
-        << QByteArray("00000000 00 0000 0100 0000 00 00") << "0.0.0.0"
-        << "0.1.0.0.0.0.0" << 0 << false << 0 << 0 << 0;
-    QTest::newRow("second direction flag alone is upright")
-        << QByteArray("00000000 00 0000 0001 0000 00 00") << "0.0.0.0"
-        << "0.0.1.0.0.0.0" << 0 << false << 0 << 0 << 0;
-    QTest::newRow("pan alone is mode 2")
-        << QByteArray("00000000 00 0000 0000 0100 00 00") << "0.0.0.0"
-        << "0.0.0.1.0.0.0" << 0 << false << 2 << 0 << 0;
-    QTest::newRow("tilt alone is mode 3")
-        << QByteArray("00000000 00 0000 0000 0001 00 00") << "0.0.0.0"
-        << "0.0.0.0.1.0.0" << 0 << false << 3 << 0 << 0;
-    QTest::newRow("the two bytes not used change nothing")
-        << QByteArray("00000000 00 ffff 0000 0000 00 00") << "0.0.0.0"
-        << "0.0.0.0.0.0.0" << 0 << false << 0 << 0 << 0;
-}
-
-void DeviceReplyTest::readsTheSettingsBlock()
-{
-    QFETCH(QByteArray, payload);
-    const SettingsReport report = DeviceReply(delivered(payload)).settings();
-    QTEST(report.version, "version");
-    QTEST(report.summary(), "summary");
-    QTEST(int(report.targetMissing), "targetMissing");
-    QTEST(report.isUpsideDown(), "upsideDown");
-    QTEST(report.autoTracking(), "autoTracking");
-    QTEST(int(report.autoZoom), "autoZoom");
-    QTEST(int(report.zoomOffset), "zoomOffset");
-}
-
-void DeviceReplyTest::missingBytesReadAsZero_data()
-{
-    QTest::addColumn<int>("size");
-    QTest::addColumn<QString>("version");
-    QTest::addColumn<QString>("summary");
-
-    const QString nothing = QStringLiteral("0.0.0.0.0.0.0");
-    for (int size = 0; size <= 12; ++size) {
-        QTest::addRow("%d bytes", size) << size << "0.0.0.0" << nothing;
-    }
-    QTest::newRow("13 bytes") << 13 << "1.0.0.0" << nothing;
-    QTest::newRow("14 bytes") << 14 << "1.2.0.0" << nothing;
-    QTest::newRow("15 bytes") << 15 << "1.2.3.0" << nothing;
-    QTest::newRow("16 bytes") << 16 << "1.2.3.4" << nothing;
-    QTest::newRow("17 bytes") << 17 << "1.2.3.4"
-                              << "5.0.0.0.0.0.0";
-    QTest::newRow("18 bytes") << 18 << "1.2.3.4"
-                              << "5.0.0.0.0.0.0";
-    QTest::newRow("19 bytes") << 19 << "1.2.3.4"
-                              << "5.0.0.0.0.0.0";
-    QTest::newRow("20 bytes") << 20 << "1.2.3.4"
-                              << "5.8.0.0.0.0.0";
-    QTest::newRow("21 bytes") << 21 << "1.2.3.4"
-                              << "5.8.9.0.0.0.0";
-    QTest::newRow("22 bytes") << 22 << "1.2.3.4"
-                              << "5.8.9.a.0.0.0";
-    QTest::newRow("23 bytes") << 23 << "1.2.3.4"
-                              << "5.8.9.a.b.0.0";
-    QTest::newRow("24 bytes") << 24 << "1.2.3.4"
-                              << "5.8.9.a.b.c.0";
-    for (int size = 25; size <= 30; ++size) {
-        QTest::addRow("%d bytes", size) << size << "1.2.3.4"
-                                        << "5.8.9.a.b.c.d";
-    }
-}
-
-void DeviceReplyTest::missingBytesReadAsZero()
-{
-    QFETCH(int, size);
-    const QByteArray whole = delivered("01020304 05 0607 0809 0a0b 0c 0d 0e0f101112");
-    const DeviceReply reply(whole.left(size));
-    QCOMPARE(reply.size(), size);
-    QTEST(reply.settings().version, "version");
-    QTEST(reply.settings().summary(), "summary");
-    QCOMPARE(reply.customZoom(), size > 13 ? 0x0102 : (size > 12 ? 0x0100 : 0));
-}
-
-void DeviceReplyTest::settingsNeedFourteenBytes()
-{
-    for (int size = 0; size <= 30; ++size) {
-        QCOMPARE(DeviceReply(QByteArray(size, '\0')).hasSettings(), size >= 14);
-    }
-}
-
-void DeviceReplyTest::combinesTheZoomFromTwoSignedBytes_data()
-{
-    QTest::addColumn<QByteArray>("payload");
-    QTest::addColumn<int>("zoom");
-
-    QTest::newRow("zero") << QByteArray("0000") << 0;
-    QTest::newRow("low byte") << QByteArray("007f") << 127;
-    QTest::newRow("both bytes") << QByteArray("0102") << 258;
-    QTest::newRow("low byte of 80 or more lowers by 256") << QByteArray("0190") << 144;
-    QTest::newRow("low byte ff is -1") << QByteArray("00ff") << -1;
-    QTest::newRow("high byte ff") << QByteArray("ff00") << -256;
-    QTest::newRow("largest") << QByteArray("7f7f") << 32639;
-    QTest::newRow("smallest") << QByteArray("8080") << -32896;
-}
-
-void DeviceReplyTest::combinesTheZoomFromTwoSignedBytes()
-{
-    QFETCH(QByteArray, payload);
-    QTEST(DeviceReply(delivered(payload)).customZoom(), "zoom");
-}
 
 QTEST_APPLESS_MAIN(DeviceReplyTest)
 #include "tst_devicereply.moc"

@@ -9,122 +9,119 @@ class UARTFrameTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void wireConstantsAreFixed();
-    void buildsTheFrameOfEachRequest_data();
-    void buildsTheFrameOfEachRequest();
-    void everyPayloadLengthGivesThatMuchFrame();
-    void refusesWhatDoesNotFit_data();
-    void refusesWhatDoesNotFit();
-};
-
-// What the camera's side relies on, pinned by number.
-void UARTFrameTest::wireConstantsAreFixed()
-{
-    QCOMPARE(int(UART_COMM_TYPE_REQUEST), 1);
-    QCOMPARE(int(UART_COMM_TYPE_RESERVED), 2);
-    QCOMPARE(int(UART_COMM_TYPE_ACK), 5);
-    QCOMPARE(int(UART_CTRL_CMD_UPLOAD_FIRMWARE), 1);
-    QCOMPARE(int(UART_CTRL_CMD_RECEIVE_FW_INFO), 16);
-    QCOMPARE(int(UART_CTRL_CMD_HELLO), 22);
-    QCOMPARE(int(UART_CTRL_CMD_REBOOT), 31);
-    QCOMPARE(int(UART_CTRL_CMD_SET_CUSTOM_ZOOM), 58);
-    QCOMPARE(int(UART_CTRL_CMD_CUSTOM_SETTING), 85);
-    QCOMPARE(UARTFrame::kMaximumPayloadSize, 128);
-    QCOMPARE(UARTFrame::kMaximumSize, 141);
-    QCOMPARE(UARTFrame::kMaximumLength, 138);
-}
-
-void UARTFrameTest::buildsTheFrameOfEachRequest_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<int>("command");
-    QTest::addColumn<int>("parameter");
-    QTest::addColumn<QByteArray>("payload");
-    QTest::addColumn<QByteArray>("frame");
-
-    QTest::newRow("HELLO has no payload")
-        << 1 << 22 << 0 << QByteArray() << QByteArray("ffff0a4101060706090116007f");
-    QTest::newRow("SET_CUSTOM_ZOOM, second preset")
-        << 1 << 58 << 0 << QByteArray("0100") << QByteArray("ffff0c41010607060901 3a00 0100a6");
-    QTest::newRow("CUSTOM_SETTING, sum wraps")
-        << 1 << 85 << 0 << QByteArray("0100000100")
-        << QByteArray("ffff0f4101060706090155000100000100c5");
-    QTest::newRow("CUSTOM_SETTING, pan, preset 7, upside down, off, custom")
-        << 1 << 85 << 0 << QByteArray("0209010003")
-        << QByteArray("ffff0f4101060706090155000209010003d2");
-    QTest::newRow("RECEIVE_FW_INFO, 74565 bytes")
-        << 1 << 16 << 0 << QByteArray("02012345")
-        << QByteArray("ffff0e41010607060901100002012345e8");
-    QTest::newRow("UPLOAD_FIRMWARE carries the packet number as parameter")
-        << 1 << 1 << 255 << QByteArray("ab") << QByteArray("ffff0b410106070609 0101ff ab 15");
-    QTest::newRow("bytes count as unsigned in the sum")
-        << 5 << 58 << 0 << QByteArray("ff80") << QByteArray("ffff0c410106070609053a00ff8028");
-    QTest::newRow("of the type only the low 8 bits")
-        << 0x101 << 22 << 0 << QByteArray() << QByteArray("ffff0a4101060706090116007f");
-    // 138 + 94 + 1 + 1 + 1 + 128 * 0x11 = 2411, low 8 bits 6b
-    QTest::newRow("128 bytes of payload, the most") << 1 << 1 << 1 << QByteArray("11").repeated(128)
-                                                    << QByteArray("ffff8a410106070609010101")
-            + QByteArray("11").repeated(128) + QByteArray("6b");
-}
-
-void UARTFrameTest::buildsTheFrameOfEachRequest()
-{
-    QFETCH(int, type);
-    QFETCH(int, command);
-    QFETCH(int, parameter);
-    QFETCH(QByteArray, payload);
-    QFETCH(QByteArray, frame);
-
-    const QByteArray data = QByteArray::fromHex(payload);
-    const auto built = UARTFrame::build(
-        static_cast<UARTCommunicationType_t>(type), static_cast<unsigned char>(command),
-        static_cast<unsigned char>(parameter), reinterpret_cast<const unsigned char *>(data.data()),
-        static_cast<unsigned char>(data.size()));
-    QVERIFY(built.has_value());
-    QCOMPARE(built->toHex(' '), QByteArray::fromHex(frame).toHex(' '));
-}
-
-void UARTFrameTest::everyPayloadLengthGivesThatMuchFrame()
-{
-    const QByteArray data(128, '\x01');
-    for (int length = 0; length <= 128; ++length) {
-        const auto built = UARTFrame::build(UART_COMM_TYPE_REQUEST, 1, 0,
-                                            reinterpret_cast<const unsigned char *>(data.data()),
-                                            static_cast<unsigned char>(length));
-        QVERIFY(built.has_value());
-        QCOMPARE(built->size(), 13 + length);
-        QCOMPARE(static_cast<unsigned char>(built->at(2)), static_cast<unsigned char>(10 + length));
-        // 94 for the signature, 1 for the type, 1 for the command
-        const int sum = 10 + length + 94 + 1 + 1 + length;
-        QCOMPARE(static_cast<unsigned char>(built->back()), static_cast<unsigned char>(sum % 256));
+    // What the camera's side relies on, pinned by number.
+    void wireConstantsAreFixed()
+    {
+        QCOMPARE(int(UART_COMM_TYPE_REQUEST), 1);
+        QCOMPARE(int(UART_COMM_TYPE_RESERVED), 2);
+        QCOMPARE(int(UART_COMM_TYPE_ACK), 5);
+        QCOMPARE(int(UART_CTRL_CMD_UPLOAD_FIRMWARE), 1);
+        QCOMPARE(int(UART_CTRL_CMD_RECEIVE_FW_INFO), 16);
+        QCOMPARE(int(UART_CTRL_CMD_HELLO), 22);
+        QCOMPARE(int(UART_CTRL_CMD_REBOOT), 31);
+        QCOMPARE(int(UART_CTRL_CMD_SET_CUSTOM_ZOOM), 58);
+        QCOMPARE(int(UART_CTRL_CMD_CUSTOM_SETTING), 85);
+        QCOMPARE(UARTFrame::kMaximumPayloadSize, 128);
+        QCOMPARE(UARTFrame::kMaximumSize, 141);
+        QCOMPARE(UARTFrame::kMaximumLength, 138);
     }
-}
 
-void UARTFrameTest::refusesWhatDoesNotFit_data()
-{
-    QTest::addColumn<bool>("hasData");
-    QTest::addColumn<int>("length");
-    QTest::addColumn<bool>("accepted");
+    void buildsTheFrameOfEachRequest_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<int>("command");
+        QTest::addColumn<int>("parameter");
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QByteArray>("frame");
 
-    QTest::newRow("no payload and no data") << false << 0 << true;
-    QTest::newRow("no payload") << true << 0 << true;
-    QTest::newRow("128 bytes, a frame of 141") << true << 128 << true;
-    QTest::newRow("129 bytes, a frame of 142") << true << 129 << false;
-    QTest::newRow("255 bytes") << true << 255 << false;
-    QTest::newRow("a length without data") << false << 1 << false;
-    QTest::newRow("too long and without data") << false << 129 << false;
-}
+        QTest::newRow("HELLO has no payload")
+            << 1 << 22 << 0 << QByteArray() << QByteArray("ffff0a4101060706090116007f");
+        QTest::newRow("SET_CUSTOM_ZOOM, second preset")
+            << 1 << 58 << 0 << QByteArray("0100") << QByteArray("ffff0c41010607060901 3a00 0100a6");
+        QTest::newRow("CUSTOM_SETTING, sum wraps")
+            << 1 << 85 << 0 << QByteArray("0100000100")
+            << QByteArray("ffff0f4101060706090155000100000100c5");
+        QTest::newRow("CUSTOM_SETTING, pan, preset 7, upside down, off, custom")
+            << 1 << 85 << 0 << QByteArray("0209010003")
+            << QByteArray("ffff0f4101060706090155000209010003d2");
+        QTest::newRow("RECEIVE_FW_INFO, 74565 bytes")
+            << 1 << 16 << 0 << QByteArray("02012345")
+            << QByteArray("ffff0e41010607060901100002012345e8");
+        QTest::newRow("UPLOAD_FIRMWARE carries the packet number as parameter")
+            << 1 << 1 << 255 << QByteArray("ab") << QByteArray("ffff0b410106070609 0101ff ab 15");
+        QTest::newRow("bytes count as unsigned in the sum")
+            << 5 << 58 << 0 << QByteArray("ff80") << QByteArray("ffff0c410106070609053a00ff8028");
+        QTest::newRow("of the type only the low 8 bits")
+            << 0x101 << 22 << 0 << QByteArray() << QByteArray("ffff0a4101060706090116007f");
+        // 138 + 94 + 1 + 1 + 1 + 128 * 0x11 = 2411, low 8 bits 6b
+        QTest::newRow("128 bytes of payload, the most")
+            << 1 << 1 << 1 << QByteArray("11").repeated(128)
+            << QByteArray("ffff8a410106070609010101") + QByteArray("11").repeated(128)
+                + QByteArray("6b");
+    }
 
-void UARTFrameTest::refusesWhatDoesNotFit()
-{
-    QFETCH(bool, hasData);
-    QFETCH(int, length);
-    const std::array<unsigned char, 255> data{};
-    const auto built =
-        UARTFrame::build(UART_COMM_TYPE_REQUEST, 1, 0, hasData ? data.data() : nullptr,
-                         static_cast<unsigned char>(length));
-    QTEST(built.has_value(), "accepted");
-}
+    void buildsTheFrameOfEachRequest()
+    {
+        QFETCH(int, type);
+        QFETCH(int, command);
+        QFETCH(int, parameter);
+        QFETCH(QByteArray, payload);
+        QFETCH(QByteArray, frame);
+
+        const QByteArray data = QByteArray::fromHex(payload);
+        const auto built = UARTFrame::build(static_cast<UARTCommunicationType_t>(type),
+                                            static_cast<unsigned char>(command),
+                                            static_cast<unsigned char>(parameter),
+                                            reinterpret_cast<const unsigned char *>(data.data()),
+                                            static_cast<unsigned char>(data.size()));
+        QVERIFY(built.has_value());
+        QCOMPARE(built->toHex(' '), QByteArray::fromHex(frame).toHex(' '));
+    }
+
+    void everyPayloadLengthGivesThatMuchFrame()
+    {
+        const QByteArray data(128, '\x01');
+        for (int length = 0; length <= 128; ++length) {
+            const auto built = UARTFrame::build(
+                UART_COMM_TYPE_REQUEST, 1, 0, reinterpret_cast<const unsigned char *>(data.data()),
+                static_cast<unsigned char>(length));
+            QVERIFY(built.has_value());
+            QCOMPARE(built->size(), 13 + length);
+            QCOMPARE(static_cast<unsigned char>(built->at(2)),
+                     static_cast<unsigned char>(10 + length));
+            // 94 for the signature, 1 for the type, 1 for the command
+            const int sum = 10 + length + 94 + 1 + 1 + length;
+            QCOMPARE(static_cast<unsigned char>(built->back()),
+                     static_cast<unsigned char>(sum % 256));
+        }
+    }
+
+    void refusesWhatDoesNotFit_data()
+    {
+        QTest::addColumn<bool>("hasData");
+        QTest::addColumn<int>("length");
+        QTest::addColumn<bool>("accepted");
+
+        QTest::newRow("no payload and no data") << false << 0 << true;
+        QTest::newRow("no payload") << true << 0 << true;
+        QTest::newRow("128 bytes, a frame of 141") << true << 128 << true;
+        QTest::newRow("129 bytes, a frame of 142") << true << 129 << false;
+        QTest::newRow("255 bytes") << true << 255 << false;
+        QTest::newRow("a length without data") << false << 1 << false;
+        QTest::newRow("too long and without data") << false << 129 << false;
+    }
+
+    void refusesWhatDoesNotFit()
+    {
+        QFETCH(bool, hasData);
+        QFETCH(int, length);
+        const std::array<unsigned char, 255> data{};
+        const auto built =
+            UARTFrame::build(UART_COMM_TYPE_REQUEST, 1, 0, hasData ? data.data() : nullptr,
+                             static_cast<unsigned char>(length));
+        QTEST(built.has_value(), "accepted");
+    }
+};
 
 QTEST_APPLESS_MAIN(UARTFrameTest)
 #include "tst_uartframe.moc"

@@ -18,97 +18,94 @@ class DiagnoseOptionsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void readsWhatIsAskedFor_data();
-    void readsWhatIsAskedFor();
-    void refusesWhatMakesNoSense_data();
-    void refusesWhatMakesNoSense();
-    void tellsEachVerdictWithItsExitCode();
-};
+    void readsWhatIsAskedFor_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("port");
+        QTest::addColumn<int>("milliseconds");
+        QTest::addColumn<bool>("asJson");
 
-void DiagnoseOptionsTest::readsWhatIsAskedFor_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("port");
-    QTest::addColumn<int>("milliseconds");
-    QTest::addColumn<bool>("asJson");
-
-    QTest::newRow("a port") << QStringList{"ttyUSB0"} << "ttyUSB0" << 6000 << false;
-    QTest::newRow("everything") << QStringList{"--json", "--wait", "0.25", "/dev/ttyUSB0"}
-                                << "/dev/ttyUSB0" << 250 << true;
-    QTest::newRow("options behind the port")
-        << QStringList{"ttyUSB0", "--wait", "2", "--json"} << "ttyUSB0" << 2000 << true;
-    QTest::newRow("the shortest wait")
-        << QStringList{"ttyUSB0", "--wait", "0.1"} << "ttyUSB0" << 100 << false;
-    QTest::newRow("the longest wait")
-        << QStringList{"ttyUSB0", "--wait", "3600"} << "ttyUSB0" << 3600000 << false;
-    QTest::newRow("the list") << QStringList{"--list"} << "" << 6000 << false;
-    QTest::newRow("the list for programs") << QStringList{"--list", "--json"} << "" << 6000 << true;
-}
-
-void DiagnoseOptionsTest::readsWhatIsAskedFor()
-{
-    QFETCH(QStringList, arguments);
-    const auto commandLine = parse(arguments);
-    const auto *options = std::get_if<DiagnoseOptions>(&commandLine);
-    QVERIFY(options != nullptr);
-    QTEST(options->port, "port");
-    QTEST(static_cast<int>(options->wait.count()), "milliseconds");
-    QTEST(options->asJson, "asJson");
-}
-
-void DiagnoseOptionsTest::refusesWhatMakesNoSense_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("reason");
-
-    const QString noPort = "the name of a port is needed; --list shows them";
-    QTest::newRow("nothing") << QStringList{} << noPort;
-    QTest::newRow("an empty port") << QStringList{""} << noPort;
-    QTest::newRow("two ports") << QStringList{"ttyUSB0", "ttyUSB1"} << "one port at a time";
-    QTest::newRow("a port to list") << QStringList{"--list", "ttyUSB0"} << "--list takes no port";
-    QTest::newRow("an unknown option") << QStringList{"--lists"} << "Unknown option 'lists'.";
-    for (const char *wait : {"0.09", "3601", "-1", "nan", "inf", "soon", ""}) {
-        QTest::addRow("a wait of '%s'", wait)
-            << QStringList{"ttyUSB0", QString("--wait=%1").arg(wait)}
-            << QString("--wait is a number from 0.1 to 3600, not '%1'").arg(wait);
+        QTest::newRow("a port") << QStringList{"ttyUSB0"} << "ttyUSB0" << 6000 << false;
+        QTest::newRow("everything") << QStringList{"--json", "--wait", "0.25", "/dev/ttyUSB0"}
+                                    << "/dev/ttyUSB0" << 250 << true;
+        QTest::newRow("options behind the port")
+            << QStringList{"ttyUSB0", "--wait", "2", "--json"} << "ttyUSB0" << 2000 << true;
+        QTest::newRow("the shortest wait")
+            << QStringList{"ttyUSB0", "--wait", "0.1"} << "ttyUSB0" << 100 << false;
+        QTest::newRow("the longest wait")
+            << QStringList{"ttyUSB0", "--wait", "3600"} << "ttyUSB0" << 3600000 << false;
+        QTest::newRow("the list") << QStringList{"--list"} << "" << 6000 << false;
+        QTest::newRow("the list for programs")
+            << QStringList{"--list", "--json"} << "" << 6000 << true;
     }
-}
 
-void DiagnoseOptionsTest::refusesWhatMakesNoSense()
-{
-    QFETCH(QStringList, arguments);
-    const auto commandLine = parse(arguments);
-    const auto *badUsage = std::get_if<BadUsage>(&commandLine);
-    QVERIFY(badUsage != nullptr);
-    QTEST(badUsage->reason, "reason");
-}
+    void readsWhatIsAskedFor()
+    {
+        QFETCH(QStringList, arguments);
+        const auto commandLine = parse(arguments);
+        const auto *options = std::get_if<DiagnoseOptions>(&commandLine);
+        QVERIFY(options != nullptr);
+        QTEST(options->port, "port");
+        QTEST(static_cast<int>(options->wait.count()), "milliseconds");
+        QTEST(options->asJson, "asJson");
+    }
 
-void DiagnoseOptionsTest::tellsEachVerdictWithItsExitCode()
-{
-    const auto commandLine = parse({"--help"});
-    const auto *information = std::get_if<Information>(&commandLine);
-    QVERIFY(information != nullptr);
-    QVERIFY2(information->text.endsWith(
-                 "\n"
-                 "Exit codes, and the verdicts that have them:\n"
-                 "  0  the camera answers\n"
-                 "       answer\n"
-                 "  1  it answers, with a warning\n"
-                 "       answer-short, answer-shared, answer-sum-ff, answer-among-others, "
-                 "answer-amid-noise,\n"
-                 "       answer-late\n"
-                 "  2  the command line makes no sense\n"
-                 "  3  the port cannot be used\n"
-                 "       no-device, not-serial, not-in-group, login-missing, not-permitted, held, "
-                 "held-unseen,\n"
-                 "       stale-lock, cannot-open, hung-up\n"
-                 "  4  nothing came back that Corvane could use\n"
-                 "       answer-too-late, shared, silent, other-acknowledgements, foreign-frames, "
-                 "echo, wrong-sums,\n"
-                 "       broken-off, no-frame\n"
-                 "  5  the result could not be written\n"),
-             qPrintable(information->text));
-}
+    void refusesWhatMakesNoSense_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("reason");
+
+        const QString noPort = "the name of a port is needed; --list shows them";
+        QTest::newRow("nothing") << QStringList{} << noPort;
+        QTest::newRow("an empty port") << QStringList{""} << noPort;
+        QTest::newRow("two ports") << QStringList{"ttyUSB0", "ttyUSB1"} << "one port at a time";
+        QTest::newRow("a port to list")
+            << QStringList{"--list", "ttyUSB0"} << "--list takes no port";
+        QTest::newRow("an unknown option") << QStringList{"--lists"} << "Unknown option 'lists'.";
+        for (const char *wait : {"0.09", "3601", "-1", "nan", "inf", "soon", ""}) {
+            QTest::addRow("a wait of '%s'", wait)
+                << QStringList{"ttyUSB0", QString("--wait=%1").arg(wait)}
+                << QString("--wait is a number from 0.1 to 3600, not '%1'").arg(wait);
+        }
+    }
+
+    void refusesWhatMakesNoSense()
+    {
+        QFETCH(QStringList, arguments);
+        const auto commandLine = parse(arguments);
+        const auto *badUsage = std::get_if<BadUsage>(&commandLine);
+        QVERIFY(badUsage != nullptr);
+        QTEST(badUsage->reason, "reason");
+    }
+
+    void tellsEachVerdictWithItsExitCode()
+    {
+        const auto commandLine = parse({"--help"});
+        const auto *information = std::get_if<Information>(&commandLine);
+        QVERIFY(information != nullptr);
+        QVERIFY2(
+            information->text.endsWith(
+                "\n"
+                "Exit codes, and the verdicts that have them:\n"
+                "  0  the camera answers\n"
+                "       answer\n"
+                "  1  it answers, with a warning\n"
+                "       answer-short, answer-shared, answer-sum-ff, answer-among-others, "
+                "answer-amid-noise,\n"
+                "       answer-late\n"
+                "  2  the command line makes no sense\n"
+                "  3  the port cannot be used\n"
+                "       no-device, not-serial, not-in-group, login-missing, not-permitted, held, "
+                "held-unseen,\n"
+                "       stale-lock, cannot-open, hung-up\n"
+                "  4  nothing came back that Corvane could use\n"
+                "       answer-too-late, shared, silent, other-acknowledgements, foreign-frames, "
+                "echo, wrong-sums,\n"
+                "       broken-off, no-frame\n"
+                "  5  the result could not be written\n"),
+            qPrintable(information->text));
+    }
+};
 
 QTEST_GUILESS_MAIN(DiagnoseOptionsTest)
 #include "tst_diagnoseoptions.moc"

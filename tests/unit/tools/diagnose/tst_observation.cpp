@@ -37,177 +37,167 @@ class ObservationTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void countsWhatCameBack_data();
-    void countsWhatCameBack();
-    void countsTheSameByteByByte_data();
-    void countsTheSameByteByByte();
-    void keepsTheFirstAnswerAndItsTime();
-    void tellsAChecksumOfFF();
-    void tellsWhichCommandsAndTypesCame();
-    void keepsOnlyTheFirstBytes();
-};
+    // Bytes, frames, answers, own requests, other acknowledgements, foreign frames, wrong sums,
+    // broken off, stray bytes.
+    void countsWhatCameBack_data()
+    {
+        QTest::addColumn<QByteArray>("hexadecimal");
+        QTest::addColumn<QVector<int>>("counts");
+        using Counts = QVector<int>;
 
-// Bytes, frames, answers, own requests, other acknowledgements, foreign frames, wrong sums, broken
-// off, stray bytes.
-void ObservationTest::countsWhatCameBack_data()
-{
-    QTest::addColumn<QByteArray>("hexadecimal");
-    QTest::addColumn<QVector<int>>("counts");
-    using Counts = QVector<int>;
-
-    QTest::newRow("nothing") << QByteArray() << Counts{0, 0, 0, 0, 0, 0, 0, 0, 0};
-    QTest::newRow("an answer") << helloAnswer() << Counts{26, 1, 1, 0, 0, 0, 0, 0, 0};
-    QTest::newRow("two answers") << helloAnswer() + helloAnswer()
-                                 << Counts{52, 2, 2, 0, 0, 0, 0, 0, 0};
-    QTest::newRow("the own request") << helloRequest() << Counts{13, 1, 0, 1, 0, 0, 0, 0, 0};
-    QTest::newRow("the own request and an answer")
-        << helloRequest() + helloAnswer() << Counts{39, 2, 1, 1, 0, 0, 0, 0, 0};
-    QTest::newRow("somebody else's request")
-        << QByteArray("FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5")
-        << Counts{15, 1, 0, 0, 0, 1, 0, 0, 0};
-    QTest::newRow("a HELLO that is not the own one")
-        << QByteArray("FF FF 0A 41 01 06 07 06 09 01 16 01 80")
-        << Counts{13, 1, 0, 0, 0, 1, 0, 0, 0};
-    QTest::newRow("a frame of the reserved type")
-        << QByteArray("FF FF 0A 41 01 06 07 06 09 02 16 00 80")
-        << Counts{13, 1, 0, 0, 0, 1, 0, 0, 0};
-    QTest::newRow("another acknowledgement")
-        << zoomAcknowledgement() << Counts{15, 1, 0, 0, 1, 0, 0, 0, 0};
-    QTest::newRow("an answer with a wrong sum")
-        << QByteArray(helloAnswer()).replace("9C", "9D") << Counts{26, 0, 0, 0, 0, 0, 1, 0, 26};
-    QTest::newRow("two bytes of the signature damaged")
-        << QByteArray(helloAnswer()).replace("06 07", "86 08")
-        << Counts{26, 0, 0, 0, 0, 0, 1, 0, 26};
-    QTest::newRow("three bytes of the signature damaged")
-        << QByteArray(helloAnswer()).replace("01 06 07", "11 86 08")
-        << Counts{26, 0, 0, 0, 0, 0, 0, 0, 26};
-    QTest::newRow("an answer that ends before its checksum")
-        << helloAnswer().chopped(3) << Counts{25, 0, 0, 0, 0, 0, 0, 1, 25};
-    QTest::newRow("an answer that ends behind its length")
-        << QByteArray("FF FF 17") << Counts{3, 0, 0, 0, 0, 0, 0, 0, 3};
-    QTest::newRow("an answer that ends before its length")
-        << QByteArray("FF FF") << Counts{2, 0, 0, 0, 0, 0, 0, 0, 2};
-    QTest::newRow("an end that is no frame's")
-        << QByteArray("FF FF 17 42 02") << Counts{5, 0, 0, 0, 0, 0, 0, 0, 5};
-    QTest::newRow("an end in the only byte of a signature that is right")
-        << QByteArray("FF FF 17 41") << Counts{4, 0, 0, 0, 0, 0, 0, 1, 4};
-    QTest::newRow("an end behind the only byte of a signature, which is wrong")
-        << QByteArray("FF FF 17 42") << Counts{4, 0, 0, 0, 0, 0, 0, 0, 4};
-    QTest::newRow("an answer cut short by another") << QByteArray("FF FF 17 41 01 06 07 06 ")
-            + helloAnswer() << Counts{34, 1, 1, 0, 0, 0, 0, 1, 8};
-    QTest::newRow("an answer cut short by another within the signature")
-        << QByteArray("FF FF 17 41 ") + helloAnswer() << Counts{30, 1, 1, 0, 0, 0, 0, 1, 4};
-    QTest::newRow("headers without anything behind them")
-        << QByteArray("FF FF 17 FF FF 17 FF FF 17 00 00 00 00")
-        << Counts{13, 0, 0, 0, 0, 0, 0, 0, 13};
-    QTest::newRow("lengths that cannot be") << QByteArray("FF FF 00 41 FF FF 8B 41 01 06 07 06 09")
-                                            << Counts{13, 0, 0, 0, 0, 0, 0, 0, 13};
-    QTest::newRow("the longest frame, not whole")
-        << QByteArray("FF FF 8A 41 01 06 07 06 09") << Counts{9, 0, 0, 0, 0, 0, 0, 1, 9};
-    QTest::newRow("noise with the sums of frames wrong")
-        << QByteArray("FF FF 02 11 22 33 FF FF 03 99 88 77") << Counts{12, 0, 0, 0, 0, 0, 0, 0, 12};
-    QTest::newRow("noise on both sides of an answer")
-        << QByteArray("12 34 ") + helloAnswer() + "56" << Counts{29, 1, 1, 0, 0, 0, 0, 0, 3};
-    QTest::newRow("a run of FF") << QByteArray("FF FF FF FF FF FF FF FF")
-                                 << Counts{8, 0, 0, 0, 0, 0, 0, 0, 8};
-    QTest::newRow("a frame behind a checksum of FF is lost")
-        << answerWithSumFF() + zoomAcknowledgement() << Counts{41, 1, 1, 0, 0, 0, 0, 0, 15};
-    QTest::newRow("a frame too short to have a command")
-        << QByteArray("FF FF 02 41 43") << Counts{5, 1, 0, 0, 0, 1, 0, 0, 0};
-}
-
-void ObservationTest::countsWhatCameBack()
-{
-    QFETCH(QByteArray, hexadecimal);
-    Observation observation;
-    observation.take(QByteArray::fromHex(hexadecimal), milliseconds(1));
-    const LineRecord record = observation.record();
-    const QVector<qint64> actual{record.bytes,
-                                 record.frames,
-                                 record.answers,
-                                 record.ownRequests,
-                                 record.otherAcknowledgements,
-                                 record.foreignFrames,
-                                 record.wrongSums,
-                                 record.brokenOff,
-                                 record.strayBytes};
-    QFETCH(QVector<int>, counts);
-    QCOMPARE(actual, QVector<qint64>(counts.begin(), counts.end()));
-    QCOMPARE(observation.hasAnswer(), record.answer.has_value());
-    QCOMPARE(record.answers > 0, record.answer.has_value());
-}
-
-void ObservationTest::countsTheSameByteByByte_data()
-{
-    countsWhatCameBack_data();
-}
-
-void ObservationTest::countsTheSameByteByByte()
-{
-    QFETCH(QByteArray, hexadecimal);
-    QFETCH(QVector<int>, counts);
-    Observation observation;
-    const QByteArray bytes = QByteArray::fromHex(hexadecimal);
-    for (const char byte : bytes) {
-        observation.take(QByteArray(1, byte), milliseconds(1));
+        QTest::newRow("nothing") << QByteArray() << Counts{0, 0, 0, 0, 0, 0, 0, 0, 0};
+        QTest::newRow("an answer") << helloAnswer() << Counts{26, 1, 1, 0, 0, 0, 0, 0, 0};
+        QTest::newRow("two answers")
+            << helloAnswer() + helloAnswer() << Counts{52, 2, 2, 0, 0, 0, 0, 0, 0};
+        QTest::newRow("the own request") << helloRequest() << Counts{13, 1, 0, 1, 0, 0, 0, 0, 0};
+        QTest::newRow("the own request and an answer")
+            << helloRequest() + helloAnswer() << Counts{39, 2, 1, 1, 0, 0, 0, 0, 0};
+        QTest::newRow("somebody else's request")
+            << QByteArray("FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5")
+            << Counts{15, 1, 0, 0, 0, 1, 0, 0, 0};
+        QTest::newRow("a HELLO that is not the own one")
+            << QByteArray("FF FF 0A 41 01 06 07 06 09 01 16 01 80")
+            << Counts{13, 1, 0, 0, 0, 1, 0, 0, 0};
+        QTest::newRow("a frame of the reserved type")
+            << QByteArray("FF FF 0A 41 01 06 07 06 09 02 16 00 80")
+            << Counts{13, 1, 0, 0, 0, 1, 0, 0, 0};
+        QTest::newRow("another acknowledgement")
+            << zoomAcknowledgement() << Counts{15, 1, 0, 0, 1, 0, 0, 0, 0};
+        QTest::newRow("an answer with a wrong sum")
+            << QByteArray(helloAnswer()).replace("9C", "9D") << Counts{26, 0, 0, 0, 0, 0, 1, 0, 26};
+        QTest::newRow("two bytes of the signature damaged")
+            << QByteArray(helloAnswer()).replace("06 07", "86 08")
+            << Counts{26, 0, 0, 0, 0, 0, 1, 0, 26};
+        QTest::newRow("three bytes of the signature damaged")
+            << QByteArray(helloAnswer()).replace("01 06 07", "11 86 08")
+            << Counts{26, 0, 0, 0, 0, 0, 0, 0, 26};
+        QTest::newRow("an answer that ends before its checksum")
+            << helloAnswer().chopped(3) << Counts{25, 0, 0, 0, 0, 0, 0, 1, 25};
+        QTest::newRow("an answer that ends behind its length")
+            << QByteArray("FF FF 17") << Counts{3, 0, 0, 0, 0, 0, 0, 0, 3};
+        QTest::newRow("an answer that ends before its length")
+            << QByteArray("FF FF") << Counts{2, 0, 0, 0, 0, 0, 0, 0, 2};
+        QTest::newRow("an end that is no frame's")
+            << QByteArray("FF FF 17 42 02") << Counts{5, 0, 0, 0, 0, 0, 0, 0, 5};
+        QTest::newRow("an end in the only byte of a signature that is right")
+            << QByteArray("FF FF 17 41") << Counts{4, 0, 0, 0, 0, 0, 0, 1, 4};
+        QTest::newRow("an end behind the only byte of a signature, which is wrong")
+            << QByteArray("FF FF 17 42") << Counts{4, 0, 0, 0, 0, 0, 0, 0, 4};
+        QTest::newRow("an answer cut short by another") << QByteArray("FF FF 17 41 01 06 07 06 ")
+                + helloAnswer() << Counts{34, 1, 1, 0, 0, 0, 0, 1, 8};
+        QTest::newRow("an answer cut short by another within the signature")
+            << QByteArray("FF FF 17 41 ") + helloAnswer() << Counts{30, 1, 1, 0, 0, 0, 0, 1, 4};
+        QTest::newRow("headers without anything behind them")
+            << QByteArray("FF FF 17 FF FF 17 FF FF 17 00 00 00 00")
+            << Counts{13, 0, 0, 0, 0, 0, 0, 0, 13};
+        QTest::newRow("lengths that cannot be")
+            << QByteArray("FF FF 00 41 FF FF 8B 41 01 06 07 06 09")
+            << Counts{13, 0, 0, 0, 0, 0, 0, 0, 13};
+        QTest::newRow("the longest frame, not whole")
+            << QByteArray("FF FF 8A 41 01 06 07 06 09") << Counts{9, 0, 0, 0, 0, 0, 0, 1, 9};
+        QTest::newRow("noise with the sums of frames wrong")
+            << QByteArray("FF FF 02 11 22 33 FF FF 03 99 88 77")
+            << Counts{12, 0, 0, 0, 0, 0, 0, 0, 12};
+        QTest::newRow("noise on both sides of an answer")
+            << QByteArray("12 34 ") + helloAnswer() + "56" << Counts{29, 1, 1, 0, 0, 0, 0, 0, 3};
+        QTest::newRow("a run of FF")
+            << QByteArray("FF FF FF FF FF FF FF FF") << Counts{8, 0, 0, 0, 0, 0, 0, 0, 8};
+        QTest::newRow("a frame behind a checksum of FF is lost")
+            << answerWithSumFF() + zoomAcknowledgement() << Counts{41, 1, 1, 0, 0, 0, 0, 0, 15};
+        QTest::newRow("a frame too short to have a command")
+            << QByteArray("FF FF 02 41 43") << Counts{5, 1, 0, 0, 0, 1, 0, 0, 0};
     }
-    const LineRecord record = observation.record();
-    QCOMPARE(record.bytes, counts.at(0));
-    QCOMPARE(record.frames, counts.at(1));
-    QCOMPARE(record.wrongSums, counts.at(6));
-    QCOMPARE(record.brokenOff, counts.at(7));
-    QCOMPARE(record.strayBytes, counts.at(8));
-    QCOMPARE(record.firstBytes, bytes.left(32));
-}
 
-void ObservationTest::keepsTheFirstAnswerAndItsTime()
-{
-    Observation observation;
-    const QByteArray bytes = QByteArray::fromHex(helloAnswer());
-    observation.take(bytes.left(20), milliseconds(100));
-    QVERIFY(!observation.hasAnswer());
-    observation.take(bytes.mid(20), milliseconds(250));
-    QVERIFY(observation.hasAnswer());
-    observation.take(QByteArray::fromHex(answerWithSumFF()), milliseconds(900));
-    const LineRecord record = observation.record();
-    QCOMPARE(record.answers, 2);
-    QCOMPARE(record.answer->time.count(), 250);
-    QCOMPARE(record.answer->frame, bytes.left(25));
-    QVERIFY(!record.answer->sumIsHeaderByte);
-}
+    void countsWhatCameBack()
+    {
+        QFETCH(QByteArray, hexadecimal);
+        Observation observation;
+        observation.take(QByteArray::fromHex(hexadecimal), milliseconds(1));
+        const LineRecord record = observation.record();
+        const QVector<qint64> actual{record.bytes,
+                                     record.frames,
+                                     record.answers,
+                                     record.ownRequests,
+                                     record.otherAcknowledgements,
+                                     record.foreignFrames,
+                                     record.wrongSums,
+                                     record.brokenOff,
+                                     record.strayBytes};
+        QFETCH(QVector<int>, counts);
+        QCOMPARE(actual, QVector<qint64>(counts.begin(), counts.end()));
+        QCOMPARE(observation.hasAnswer(), record.answer.has_value());
+        QCOMPARE(record.answers > 0, record.answer.has_value());
+    }
 
-void ObservationTest::tellsAChecksumOfFF()
-{
-    Observation observation;
-    observation.take(QByteArray::fromHex(answerWithSumFF()), milliseconds(0));
-    QVERIFY(observation.record().answer->sumIsHeaderByte);
-}
+    void countsTheSameByteByByte_data() { countsWhatCameBack_data(); }
 
-void ObservationTest::tellsWhichCommandsAndTypesCame()
-{
-    Observation observation;
-    observation.take(QByteArray::fromHex(zoomAcknowledgement() + zoomAcknowledgement()
-                                         + "FF FF 0A 41 01 06 07 06 09 05 55 00 C2"
-                                           "FF FF 0A 41 01 06 07 06 09 02 16 00 80"
-                                           "FF FF 0A 41 01 06 07 06 09 FE 16 00 7C"),
-                     milliseconds(0));
-    const LineRecord record = observation.record();
-    QCOMPARE(record.otherAcknowledgements, 3);
-    QCOMPARE(record.otherCommands, (QSet<int>{0x3A, 0x55}));
-    QCOMPARE(record.foreignFrames, 2);
-    QCOMPARE(record.foreignTypes, (QSet<int>{2, 0xFE}));
-}
+    void countsTheSameByteByByte()
+    {
+        QFETCH(QByteArray, hexadecimal);
+        QFETCH(QVector<int>, counts);
+        Observation observation;
+        const QByteArray bytes = QByteArray::fromHex(hexadecimal);
+        for (const char byte : bytes) {
+            observation.take(QByteArray(1, byte), milliseconds(1));
+        }
+        const LineRecord record = observation.record();
+        QCOMPARE(record.bytes, counts.at(0));
+        QCOMPARE(record.frames, counts.at(1));
+        QCOMPARE(record.wrongSums, counts.at(6));
+        QCOMPARE(record.brokenOff, counts.at(7));
+        QCOMPARE(record.strayBytes, counts.at(8));
+        QCOMPARE(record.firstBytes, bytes.left(32));
+    }
 
-void ObservationTest::keepsOnlyTheFirstBytes()
-{
-    Observation observation;
-    observation.take(QByteArray(20, 'a'), milliseconds(0));
-    observation.take(QByteArray(100000, 'b'), milliseconds(0));
-    observation.take(QByteArray(20, 'c'), milliseconds(0));
-    const LineRecord record = observation.record();
-    QCOMPARE(record.firstBytes, QByteArray(20, 'a') + QByteArray(12, 'b'));
-    QCOMPARE(record.bytes, 100040);
-}
+    void keepsTheFirstAnswerAndItsTime()
+    {
+        Observation observation;
+        const QByteArray bytes = QByteArray::fromHex(helloAnswer());
+        observation.take(bytes.left(20), milliseconds(100));
+        QVERIFY(!observation.hasAnswer());
+        observation.take(bytes.mid(20), milliseconds(250));
+        QVERIFY(observation.hasAnswer());
+        observation.take(QByteArray::fromHex(answerWithSumFF()), milliseconds(900));
+        const LineRecord record = observation.record();
+        QCOMPARE(record.answers, 2);
+        QCOMPARE(record.answer->time.count(), 250);
+        QCOMPARE(record.answer->frame, bytes.left(25));
+        QVERIFY(!record.answer->sumIsHeaderByte);
+    }
+
+    void tellsAChecksumOfFF()
+    {
+        Observation observation;
+        observation.take(QByteArray::fromHex(answerWithSumFF()), milliseconds(0));
+        QVERIFY(observation.record().answer->sumIsHeaderByte);
+    }
+
+    void tellsWhichCommandsAndTypesCame()
+    {
+        Observation observation;
+        observation.take(QByteArray::fromHex(zoomAcknowledgement() + zoomAcknowledgement()
+                                             + "FF FF 0A 41 01 06 07 06 09 05 55 00 C2"
+                                               "FF FF 0A 41 01 06 07 06 09 02 16 00 80"
+                                               "FF FF 0A 41 01 06 07 06 09 FE 16 00 7C"),
+                         milliseconds(0));
+        const LineRecord record = observation.record();
+        QCOMPARE(record.otherAcknowledgements, 3);
+        QCOMPARE(record.otherCommands, (QSet<int>{0x3A, 0x55}));
+        QCOMPARE(record.foreignFrames, 2);
+        QCOMPARE(record.foreignTypes, (QSet<int>{2, 0xFE}));
+    }
+
+    void keepsOnlyTheFirstBytes()
+    {
+        Observation observation;
+        observation.take(QByteArray(20, 'a'), milliseconds(0));
+        observation.take(QByteArray(100000, 'b'), milliseconds(0));
+        observation.take(QByteArray(20, 'c'), milliseconds(0));
+        const LineRecord record = observation.record();
+        QCOMPARE(record.firstBytes, QByteArray(20, 'a') + QByteArray(12, 'b'));
+        QCOMPARE(record.bytes, 100040);
+    }
+};
 
 QTEST_GUILESS_MAIN(ObservationTest)
 #include "tst_observation.moc"

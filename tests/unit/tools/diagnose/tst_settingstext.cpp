@@ -9,62 +9,58 @@ class SettingsTextTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void knowsWhatAFrameIsLongEnoughFor();
-    void namesEachSetting_data();
-    void namesEachSetting();
-};
-
-// Offset 12 holds the first byte of the version and 24 the last of the settings.
-void SettingsTextTest::knowsWhatAFrameIsLongEnoughFor()
-{
-    QVERIFY(!hasWholeVersion(QByteArray(15, '\0')));
-    QVERIFY(hasWholeVersion(QByteArray(16, '\0')));
-    QVERIFY(!isWholeReport(QByteArray(24, '\0')));
-    QVERIFY(isWholeReport(QByteArray(25, '\0')));
-}
-
-void SettingsTextTest::namesEachSetting_data()
-{
-    QTest::addColumn<QByteArray>("settings"); // offsets 16 to 24
-    QTest::addColumn<QStringList>("words");
-
-    QTest::newRow("all off") << QByteArray("00 00 00 00 00 00 00 00 00")
-                             << QStringList{"OFF", "OFF", "Upright", "OFF", "0"};
-    QTest::newRow("the usual choices")
-        << QByteArray("01 00 00 00 00 01 01 01 01")
-        << QStringList{"Auto Tracking", "ON (Home)", "Upright", "ON", "1"};
-    QTest::newRow("the last of each")
-        << QByteArray("09 00 00 01 01 00 01 01 03")
-        << QStringList{"Tilt Tracking", "Preset 7", "Upside down", "ON", "Custom"};
-    QTest::newRow("pan alone, the first preset, one direction flag")
-        << QByteArray("02 00 00 01 00 01 00 00 02")
-        << QStringList{"Pan Tracking", "Preset 0", "Upright", "OFF", "2"};
-    QTest::newRow("numbers beyond the lists")
-        << QByteArray("0A 00 00 00 00 00 00 02 04")
-        << QStringList{"OFF", "unknown (10)", "Upright", "ON", "unknown (4)"};
-    QTest::newRow("negative numbers")
-        << QByteArray("FF 00 00 00 00 00 00 80 80")
-        << QStringList{"OFF", "unknown (-1)", "Upright", "ON", "unknown (-128)"};
-}
-
-void SettingsTextTest::namesEachSetting()
-{
-    QFETCH(QByteArray, settings);
-    QFETCH(QStringList, words);
-    const QByteArray frame =
-        QByteArray::fromHex("FF FF 17 41 01 06 07 06 09 05 16 00 01 00 00 06 " + settings);
-    QStringList names;
-    QStringList values;
-    const QVector<NamedSetting> settingsOfFrame = namedSettings(DeviceReply(frame).settings());
-    for (const NamedSetting &setting : settingsOfFrame) {
-        names << setting.name;
-        values << setting.value;
+    // Offset 12 holds the first byte of the version and 24 the last of the settings.
+    void knowsWhatAFrameIsLongEnoughFor()
+    {
+        QVERIFY(!hasWholeVersion(QByteArray(15, '\0')));
+        QVERIFY(hasWholeVersion(QByteArray(16, '\0')));
+        QVERIFY(!isWholeReport(QByteArray(24, '\0')));
+        QVERIFY(isWholeReport(QByteArray(25, '\0')));
     }
-    QCOMPARE(values, words);
-    QCOMPARE(names,
-             (QStringList{"Auto Tracking", "Target Missing Compensation",
-                          "Camera Installed direction", "Auto Zoom", "Zoom Offset"}));
-}
+
+    void namesEachSetting_data()
+    {
+        QTest::addColumn<QByteArray>("settings"); // offsets 16 to 24
+        QTest::addColumn<QStringList>("words");
+
+        QTest::newRow("all off") << QByteArray("00 00 00 00 00 00 00 00 00")
+                                 << QStringList{"OFF", "OFF", "Upright", "OFF", "0"};
+        QTest::newRow("the usual choices")
+            << QByteArray("01 00 00 00 00 01 01 01 01")
+            << QStringList{"Auto Tracking", "ON (Home)", "Upright", "ON", "1"};
+        QTest::newRow("the last of each")
+            << QByteArray("09 00 00 01 01 00 01 01 03")
+            << QStringList{"Tilt Tracking", "Preset 7", "Upside down", "ON", "Custom"};
+        QTest::newRow("pan alone, the first preset, one direction flag")
+            << QByteArray("02 00 00 01 00 01 00 00 02")
+            << QStringList{"Pan Tracking", "Preset 0", "Upright", "OFF", "2"};
+        QTest::newRow("numbers beyond the lists")
+            << QByteArray("0A 00 00 00 00 00 00 02 04")
+            << QStringList{"OFF", "unknown (10)", "Upright", "ON", "unknown (4)"};
+        QTest::newRow("negative numbers")
+            << QByteArray("FF 00 00 00 00 00 00 80 80")
+            << QStringList{"OFF", "unknown (-1)", "Upright", "ON", "unknown (-128)"};
+    }
+
+    void namesEachSetting()
+    {
+        QFETCH(QByteArray, settings);
+        QFETCH(QStringList, words);
+        const QByteArray frame =
+            QByteArray::fromHex("FF FF 17 41 01 06 07 06 09 05 16 00 01 00 00 06 " + settings);
+        QStringList names;
+        QStringList values;
+        const QVector<NamedSetting> settingsOfFrame = namedSettings(DeviceReply(frame).settings());
+        for (const NamedSetting &setting : settingsOfFrame) {
+            names << setting.name;
+            values << setting.value;
+        }
+        QCOMPARE(values, words);
+        QCOMPARE(names,
+                 (QStringList{"Auto Tracking", "Target Missing Compensation",
+                              "Camera Installed direction", "Auto Zoom", "Zoom Offset"}));
+    }
+};
 
 QTEST_GUILESS_MAIN(SettingsTextTest)
 #include "tst_settingstext.moc"

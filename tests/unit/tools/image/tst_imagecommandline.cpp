@@ -19,220 +19,208 @@ class ImageCommandLineTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void readsPack_data();
-    void readsPack();
-    void readsTheOtherCommands_data();
-    void readsTheOtherCommands();
-    void readsVersions_data();
-    void readsVersions();
-    void informs_data();
-    void informs();
-    void refusesBadUsage_data();
-    void refusesBadUsage();
-    void refusesBadVersions_data();
-    void refusesBadVersions();
-    void refusesToReplaceTheInput();
-};
+    void readsPack_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
 
-void ImageCommandLineTest::readsPack_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-
-    QTest::newRow("options first") << QStringList{
-        "--protocol-version", "1.2.0.7", "--image-version", "1.0.0.6", "pack", "in", "out"};
-    QTest::newRow("options after the command") << QStringList{
-        "pack", "--image-version=1.0.0.6", "--protocol-version=1.2.0.7", "in", "out"};
-    QTest::newRow("options last") << QStringList{
-        "pack", "in", "out", "--protocol-version", "1.2.0.7", "--image-version", "1.0.0.6"};
-}
-
-void ImageCommandLineTest::readsPack()
-{
-    QFETCH(QStringList, arguments);
-    const auto command = std::get<ImageCommand>(parse(arguments));
-    QVERIFY(command.kind == ImageCommand::Kind::Pack);
-    QCOMPARE(command.input, QString("in"));
-    QCOMPARE(command.output, QString("out"));
-    QVERIFY((command.protocolVersion == ImageVersion{1, 2, 0, 7}));
-    QVERIFY((command.imageVersion == ImageVersion{1, 0, 0, 6}));
-}
-
-void ImageCommandLineTest::readsTheOtherCommands_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<QString>("input");
-    QTest::addColumn<QString>("output");
-
-    const int info = static_cast<int>(ImageCommand::Kind::Info);
-    const int unpack = static_cast<int>(ImageCommand::Kind::Unpack);
-    const int verify = static_cast<int>(ImageCommand::Kind::Verify);
-    QTest::newRow("info") << QStringList{"info", "a"} << info << "a" << QString();
-    QTest::newRow("verify") << QStringList{"verify", "a"} << verify << "a" << QString();
-    QTest::newRow("unpack") << QStringList{"unpack", "a", "b"} << unpack << "a"
-                            << "b";
-    QTest::newRow("standard input and output") << QStringList{"unpack", "-", "-"} << unpack << "-"
-                                               << "-";
-    QTest::newRow("names that look like options")
-        << QStringList{"unpack", "--", "--help", "-v"} << unpack << "--help"
-        << "-v";
-    QTest::newRow("missing files, which are not the same")
-        << QStringList{"unpack", "/nowhere/a", "/nowhere/b"} << unpack << "/nowhere/a"
-        << "/nowhere/b";
-}
-
-void ImageCommandLineTest::readsTheOtherCommands()
-{
-    QFETCH(QStringList, arguments);
-    const auto command = std::get<ImageCommand>(parse(arguments));
-    QTEST(static_cast<int>(command.kind), "kind");
-    QTEST(command.input, "input");
-    QTEST(command.output, "output");
-}
-
-void ImageCommandLineTest::readsVersions_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QVector<int>>("numbers");
-
-    QTest::newRow("smallest") << "0.0.0.0" << QVector<int>{0, 0, 0, 0};
-    QTest::newRow("largest") << "255.255.255.255" << QVector<int>{255, 255, 255, 255};
-    QTest::newRow("different") << "10.20.30.128" << QVector<int>{10, 20, 30, 128};
-    QTest::newRow("leading zeros are decimal") << "010.001.0.08" << QVector<int>{10, 1, 0, 8};
-}
-
-void ImageCommandLineTest::readsVersions()
-{
-    QFETCH(QString, text);
-    const auto command = std::get<ImageCommand>(
-        parse({"pack", "--protocol-version", "1.1.1.1", "--image-version", text, "in", "out"}));
-    const QVector<int> numbers(command.imageVersion.begin(), command.imageVersion.end());
-    QTEST(numbers, "numbers");
-}
-
-void ImageCommandLineTest::informs_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("part");
-
-    QTest::newRow("help") << QStringList{"--help"} << "Exit codes:";
-    QTest::newRow("short help") << QStringList{"-h"} << "  unpack  Write the bytes";
-    QTest::newRow("how the upload time is reckoned")
-        << QStringList{"--help"} << "50 ms for each packet and 50 ms for the\nannouncement";
-    QTest::newRow("help of pack") << QStringList{"pack", "--help"}
-                                  << " [options] pack FIRMWARE IMAGE\n";
-    QTest::newRow("help of info") << QStringList{"info", "-h"} << " [options] info IMAGE\n";
-    QTest::newRow("the upload time in the help of info")
-        << QStringList{"info", "-h"} << "50 ms for each packet";
-    QTest::newRow("help of unpack")
-        << QStringList{"--help", "unpack"} << " [options] unpack IMAGE FIRMWARE\n";
-    QTest::newRow("help of verify")
-        << QStringList{"verify", "a", "--help"} << " [options] verify IMAGE\n";
-    QTest::newRow("exit codes in the help of a command")
-        << QStringList{"verify", "--help"} << "\n  3  a file could not be read";
-    QTest::newRow("version") << QStringList{"--version"} << "tst_imagecommandline 1.2.3\n";
-    QTest::newRow("version beside a command")
-        << QStringList{"info", "-v"} << "tst_imagecommandline 1.2.3\n";
-}
-
-void ImageCommandLineTest::informs()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, part);
-    QCoreApplication::setApplicationVersion("1.2.3");
-    const QString text = std::get<Information>(parse(arguments)).text;
-    QVERIFY2(text.contains(part), qPrintable(text));
-}
-
-void ImageCommandLineTest::refusesBadUsage_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("reason");
-
-    const QStringList versions{"--protocol-version", "1.2.3.4", "--image-version", "1.2.3.4"};
-    QTest::newRow("nothing") << QStringList()
-                             << "a command is needed: pack, info, unpack or verify";
-    QTest::newRow("unknown command")
-        << QStringList{"list", "a"}
-        << "'list' is no command; they are pack, info, unpack and verify";
-    QTest::newRow("command in capitals")
-        << QStringList{"INFO", "a"}
-        << "'INFO' is no command; they are pack, info, unpack and verify";
-    QTest::newRow("unknown option")
-        << QStringList{"info", "--nope", "a"} << "Unknown option 'nope'.";
-    QTest::newRow("option of another command")
-        << QStringList{"info", "--image-version", "1.2.3.4", "a"}
-        << "Unknown option 'image-version'.";
-    QTest::newRow("missing value")
-        << QStringList{"pack", "--image-version"} << "Missing value after '--image-version'.";
-    QTest::newRow("no file") << QStringList{"info"} << "info takes one file: IMAGE";
-    QTest::newRow("two files") << QStringList{"verify", "a", "b"} << "verify takes one file: IMAGE";
-    QTest::newRow("one file of two")
-        << QStringList{"unpack", "a"} << "unpack takes two files: IMAGE FIRMWARE";
-    QTest::newRow("three files") << QStringList{"pack", "a", "b", "c"} + versions
-                                 << "pack takes two files: FIRMWARE IMAGE";
-    QTest::newRow("empty input") << QStringList{"info", ""} << "the name of a file is empty";
-    QTest::newRow("empty output") << QStringList{"unpack", "a", ""}
-                                  << "the name of a file is empty";
-    QTest::newRow("no protocol version")
-        << QStringList{"pack", "a", "b"} + versions.mid(2) << "--protocol-version is needed";
-    QTest::newRow("no image version")
-        << QStringList{"pack", "a", "b"} + versions.mid(0, 2) << "--image-version is needed";
-}
-
-void ImageCommandLineTest::refusesBadUsage()
-{
-    QFETCH(QStringList, arguments);
-    QTEST(std::get<BadUsage>(parse(arguments)).reason, "reason");
-}
-
-void ImageCommandLineTest::refusesBadVersions_data()
-{
-    QTest::addColumn<QString>("text");
-
-    QTest::newRow("empty") << "";
-    QTest::newRow("word") << "new";
-    QTest::newRow("three numbers") << "1.2.3";
-    QTest::newRow("five numbers") << "1.2.3.4.5";
-    QTest::newRow("empty number") << "1..3.4";
-    QTest::newRow("256") << "1.2.3.256";
-    QTest::newRow("first number too large") << "999.2.3.4";
-    QTest::newRow("overflow") << "1.2.3.4294967296";
-    QTest::newRow("negative") << "1.2.3.-4";
-    QTest::newRow("plus sign") << "1.2.3.+4";
-    QTest::newRow("hexadecimal") << "1.2.a.4";
-    QTest::newRow("blank in front") << " 1.2.3.4";
-    QTest::newRow("line break at the end") << "1.2.3.4\n";
-    QTest::newRow("commas") << "1,2,3,4";
-    QTest::newRow("digits of another script") << QString::fromUtf8("1.2.3.\u0664");
-}
-
-void ImageCommandLineTest::refusesBadVersions()
-{
-    QFETCH(QString, text);
-    const QString reason = "--%1 is four numbers from 0 to 255 with dots, not '%2'";
-    QCOMPARE(std::get<BadUsage>(parse({"pack", "--protocol-version", text, "--image-version",
-                                       "1.2.3.4", "in", "out"}))
-                 .reason,
-             reason.arg("protocol-version", text));
-    QCOMPARE(std::get<BadUsage>(parse({"pack", "--protocol-version", "1.2.3.4", "--image-version",
-                                       text, "in", "out"}))
-                 .reason,
-             reason.arg("image-version", text));
-}
-
-void ImageCommandLineTest::refusesToReplaceTheInput()
-{
-    const QTemporaryDir folder;
-    QFile file(folder.filePath("a.img"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QVERIFY(QFile::link(file.fileName(), folder.filePath("link")));
-    for (const QString &other :
-         {file.fileName(), folder.filePath("./a.img"), folder.filePath("link")}) {
-        QCOMPARE(std::get<BadUsage>(parse({"unpack", file.fileName(), other})).reason,
-                 QString("IMAGE and FIRMWARE are the same file"));
+        QTest::newRow("options first") << QStringList{
+            "--protocol-version", "1.2.0.7", "--image-version", "1.0.0.6", "pack", "in", "out"};
+        QTest::newRow("options after the command") << QStringList{
+            "pack", "--image-version=1.0.0.6", "--protocol-version=1.2.0.7", "in", "out"};
+        QTest::newRow("options last") << QStringList{
+            "pack", "in", "out", "--protocol-version", "1.2.0.7", "--image-version", "1.0.0.6"};
     }
-}
+
+    void readsPack()
+    {
+        QFETCH(QStringList, arguments);
+        const auto command = std::get<ImageCommand>(parse(arguments));
+        QVERIFY(command.kind == ImageCommand::Kind::Pack);
+        QCOMPARE(command.input, QString("in"));
+        QCOMPARE(command.output, QString("out"));
+        QVERIFY((command.protocolVersion == ImageVersion{1, 2, 0, 7}));
+        QVERIFY((command.imageVersion == ImageVersion{1, 0, 0, 6}));
+    }
+
+    void readsTheOtherCommands_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<QString>("output");
+
+        const int info = static_cast<int>(ImageCommand::Kind::Info);
+        const int unpack = static_cast<int>(ImageCommand::Kind::Unpack);
+        const int verify = static_cast<int>(ImageCommand::Kind::Verify);
+        QTest::newRow("info") << QStringList{"info", "a"} << info << "a" << QString();
+        QTest::newRow("verify") << QStringList{"verify", "a"} << verify << "a" << QString();
+        QTest::newRow("unpack") << QStringList{"unpack", "a", "b"} << unpack << "a"
+                                << "b";
+        QTest::newRow("standard input and output")
+            << QStringList{"unpack", "-", "-"} << unpack << "-"
+            << "-";
+        QTest::newRow("names that look like options")
+            << QStringList{"unpack", "--", "--help", "-v"} << unpack << "--help"
+            << "-v";
+        QTest::newRow("missing files, which are not the same")
+            << QStringList{"unpack", "/nowhere/a", "/nowhere/b"} << unpack << "/nowhere/a"
+            << "/nowhere/b";
+    }
+
+    void readsTheOtherCommands()
+    {
+        QFETCH(QStringList, arguments);
+        const auto command = std::get<ImageCommand>(parse(arguments));
+        QTEST(static_cast<int>(command.kind), "kind");
+        QTEST(command.input, "input");
+        QTEST(command.output, "output");
+    }
+
+    void readsVersions_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QVector<int>>("numbers");
+
+        QTest::newRow("smallest") << "0.0.0.0" << QVector<int>{0, 0, 0, 0};
+        QTest::newRow("largest") << "255.255.255.255" << QVector<int>{255, 255, 255, 255};
+        QTest::newRow("different") << "10.20.30.128" << QVector<int>{10, 20, 30, 128};
+        QTest::newRow("leading zeros are decimal") << "010.001.0.08" << QVector<int>{10, 1, 0, 8};
+    }
+
+    void readsVersions()
+    {
+        QFETCH(QString, text);
+        const auto command = std::get<ImageCommand>(
+            parse({"pack", "--protocol-version", "1.1.1.1", "--image-version", text, "in", "out"}));
+        const QVector<int> numbers(command.imageVersion.begin(), command.imageVersion.end());
+        QTEST(numbers, "numbers");
+    }
+
+    void informs_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("part");
+
+        QTest::newRow("help") << QStringList{"--help"} << "Exit codes:";
+        QTest::newRow("short help") << QStringList{"-h"} << "  unpack  Write the bytes";
+        QTest::newRow("how the upload time is reckoned")
+            << QStringList{"--help"} << "50 ms for each packet and 50 ms for the\nannouncement";
+        QTest::newRow("help of pack")
+            << QStringList{"pack", "--help"} << " [options] pack FIRMWARE IMAGE\n";
+        QTest::newRow("help of info") << QStringList{"info", "-h"} << " [options] info IMAGE\n";
+        QTest::newRow("the upload time in the help of info")
+            << QStringList{"info", "-h"} << "50 ms for each packet";
+        QTest::newRow("help of unpack")
+            << QStringList{"--help", "unpack"} << " [options] unpack IMAGE FIRMWARE\n";
+        QTest::newRow("help of verify")
+            << QStringList{"verify", "a", "--help"} << " [options] verify IMAGE\n";
+        QTest::newRow("exit codes in the help of a command")
+            << QStringList{"verify", "--help"} << "\n  3  a file could not be read";
+        QTest::newRow("version") << QStringList{"--version"} << "tst_imagecommandline 1.2.3\n";
+        QTest::newRow("version beside a command")
+            << QStringList{"info", "-v"} << "tst_imagecommandline 1.2.3\n";
+    }
+
+    void informs()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, part);
+        QCoreApplication::setApplicationVersion("1.2.3");
+        const QString text = std::get<Information>(parse(arguments)).text;
+        QVERIFY2(text.contains(part), qPrintable(text));
+    }
+
+    void refusesBadUsage_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("reason");
+
+        const QStringList versions{"--protocol-version", "1.2.3.4", "--image-version", "1.2.3.4"};
+        QTest::newRow("nothing") << QStringList()
+                                 << "a command is needed: pack, info, unpack or verify";
+        QTest::newRow("unknown command")
+            << QStringList{"list", "a"}
+            << "'list' is no command; they are pack, info, unpack and verify";
+        QTest::newRow("command in capitals")
+            << QStringList{"INFO", "a"}
+            << "'INFO' is no command; they are pack, info, unpack and verify";
+        QTest::newRow("unknown option")
+            << QStringList{"info", "--nope", "a"} << "Unknown option 'nope'.";
+        QTest::newRow("option of another command")
+            << QStringList{"info", "--image-version", "1.2.3.4", "a"}
+            << "Unknown option 'image-version'.";
+        QTest::newRow("missing value")
+            << QStringList{"pack", "--image-version"} << "Missing value after '--image-version'.";
+        QTest::newRow("no file") << QStringList{"info"} << "info takes one file: IMAGE";
+        QTest::newRow("two files")
+            << QStringList{"verify", "a", "b"} << "verify takes one file: IMAGE";
+        QTest::newRow("one file of two")
+            << QStringList{"unpack", "a"} << "unpack takes two files: IMAGE FIRMWARE";
+        QTest::newRow("three files") << QStringList{"pack", "a", "b", "c"} + versions
+                                     << "pack takes two files: FIRMWARE IMAGE";
+        QTest::newRow("empty input") << QStringList{"info", ""} << "the name of a file is empty";
+        QTest::newRow("empty output")
+            << QStringList{"unpack", "a", ""} << "the name of a file is empty";
+        QTest::newRow("no protocol version")
+            << QStringList{"pack", "a", "b"} + versions.mid(2) << "--protocol-version is needed";
+        QTest::newRow("no image version")
+            << QStringList{"pack", "a", "b"} + versions.mid(0, 2) << "--image-version is needed";
+    }
+
+    void refusesBadUsage()
+    {
+        QFETCH(QStringList, arguments);
+        QTEST(std::get<BadUsage>(parse(arguments)).reason, "reason");
+    }
+
+    void refusesBadVersions_data()
+    {
+        QTest::addColumn<QString>("text");
+
+        QTest::newRow("empty") << "";
+        QTest::newRow("word") << "new";
+        QTest::newRow("three numbers") << "1.2.3";
+        QTest::newRow("five numbers") << "1.2.3.4.5";
+        QTest::newRow("empty number") << "1..3.4";
+        QTest::newRow("256") << "1.2.3.256";
+        QTest::newRow("first number too large") << "999.2.3.4";
+        QTest::newRow("overflow") << "1.2.3.4294967296";
+        QTest::newRow("negative") << "1.2.3.-4";
+        QTest::newRow("plus sign") << "1.2.3.+4";
+        QTest::newRow("hexadecimal") << "1.2.a.4";
+        QTest::newRow("blank in front") << " 1.2.3.4";
+        QTest::newRow("line break at the end") << "1.2.3.4\n";
+        QTest::newRow("commas") << "1,2,3,4";
+        QTest::newRow("digits of another script") << QString::fromUtf8("1.2.3.\u0664");
+    }
+
+    void refusesBadVersions()
+    {
+        QFETCH(QString, text);
+        const QString reason = "--%1 is four numbers from 0 to 255 with dots, not '%2'";
+        QCOMPARE(std::get<BadUsage>(parse({"pack", "--protocol-version", text, "--image-version",
+                                           "1.2.3.4", "in", "out"}))
+                     .reason,
+                 reason.arg("protocol-version", text));
+        QCOMPARE(std::get<BadUsage>(parse({"pack", "--protocol-version", "1.2.3.4",
+                                           "--image-version", text, "in", "out"}))
+                     .reason,
+                 reason.arg("image-version", text));
+    }
+
+    void refusesToReplaceTheInput()
+    {
+        const QTemporaryDir folder;
+        QFile file(folder.filePath("a.img"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(QFile::link(file.fileName(), folder.filePath("link")));
+        for (const QString &other :
+             {file.fileName(), folder.filePath("./a.img"), folder.filePath("link")}) {
+            QCOMPARE(std::get<BadUsage>(parse({"unpack", file.fileName(), other})).reason,
+                     QString("IMAGE and FIRMWARE are the same file"));
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(ImageCommandLineTest)
 

@@ -28,172 +28,171 @@ class ImageFaultTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void acceptsWhatUploadsAsPacked_data();
-    void acceptsWhatUploadsAsPacked();
-    void namesWhatIsWrongAndWhere_data();
-    void namesWhatIsWrongAndWhere();
-    void tellsBase64CharactersFromAllOthers();
-    void limitsTheSizeOfTheFirmware_data();
-    void limitsTheSizeOfTheFirmware();
-    void limitsTheSizeToPack_data();
-    void limitsTheSizeToPack();
-};
+    void acceptsWhatUploadsAsPacked_data()
+    {
+        QTest::addColumn<QByteArray>("image");
 
-void ImageFaultTest::acceptsWhatUploadsAsPacked_data()
-{
-    QTest::addColumn<QByteArray>("image");
-
-    QTest::newRow("no firmware") << start().left(128);
-    QTest::newRow("a firmware of one byte") << start().left(129);
-    QTest::newRow("one byte less than the raw prefix") << start().left(159);
-    QTest::newRow("no body") << start();
-    QTest::newRow("three bytes") << start("QUJD");
-    QTest::newRow("two bytes") << start("QUI=");
-    QTest::newRow("two bytes without padding") << start("QUI");
-    QTest::newRow("one byte") << start("QQ==");
-    QTest::newRow("one byte without padding") << start("QQ");
-    QTest::newRow("two groups without padding") << start("QUJDQQ");
-    QTest::newRow("the alphabet") << start(
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
-    QTest::newRow("padding in the raw prefix") << start().left(128) + QByteArray(32, '=');
-    QTest::newRow("anything in the rest of the header")
-        << start().left(12) + QByteArray(116, '\xFF') + start().mid(128) + "QUJD";
-}
-
-void ImageFaultTest::acceptsWhatUploadsAsPacked()
-{
-    QFETCH(QByteArray, image);
-    QCOMPARE(faultText(imageFault(image)), QString("no fault"));
-}
-
-void ImageFaultTest::namesWhatIsWrongAndWhere_data()
-{
-    QTest::addColumn<QByteArray>("image");
-    QTest::addColumn<QString>("fault");
-
-    QTest::newRow("empty file") << QByteArray()
-                                << "offset 0: the file ends here, shorter than the header of 128 "
-                                   "bytes";
-    QTest::newRow("part of the magic")
-        << QByteArray("KVE")
-        << "offset 3: the file ends here, shorter than the header of 128 bytes";
-    QTest::newRow("one byte less than the header")
-        << start().left(127)
-        << "offset 127: the file ends here, shorter than the header of 128 bytes";
-    QTest::newRow("lower-case magic")
-        << "kvel" + start().mid(4) << R"(offset 0: the magic is "kvel" (6b 76 65 6c), not "KVEL")";
-    QTest::newRow("last letter of the magic")
-        << "KVEM" + start().mid(4) << R"(offset 0: the magic is "KVEM" (4b 56 45 4d), not "KVEL")";
-    QTest::newRow("unprintable magic") << QByteArray("\x7F\x00\xFFL", 4)
-            + start().mid(4) << R"(offset 0: the magic is "...L" (7f 00 ff 4c), not "KVEL")";
-    QTest::newRow("short file without the magic")
-        << QByteArray("PK") << R"(offset 0: the magic is "PK" (50 4b), not "KVEL")";
-
-    QTest::newRow("foreign first character")
-        << start("*UJD") << R"(offset 160: "*" (2a) is not a base64 character)";
-    QTest::newRow("line break") << start("QUJD\n")
-                                << R"(offset 164: "." (0a) is not a base64 character)";
-    QTest::newRow("the first of two foreign characters")
-        << start("QU-_") << R"(offset 162: "-" (2d) is not a base64 character)";
-    QTest::newRow("high byte") << start("QUJ\xC4")
-                               << R"(offset 163: "." (c4) is not a base64 character)";
-    QTest::newRow("foreign character behind padding")
-        << start("QUI=D") << R"(offset 163: a "=" that is not at the end of the encoded body)";
-    QTest::newRow("padding in the middle")
-        << start("QQ==QUI=") << R"(offset 162: a "=" that is not at the end of the encoded body)";
-
-    const QString lone = "a single character, which is no whole byte";
-    QTest::newRow("a lone character")
-        << start("Q") << "offset 160: the encoded body ends with " + lone;
-    QTest::newRow("a lone character after a group")
-        << start("QUJDQ") << "offset 164: the encoded body ends with " + lone;
-    QTest::newRow("a lone character with padding")
-        << start("QUJDQ===") << "offset 164: the encoded body ends with " + lone;
-
-    const QString padding = R"(wrong padding: the encoded body takes %1 "=" at its end or none, )"
-                            "not %2";
-    QTest::newRow("half of the padding") << start("QQ=") << "offset 162: " + padding.arg(2).arg(1);
-    QTest::newRow("too much for one byte")
-        << start("QQ===") << "offset 162: " + padding.arg(2).arg(3);
-    QTest::newRow("too much for two bytes")
-        << start("QUI==") << "offset 163: " + padding.arg(1).arg(2);
-    QTest::newRow("padding of a full group")
-        << start("QUJD=") << "offset 164: " + padding.arg(0).arg(1);
-    QTest::newRow("a group of padding")
-        << start("QUJD====") << "offset 164: " + padding.arg(0).arg(4);
-    QTest::newRow("padding without a body")
-        << start("====") << "offset 160: " + padding.arg(0).arg(4);
-
-    const QString cut = "the last character holds bits of a further byte: the encoded body is cut "
-                        "short or damaged";
-    QTest::newRow("three of four characters") << start("QUJDQUJ") << "offset 166: " + cut;
-    QTest::newRow("two of four characters") << start("QUJDQU") << "offset 165: " + cut;
-    QTest::newRow("the other bit before the padding of two bytes")
-        << start("QUK=") << "offset 162: " + cut;
-    QTest::newRow("every bit before the padding of one byte")
-        << start("QY==") << "offset 161: " + cut;
-    QTest::newRow("damaged before the padding of two bytes")
-        << start("QUJ=") << "offset 162: " + cut;
-    QTest::newRow("damaged before the padding of one byte")
-        << start("Qf==") << "offset 161: " + cut;
-}
-
-void ImageFaultTest::namesWhatIsWrongAndWhere()
-{
-    QFETCH(QByteArray, image);
-    QTEST(faultText(imageFault(image)), "fault");
-}
-
-void ImageFaultTest::tellsBase64CharactersFromAllOthers()
-{
-    const QByteArray alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    for (int value = 0; value < 256; ++value) {
-        const char character = static_cast<char>(value);
-        const auto fault = imageFault(start("QU") + character + "D");
-        QVERIFY2(fault.has_value() != alphabet.contains(character), qPrintable(faultText(fault)));
+        QTest::newRow("no firmware") << start().left(128);
+        QTest::newRow("a firmware of one byte") << start().left(129);
+        QTest::newRow("one byte less than the raw prefix") << start().left(159);
+        QTest::newRow("no body") << start();
+        QTest::newRow("three bytes") << start("QUJD");
+        QTest::newRow("two bytes") << start("QUI=");
+        QTest::newRow("two bytes without padding") << start("QUI");
+        QTest::newRow("one byte") << start("QQ==");
+        QTest::newRow("one byte without padding") << start("QQ");
+        QTest::newRow("two groups without padding") << start("QUJDQQ");
+        QTest::newRow("the alphabet")
+            << start("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
+        QTest::newRow("padding in the raw prefix") << start().left(128) + QByteArray(32, '=');
+        QTest::newRow("anything in the rest of the header")
+            << start().left(12) + QByteArray(116, '\xFF') + start().mid(128) + "QUJD";
     }
-}
 
-void ImageFaultTest::limitsTheSizeOfTheFirmware_data()
-{
-    QTest::addColumn<int>("characters");
-    QTest::addColumn<QByteArray>("end");
-    QTest::addColumn<QString>("fault");
+    void acceptsWhatUploadsAsPacked()
+    {
+        QFETCH(QByteArray, image);
+        QCOMPARE(faultText(imageFault(image)), QString("no fault"));
+    }
 
-    // 5592394 groups of three bytes and one of a single byte make 16777215 with the raw prefix.
-    const QString tooLarge = "offset 22369738: too large: a firmware has at most 16777215 bytes";
-    QTest::newRow("the largest") << 22369578 << QByteArray("==") << "no fault";
-    QTest::newRow("the largest without padding") << 22369578 << QByteArray() << "no fault";
-    QTest::newRow("16 MiB") << 22369579 << QByteArray("=") << tooLarge;
-    QTest::newRow("16 MiB without padding") << 22369579 << QByteArray() << tooLarge;
-    QTest::newRow("16 MiB and a byte") << 22369580 << QByteArray() << tooLarge;
-    QTest::newRow("as much as is read of a larger file") << 22369581 << QByteArray() << tooLarge;
-}
+    void namesWhatIsWrongAndWhere_data()
+    {
+        QTest::addColumn<QByteArray>("image");
+        QTest::addColumn<QString>("fault");
 
-void ImageFaultTest::limitsTheSizeOfTheFirmware()
-{
-    QFETCH(int, characters);
-    QFETCH(QByteArray, end);
-    QTEST(faultText(imageFault(start() + QByteArray(characters, 'A') + end)), "fault");
-    QCOMPARE(kMaximumImageSize, 160 + 22369578 + 2);
-}
+        QTest::newRow("empty file")
+            << QByteArray()
+            << "offset 0: the file ends here, shorter than the header of 128 "
+               "bytes";
+        QTest::newRow("part of the magic")
+            << QByteArray("KVE")
+            << "offset 3: the file ends here, shorter than the header of 128 bytes";
+        QTest::newRow("one byte less than the header")
+            << start().left(127)
+            << "offset 127: the file ends here, shorter than the header of 128 bytes";
+        QTest::newRow("lower-case magic") << "kvel"
+                + start().mid(4) << R"(offset 0: the magic is "kvel" (6b 76 65 6c), not "KVEL")";
+        QTest::newRow("last letter of the magic") << "KVEM"
+                + start().mid(4) << R"(offset 0: the magic is "KVEM" (4b 56 45 4d), not "KVEL")";
+        QTest::newRow("unprintable magic") << QByteArray("\x7F\x00\xFFL", 4)
+                + start().mid(4) << R"(offset 0: the magic is "...L" (7f 00 ff 4c), not "KVEL")";
+        QTest::newRow("short file without the magic")
+            << QByteArray("PK") << R"(offset 0: the magic is "PK" (50 4b), not "KVEL")";
 
-void ImageFaultTest::limitsTheSizeToPack_data()
-{
-    QTest::addColumn<int>("size");
-    QTest::addColumn<QString>("fault");
+        QTest::newRow("foreign first character")
+            << start("*UJD") << R"(offset 160: "*" (2a) is not a base64 character)";
+        QTest::newRow("line break")
+            << start("QUJD\n") << R"(offset 164: "." (0a) is not a base64 character)";
+        QTest::newRow("the first of two foreign characters")
+            << start("QU-_") << R"(offset 162: "-" (2d) is not a base64 character)";
+        QTest::newRow("high byte")
+            << start("QUJ\xC4") << R"(offset 163: "." (c4) is not a base64 character)";
+        QTest::newRow("foreign character behind padding")
+            << start("QUI=D") << R"(offset 163: a "=" that is not at the end of the encoded body)";
+        QTest::newRow("padding in the middle")
+            << start("QQ==QUI=")
+            << R"(offset 162: a "=" that is not at the end of the encoded body)";
 
-    QTest::newRow("nothing") << 0 << "no fault";
-    QTest::newRow("the largest") << 16777215 << "no fault";
-    QTest::newRow("16 MiB") << 16777216
-                            << "offset 16777215: too large: a firmware has at most 16777215 bytes";
-}
+        const QString lone = "a single character, which is no whole byte";
+        QTest::newRow("a lone character")
+            << start("Q") << "offset 160: the encoded body ends with " + lone;
+        QTest::newRow("a lone character after a group")
+            << start("QUJDQ") << "offset 164: the encoded body ends with " + lone;
+        QTest::newRow("a lone character with padding")
+            << start("QUJDQ===") << "offset 164: the encoded body ends with " + lone;
 
-void ImageFaultTest::limitsTheSizeToPack()
-{
-    QFETCH(int, size);
-    QTEST(faultText(firmwareFault(QByteArray(size, '\0'))), "fault");
-}
+        const QString padding =
+            R"(wrong padding: the encoded body takes %1 "=" at its end or none, )"
+            "not %2";
+        QTest::newRow("half of the padding")
+            << start("QQ=") << "offset 162: " + padding.arg(2).arg(1);
+        QTest::newRow("too much for one byte")
+            << start("QQ===") << "offset 162: " + padding.arg(2).arg(3);
+        QTest::newRow("too much for two bytes")
+            << start("QUI==") << "offset 163: " + padding.arg(1).arg(2);
+        QTest::newRow("padding of a full group")
+            << start("QUJD=") << "offset 164: " + padding.arg(0).arg(1);
+        QTest::newRow("a group of padding")
+            << start("QUJD====") << "offset 164: " + padding.arg(0).arg(4);
+        QTest::newRow("padding without a body")
+            << start("====") << "offset 160: " + padding.arg(0).arg(4);
+
+        const QString cut =
+            "the last character holds bits of a further byte: the encoded body is cut "
+            "short or damaged";
+        QTest::newRow("three of four characters") << start("QUJDQUJ") << "offset 166: " + cut;
+        QTest::newRow("two of four characters") << start("QUJDQU") << "offset 165: " + cut;
+        QTest::newRow("the other bit before the padding of two bytes")
+            << start("QUK=") << "offset 162: " + cut;
+        QTest::newRow("every bit before the padding of one byte")
+            << start("QY==") << "offset 161: " + cut;
+        QTest::newRow("damaged before the padding of two bytes")
+            << start("QUJ=") << "offset 162: " + cut;
+        QTest::newRow("damaged before the padding of one byte")
+            << start("Qf==") << "offset 161: " + cut;
+    }
+
+    void namesWhatIsWrongAndWhere()
+    {
+        QFETCH(QByteArray, image);
+        QTEST(faultText(imageFault(image)), "fault");
+    }
+
+    void tellsBase64CharactersFromAllOthers()
+    {
+        const QByteArray alphabet =
+            "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        for (int value = 0; value < 256; ++value) {
+            const char character = static_cast<char>(value);
+            const auto fault = imageFault(start("QU") + character + "D");
+            QVERIFY2(fault.has_value() != alphabet.contains(character),
+                     qPrintable(faultText(fault)));
+        }
+    }
+
+    void limitsTheSizeOfTheFirmware_data()
+    {
+        QTest::addColumn<int>("characters");
+        QTest::addColumn<QByteArray>("end");
+        QTest::addColumn<QString>("fault");
+
+        // 5592394 groups of three bytes and one of a single byte make 16777215 with the raw prefix.
+        const QString tooLarge =
+            "offset 22369738: too large: a firmware has at most 16777215 bytes";
+        QTest::newRow("the largest") << 22369578 << QByteArray("==") << "no fault";
+        QTest::newRow("the largest without padding") << 22369578 << QByteArray() << "no fault";
+        QTest::newRow("16 MiB") << 22369579 << QByteArray("=") << tooLarge;
+        QTest::newRow("16 MiB without padding") << 22369579 << QByteArray() << tooLarge;
+        QTest::newRow("16 MiB and a byte") << 22369580 << QByteArray() << tooLarge;
+        QTest::newRow("as much as is read of a larger file")
+            << 22369581 << QByteArray() << tooLarge;
+    }
+
+    void limitsTheSizeOfTheFirmware()
+    {
+        QFETCH(int, characters);
+        QFETCH(QByteArray, end);
+        QTEST(faultText(imageFault(start() + QByteArray(characters, 'A') + end)), "fault");
+        QCOMPARE(kMaximumImageSize, 160 + 22369578 + 2);
+    }
+
+    void limitsTheSizeToPack_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::addColumn<QString>("fault");
+
+        QTest::newRow("nothing") << 0 << "no fault";
+        QTest::newRow("the largest") << 16777215 << "no fault";
+        QTest::newRow("16 MiB")
+            << 16777216 << "offset 16777215: too large: a firmware has at most 16777215 bytes";
+    }
+
+    void limitsTheSizeToPack()
+    {
+        QFETCH(int, size);
+        QTEST(faultText(firmwareFault(QByteArray(size, '\0'))), "fault");
+    }
+};
 
 QTEST_APPLESS_MAIN(ImageFaultTest)
 

@@ -30,65 +30,60 @@ class ImagePackingTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void writesTheImage_data();
-    void writesTheImage();
-    void isUploadedAsPackedForEverySize();
-    void isUploadedAsPackedAtTheLargestSize();
-};
+    void writesTheImage_data()
+    {
+        QTest::addColumn<QByteArray>("firmware");
+        QTest::addColumn<QByteArray>("payload");
 
-void ImagePackingTest::writesTheImage_data()
-{
-    QTest::addColumn<QByteArray>("firmware");
-    QTest::addColumn<QByteArray>("payload");
-
-    const QByteArray prefix = "0123456789abcdef0123456789ABCDEF";
-    QTest::newRow("nothing") << QByteArray() << QByteArray();
-    QTest::newRow("less than the raw prefix")
-        << QByteArray("\x00=\xFF", 3) << QByteArray("\x00=\xFF", 3);
-    QTest::newRow("the raw prefix") << prefix << prefix;
-    QTest::newRow("33 bytes") << prefix + "A" << prefix + "QQ==";
-    QTest::newRow("34 bytes") << prefix + "AB" << prefix + "QUI=";
-    QTest::newRow("35 bytes") << prefix + "ABC" << prefix + "QUJD";
-    QTest::newRow("the last of the alphabet") << prefix + "\xFB\xFF\xFE" << prefix + "+//+";
-    // 90 bytes make 120 characters, more than others put on a line.
-    QTest::newRow("no line breaks")
-        << prefix + QByteArray("ABC").repeated(30) << prefix + QByteArray("QUJD").repeated(30);
-}
-
-void ImagePackingTest::writesTheImage()
-{
-    QFETCH(QByteArray, firmware);
-    QFETCH(QByteArray, payload);
-    const QByteArray versions("\x01\x02\x00\x07\x01\x00\x0A\xFF", 8);
-    QCOMPARE(packedImage(kProtocolVersion, kImageVersion, firmware),
-             "KVEL" + versions + QByteArray(116, '\0') + payload);
-}
-
-void ImagePackingTest::isUploadedAsPackedForEverySize()
-{
-    for (int size = 0; size <= 1000; ++size) {
-        const QByteArray firmware = someFirmware(size);
-        QByteArray image = packedImage(kProtocolVersion, kImageVersion, firmware);
-        QVERIFY2(!imageFault(image), qPrintable(QString::number(size)));
-        QCOMPARE(FirmwareImage(image).firmware(), firmware);
-
-        // Likewise without the padding; a "=" of the raw prefix is none.
-        while (image.size() > 160 && image.endsWith('=')) {
-            image.chop(1);
-        }
-        QVERIFY2(!imageFault(image), qPrintable(QString::number(size)));
-        QCOMPARE(FirmwareImage(image).firmware(), firmware);
+        const QByteArray prefix = "0123456789abcdef0123456789ABCDEF";
+        QTest::newRow("nothing") << QByteArray() << QByteArray();
+        QTest::newRow("less than the raw prefix")
+            << QByteArray("\x00=\xFF", 3) << QByteArray("\x00=\xFF", 3);
+        QTest::newRow("the raw prefix") << prefix << prefix;
+        QTest::newRow("33 bytes") << prefix + "A" << prefix + "QQ==";
+        QTest::newRow("34 bytes") << prefix + "AB" << prefix + "QUI=";
+        QTest::newRow("35 bytes") << prefix + "ABC" << prefix + "QUJD";
+        QTest::newRow("the last of the alphabet") << prefix + "\xFB\xFF\xFE" << prefix + "+//+";
+        // 90 bytes make 120 characters, more than others put on a line.
+        QTest::newRow("no line breaks")
+            << prefix + QByteArray("ABC").repeated(30) << prefix + QByteArray("QUJD").repeated(30);
     }
-}
 
-void ImagePackingTest::isUploadedAsPackedAtTheLargestSize()
-{
-    const QByteArray firmware = someFirmware(16777215);
-    const QByteArray image = packedImage(kProtocolVersion, kImageVersion, firmware);
-    QCOMPARE(image.size(), kMaximumImageSize);
-    QVERIFY(!imageFault(image));
-    QVERIFY(FirmwareImage(image).firmware() == firmware);
-}
+    void writesTheImage()
+    {
+        QFETCH(QByteArray, firmware);
+        QFETCH(QByteArray, payload);
+        const QByteArray versions("\x01\x02\x00\x07\x01\x00\x0A\xFF", 8);
+        QCOMPARE(packedImage(kProtocolVersion, kImageVersion, firmware),
+                 "KVEL" + versions + QByteArray(116, '\0') + payload);
+    }
+
+    void isUploadedAsPackedForEverySize()
+    {
+        for (int size = 0; size <= 1000; ++size) {
+            const QByteArray firmware = someFirmware(size);
+            QByteArray image = packedImage(kProtocolVersion, kImageVersion, firmware);
+            QVERIFY2(!imageFault(image), qPrintable(QString::number(size)));
+            QCOMPARE(FirmwareImage(image).firmware(), firmware);
+
+            // Likewise without the padding; a "=" of the raw prefix is none.
+            while (image.size() > 160 && image.endsWith('=')) {
+                image.chop(1);
+            }
+            QVERIFY2(!imageFault(image), qPrintable(QString::number(size)));
+            QCOMPARE(FirmwareImage(image).firmware(), firmware);
+        }
+    }
+
+    void isUploadedAsPackedAtTheLargestSize()
+    {
+        const QByteArray firmware = someFirmware(16777215);
+        const QByteArray image = packedImage(kProtocolVersion, kImageVersion, firmware);
+        QCOMPARE(image.size(), kMaximumImageSize);
+        QVERIFY(!imageFault(image));
+        QVERIFY(FirmwareImage(image).firmware() == firmware);
+    }
+};
 
 QTEST_APPLESS_MAIN(ImagePackingTest)
 

@@ -29,61 +29,57 @@ class ImageReportTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void tellsEverything();
-    void tellsPacketsAndTheirTime_data();
-    void tellsPacketsAndTheirTime();
+    void tellsEverything()
+    {
+        QCOMPARE(imageReport(header() + "0123456789abcdef0123456789ABCDEFQUJD"),
+                 QString("Magic: KVEL\n"
+                         "Protocol version: 1.2.a.-1 (decimal 1.2.10.255)\n"
+                         "Image version: -80.0.10.63 (decimal 128.0.16.99)\n"
+                         "File size: 164 bytes\n"
+                         "Firmware size: 35 bytes\n"
+                         "Packets: 1\n"
+                         "Upload time: 0 min 0.10 s\n"
+                         "SHA-256 of the firmware: "
+                         "d77a178473cf2bf0a832092bfb6e9204f556c2bf8d38916ce7fc13dfc1255e3d\n"));
+    }
+
+    void tellsPacketsAndTheirTime_data()
+    {
+        QTest::addColumn<int>("characters");
+        QTest::addColumn<QString>("size");
+        QTest::addColumn<QString>("packets");
+        QTest::addColumn<QString>("time");
+
+        QTest::newRow("a full packet") << 128 << "128 bytes"
+                                       << "1"
+                                       << "0 min 0.10 s";
+        QTest::newRow("one byte more") << 130 << "129 bytes"
+                                       << "2"
+                                       << "0 min 0.15 s";
+        QTest::newRow("one second") << 3200 << "2432 bytes"
+                                    << "19"
+                                    << "0 min 1.00 s";
+        QTest::newRow("almost a minute") << 204416 << "153344 bytes"
+                                         << "1198"
+                                         << "0 min 59.95 s";
+        QTest::newRow("a minute") << 204587 << "153472 bytes"
+                                  << "1199"
+                                  << "1 min 0.00 s";
+        QTest::newRow("the largest") << 22369578 << "16777215 bytes"
+                                     << "131072"
+                                     << "109 min 13.65 s";
+    }
+
+    void tellsPacketsAndTheirTime()
+    {
+        QFETCH(int, characters);
+        const QString report =
+            imageReport(header() + QByteArray(32, 'x') + QByteArray(characters, 'A'));
+        QTEST(lineOf(report, "Firmware size"), "size");
+        QTEST(lineOf(report, "Packets"), "packets");
+        QTEST(lineOf(report, "Upload time"), "time");
+    }
 };
-
-void ImageReportTest::tellsEverything()
-{
-    QCOMPARE(imageReport(header() + "0123456789abcdef0123456789ABCDEFQUJD"),
-             QString("Magic: KVEL\n"
-                     "Protocol version: 1.2.a.-1 (decimal 1.2.10.255)\n"
-                     "Image version: -80.0.10.63 (decimal 128.0.16.99)\n"
-                     "File size: 164 bytes\n"
-                     "Firmware size: 35 bytes\n"
-                     "Packets: 1\n"
-                     "Upload time: 0 min 0.10 s\n"
-                     "SHA-256 of the firmware: "
-                     "d77a178473cf2bf0a832092bfb6e9204f556c2bf8d38916ce7fc13dfc1255e3d\n"));
-}
-
-void ImageReportTest::tellsPacketsAndTheirTime_data()
-{
-    QTest::addColumn<int>("characters");
-    QTest::addColumn<QString>("size");
-    QTest::addColumn<QString>("packets");
-    QTest::addColumn<QString>("time");
-
-    QTest::newRow("a full packet") << 128 << "128 bytes"
-                                   << "1"
-                                   << "0 min 0.10 s";
-    QTest::newRow("one byte more") << 130 << "129 bytes"
-                                   << "2"
-                                   << "0 min 0.15 s";
-    QTest::newRow("one second") << 3200 << "2432 bytes"
-                                << "19"
-                                << "0 min 1.00 s";
-    QTest::newRow("almost a minute") << 204416 << "153344 bytes"
-                                     << "1198"
-                                     << "0 min 59.95 s";
-    QTest::newRow("a minute") << 204587 << "153472 bytes"
-                              << "1199"
-                              << "1 min 0.00 s";
-    QTest::newRow("the largest") << 22369578 << "16777215 bytes"
-                                 << "131072"
-                                 << "109 min 13.65 s";
-}
-
-void ImageReportTest::tellsPacketsAndTheirTime()
-{
-    QFETCH(int, characters);
-    const QString report =
-        imageReport(header() + QByteArray(32, 'x') + QByteArray(characters, 'A'));
-    QTEST(lineOf(report, "Firmware size"), "size");
-    QTEST(lineOf(report, "Packets"), "packets");
-    QTEST(lineOf(report, "Upload time"), "time");
-}
 
 QTEST_APPLESS_MAIN(ImageReportTest)
 

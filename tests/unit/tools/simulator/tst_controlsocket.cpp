@@ -10,27 +10,6 @@
 
 #include <memory>
 
-class ControlSocketTest : public QObject {
-    Q_OBJECT
-
-private slots:
-    void init();
-    void answersEachCommand();
-    void waitsForTheWholeLine();
-    void servesSeveralClients();
-    void replacesASocketThatNobodyServes();
-    void leavesAlone_data();
-    void leavesAlone();
-    void removesTheSocketInTheEnd();
-
-private:
-    std::unique_ptr<ControlSocket> serve();
-
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QString m_path;
-    QStringList m_commands;
-};
-
 namespace {
 
 QByteArray answerTo(QLocalSocket &client, const QByteArray &text)
@@ -42,133 +21,143 @@ QByteArray answerTo(QLocalSocket &client, const QByteArray &text)
 
 } // namespace
 
-void ControlSocketTest::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_path = m_folder->filePath("control");
-    m_commands.clear();
-}
+class ControlSocketTest : public QObject {
+    Q_OBJECT
 
-// Refuses the command "bad".
-std::unique_ptr<ControlSocket> ControlSocketTest::serve()
-{
-    return std::make_unique<ControlSocket>([this](const QString &command) {
-        m_commands << command;
-        return command == "bad" ? QString("it is bad") : QString();
-    });
-}
-
-void ControlSocketTest::answersEachCommand()
-{
-    const auto control = serve();
-    QString error;
-    QVERIFY2(control->listen(m_path, &error), qPrintable(error));
-    QLocalSocket client;
-    client.connectToServer(m_path);
-    QCOMPARE(answerTo(client, "silent  on \r\n"), QByteArray("ok\n"));
-    QCOMPARE(answerTo(client, "bad\n"), QByteArray("error: it is bad\n"));
-    QCOMPARE(m_commands, QStringList({"silent on", "bad"}));
-}
-
-void ControlSocketTest::waitsForTheWholeLine()
-{
-    const auto control = serve();
-    QString error;
-    QVERIFY2(control->listen(m_path, &error), qPrintable(error));
-    QLocalSocket first;
-    first.connectToServer(m_path);
-    first.write("on");
-    QVERIFY(first.flush() || first.bytesToWrite() == 0);
-    // By the time a later client is answered, the first bytes have been seen.
-    QLocalSocket second;
-    second.connectToServer(m_path);
-    QCOMPARE(answerTo(second, "other\n"), QByteArray("ok\n"));
-    QCOMPARE(m_commands, QStringList{"other"});
-    QCOMPARE(answerTo(first, "e\ntwo\n"), QByteArray("ok\n"));
-    QTRY_VERIFY(first.canReadLine());
-    QCOMPARE(m_commands, QStringList({"other", "one", "two"}));
-}
-
-void ControlSocketTest::servesSeveralClients()
-{
-    const auto control = serve();
-    QString error;
-    QVERIFY2(control->listen(m_path, &error), qPrintable(error));
-    QLocalSocket first;
-    first.connectToServer(m_path);
-    QCOMPARE(answerTo(first, "one\n"), QByteArray("ok\n"));
+private slots:
+    void init()
     {
-        QLocalSocket second;
-        second.connectToServer(m_path);
-        QCOMPARE(answerTo(second, "two\n"), QByteArray("ok\n"));
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_path = m_folder->filePath("control");
+        m_commands.clear();
     }
-    QCOMPARE(answerTo(first, "three\n"), QByteArray("ok\n"));
-}
 
-void ControlSocketTest::replacesASocketThatNobodyServes()
-{
-    // A server that goes without removing its socket, as a killed process does.
-    {
-        QLocalServer killed;
-        QVERIFY(killed.listen(m_folder->filePath("killed")));
-        QVERIFY(QFile::rename(m_folder->filePath("killed"), m_path));
-    }
-    QVERIFY(QFile::exists(m_path));
-
-    const auto control = serve();
-    QString error;
-    QVERIFY2(control->listen(m_path, &error), qPrintable(error));
-    QLocalSocket client;
-    client.connectToServer(m_path);
-    QCOMPARE(answerTo(client, "one\n"), QByteArray("ok\n"));
-}
-
-void ControlSocketTest::leavesAlone_data()
-{
-    QTest::addColumn<bool>("isServed");
-
-    QTest::newRow("a socket that is served") << true;
-    QTest::newRow("a file") << false;
-}
-
-void ControlSocketTest::leavesAlone()
-{
-    QFETCH(bool, isServed);
-    QLocalServer other;
-    if (isServed) {
-        QVERIFY(other.listen(m_path));
-    } else {
-        QFile file(m_path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("precious");
-    }
-    QString error;
-    {
-        const auto control = serve();
-        QVERIFY(!control->listen(m_path, &error));
-    }
-    QCOMPARE(error, "cannot make the control socket " + m_path + ": it exists");
-    if (isServed) {
-        QLocalSocket client;
-        client.connectToServer(m_path);
-        QVERIFY(client.waitForConnected(kPatience));
-    } else {
-        QFile file(m_path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray("precious"));
-    }
-}
-
-void ControlSocketTest::removesTheSocketInTheEnd()
-{
+    void answersEachCommand()
     {
         const auto control = serve();
         QString error;
         QVERIFY2(control->listen(m_path, &error), qPrintable(error));
-        QVERIFY(QFile::exists(m_path));
+        QLocalSocket client;
+        client.connectToServer(m_path);
+        QCOMPARE(answerTo(client, "silent  on \r\n"), QByteArray("ok\n"));
+        QCOMPARE(answerTo(client, "bad\n"), QByteArray("error: it is bad\n"));
+        QCOMPARE(m_commands, QStringList({"silent on", "bad"}));
     }
-    QVERIFY(!QFile::exists(m_path));
-}
+
+    void waitsForTheWholeLine()
+    {
+        const auto control = serve();
+        QString error;
+        QVERIFY2(control->listen(m_path, &error), qPrintable(error));
+        QLocalSocket first;
+        first.connectToServer(m_path);
+        first.write("on");
+        QVERIFY(first.flush() || first.bytesToWrite() == 0);
+        // By the time a later client is answered, the first bytes have been seen.
+        QLocalSocket second;
+        second.connectToServer(m_path);
+        QCOMPARE(answerTo(second, "other\n"), QByteArray("ok\n"));
+        QCOMPARE(m_commands, QStringList{"other"});
+        QCOMPARE(answerTo(first, "e\ntwo\n"), QByteArray("ok\n"));
+        QTRY_VERIFY(first.canReadLine());
+        QCOMPARE(m_commands, QStringList({"other", "one", "two"}));
+    }
+
+    void servesSeveralClients()
+    {
+        const auto control = serve();
+        QString error;
+        QVERIFY2(control->listen(m_path, &error), qPrintable(error));
+        QLocalSocket first;
+        first.connectToServer(m_path);
+        QCOMPARE(answerTo(first, "one\n"), QByteArray("ok\n"));
+        {
+            QLocalSocket second;
+            second.connectToServer(m_path);
+            QCOMPARE(answerTo(second, "two\n"), QByteArray("ok\n"));
+        }
+        QCOMPARE(answerTo(first, "three\n"), QByteArray("ok\n"));
+    }
+
+    void replacesASocketThatNobodyServes()
+    {
+        // A server that goes without removing its socket, as a killed process does.
+        {
+            QLocalServer killed;
+            QVERIFY(killed.listen(m_folder->filePath("killed")));
+            QVERIFY(QFile::rename(m_folder->filePath("killed"), m_path));
+        }
+        QVERIFY(QFile::exists(m_path));
+
+        const auto control = serve();
+        QString error;
+        QVERIFY2(control->listen(m_path, &error), qPrintable(error));
+        QLocalSocket client;
+        client.connectToServer(m_path);
+        QCOMPARE(answerTo(client, "one\n"), QByteArray("ok\n"));
+    }
+
+    void leavesAlone_data()
+    {
+        QTest::addColumn<bool>("isServed");
+
+        QTest::newRow("a socket that is served") << true;
+        QTest::newRow("a file") << false;
+    }
+
+    void leavesAlone()
+    {
+        QFETCH(bool, isServed);
+        QLocalServer other;
+        if (isServed) {
+            QVERIFY(other.listen(m_path));
+        } else {
+            QFile file(m_path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("precious");
+        }
+        QString error;
+        {
+            const auto control = serve();
+            QVERIFY(!control->listen(m_path, &error));
+        }
+        QCOMPARE(error, "cannot make the control socket " + m_path + ": it exists");
+        if (isServed) {
+            QLocalSocket client;
+            client.connectToServer(m_path);
+            QVERIFY(client.waitForConnected(kPatience));
+        } else {
+            QFile file(m_path);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QCOMPARE(file.readAll(), QByteArray("precious"));
+        }
+    }
+
+    void removesTheSocketInTheEnd()
+    {
+        {
+            const auto control = serve();
+            QString error;
+            QVERIFY2(control->listen(m_path, &error), qPrintable(error));
+            QVERIFY(QFile::exists(m_path));
+        }
+        QVERIFY(!QFile::exists(m_path));
+    }
+
+private:
+    // Refuses the command "bad".
+    std::unique_ptr<ControlSocket> serve()
+    {
+        return std::make_unique<ControlSocket>([this](const QString &command) {
+            m_commands << command;
+            return command == "bad" ? QString("it is bad") : QString();
+        });
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_path;
+    QStringList m_commands;
+};
 
 QTEST_GUILESS_MAIN(ControlSocketTest)
 #include "tst_controlsocket.moc"

@@ -58,235 +58,224 @@ class FirmwareReceiverTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void readsTheAnnouncedSize_data();
-    void readsTheAnnouncedSize();
-    void putsTheFirmwareTogether_data();
-    void putsTheFirmwareTogether();
-    void countsPacketsModulo256();
-    void refusesAPacketThatDoesNotFit_data();
-    void refusesAPacketThatDoesNotFit();
-    void refusesAPacketWithoutAnAnnouncement();
-    void refusesAPacketWhenItIsComplete_data();
-    void refusesAPacketWhenItIsComplete();
-    void startsAnewWithAnAnnouncement();
-    void goesOnAfterABadAnnouncement_data();
-    void goesOnAfterABadAnnouncement();
-};
+    void readsTheAnnouncedSize_data()
+    {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<int>("size"); // -1 for none
 
-void FirmwareReceiverTest::readsTheAnnouncedSize_data()
-{
-    QTest::addColumn<QByteArray>("payload");
-    QTest::addColumn<int>("size"); // -1 for none
+        QTest::newRow("nothing") << QByteArray("02 00 00 00") << 0;
+        QTest::newRow("low byte") << QByteArray("02 00 00 FF") << 255;
+        QTest::newRow("two bytes") << QByteArray("02 00 01 2C") << 300;
+        QTest::newRow("three bytes") << QByteArray("02 01 23 45") << 74565;
+        QTest::newRow("highest bit") << QByteArray("02 80 00 00") << 8388608;
+        QTest::newRow("largest") << QByteArray("02 FF FF FF") << 16777215;
+        QTest::newRow("starts with another number") << QByteArray("01 00 01 2C") << -1;
+        QTest::newRow("too short") << QByteArray("02 01 2C") << -1;
+        QTest::newRow("too long") << QByteArray("02 00 00 01 2C") << -1;
+        QTest::newRow("empty") << QByteArray() << -1;
+    }
 
-    QTest::newRow("nothing") << QByteArray("02 00 00 00") << 0;
-    QTest::newRow("low byte") << QByteArray("02 00 00 FF") << 255;
-    QTest::newRow("two bytes") << QByteArray("02 00 01 2C") << 300;
-    QTest::newRow("three bytes") << QByteArray("02 01 23 45") << 74565;
-    QTest::newRow("highest bit") << QByteArray("02 80 00 00") << 8388608;
-    QTest::newRow("largest") << QByteArray("02 FF FF FF") << 16777215;
-    QTest::newRow("starts with another number") << QByteArray("01 00 01 2C") << -1;
-    QTest::newRow("too short") << QByteArray("02 01 2C") << -1;
-    QTest::newRow("too long") << QByteArray("02 00 00 01 2C") << -1;
-    QTest::newRow("empty") << QByteArray() << -1;
-}
+    void readsTheAnnouncedSize()
+    {
+        QFETCH(QByteArray, payload);
+        QTEST(FirmwareReceiver::announcedSize(QByteArray::fromHex(payload)).value_or(-1), "size");
+    }
 
-void FirmwareReceiverTest::readsTheAnnouncedSize()
-{
-    QFETCH(QByteArray, payload);
-    QTEST(FirmwareReceiver::announcedSize(QByteArray::fromHex(payload)).value_or(-1), "size");
-}
+    void putsTheFirmwareTogether_data()
+    {
+        QTest::addColumn<QByteArray>("announcement");
+        QTest::addColumn<QVector<int>>("sizes");
+        QTest::addColumn<int>("total");
 
-void FirmwareReceiverTest::putsTheFirmwareTogether_data()
-{
-    QTest::addColumn<QByteArray>("announcement");
-    QTest::addColumn<QVector<int>>("sizes");
-    QTest::addColumn<int>("total");
+        QTest::newRow("0 bytes") << QByteArray("02 00 00 00") << QVector<int>() << 0;
+        QTest::newRow("1 byte") << QByteArray("02 00 00 01") << QVector<int>{1} << 1;
+        QTest::newRow("127 bytes") << QByteArray("02 00 00 7F") << QVector<int>{127} << 127;
+        QTest::newRow("128 bytes") << QByteArray("02 00 00 80") << QVector<int>{128} << 128;
+        QTest::newRow("129 bytes") << QByteArray("02 00 00 81") << QVector<int>{128, 1} << 129;
+        QTest::newRow("256 bytes") << QByteArray("02 00 01 00") << QVector<int>{128, 128} << 256;
+        QTest::newRow("300 bytes")
+            << QByteArray("02 00 01 2C") << QVector<int>{128, 128, 44} << 300;
+    }
 
-    QTest::newRow("0 bytes") << QByteArray("02 00 00 00") << QVector<int>() << 0;
-    QTest::newRow("1 byte") << QByteArray("02 00 00 01") << QVector<int>{1} << 1;
-    QTest::newRow("127 bytes") << QByteArray("02 00 00 7F") << QVector<int>{127} << 127;
-    QTest::newRow("128 bytes") << QByteArray("02 00 00 80") << QVector<int>{128} << 128;
-    QTest::newRow("129 bytes") << QByteArray("02 00 00 81") << QVector<int>{128, 1} << 129;
-    QTest::newRow("256 bytes") << QByteArray("02 00 01 00") << QVector<int>{128, 128} << 256;
-    QTest::newRow("300 bytes") << QByteArray("02 00 01 2C") << QVector<int>{128, 128, 44} << 300;
-}
-
-void FirmwareReceiverTest::putsTheFirmwareTogether()
-{
-    QFETCH(QByteArray, announcement);
-    QFETCH(QVector<int>, sizes);
-    QFETCH(int, total);
-    const QByteArray firmware = someFirmware(total);
-    FirmwareReceiver receiver;
-    QVERIFY(!receiver.isComplete());
-    QCOMPARE(announce(receiver, announcement), announcementReply());
-    int taken = 0;
-    unsigned char number = 0;
-    for (const int size : sizes) {
+    void putsTheFirmwareTogether()
+    {
+        QFETCH(QByteArray, announcement);
+        QFETCH(QVector<int>, sizes);
+        QFETCH(int, total);
+        const QByteArray firmware = someFirmware(total);
+        FirmwareReceiver receiver;
         QVERIFY(!receiver.isComplete());
-        ++number;
-        QCOMPARE(text(receiver.takePacket(number, firmware.mid(taken, size))), packetReply());
-        taken += size;
-        QCOMPARE(receiver.firmware(), firmware.left(taken));
-    }
-    QVERIFY(receiver.isComplete());
-    QCOMPARE(receiver.firmware(), firmware);
-}
-
-void FirmwareReceiverTest::countsPacketsModulo256()
-{
-    const QByteArray firmware = someFirmware(256 * 128 + 5);
-    FirmwareReceiver receiver;
-    QCOMPARE(announce(receiver, "02 00 80 05"), announcementReply());
-    for (int i = 0; i < 255; ++i) {
-        const auto number = static_cast<unsigned char>(i + 1);
-        QCOMPARE(text(receiver.takePacket(number, firmware.mid(i * 128, 128))), packetReply());
-    }
-    const QByteArray packet256 = firmware.mid(255 * 128, 128);
-    QCOMPARE(receiver.takePacket(1, packet256).refusal, QString("packet 1 instead of 0"));
-    QCOMPARE(text(receiver.takePacket(0, packet256)), packetReply());
-    const QByteArray packet257 = firmware.mid(256 * 128);
-    QCOMPARE(receiver.takePacket(0, packet257).refusal, QString("packet 0 instead of 1"));
-    QVERIFY(!receiver.isComplete());
-    QCOMPARE(text(receiver.takePacket(1, packet257)), packetReply());
-    QVERIFY(receiver.isComplete());
-    QCOMPARE(receiver.firmware(), firmware);
-}
-
-void FirmwareReceiverTest::refusesAPacketThatDoesNotFit_data()
-{
-    QTest::addColumn<int>("packetsBefore"); // of 300 bytes
-    QTest::addColumn<Packet>("packet");
-    QTest::addColumn<QString>("refusal");
-
-    QTest::newRow("counted from 0") << 0 << Packet{0, 128} << "packet 0 instead of 1";
-    QTest::newRow("first one missing") << 0 << Packet{2, 128} << "packet 2 instead of 1";
-    QTest::newRow("one in the middle missing") << 1 << Packet{3, 44} << "packet 3 instead of 2";
-    QTest::newRow("repeated") << 1 << Packet{1, 128} << "packet 1 instead of 2";
-    QTest::newRow("one before that") << 2 << Packet{1, 128} << "packet 1 instead of 3";
-    QTest::newRow("too short in the middle")
-        << 1 << Packet{2, 127} << "payload of 127 bytes, 128 expected";
-    QTest::newRow("last one's length in the middle")
-        << 1 << Packet{2, 44} << "payload of 44 bytes, 128 expected";
-    QTest::newRow("empty in the middle") << 1 << Packet{2, 0} << "payload of 0 bytes, 128 expected";
-    QTest::newRow("too long in the middle")
-        << 1 << Packet{2, 129} << "payload of 129 bytes, 128 expected";
-    QTest::newRow("too short at the end")
-        << 2 << Packet{3, 43} << "payload of 43 bytes, 44 expected";
-    QTest::newRow("empty at the end") << 2 << Packet{3, 0} << "payload of 0 bytes, 44 expected";
-    QTest::newRow("one byte more than announced")
-        << 2 << Packet{3, 45} << "payload of 45 bytes, only 44 of 300 are missing";
-    QTest::newRow("a full one more than announced")
-        << 2 << Packet{3, 128} << "payload of 128 bytes, only 44 of 300 are missing";
-}
-
-void FirmwareReceiverTest::refusesAPacketThatDoesNotFit()
-{
-    QFETCH(int, packetsBefore);
-    QFETCH(Packet, packet);
-    const QByteArray firmware = someFirmware(300);
-    const std::array<QByteArray, 3> packets{firmware.mid(0, 128), firmware.mid(128, 128),
-                                            firmware.mid(256)};
-    FirmwareReceiver receiver;
-    announce(receiver, "02 00 01 2C");
-    unsigned char next = 1;
-    while (next <= packetsBefore) {
-        QCOMPARE(text(receiver.takePacket(next, packets.at(next - 1U))), packetReply());
-        ++next;
-    }
-    const Answer answer = receiver.takePacket(packet.number, QByteArray(packet.size, 'x'));
-    QTEST(answer.refusal, "refusal");
-    QVERIFY(answer.frames.isEmpty());
-    QCOMPARE(receiver.firmware(), firmware.left(packetsBefore * 128));
-    QVERIFY(!receiver.isComplete());
-    // The right ones may still follow.
-    while (next <= packets.size()) {
-        QCOMPARE(text(receiver.takePacket(next, packets.at(next - 1U))), packetReply());
-        ++next;
-    }
-    QVERIFY(receiver.isComplete());
-    QCOMPARE(receiver.firmware(), firmware);
-}
-
-void FirmwareReceiverTest::refusesAPacketWithoutAnAnnouncement()
-{
-    FirmwareReceiver receiver;
-    const Answer answer = receiver.takePacket(1, QByteArray(128, 'x'));
-    QCOMPARE(answer.refusal, QString("no firmware was announced"));
-    QVERIFY(answer.frames.isEmpty());
-    QVERIFY(receiver.firmware().isEmpty());
-    QVERIFY(!receiver.isComplete());
-}
-
-void FirmwareReceiverTest::refusesAPacketWhenItIsComplete_data()
-{
-    QTest::addColumn<Packet>("packet");
-
-    QTest::newRow("one more") << Packet{2, 128};
-    QTest::newRow("an empty one") << Packet{2, 0};
-    QTest::newRow("the last one again") << Packet{1, 128};
-}
-
-void FirmwareReceiverTest::refusesAPacketWhenItIsComplete()
-{
-    QFETCH(Packet, packet);
-    const QByteArray firmware = someFirmware(128);
-    FirmwareReceiver receiver;
-    announce(receiver, "02 00 00 80");
-    receiver.takePacket(1, firmware);
-    const Answer answer = receiver.takePacket(packet.number, QByteArray(packet.size, 'x'));
-    QCOMPARE(answer.refusal, QString("the firmware is complete"));
-    QVERIFY(answer.frames.isEmpty());
-    QCOMPARE(receiver.firmware(), firmware);
-    QVERIFY(receiver.isComplete());
-}
-
-void FirmwareReceiverTest::startsAnewWithAnAnnouncement()
-{
-    const QByteArray firmware = someFirmware(129);
-    FirmwareReceiver receiver;
-    announce(receiver, "02 00 01 2C");
-    receiver.takePacket(1, QByteArray(128, 'x'));
-    for (const char *when : {"in the middle", "when it is complete"}) {
-        QCOMPARE(announce(receiver, "02 00 00 81"), announcementReply());
-        QVERIFY2(!receiver.isComplete(), when);
-        QVERIFY2(receiver.firmware().isEmpty(), when);
-        QCOMPARE(receiver.takePacket(2, firmware.left(128)).refusal,
-                 QString("packet 2 instead of 1"));
-        QCOMPARE(text(receiver.takePacket(1, firmware.left(128))), packetReply());
-        QCOMPARE(text(receiver.takePacket(2, firmware.mid(128))), packetReply());
-        QVERIFY2(receiver.isComplete(), when);
+        QCOMPARE(announce(receiver, announcement), announcementReply());
+        int taken = 0;
+        unsigned char number = 0;
+        for (const int size : sizes) {
+            QVERIFY(!receiver.isComplete());
+            ++number;
+            QCOMPARE(text(receiver.takePacket(number, firmware.mid(taken, size))), packetReply());
+            taken += size;
+            QCOMPARE(receiver.firmware(), firmware.left(taken));
+        }
+        QVERIFY(receiver.isComplete());
         QCOMPARE(receiver.firmware(), firmware);
     }
-}
 
-void FirmwareReceiverTest::goesOnAfterABadAnnouncement_data()
-{
-    QTest::addColumn<QByteArray>("payload");
-    QTest::addColumn<QByteArray>("refusal");
+    void countsPacketsModulo256()
+    {
+        const QByteArray firmware = someFirmware(256 * 128 + 5);
+        FirmwareReceiver receiver;
+        QCOMPARE(announce(receiver, "02 00 80 05"), announcementReply());
+        for (int i = 0; i < 255; ++i) {
+            const auto number = static_cast<unsigned char>(i + 1);
+            QCOMPARE(text(receiver.takePacket(number, firmware.mid(i * 128, 128))), packetReply());
+        }
+        const QByteArray packet256 = firmware.mid(255 * 128, 128);
+        QCOMPARE(receiver.takePacket(1, packet256).refusal, QString("packet 1 instead of 0"));
+        QCOMPARE(text(receiver.takePacket(0, packet256)), packetReply());
+        const QByteArray packet257 = firmware.mid(256 * 128);
+        QCOMPARE(receiver.takePacket(0, packet257).refusal, QString("packet 0 instead of 1"));
+        QVERIFY(!receiver.isComplete());
+        QCOMPARE(text(receiver.takePacket(1, packet257)), packetReply());
+        QVERIFY(receiver.isComplete());
+        QCOMPARE(receiver.firmware(), firmware);
+    }
 
-    QTest::newRow("empty") << QByteArray()
-                           << QByteArray("0 frames, refused: payload of 0 bytes, 4 expected");
-    QTest::newRow("too short") << QByteArray("02 00 80")
-                               << QByteArray("0 frames, refused: payload of 3 bytes, 4 expected");
-    QTest::newRow("too long") << QByteArray("02 00 00 00 80")
-                              << QByteArray("0 frames, refused: payload of 5 bytes, 4 expected");
-    QTest::newRow("starts with another number")
-        << QByteArray("FF 00 00 80")
-        << QByteArray("0 frames, refused: payload starts with 255, 2 expected");
-}
+    void refusesAPacketThatDoesNotFit_data()
+    {
+        QTest::addColumn<int>("packetsBefore"); // of 300 bytes
+        QTest::addColumn<Packet>("packet");
+        QTest::addColumn<QString>("refusal");
 
-void FirmwareReceiverTest::goesOnAfterABadAnnouncement()
-{
-    QFETCH(QByteArray, payload);
-    const QByteArray firmware = someFirmware(129);
-    FirmwareReceiver receiver;
-    announce(receiver, "02 00 00 81");
-    receiver.takePacket(1, firmware.left(128));
-    QTEST(announce(receiver, payload), "refusal");
-    QCOMPARE(text(receiver.takePacket(2, firmware.mid(128))), packetReply());
-    QCOMPARE(receiver.firmware(), firmware);
-}
+        QTest::newRow("counted from 0") << 0 << Packet{0, 128} << "packet 0 instead of 1";
+        QTest::newRow("first one missing") << 0 << Packet{2, 128} << "packet 2 instead of 1";
+        QTest::newRow("one in the middle missing") << 1 << Packet{3, 44} << "packet 3 instead of 2";
+        QTest::newRow("repeated") << 1 << Packet{1, 128} << "packet 1 instead of 2";
+        QTest::newRow("one before that") << 2 << Packet{1, 128} << "packet 1 instead of 3";
+        QTest::newRow("too short in the middle")
+            << 1 << Packet{2, 127} << "payload of 127 bytes, 128 expected";
+        QTest::newRow("last one's length in the middle")
+            << 1 << Packet{2, 44} << "payload of 44 bytes, 128 expected";
+        QTest::newRow("empty in the middle")
+            << 1 << Packet{2, 0} << "payload of 0 bytes, 128 expected";
+        QTest::newRow("too long in the middle")
+            << 1 << Packet{2, 129} << "payload of 129 bytes, 128 expected";
+        QTest::newRow("too short at the end")
+            << 2 << Packet{3, 43} << "payload of 43 bytes, 44 expected";
+        QTest::newRow("empty at the end") << 2 << Packet{3, 0} << "payload of 0 bytes, 44 expected";
+        QTest::newRow("one byte more than announced")
+            << 2 << Packet{3, 45} << "payload of 45 bytes, only 44 of 300 are missing";
+        QTest::newRow("a full one more than announced")
+            << 2 << Packet{3, 128} << "payload of 128 bytes, only 44 of 300 are missing";
+    }
+
+    void refusesAPacketThatDoesNotFit()
+    {
+        QFETCH(int, packetsBefore);
+        QFETCH(Packet, packet);
+        const QByteArray firmware = someFirmware(300);
+        const std::array<QByteArray, 3> packets{firmware.mid(0, 128), firmware.mid(128, 128),
+                                                firmware.mid(256)};
+        FirmwareReceiver receiver;
+        announce(receiver, "02 00 01 2C");
+        unsigned char next = 1;
+        while (next <= packetsBefore) {
+            QCOMPARE(text(receiver.takePacket(next, packets.at(next - 1U))), packetReply());
+            ++next;
+        }
+        const Answer answer = receiver.takePacket(packet.number, QByteArray(packet.size, 'x'));
+        QTEST(answer.refusal, "refusal");
+        QVERIFY(answer.frames.isEmpty());
+        QCOMPARE(receiver.firmware(), firmware.left(packetsBefore * 128));
+        QVERIFY(!receiver.isComplete());
+        // The right ones may still follow.
+        while (next <= packets.size()) {
+            QCOMPARE(text(receiver.takePacket(next, packets.at(next - 1U))), packetReply());
+            ++next;
+        }
+        QVERIFY(receiver.isComplete());
+        QCOMPARE(receiver.firmware(), firmware);
+    }
+
+    void refusesAPacketWithoutAnAnnouncement()
+    {
+        FirmwareReceiver receiver;
+        const Answer answer = receiver.takePacket(1, QByteArray(128, 'x'));
+        QCOMPARE(answer.refusal, QString("no firmware was announced"));
+        QVERIFY(answer.frames.isEmpty());
+        QVERIFY(receiver.firmware().isEmpty());
+        QVERIFY(!receiver.isComplete());
+    }
+
+    void refusesAPacketWhenItIsComplete_data()
+    {
+        QTest::addColumn<Packet>("packet");
+
+        QTest::newRow("one more") << Packet{2, 128};
+        QTest::newRow("an empty one") << Packet{2, 0};
+        QTest::newRow("the last one again") << Packet{1, 128};
+    }
+
+    void refusesAPacketWhenItIsComplete()
+    {
+        QFETCH(Packet, packet);
+        const QByteArray firmware = someFirmware(128);
+        FirmwareReceiver receiver;
+        announce(receiver, "02 00 00 80");
+        receiver.takePacket(1, firmware);
+        const Answer answer = receiver.takePacket(packet.number, QByteArray(packet.size, 'x'));
+        QCOMPARE(answer.refusal, QString("the firmware is complete"));
+        QVERIFY(answer.frames.isEmpty());
+        QCOMPARE(receiver.firmware(), firmware);
+        QVERIFY(receiver.isComplete());
+    }
+
+    void startsAnewWithAnAnnouncement()
+    {
+        const QByteArray firmware = someFirmware(129);
+        FirmwareReceiver receiver;
+        announce(receiver, "02 00 01 2C");
+        receiver.takePacket(1, QByteArray(128, 'x'));
+        for (const char *when : {"in the middle", "when it is complete"}) {
+            QCOMPARE(announce(receiver, "02 00 00 81"), announcementReply());
+            QVERIFY2(!receiver.isComplete(), when);
+            QVERIFY2(receiver.firmware().isEmpty(), when);
+            QCOMPARE(receiver.takePacket(2, firmware.left(128)).refusal,
+                     QString("packet 2 instead of 1"));
+            QCOMPARE(text(receiver.takePacket(1, firmware.left(128))), packetReply());
+            QCOMPARE(text(receiver.takePacket(2, firmware.mid(128))), packetReply());
+            QVERIFY2(receiver.isComplete(), when);
+            QCOMPARE(receiver.firmware(), firmware);
+        }
+    }
+
+    void goesOnAfterABadAnnouncement_data()
+    {
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<QByteArray>("refusal");
+
+        QTest::newRow("empty") << QByteArray()
+                               << QByteArray("0 frames, refused: payload of 0 bytes, 4 expected");
+        QTest::newRow("too short")
+            << QByteArray("02 00 80")
+            << QByteArray("0 frames, refused: payload of 3 bytes, 4 expected");
+        QTest::newRow("too long") << QByteArray(
+            "02 00 00 00 80") << QByteArray("0 frames, refused: payload of 5 bytes, 4 expected");
+        QTest::newRow("starts with another number")
+            << QByteArray("FF 00 00 80")
+            << QByteArray("0 frames, refused: payload starts with 255, 2 expected");
+    }
+
+    void goesOnAfterABadAnnouncement()
+    {
+        QFETCH(QByteArray, payload);
+        const QByteArray firmware = someFirmware(129);
+        FirmwareReceiver receiver;
+        announce(receiver, "02 00 00 81");
+        receiver.takePacket(1, firmware.left(128));
+        QTEST(announce(receiver, payload), "refusal");
+        QCOMPARE(text(receiver.takePacket(2, firmware.mid(128))), packetReply());
+        QCOMPARE(receiver.firmware(), firmware);
+    }
+};
 
 QTEST_GUILESS_MAIN(FirmwareReceiverTest)
 #include "tst_firmwarereceiver.moc"

@@ -18,150 +18,138 @@ class LinePacerTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void bytesBecomeDueOneByOne_data();
-    void bytesBecomeDueOneByOne();
-    void aByteTakesTenBits_data();
-    void aByteTakesTenBits();
-    void aReplyWaitsForTheRequest();
-    void bytesThatTrickleInAreNotCountedTwice();
-    void theDelayStartsBehindTheRequest();
-    void framesFollowEachOther();
-    void anUnlimitedLineTakesNoTime();
-    void tellsWhichFramesAreComplete();
-    void clearForgetsEverything();
-};
+    void bytesBecomeDueOneByOne_data()
+    {
+        QTest::addColumn<qint64>("microseconds");
+        QTest::addColumn<QByteArray>("due");
 
-void LinePacerTest::bytesBecomeDueOneByOne_data()
-{
-    QTest::addColumn<qint64>("microseconds");
-    QTest::addColumn<QByteArray>("due");
-
-    QTest::newRow("at once") << qint64(0) << QByteArray();
-    QTest::newRow("before the first byte is through") << qint64(999) << QByteArray();
-    QTest::newRow("first byte") << qint64(1000) << QByteArray("a");
-    QTest::newRow("still one byte") << qint64(1999) << QByteArray("a");
-    QTest::newRow("third byte") << qint64(3000) << QByteArray("abc");
-    QTest::newRow("last byte") << qint64(5000) << QByteArray("abcde");
-    QTest::newRow("long after") << qint64(3'600'000'000) << QByteArray("abcde");
-}
-
-void LinePacerTest::bytesBecomeDueOneByOne()
-{
-    QFETCH(qint64, microseconds);
-    constexpr auto kStart = 7s;
-    LinePacer pacer(kBaud);
-    pacer.send("abcde", kStart);
-    QTEST(pacer.takeDue(kStart + std::chrono::microseconds(microseconds)).bytes, "due");
-}
-
-void LinePacerTest::aByteTakesTenBits_data()
-{
-    QTest::addColumn<int>("baud");
-    QTest::addColumn<qint64>("nanoseconds");
-
-    // 26 bytes are 260 bits.
-    QTest::newRow("115200 baud") << 115'200 << qint64(2'256'945);
-    QTest::newRow("9600 baud") << 9600 << qint64(27'083'334);
-    QTest::newRow("1 baud") << 1 << qint64(260'000'000'000);
-    QTest::newRow("4 megabaud") << 4'000'000 << qint64(65'000);
-}
-
-void LinePacerTest::aByteTakesTenBits()
-{
-    QFETCH(int, baud);
-    QFETCH(qint64, nanoseconds);
-    LinePacer pacer(baud);
-    pacer.send(QByteArray(26, 'x'), 0ns);
-    QCOMPARE(pacer.takeDue(LinePacer::Time(nanoseconds - 1)).bytes.size(), 25);
-    QCOMPARE(pacer.takeDue(LinePacer::Time(nanoseconds)).bytes.size(), 1);
-    QVERIFY(pacer.isIdle());
-}
-
-void LinePacerTest::aReplyWaitsForTheRequest()
-{
-    LinePacer pacer(kBaud);
-    pacer.received(13, 100ms);
-    pacer.send("ab", 100ms);
-    QCOMPARE(pacer.takeDue(113ms).bytes, QByteArray());
-    QCOMPARE(pacer.takeDue(114ms).bytes, QByteArray("a"));
-    QCOMPARE(pacer.takeDue(115ms).bytes, QByteArray("b"));
-}
-
-void LinePacerTest::bytesThatTrickleInAreNotCountedTwice()
-{
-    LinePacer pacer(kBaud);
-    for (int i = 0; i < 13; ++i) {
-        pacer.received(1, i * 1ms);
+        QTest::newRow("at once") << qint64(0) << QByteArray();
+        QTest::newRow("before the first byte is through") << qint64(999) << QByteArray();
+        QTest::newRow("first byte") << qint64(1000) << QByteArray("a");
+        QTest::newRow("still one byte") << qint64(1999) << QByteArray("a");
+        QTest::newRow("third byte") << qint64(3000) << QByteArray("abc");
+        QTest::newRow("last byte") << qint64(5000) << QByteArray("abcde");
+        QTest::newRow("long after") << qint64(3'600'000'000) << QByteArray("abcde");
     }
-    // The last byte is on its way from 12 to 13 ms.
-    pacer.send("a", 12ms);
-    QCOMPARE(pacer.takeDue(13'999us).bytes, QByteArray());
-    QCOMPARE(pacer.takeDue(14ms).bytes, QByteArray("a"));
-}
 
-void LinePacerTest::theDelayStartsBehindTheRequest()
-{
-    LinePacer pacer(kBaud);
-    pacer.received(10, 0ms);
-    pacer.send("a", 0ms, 500ms);
-    QCOMPARE(pacer.takeDue(510ms).bytes, QByteArray());
-    QCOMPARE(pacer.takeDue(511ms).bytes, QByteArray("a"));
-}
+    void bytesBecomeDueOneByOne()
+    {
+        QFETCH(qint64, microseconds);
+        constexpr auto kStart = 7s;
+        LinePacer pacer(kBaud);
+        pacer.send("abcde", kStart);
+        QTEST(pacer.takeDue(kStart + std::chrono::microseconds(microseconds)).bytes, "due");
+    }
 
-void LinePacerTest::framesFollowEachOther()
-{
-    LinePacer pacer(kBaud);
-    pacer.send("abc", 0ms);
-    pacer.send("de", 1ms);
-    QCOMPARE(pacer.takeDue(4ms).bytes, QByteArray("abcd"));
-    QCOMPARE(pacer.takeDue(5ms).bytes, QByteArray("e"));
-    // The line was free meanwhile, which does not let the next frame be early.
-    pacer.send("f", 20ms);
-    QCOMPARE(pacer.takeDue(20ms).bytes, QByteArray());
-    QCOMPARE(pacer.takeDue(21ms).bytes, QByteArray("f"));
-}
+    void aByteTakesTenBits_data()
+    {
+        QTest::addColumn<int>("baud");
+        QTest::addColumn<qint64>("nanoseconds");
 
-void LinePacerTest::anUnlimitedLineTakesNoTime()
-{
-    LinePacer pacer(0);
-    pacer.received(100, 5ms);
-    pacer.send("abc", 5ms);
-    QCOMPARE(pacer.takeDue(5ms).bytes, QByteArray("abc"));
-    pacer.send("de", 5ms, 3ms);
-    QCOMPARE(pacer.takeDue(7'999us).bytes, QByteArray());
-    QCOMPARE(pacer.takeDue(8ms).bytes, QByteArray("de"));
-}
+        // 26 bytes are 260 bits.
+        QTest::newRow("115200 baud") << 115'200 << qint64(2'256'945);
+        QTest::newRow("9600 baud") << 9600 << qint64(27'083'334);
+        QTest::newRow("1 baud") << 1 << qint64(260'000'000'000);
+        QTest::newRow("4 megabaud") << 4'000'000 << qint64(65'000);
+    }
 
-void LinePacerTest::tellsWhichFramesAreComplete()
-{
-    LinePacer pacer(kBaud);
-    QVERIFY(pacer.isIdle());
-    pacer.send("ab", 0ms);
-    pacer.send("c", 0ms);
-    QVERIFY(!pacer.isIdle());
-    QCOMPARE(pacer.takeDue(1ms).completed, QVector<QByteArray>());
-    QCOMPARE(pacer.takeDue(2ms).completed, QVector<QByteArray>{"ab"});
-    QVERIFY(!pacer.isIdle());
-    QCOMPARE(pacer.takeDue(3ms).completed, QVector<QByteArray>{"c"});
-    QVERIFY(pacer.isIdle());
-    QCOMPARE(pacer.takeDue(4ms).completed, QVector<QByteArray>());
-}
+    void aByteTakesTenBits()
+    {
+        QFETCH(int, baud);
+        QFETCH(qint64, nanoseconds);
+        LinePacer pacer(baud);
+        pacer.send(QByteArray(26, 'x'), 0ns);
+        QCOMPARE(pacer.takeDue(LinePacer::Time(nanoseconds - 1)).bytes.size(), 25);
+        QCOMPARE(pacer.takeDue(LinePacer::Time(nanoseconds)).bytes.size(), 1);
+        QVERIFY(pacer.isIdle());
+    }
 
-void LinePacerTest::clearForgetsEverything()
-{
-    LinePacer pacer(kBaud);
-    pacer.received(1000, 0ms);
-    pacer.send("abc", 0ms);
-    pacer.clear();
-    QVERIFY(pacer.isIdle());
-    QCOMPARE(pacer.takeDue(1h).bytes, QByteArray());
-    LinePacer other(kBaud);
-    other.received(1000, 0ms);
-    other.send("abc", 0ms);
-    other.clear();
-    other.send("d", 0ms);
-    QCOMPARE(other.takeDue(1ms).bytes, QByteArray("d"));
-}
+    void aReplyWaitsForTheRequest()
+    {
+        LinePacer pacer(kBaud);
+        pacer.received(13, 100ms);
+        pacer.send("ab", 100ms);
+        QCOMPARE(pacer.takeDue(113ms).bytes, QByteArray());
+        QCOMPARE(pacer.takeDue(114ms).bytes, QByteArray("a"));
+        QCOMPARE(pacer.takeDue(115ms).bytes, QByteArray("b"));
+    }
+
+    void bytesThatTrickleInAreNotCountedTwice()
+    {
+        LinePacer pacer(kBaud);
+        for (int i = 0; i < 13; ++i) {
+            pacer.received(1, i * 1ms);
+        }
+        // The last byte is on its way from 12 to 13 ms.
+        pacer.send("a", 12ms);
+        QCOMPARE(pacer.takeDue(13'999us).bytes, QByteArray());
+        QCOMPARE(pacer.takeDue(14ms).bytes, QByteArray("a"));
+    }
+
+    void theDelayStartsBehindTheRequest()
+    {
+        LinePacer pacer(kBaud);
+        pacer.received(10, 0ms);
+        pacer.send("a", 0ms, 500ms);
+        QCOMPARE(pacer.takeDue(510ms).bytes, QByteArray());
+        QCOMPARE(pacer.takeDue(511ms).bytes, QByteArray("a"));
+    }
+
+    void framesFollowEachOther()
+    {
+        LinePacer pacer(kBaud);
+        pacer.send("abc", 0ms);
+        pacer.send("de", 1ms);
+        QCOMPARE(pacer.takeDue(4ms).bytes, QByteArray("abcd"));
+        QCOMPARE(pacer.takeDue(5ms).bytes, QByteArray("e"));
+        // The line was free meanwhile, which does not let the next frame be early.
+        pacer.send("f", 20ms);
+        QCOMPARE(pacer.takeDue(20ms).bytes, QByteArray());
+        QCOMPARE(pacer.takeDue(21ms).bytes, QByteArray("f"));
+    }
+
+    void anUnlimitedLineTakesNoTime()
+    {
+        LinePacer pacer(0);
+        pacer.received(100, 5ms);
+        pacer.send("abc", 5ms);
+        QCOMPARE(pacer.takeDue(5ms).bytes, QByteArray("abc"));
+        pacer.send("de", 5ms, 3ms);
+        QCOMPARE(pacer.takeDue(7'999us).bytes, QByteArray());
+        QCOMPARE(pacer.takeDue(8ms).bytes, QByteArray("de"));
+    }
+
+    void tellsWhichFramesAreComplete()
+    {
+        LinePacer pacer(kBaud);
+        QVERIFY(pacer.isIdle());
+        pacer.send("ab", 0ms);
+        pacer.send("c", 0ms);
+        QVERIFY(!pacer.isIdle());
+        QCOMPARE(pacer.takeDue(1ms).completed, QVector<QByteArray>());
+        QCOMPARE(pacer.takeDue(2ms).completed, QVector<QByteArray>{"ab"});
+        QVERIFY(!pacer.isIdle());
+        QCOMPARE(pacer.takeDue(3ms).completed, QVector<QByteArray>{"c"});
+        QVERIFY(pacer.isIdle());
+        QCOMPARE(pacer.takeDue(4ms).completed, QVector<QByteArray>());
+    }
+
+    void clearForgetsEverything()
+    {
+        LinePacer pacer(kBaud);
+        pacer.received(1000, 0ms);
+        pacer.send("abc", 0ms);
+        pacer.clear();
+        QVERIFY(pacer.isIdle());
+        QCOMPARE(pacer.takeDue(1h).bytes, QByteArray());
+        LinePacer other(kBaud);
+        other.received(1000, 0ms);
+        other.send("abc", 0ms);
+        other.clear();
+        other.send("d", 0ms);
+        QCOMPARE(other.takeDue(1ms).bytes, QByteArray("d"));
+    }
+};
 
 QTEST_GUILESS_MAIN(LinePacerTest)
 #include "tst_linepacer.moc"

@@ -34,299 +34,287 @@ class FaultPlanTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void readsAFault();
-    void readsAPlace_data();
-    void readsAPlace();
-    void keepsTheOrderOfFaults();
-    void noneIsAnEmptyPlan();
-    void writesANormalForm_data();
-    void writesANormalForm();
-    void limitsValues_data();
-    void limitsValues();
-    void refusesABadPlan_data();
-    void refusesABadPlan();
-    void helpListsEveryKind_data();
-    void helpListsEveryKind();
-    void everyExampleInTheHelpIsAPlan();
-    void readsASeed_data();
-    void readsASeed();
-};
-
-void FaultPlanTest::readsAFault()
-{
-    QString error;
-    const auto plan = FaultPlan::parse("corrupt=2@reply:7.3", &error);
-    QVERIFY2(plan, qPrintable(error));
-    QVERIFY(!plan->isEmpty());
-    QCOMPARE(plan->faults().size(), 1);
-    const Fault &fault = plan->faults().at(0);
-    QCOMPARE(fault.kind, Fault::Corrupt);
-    QVERIFY(fault.value == 2);
-    QCOMPARE(fault.direction, Fault::Reply);
-    QCOMPARE(fault.place.form, Fault::Place::Once);
-    QCOMPARE(fault.place.frame, 7);
-    QVERIFY(fault.place.byte == 3);
-}
-
-void FaultPlanTest::readsAPlace_data()
-{
-    QTest::addColumn<QString>("place");
-    QTest::addColumn<int>("form");
-    QTest::addColumn<int>("frame");
-    QTest::addColumn<int>("byte");
-    QTest::addColumn<int>("chance");
-
-    constexpr int kNoByte = -1;
-    QTest::newRow("a frame") << "12" << int(Fault::Place::Once) << 12 << kNoByte << 0;
-    QTest::newRow("its first byte") << "12.0" << int(Fault::Place::Once) << 12 << 0 << 0;
-    QTest::newRow("the last byte of the longest frame")
-        << "1.140" << int(Fault::Place::Once) << 1 << 140 << 0;
-    QTest::newRow("later ones too") << "12+" << int(Fault::Place::From) << 12 << kNoByte << 0;
-    QTest::newRow("all") << "all" << int(Fault::Place::From) << 1 << kNoByte << 0;
-    QTest::newRow("whole percentage")
-        << "25%" << int(Fault::Place::Chance) << 1 << kNoByte << 250'000;
-    QTest::newRow("decimals") << "2.5%" << int(Fault::Place::Chance) << 1 << kNoByte << 25'000;
-    QTest::newRow("smallest probability")
-        << "0.0001%" << int(Fault::Place::Chance) << 1 << kNoByte << 1;
-    QTest::newRow("certain") << "100%" << int(Fault::Place::Chance) << 1 << kNoByte << 1'000'000;
-}
-
-void FaultPlanTest::readsAPlace()
-{
-    QFETCH(QString, place);
-    QString error;
-    const auto plan = FaultPlan::parse("flip@request:" + place, &error);
-    QVERIFY2(plan, qPrintable(error));
-    const Fault &fault = plan->faults().at(0);
-    QCOMPARE(fault.direction, Fault::Request);
-    QVERIFY(!fault.value);
-    QTEST(int(fault.place.form), "form");
-    QTEST(fault.place.frame, "frame");
-    QTEST(fault.place.byte.value_or(-1), "byte");
-    QTEST(fault.place.chance, "chance");
-}
-
-void FaultPlanTest::keepsTheOrderOfFaults()
-{
-    QString error;
-    const auto plan = FaultPlan::parse("stale@reply:3,drop@request:1,stale@reply:2", &error);
-    QVERIFY2(plan, qPrintable(error));
-    QCOMPARE(plan->faults().size(), 3);
-    QCOMPARE(plan->faults().at(0).place.frame, 3);
-    QCOMPARE(plan->faults().at(1).kind, Fault::Drop);
-    QCOMPARE(plan->faults().at(2).place.frame, 2);
-}
-
-void FaultPlanTest::noneIsAnEmptyPlan()
-{
-    QString error;
-    const auto plan = FaultPlan::parse("none", &error);
-    QVERIFY2(plan, qPrintable(error));
-    QVERIFY(plan->isEmpty());
-    QCOMPARE(plan->toString(), QString("none"));
-}
-
-void FaultPlanTest::writesANormalForm_data()
-{
-    QTest::addColumn<QString>("plan");
-    QTest::addColumn<QString>("normal");
-
-    QTest::newRow("as it was") << "late@reply:2,corrupt=2@request:1.0,noise=3@reply:4+"
-                               << "late@reply:2,corrupt=2@request:1.0,noise=3@reply:4+";
-    QTest::newRow("hexadecimal value") << "wrong-command=0x7f@reply:1"
-                                       << "wrong-command=127@reply:1";
-    QTest::newRow("leading zeros") << "delay=010@reply:007"
-                                   << "delay=10@reply:7";
-    QTest::newRow("all frames from the first on") << "drop@reply:1+"
-                                                  << "drop@reply:all";
-    QTest::newRow("whole percentage") << "drop@reply:30.0%"
-                                      << "drop@reply:30%";
-    QTest::newRow("decimals") << "drop@reply:0.0500%"
-                              << "drop@reply:0.05%";
-}
-
-void FaultPlanTest::writesANormalForm()
-{
-    QFETCH(QString, plan);
-    QFETCH(QString, normal);
-    QString error;
-    const auto first = FaultPlan::parse(plan, &error);
-    QVERIFY2(first, qPrintable(error));
-    QCOMPARE(first->toString(), normal);
-    const auto second = FaultPlan::parse(normal, &error);
-    QVERIFY2(second, qPrintable(error));
-    QCOMPARE(second->toString(), normal);
-}
-
-void FaultPlanTest::limitsValues_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("minimum");
-    QTest::addColumn<int>("maximum");
-
-    QTest::newRow("insert-byte") << "insert-byte" << 0 << 255;
-    QTest::newRow("corrupt") << "corrupt" << 1 << 255;
-    QTest::newRow("flip") << "flip" << 0 << 7;
-    QTest::newRow("burst") << "burst" << 1 << 1024;
-    QTest::newRow("duplicate") << "duplicate" << 0 << 3'600'000;
-    QTest::newRow("wrong-sum") << "wrong-sum" << 1 << 255;
-    QTest::newRow("wrong-length") << "wrong-length" << 0 << 255;
-    QTest::newRow("wrong-command") << "wrong-command" << 0 << 255;
-    QTest::newRow("foreign-type") << "foreign-type" << 0 << 255;
-    for (const char *kind : {"delay", "late", "split", "gap", "join", "pause", "hang-up"}) {
-        QTest::newRow(kind) << kind << 1 << 3'600'000;
-    }
-    for (const char *kind : {"noise", "ff-run", "trail"}) {
-        QTest::newRow(kind) << kind << 1 << 1024;
-    }
-}
-
-void FaultPlanTest::limitsValues()
-{
-    QFETCH(QString, kind);
-    QFETCH(int, minimum);
-    QFETCH(int, maximum);
-    const auto isTaken = [&kind](int value) {
+    void readsAFault()
+    {
         QString error;
-        return FaultPlan::parse(QString("%1=%2@reply:1").arg(kind).arg(value), &error).has_value();
-    };
-    QVERIFY(isTaken(minimum));
-    QVERIFY(isTaken(maximum));
-    QVERIFY(!isTaken(minimum - 1));
-    QVERIFY(!isTaken(maximum + 1));
-}
-
-void FaultPlanTest::refusesABadPlan_data()
-{
-    QTest::addColumn<QString>("plan");
-    QTest::addColumn<QString>("reason");
-
-    const QString form = "expected KIND[=VALUE]@DIRECTION:PLACE";
-    QTest::newRow("empty") << ""
-                           << "fault '': " + form;
-    QTest::newRow("comma at the end") << "drop@reply:1,"
-                                      << "fault '': " + form;
-    QTest::newRow("none among others") << "none,drop@reply:1"
-                                       << "fault 'none': " + form;
-    QTest::newRow("kind alone") << "drop"
-                                << "fault 'drop': " + form;
-    QTest::newRow("no place") << "drop@reply"
-                              << "fault 'drop@reply': " + form;
-    QTest::newRow("no kind") << "@reply:1"
-                             << "fault '@reply:1': " + form;
-    QTest::newRow("two values") << "delay=1=2@reply:1"
-                                << "fault 'delay=1=2@reply:1': " + form;
-    QTest::newRow("unknown kind")
-        << "drop@reply:1,dorp@reply:1"
-        << "fault 'dorp@reply:1': there is no kind 'dorp', see --faults help";
-    QTest::newRow("kind in capitals")
-        << "DROP@reply:1"
-        << "fault 'DROP@reply:1': there is no kind 'DROP', see --faults help";
-    QTest::newRow("value where there is none") << "drop=1@reply:1"
-                                               << "fault 'drop=1@reply:1': drop takes no value";
-    QTest::newRow("empty value")
-        << "delay=@reply:1"
-        << "fault 'delay=@reply:1': the value (ms) is 1 to 3600000, not ''";
-    QTest::newRow("value is no number")
-        << "flip=x@reply:1"
-        << "fault 'flip=x@reply:1': the value (bit) is 0 to 7, not 'x'";
-    QTest::newRow("negative value")
-        << "flip=-1@reply:1"
-        << "fault 'flip=-1@reply:1': the value (bit) is 0 to 7, not '-1'";
-    QTest::newRow("value too large")
-        << "corrupt=0x100@reply:1"
-        << "fault 'corrupt=0x100@reply:1': the value (mask) is 1 to 255, not '0x100'";
-    QTest::newRow("value far too large")
-        << "delay=99999999999@reply:1"
-        << "fault 'delay=99999999999@reply:1': the value (ms) is 1 to 3600000, not '99999999999'";
-    QTest::newRow("wrong direction")
-        << "drop@replay:1"
-        << "fault 'drop@replay:1': the direction is request or reply, not 'replay'";
-    for (const char *place :
-         {"",    "0",        "-1",  "x",    "0x1", "1000000001", "99999999999", "0+",
-          "+",   "1.",       "1.5", "1.5+", "%",   "0%",         "0.0%",        "100.1%",
-          "-5%", "1.00001%", ".5%", "1e1%", "All", "1 "}) {
-        QTest::addRow("place '%s'", place)
-            << QString("drop@reply:%1").arg(place)
-            << QString("fault 'drop@reply:%1': the place is a frame N from 1, N+, P% or all, "
-                       "not '%1'")
-                   .arg(place);
+        const auto plan = FaultPlan::parse("corrupt=2@reply:7.3", &error);
+        QVERIFY2(plan, qPrintable(error));
+        QVERIFY(!plan->isEmpty());
+        QCOMPARE(plan->faults().size(), 1);
+        const Fault &fault = plan->faults().at(0);
+        QCOMPARE(fault.kind, Fault::Corrupt);
+        QVERIFY(fault.value == 2);
+        QCOMPARE(fault.direction, Fault::Reply);
+        QCOMPARE(fault.place.form, Fault::Place::Once);
+        QCOMPARE(fault.place.frame, 7);
+        QVERIFY(fault.place.byte == 3);
     }
-    for (const char *place : {"1.141", "1.-1", "1.x", "1.0x1", "0.1", "1.2.3", "1.", "all.3"}) {
-        QTest::addRow("byte '%s'", place)
-            << QString("flip@reply:%1").arg(place)
-            << QString("fault 'flip@reply:%1': the place is a frame N from 1, N.B with a byte B "
-                       "from 0 to 140, N+, P% or all, not '%1'")
-                   .arg(place);
+
+    void readsAPlace_data()
+    {
+        QTest::addColumn<QString>("place");
+        QTest::addColumn<int>("form");
+        QTest::addColumn<int>("frame");
+        QTest::addColumn<int>("byte");
+        QTest::addColumn<int>("chance");
+
+        constexpr int kNoByte = -1;
+        QTest::newRow("a frame") << "12" << int(Fault::Place::Once) << 12 << kNoByte << 0;
+        QTest::newRow("its first byte") << "12.0" << int(Fault::Place::Once) << 12 << 0 << 0;
+        QTest::newRow("the last byte of the longest frame")
+            << "1.140" << int(Fault::Place::Once) << 1 << 140 << 0;
+        QTest::newRow("later ones too") << "12+" << int(Fault::Place::From) << 12 << kNoByte << 0;
+        QTest::newRow("all") << "all" << int(Fault::Place::From) << 1 << kNoByte << 0;
+        QTest::newRow("whole percentage")
+            << "25%" << int(Fault::Place::Chance) << 1 << kNoByte << 250'000;
+        QTest::newRow("decimals") << "2.5%" << int(Fault::Place::Chance) << 1 << kNoByte << 25'000;
+        QTest::newRow("smallest probability")
+            << "0.0001%" << int(Fault::Place::Chance) << 1 << kNoByte << 1;
+        QTest::newRow("certain") << "100%" << int(Fault::Place::Chance) << 1 << kNoByte
+                                 << 1'000'000;
     }
-}
 
-void FaultPlanTest::refusesABadPlan()
-{
-    QFETCH(QString, plan);
-    QString error;
-    QVERIFY(!FaultPlan::parse(plan, &error));
-    QTEST(error, "reason");
-}
-
-void FaultPlanTest::helpListsEveryKind_data()
-{
-    QTest::addColumn<QString>("kind");
-    for (const QString &kind : kindNames()) {
-        QTest::newRow(qPrintable(kind)) << kind;
+    void readsAPlace()
+    {
+        QFETCH(QString, place);
+        QString error;
+        const auto plan = FaultPlan::parse("flip@request:" + place, &error);
+        QVERIFY2(plan, qPrintable(error));
+        const Fault &fault = plan->faults().at(0);
+        QCOMPARE(fault.direction, Fault::Request);
+        QVERIFY(!fault.value);
+        QTEST(int(fault.place.form), "form");
+        QTEST(fault.place.frame, "frame");
+        QTEST(fault.place.byte.value_or(-1), "byte");
+        QTEST(fault.place.chance, "chance");
     }
-}
 
-void FaultPlanTest::helpListsEveryKind()
-{
-    QFETCH(QString, kind);
-    const QStringList lines = FaultPlan::help().split('\n');
-    const auto isRow = [&kind](const QString &line) { return line.startsWith("  " + kind + ' '); };
-    const auto row = std::find_if(lines.begin(), lines.end(), isRow);
-    QVERIFY(row != lines.end());
-    QVERIFY2(row->endsWith('.'), qPrintable(*row));
-    const auto isExample = [&kind](const QString &line) {
-        const QString text = line.trimmed();
-        return text.startsWith(kind + '@') || text.startsWith(kind + '=');
-    };
-    // Behind the row and what its value means.
-    QVERIFY(std::find_if(row, lines.end(), isExample) - row <= 2);
-}
+    void keepsTheOrderOfFaults()
+    {
+        QString error;
+        const auto plan = FaultPlan::parse("stale@reply:3,drop@request:1,stale@reply:2", &error);
+        QVERIFY2(plan, qPrintable(error));
+        QCOMPARE(plan->faults().size(), 3);
+        QCOMPARE(plan->faults().at(0).place.frame, 3);
+        QCOMPARE(plan->faults().at(1).kind, Fault::Drop);
+        QCOMPARE(plan->faults().at(2).place.frame, 2);
+    }
 
-void FaultPlanTest::everyExampleInTheHelpIsAPlan()
-{
-    int count = 0;
-    const QStringList lines = FaultPlan::help().split('\n');
-    for (const QString &line : lines) {
-        const QString text = line.trimmed();
-        if (text.contains('@') && !text.contains("KIND")) {
-            QString error;
-            QVERIFY2(FaultPlan::parse(text, &error), qPrintable(error));
-            ++count;
+    void noneIsAnEmptyPlan()
+    {
+        QString error;
+        const auto plan = FaultPlan::parse("none", &error);
+        QVERIFY2(plan, qPrintable(error));
+        QVERIFY(plan->isEmpty());
+        QCOMPARE(plan->toString(), QString("none"));
+    }
+
+    void writesANormalForm_data()
+    {
+        QTest::addColumn<QString>("plan");
+        QTest::addColumn<QString>("normal");
+
+        QTest::newRow("as it was") << "late@reply:2,corrupt=2@request:1.0,noise=3@reply:4+"
+                                   << "late@reply:2,corrupt=2@request:1.0,noise=3@reply:4+";
+        QTest::newRow("hexadecimal value") << "wrong-command=0x7f@reply:1"
+                                           << "wrong-command=127@reply:1";
+        QTest::newRow("leading zeros") << "delay=010@reply:007"
+                                       << "delay=10@reply:7";
+        QTest::newRow("all frames from the first on") << "drop@reply:1+"
+                                                      << "drop@reply:all";
+        QTest::newRow("whole percentage") << "drop@reply:30.0%"
+                                          << "drop@reply:30%";
+        QTest::newRow("decimals") << "drop@reply:0.0500%"
+                                  << "drop@reply:0.05%";
+    }
+
+    void writesANormalForm()
+    {
+        QFETCH(QString, plan);
+        QFETCH(QString, normal);
+        QString error;
+        const auto first = FaultPlan::parse(plan, &error);
+        QVERIFY2(first, qPrintable(error));
+        QCOMPARE(first->toString(), normal);
+        const auto second = FaultPlan::parse(normal, &error);
+        QVERIFY2(second, qPrintable(error));
+        QCOMPARE(second->toString(), normal);
+    }
+
+    void limitsValues_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<int>("minimum");
+        QTest::addColumn<int>("maximum");
+
+        QTest::newRow("insert-byte") << "insert-byte" << 0 << 255;
+        QTest::newRow("corrupt") << "corrupt" << 1 << 255;
+        QTest::newRow("flip") << "flip" << 0 << 7;
+        QTest::newRow("burst") << "burst" << 1 << 1024;
+        QTest::newRow("duplicate") << "duplicate" << 0 << 3'600'000;
+        QTest::newRow("wrong-sum") << "wrong-sum" << 1 << 255;
+        QTest::newRow("wrong-length") << "wrong-length" << 0 << 255;
+        QTest::newRow("wrong-command") << "wrong-command" << 0 << 255;
+        QTest::newRow("foreign-type") << "foreign-type" << 0 << 255;
+        for (const char *kind : {"delay", "late", "split", "gap", "join", "pause", "hang-up"}) {
+            QTest::newRow(kind) << kind << 1 << 3'600'000;
+        }
+        for (const char *kind : {"noise", "ff-run", "trail"}) {
+            QTest::newRow(kind) << kind << 1 << 1024;
         }
     }
-    QCOMPARE(count, kindNames().size());
-}
 
-void FaultPlanTest::readsASeed_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<qint64>("seed");
+    void limitsValues()
+    {
+        QFETCH(QString, kind);
+        QFETCH(int, minimum);
+        QFETCH(int, maximum);
+        const auto isTaken = [&kind](int value) {
+            QString error;
+            return FaultPlan::parse(QString("%1=%2@reply:1").arg(kind).arg(value), &error)
+                .has_value();
+        };
+        QVERIFY(isTaken(minimum));
+        QVERIFY(isTaken(maximum));
+        QVERIFY(!isTaken(minimum - 1));
+        QVERIFY(!isTaken(maximum + 1));
+    }
 
-    QTest::newRow("lowest") << "0" << qint64(0);
-    QTest::newRow("highest") << "4294967295" << qint64(4'294'967'295);
-    QTest::newRow("too high") << "4294967296" << qint64(-1);
-    QTest::newRow("negative") << "-1" << qint64(-1);
-    QTest::newRow("empty") << "" << qint64(-1);
-    QTest::newRow("no number") << "x" << qint64(-1);
-}
+    void refusesABadPlan_data()
+    {
+        QTest::addColumn<QString>("plan");
+        QTest::addColumn<QString>("reason");
 
-void FaultPlanTest::readsASeed()
-{
-    QFETCH(QString, text);
-    const auto seed = faultSeedFrom(text);
-    QTEST(seed ? qint64(*seed) : qint64(-1), "seed");
-}
+        const QString form = "expected KIND[=VALUE]@DIRECTION:PLACE";
+        QTest::newRow("empty") << ""
+                               << "fault '': " + form;
+        QTest::newRow("comma at the end") << "drop@reply:1,"
+                                          << "fault '': " + form;
+        QTest::newRow("none among others") << "none,drop@reply:1"
+                                           << "fault 'none': " + form;
+        QTest::newRow("kind alone") << "drop"
+                                    << "fault 'drop': " + form;
+        QTest::newRow("no place") << "drop@reply"
+                                  << "fault 'drop@reply': " + form;
+        QTest::newRow("no kind") << "@reply:1"
+                                 << "fault '@reply:1': " + form;
+        QTest::newRow("two values") << "delay=1=2@reply:1"
+                                    << "fault 'delay=1=2@reply:1': " + form;
+        QTest::newRow("unknown kind")
+            << "drop@reply:1,dorp@reply:1"
+            << "fault 'dorp@reply:1': there is no kind 'dorp', see --faults help";
+        QTest::newRow("kind in capitals")
+            << "DROP@reply:1"
+            << "fault 'DROP@reply:1': there is no kind 'DROP', see --faults help";
+        QTest::newRow("value where there is none") << "drop=1@reply:1"
+                                                   << "fault 'drop=1@reply:1': drop takes no value";
+        QTest::newRow("empty value")
+            << "delay=@reply:1"
+            << "fault 'delay=@reply:1': the value (ms) is 1 to 3600000, not ''";
+        QTest::newRow("value is no number")
+            << "flip=x@reply:1"
+            << "fault 'flip=x@reply:1': the value (bit) is 0 to 7, not 'x'";
+        QTest::newRow("negative value")
+            << "flip=-1@reply:1"
+            << "fault 'flip=-1@reply:1': the value (bit) is 0 to 7, not '-1'";
+        QTest::newRow("value too large")
+            << "corrupt=0x100@reply:1"
+            << "fault 'corrupt=0x100@reply:1': the value (mask) is 1 to 255, not '0x100'";
+        QTest::newRow("value far too large") << "delay=99999999999@reply:1"
+                                             << "fault 'delay=99999999999@reply:1': the value (ms) "
+                                                "is 1 to 3600000, not '99999999999'";
+        QTest::newRow("wrong direction")
+            << "drop@replay:1"
+            << "fault 'drop@replay:1': the direction is request or reply, not 'replay'";
+        for (const char *place :
+             {"",    "0",        "-1",  "x",    "0x1", "1000000001", "99999999999", "0+",
+              "+",   "1.",       "1.5", "1.5+", "%",   "0%",         "0.0%",        "100.1%",
+              "-5%", "1.00001%", ".5%", "1e1%", "All", "1 "}) {
+            QTest::addRow("place '%s'", place)
+                << QString("drop@reply:%1").arg(place)
+                << QString("fault 'drop@reply:%1': the place is a frame N from 1, N+, P% or all, "
+                           "not '%1'")
+                       .arg(place);
+        }
+        for (const char *place : {"1.141", "1.-1", "1.x", "1.0x1", "0.1", "1.2.3", "1.", "all.3"}) {
+            QTest::addRow("byte '%s'", place)
+                << QString("flip@reply:%1").arg(place)
+                << QString(
+                       "fault 'flip@reply:%1': the place is a frame N from 1, N.B with a byte B "
+                       "from 0 to 140, N+, P% or all, not '%1'")
+                       .arg(place);
+        }
+    }
+
+    void refusesABadPlan()
+    {
+        QFETCH(QString, plan);
+        QString error;
+        QVERIFY(!FaultPlan::parse(plan, &error));
+        QTEST(error, "reason");
+    }
+
+    void helpListsEveryKind_data()
+    {
+        QTest::addColumn<QString>("kind");
+        for (const QString &kind : kindNames()) {
+            QTest::newRow(qPrintable(kind)) << kind;
+        }
+    }
+
+    void helpListsEveryKind()
+    {
+        QFETCH(QString, kind);
+        const QStringList lines = FaultPlan::help().split('\n');
+        const auto isRow = [&kind](const QString &line) {
+            return line.startsWith("  " + kind + ' ');
+        };
+        const auto row = std::find_if(lines.begin(), lines.end(), isRow);
+        QVERIFY(row != lines.end());
+        QVERIFY2(row->endsWith('.'), qPrintable(*row));
+        const auto isExample = [&kind](const QString &line) {
+            const QString text = line.trimmed();
+            return text.startsWith(kind + '@') || text.startsWith(kind + '=');
+        };
+        // Behind the row and what its value means.
+        QVERIFY(std::find_if(row, lines.end(), isExample) - row <= 2);
+    }
+
+    void everyExampleInTheHelpIsAPlan()
+    {
+        int count = 0;
+        const QStringList lines = FaultPlan::help().split('\n');
+        for (const QString &line : lines) {
+            const QString text = line.trimmed();
+            if (text.contains('@') && !text.contains("KIND")) {
+                QString error;
+                QVERIFY2(FaultPlan::parse(text, &error), qPrintable(error));
+                ++count;
+            }
+        }
+        QCOMPARE(count, kindNames().size());
+    }
+
+    void readsASeed_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<qint64>("seed");
+
+        QTest::newRow("lowest") << "0" << qint64(0);
+        QTest::newRow("highest") << "4294967295" << qint64(4'294'967'295);
+        QTest::newRow("too high") << "4294967296" << qint64(-1);
+        QTest::newRow("negative") << "-1" << qint64(-1);
+        QTest::newRow("empty") << "" << qint64(-1);
+        QTest::newRow("no number") << "x" << qint64(-1);
+    }
+
+    void readsASeed()
+    {
+        QFETCH(QString, text);
+        const auto seed = faultSeedFrom(text);
+        QTEST(seed ? qint64(*seed) : qint64(-1), "seed");
+    }
+};
 
 QTEST_GUILESS_MAIN(FaultPlanTest)
 #include "tst_faultplan.moc"

@@ -9,65 +9,61 @@ class SeededRandomTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void givesTheSameNumbersOnEveryMachine_data();
-    void givesTheSameNumbersOnEveryMachine();
-    void reachesBothEndsOfARange_data();
-    void reachesBothEndsOfARange();
+    // The numbers come from another program, written after the standard's description of the seed
+    // sequence and the engine.
+    void givesTheSameNumbersOnEveryMachine_data()
+    {
+        QTest::addColumn<quint32>("seed");
+        QTest::addColumn<quint32>("stream");
+        QTest::addColumn<QVector<int>>("numbers");
+
+        QTest::newRow("seed 0") << 0U << 0U << QVector<int>{153, 169, 247, 163, 239, 18, 203, 162};
+        QTest::newRow("another stream")
+            << 0U << 1U << QVector<int>{230, 73, 241, 153, 48, 13, 129, 210};
+        QTest::newRow("another seed")
+            << 1U << 0U << QVector<int>{169, 170, 99, 151, 158, 149, 44, 144};
+        QTest::newRow("highest seed")
+            << 4294967295U << 1U << QVector<int>{99, 223, 142, 144, 55, 76, 17, 209};
+    }
+
+    void givesTheSameNumbersOnEveryMachine()
+    {
+        QFETCH(quint32, seed);
+        QFETCH(quint32, stream);
+        SeededRandom random(seed, stream);
+        QVector<int> numbers;
+        for (int i = 0; i < 8; ++i) {
+            numbers.append(random.below(256));
+        }
+        QTEST(numbers, "numbers");
+    }
+
+    void reachesBothEndsOfARange_data()
+    {
+        QTest::addColumn<int>("minimum");
+        QTest::addColumn<int>("maximum");
+
+        QTest::newRow("one number") << 7 << 7;
+        QTest::newRow("a bit") << 0 << 7;
+        QTest::newRow("from 1") << 1 << 20;
+    }
+
+    void reachesBothEndsOfARange()
+    {
+        QFETCH(int, minimum);
+        QFETCH(int, maximum);
+        SeededRandom random(0, 0);
+        int lowest = maximum;
+        int highest = minimum;
+        for (int i = 0; i < 1000; ++i) {
+            const int number = random.between(minimum, maximum);
+            lowest = qMin(lowest, number);
+            highest = qMax(highest, number);
+        }
+        QCOMPARE(lowest, minimum);
+        QCOMPARE(highest, maximum);
+    }
 };
-
-// The numbers come from another program, written after the standard's description of the seed
-// sequence and the engine.
-void SeededRandomTest::givesTheSameNumbersOnEveryMachine_data()
-{
-    QTest::addColumn<quint32>("seed");
-    QTest::addColumn<quint32>("stream");
-    QTest::addColumn<QVector<int>>("numbers");
-
-    QTest::newRow("seed 0") << 0U << 0U << QVector<int>{153, 169, 247, 163, 239, 18, 203, 162};
-    QTest::newRow("another stream")
-        << 0U << 1U << QVector<int>{230, 73, 241, 153, 48, 13, 129, 210};
-    QTest::newRow("another seed") << 1U << 0U << QVector<int>{169, 170, 99, 151, 158, 149, 44, 144};
-    QTest::newRow("highest seed") << 4294967295U << 1U
-                                  << QVector<int>{99, 223, 142, 144, 55, 76, 17, 209};
-}
-
-void SeededRandomTest::givesTheSameNumbersOnEveryMachine()
-{
-    QFETCH(quint32, seed);
-    QFETCH(quint32, stream);
-    SeededRandom random(seed, stream);
-    QVector<int> numbers;
-    for (int i = 0; i < 8; ++i) {
-        numbers.append(random.below(256));
-    }
-    QTEST(numbers, "numbers");
-}
-
-void SeededRandomTest::reachesBothEndsOfARange_data()
-{
-    QTest::addColumn<int>("minimum");
-    QTest::addColumn<int>("maximum");
-
-    QTest::newRow("one number") << 7 << 7;
-    QTest::newRow("a bit") << 0 << 7;
-    QTest::newRow("from 1") << 1 << 20;
-}
-
-void SeededRandomTest::reachesBothEndsOfARange()
-{
-    QFETCH(int, minimum);
-    QFETCH(int, maximum);
-    SeededRandom random(0, 0);
-    int lowest = maximum;
-    int highest = minimum;
-    for (int i = 0; i < 1000; ++i) {
-        const int number = random.between(minimum, maximum);
-        lowest = qMin(lowest, number);
-        highest = qMax(highest, number);
-    }
-    QCOMPARE(lowest, minimum);
-    QCOMPARE(highest, maximum);
-}
 
 QTEST_GUILESS_MAIN(SeededRandomTest)
 #include "tst_seededrandom.moc"

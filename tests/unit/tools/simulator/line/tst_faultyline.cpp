@@ -91,299 +91,285 @@ class FaultyLineTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void passesBytesAtOnceWithoutFaults();
-    void waitsForWholeFramesWithFaults();
-    void cutsJoinedFramesApart();
-    void passesOtherBytesUnchanged();
-    void givesUpOnAStalledRequest();
-    void waitsForASlowReply();
-    void appliesFaultsInBothDirections();
-    void pausesInsideAFrame();
-    void keepsTheOrder();
-    void joinsFrames();
-    void letsAJoinedFrameGoAlone();
-    void standsStillInBothDirections();
-    void hangsUpInsideAFrame();
-    void hangsUpWhileTheHostSends();
-    void goesOnCountingWhenPluggedAgain();
-    void losesWhatIsOnItsWayWhenUnplugged();
-    void losesRepliesWhileUnplugged();
-    void tellsWhyItCannotBePlugged();
-    void startsAnewWithNewFaults();
-    void losesWhatIsOnItsWayWithNewFaults();
-    void endsAllFaults();
+    void passesBytesAtOnceWithoutFaults()
+    {
+        Line line("none");
+        line.inner.receive("FF FF 0A");
+        QCOMPARE(line.requests, QStringList{"FF FF 0A"});
+        line.reply("FF");
+        QCOMPARE(line.inner.written(), QStringList{"FF"});
+        QCOMPARE(line.notes, QStringList());
+    }
+
+    void waitsForWholeFramesWithFaults()
+    {
+        Line line("drop@reply:1000");
+        line.inner.receive("FF FF 0A 41 01 06");
+        line.inner.receive("07 06 09 01 16 00 7F");
+        QTRY_COMPARE(line.requests, QStringList{QString(hello())});
+        line.reply("FF FF 0A 41 01 06 07 06 09 05 01");
+        line.reply("00 6E");
+        QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
+    }
+
+    void cutsJoinedFramesApart()
+    {
+        Line line("drop@request:2");
+        line.inner.receive(hello() + packetReply() + hello());
+        const QStringList expected{QString(hello()), QString(hello())};
+        QTRY_COMPARE(line.requests, expected);
+        QCOMPARE(line.notes, QStringList{"request 2: dropped"});
+    }
+
+    void passesOtherBytesUnchanged()
+    {
+        Line line("drop@request:1,drop@reply:1");
+        line.inner.receive("12 34");
+        // With a wrong checksum it is no frame.
+        line.inner.receive("FF FF 0A 41 01 06 07 06 09 01 16 00 80");
+        line.inner.receive(hello());
+        line.inner.receive("56");
+        const QStringList requests{"12 34", "FF FF 0A 41 01 06 07 06 09 01 16 00 80", "56"};
+        QTRY_COMPARE(line.requests, requests);
+        line.reply("12");
+        QTRY_COMPARE(line.inner.written(), QStringList{"12"});
+        QCOMPARE(line.notes, QStringList{"request 1: dropped"});
+    }
+
+    void givesUpOnAStalledRequest()
+    {
+        Line line("drop@request:1");
+        line.inner.receive("FF FF 0A 41 01 06 07 06");
+        QTRY_COMPARE(line.requests, QStringList{"FF FF 0A 41 01 06 07 06"});
+        QVERIFY2(line.requestTimes.at(0) >= 90,
+                 qPrintable(QString::number(line.requestTimes.at(0))));
+        line.inner.receive("09 01 16 00 7F");
+        QTRY_COMPARE(line.requests.size(), 2);
+        QCOMPARE(line.notes, QStringList());
+    }
+
+    // At 50 baud, a byte alone takes 200 ms.
+    void waitsForASlowReply()
+    {
+        Line line("wrong-sum@reply:1,drop@request:1");
+        line.reply("FF FF 0A 41 01 06 07");
+        // As long as it takes to give up on a request.
+        line.inner.receive("FF FF 0A");
+        QTRY_COMPARE(line.requests, QStringList{"FF FF 0A"});
+        QCOMPARE(line.inner.written(), QStringList());
+        line.reply("06 09 05 01 00 6E");
+        QTRY_COMPARE(line.inner.written(), QStringList{"FF FF 0A 41 01 06 07 06 09 05 01 00 6F"});
+    }
+
+    void appliesFaultsInBothDirections()
+    {
+        Line line("corrupt=2@request:1.3,stale@reply:2");
+        line.inner.receive(hello());
+        line.inner.receive(hello());
+        const QStringList requests{"FF FF 0A 43 01 06 07 06 09 01 16 00 7F", QString(hello())};
+        QTRY_COMPARE(line.requests, requests);
+        line.reply(packetReply());
+        line.reply(packetReply());
+        const QStringList replies{QString(packetReply()),
+                                  QString(packetReply() + ' ' + packetReply())};
+        QTRY_COMPARE(line.inner.written(), replies);
+        const QStringList notes{"request 1: corrupted byte 3, 41 became 43",
+                                "reply 2: put the previous frame before it"};
+        QCOMPARE(line.notes, notes);
+    }
+
+    void pausesInsideAFrame()
+    {
+        Line line("gap=40@request:1.3,gap=60@request:1.12");
+        line.inner.receive(hello());
+        const QStringList expected{"FF FF 0A", "41 01 06 07 06 09 01 16 00", "7F"};
+        QTRY_COMPARE(line.requests, expected);
+        // Whole milliseconds on a clock of its own: up to one less.
+        QVERIFY2(line.requestTimes.at(1) >= 39,
+                 qPrintable(QString::number(line.requestTimes.at(1))));
+        QVERIFY2(line.requestTimes.at(2) >= 99,
+                 qPrintable(QString::number(line.requestTimes.at(2))));
+    }
+
+    void keepsTheOrder()
+    {
+        Line line("delay=80@request:1,split=2@request:2");
+        line.inner.receive("FF FF 0A 41 01 06 07 06 09 01 01 00 6A");
+        line.inner.receive(hello());
+        line.inner.receive("12");
+        const QStringList expected{"FF FF 0A 41 01 06 07 06 09 01 01 00 6A",
+                                   "FF",
+                                   "FF",
+                                   "0A",
+                                   "41",
+                                   "01",
+                                   "06",
+                                   "07",
+                                   "06",
+                                   "09",
+                                   "01",
+                                   "16",
+                                   "00",
+                                   "7F",
+                                   "12"};
+        QTRY_COMPARE(line.requests, expected);
+        QVERIFY2(line.requestTimes.at(0) >= 79,
+                 qPrintable(QString::number(line.requestTimes.at(0))));
+    }
+
+    void joinsFrames()
+    {
+        Line line(QString("join=%1@request:1,join=%1@reply:1").arg(kMuchLater));
+        line.inner.receive(hello());
+        line.reply(packetReply());
+        // It is the next one of its own direction that takes it along.
+        line.reply(packetReply());
+        QTRY_COMPARE(line.inner.written(),
+                     QStringList{QString(packetReply() + ' ' + packetReply())});
+        QCOMPARE(line.requests, QStringList());
+        line.inner.receive(hello());
+        QTRY_COMPARE(line.requests, QStringList{QString(hello() + ' ' + hello())});
+    }
+
+    void letsAJoinedFrameGoAlone()
+    {
+        Line line("join=50@request:1");
+        line.inner.receive(hello());
+        QTRY_COMPARE(line.requests, QStringList{QString(hello())});
+        QVERIFY2(line.requestTimes.at(0) >= 49,
+                 qPrintable(QString::number(line.requestTimes.at(0))));
+    }
+
+    void standsStillInBothDirections()
+    {
+        Line line("pause=80@reply:1");
+        line.reply(packetReply());
+        line.inner.receive(hello());
+        QTRY_COMPARE(line.requests, QStringList{QString(hello())});
+        QVERIFY2(line.requestTimes.at(0) >= 79,
+                 qPrintable(QString::number(line.requestTimes.at(0))));
+        QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
+    }
+
+    void hangsUpInsideAFrame()
+    {
+        Line line("hang-up=30@reply:1.5");
+        QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
+        line.reply(packetReply());
+        // It never happens before the event loop goes round.
+        QVERIFY(line.faulty.isPlugged());
+        line.reply(packetReply());
+        QVERIFY(hungUp.wait(kPatience));
+        QCOMPARE(line.inner.written(), QStringList{"FF FF 0A 41 01"});
+        QVERIFY(!line.inner.isPlugged());
+        QVERIFY(!line.faulty.isPlugged());
+        QCOMPARE(line.notes, QStringList{"reply 1: hung up before byte 5"});
+    }
+
+    void hangsUpWhileTheHostSends()
+    {
+        Line line("hang-up@request:1.3");
+        QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
+        line.inner.receive(hello());
+        QVERIFY(hungUp.wait(kPatience));
+        QCOMPARE(line.requests, QStringList{"FF FF 0A"});
+        QVERIFY(!line.inner.isPlugged());
+    }
+
+    void goesOnCountingWhenPluggedAgain()
+    {
+        Line line("hang-up@reply:1.0,drop@reply:2");
+        QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
+        line.reply(packetReply());
+        QVERIFY(hungUp.wait(kPatience));
+        QString error;
+        QVERIFY(line.faulty.plug(&error));
+        QVERIFY(line.inner.isPlugged());
+        line.reply(packetReply());
+        line.reply(packetReply());
+        QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
+        QCOMPARE(line.notes.last(), QString("reply 2: dropped"));
+    }
+
+    void losesWhatIsOnItsWayWhenUnplugged()
+    {
+        Line line(QString("join=%1@reply:1,pause=%1@request:1").arg(kMuchLater));
+        line.reply(packetReply());
+        line.inner.receive(hello());
+        // Part of a frame, too.
+        line.inner.receive("FF FF 0A 41 01 06");
+        line.faulty.unplug();
+        QVERIFY(!line.inner.isPlugged());
+        QString error;
+        QVERIFY(line.faulty.plug(&error));
+        line.reply(packetReply());
+        QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
+        line.inner.receive("07 06 09 01 16 00 7F");
+        QTRY_COMPARE(line.requests, QStringList{"07 06 09 01 16 00 7F"});
+    }
+
+    void losesRepliesWhileUnplugged()
+    {
+        Line line("drop@reply:2");
+        line.faulty.unplug();
+        line.reply(packetReply());
+        QString error;
+        QVERIFY(line.faulty.plug(&error));
+        line.reply(packetReply());
+        line.reply(packetReply());
+        line.reply("12");
+        const QStringList expected{QString(packetReply()), "12"};
+        QTRY_COMPARE(line.inner.written(), expected);
+    }
+
+    void tellsWhyItCannotBePlugged()
+    {
+        Line line("none");
+        line.faulty.unplug();
+        line.inner.breakDown();
+        QString error;
+        QVERIFY(!line.faulty.plug(&error));
+        QCOMPARE(error, QString("broken"));
+    }
+
+    void startsAnewWithNewFaults()
+    {
+        Line line("noise@reply:1");
+        line.reply(packetReply());
+        line.reply(packetReply());
+        line.setFaults("noise@reply:1", 7);
+        line.reply(packetReply());
+        QTRY_COMPARE(line.inner.written(), QStringList{"27 F1 E8 9B 71 B7 F8 0E " + packetReply()});
+        line.setFaults("noise@reply:1", 0);
+        line.reply(packetReply());
+        QTRY_COMPARE(line.inner.written().size(), 2);
+        QCOMPARE(line.inner.written().last(), QString("E5 49 F1 99 30 0D 81 D2 " + packetReply()));
+    }
+
+    void losesWhatIsOnItsWayWithNewFaults()
+    {
+        Line line(QString("join=%1@reply:1,silence@request:1").arg(kMuchLater));
+        line.reply(packetReply());
+        line.inner.receive(hello());
+        line.setFaults("drop@reply:2");
+        line.reply(packetReply());
+        QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
+        line.inner.receive(hello());
+        QTRY_COMPARE(line.requests, QStringList{QString(hello())});
+    }
+
+    void endsAllFaults()
+    {
+        Line line("silence@reply:1,pause@request:1");
+        line.reply(packetReply());
+        line.inner.receive(hello());
+        line.setFaults("none");
+        line.reply("12");
+        line.inner.receive("34");
+        QCOMPARE(line.inner.written(), QStringList{"12"});
+        QCOMPARE(line.requests, QStringList{"34"});
+    }
 };
-
-void FaultyLineTest::passesBytesAtOnceWithoutFaults()
-{
-    Line line("none");
-    line.inner.receive("FF FF 0A");
-    QCOMPARE(line.requests, QStringList{"FF FF 0A"});
-    line.reply("FF");
-    QCOMPARE(line.inner.written(), QStringList{"FF"});
-    QCOMPARE(line.notes, QStringList());
-}
-
-void FaultyLineTest::waitsForWholeFramesWithFaults()
-{
-    Line line("drop@reply:1000");
-    line.inner.receive("FF FF 0A 41 01 06");
-    line.inner.receive("07 06 09 01 16 00 7F");
-    QTRY_COMPARE(line.requests, QStringList{QString(hello())});
-    line.reply("FF FF 0A 41 01 06 07 06 09 05 01");
-    line.reply("00 6E");
-    QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
-}
-
-void FaultyLineTest::cutsJoinedFramesApart()
-{
-    Line line("drop@request:2");
-    line.inner.receive(hello() + packetReply() + hello());
-    const QStringList expected{QString(hello()), QString(hello())};
-    QTRY_COMPARE(line.requests, expected);
-    QCOMPARE(line.notes, QStringList{"request 2: dropped"});
-}
-
-void FaultyLineTest::passesOtherBytesUnchanged()
-{
-    Line line("drop@request:1,drop@reply:1");
-    line.inner.receive("12 34");
-    // With a wrong checksum it is no frame.
-    line.inner.receive("FF FF 0A 41 01 06 07 06 09 01 16 00 80");
-    line.inner.receive(hello());
-    line.inner.receive("56");
-    const QStringList requests{"12 34", "FF FF 0A 41 01 06 07 06 09 01 16 00 80", "56"};
-    QTRY_COMPARE(line.requests, requests);
-    line.reply("12");
-    QTRY_COMPARE(line.inner.written(), QStringList{"12"});
-    QCOMPARE(line.notes, QStringList{"request 1: dropped"});
-}
-
-void FaultyLineTest::givesUpOnAStalledRequest()
-{
-    Line line("drop@request:1");
-    line.inner.receive("FF FF 0A 41 01 06 07 06");
-    QTRY_COMPARE(line.requests, QStringList{"FF FF 0A 41 01 06 07 06"});
-    QVERIFY2(line.requestTimes.at(0) >= 90, qPrintable(QString::number(line.requestTimes.at(0))));
-    line.inner.receive("09 01 16 00 7F");
-    QTRY_COMPARE(line.requests.size(), 2);
-    QCOMPARE(line.notes, QStringList());
-}
-
-// At 50 baud, a byte alone takes 200 ms.
-void FaultyLineTest::waitsForASlowReply()
-{
-    Line line("wrong-sum@reply:1,drop@request:1");
-    line.reply("FF FF 0A 41 01 06 07");
-    // As long as it takes to give up on a request.
-    line.inner.receive("FF FF 0A");
-    QTRY_COMPARE(line.requests, QStringList{"FF FF 0A"});
-    QCOMPARE(line.inner.written(), QStringList());
-    line.reply("06 09 05 01 00 6E");
-    QTRY_COMPARE(line.inner.written(), QStringList{"FF FF 0A 41 01 06 07 06 09 05 01 00 6F"});
-}
-
-void FaultyLineTest::appliesFaultsInBothDirections()
-{
-    Line line("corrupt=2@request:1.3,stale@reply:2");
-    line.inner.receive(hello());
-    line.inner.receive(hello());
-    const QStringList requests{"FF FF 0A 43 01 06 07 06 09 01 16 00 7F", QString(hello())};
-    QTRY_COMPARE(line.requests, requests);
-    line.reply(packetReply());
-    line.reply(packetReply());
-    const QStringList replies{QString(packetReply()), QString(packetReply() + ' ' + packetReply())};
-    QTRY_COMPARE(line.inner.written(), replies);
-    const QStringList notes{"request 1: corrupted byte 3, 41 became 43",
-                            "reply 2: put the previous frame before it"};
-    QCOMPARE(line.notes, notes);
-}
-
-void FaultyLineTest::pausesInsideAFrame()
-{
-    Line line("gap=40@request:1.3,gap=60@request:1.12");
-    line.inner.receive(hello());
-    const QStringList expected{"FF FF 0A", "41 01 06 07 06 09 01 16 00", "7F"};
-    QTRY_COMPARE(line.requests, expected);
-    // Whole milliseconds on a clock of its own: up to one less.
-    QVERIFY2(line.requestTimes.at(1) >= 39, qPrintable(QString::number(line.requestTimes.at(1))));
-    QVERIFY2(line.requestTimes.at(2) >= 99, qPrintable(QString::number(line.requestTimes.at(2))));
-}
-
-void FaultyLineTest::keepsTheOrder()
-{
-    Line line("delay=80@request:1,split=2@request:2");
-    line.inner.receive("FF FF 0A 41 01 06 07 06 09 01 01 00 6A");
-    line.inner.receive(hello());
-    line.inner.receive("12");
-    const QStringList expected{"FF FF 0A 41 01 06 07 06 09 01 01 00 6A",
-                               "FF",
-                               "FF",
-                               "0A",
-                               "41",
-                               "01",
-                               "06",
-                               "07",
-                               "06",
-                               "09",
-                               "01",
-                               "16",
-                               "00",
-                               "7F",
-                               "12"};
-    QTRY_COMPARE(line.requests, expected);
-    QVERIFY2(line.requestTimes.at(0) >= 79, qPrintable(QString::number(line.requestTimes.at(0))));
-}
-
-void FaultyLineTest::joinsFrames()
-{
-    Line line(QString("join=%1@request:1,join=%1@reply:1").arg(kMuchLater));
-    line.inner.receive(hello());
-    line.reply(packetReply());
-    // It is the next one of its own direction that takes it along.
-    line.reply(packetReply());
-    QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply() + ' ' + packetReply())});
-    QCOMPARE(line.requests, QStringList());
-    line.inner.receive(hello());
-    QTRY_COMPARE(line.requests, QStringList{QString(hello() + ' ' + hello())});
-}
-
-void FaultyLineTest::letsAJoinedFrameGoAlone()
-{
-    Line line("join=50@request:1");
-    line.inner.receive(hello());
-    QTRY_COMPARE(line.requests, QStringList{QString(hello())});
-    QVERIFY2(line.requestTimes.at(0) >= 49, qPrintable(QString::number(line.requestTimes.at(0))));
-}
-
-void FaultyLineTest::standsStillInBothDirections()
-{
-    Line line("pause=80@reply:1");
-    line.reply(packetReply());
-    line.inner.receive(hello());
-    QTRY_COMPARE(line.requests, QStringList{QString(hello())});
-    QVERIFY2(line.requestTimes.at(0) >= 79, qPrintable(QString::number(line.requestTimes.at(0))));
-    QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
-}
-
-void FaultyLineTest::hangsUpInsideAFrame()
-{
-    Line line("hang-up=30@reply:1.5");
-    QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
-    line.reply(packetReply());
-    // It never happens before the event loop goes round.
-    QVERIFY(line.faulty.isPlugged());
-    line.reply(packetReply());
-    QVERIFY(hungUp.wait(kPatience));
-    QCOMPARE(line.inner.written(), QStringList{"FF FF 0A 41 01"});
-    QVERIFY(!line.inner.isPlugged());
-    QVERIFY(!line.faulty.isPlugged());
-    QCOMPARE(line.notes, QStringList{"reply 1: hung up before byte 5"});
-}
-
-void FaultyLineTest::hangsUpWhileTheHostSends()
-{
-    Line line("hang-up@request:1.3");
-    QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
-    line.inner.receive(hello());
-    QVERIFY(hungUp.wait(kPatience));
-    QCOMPARE(line.requests, QStringList{"FF FF 0A"});
-    QVERIFY(!line.inner.isPlugged());
-}
-
-void FaultyLineTest::goesOnCountingWhenPluggedAgain()
-{
-    Line line("hang-up@reply:1.0,drop@reply:2");
-    QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
-    line.reply(packetReply());
-    QVERIFY(hungUp.wait(kPatience));
-    QString error;
-    QVERIFY(line.faulty.plug(&error));
-    QVERIFY(line.inner.isPlugged());
-    line.reply(packetReply());
-    line.reply(packetReply());
-    QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
-    QCOMPARE(line.notes.last(), QString("reply 2: dropped"));
-}
-
-void FaultyLineTest::losesWhatIsOnItsWayWhenUnplugged()
-{
-    Line line(QString("join=%1@reply:1,pause=%1@request:1").arg(kMuchLater));
-    line.reply(packetReply());
-    line.inner.receive(hello());
-    // Part of a frame, too.
-    line.inner.receive("FF FF 0A 41 01 06");
-    line.faulty.unplug();
-    QVERIFY(!line.inner.isPlugged());
-    QString error;
-    QVERIFY(line.faulty.plug(&error));
-    line.reply(packetReply());
-    QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
-    line.inner.receive("07 06 09 01 16 00 7F");
-    QTRY_COMPARE(line.requests, QStringList{"07 06 09 01 16 00 7F"});
-}
-
-void FaultyLineTest::losesRepliesWhileUnplugged()
-{
-    Line line("drop@reply:2");
-    line.faulty.unplug();
-    line.reply(packetReply());
-    QString error;
-    QVERIFY(line.faulty.plug(&error));
-    line.reply(packetReply());
-    line.reply(packetReply());
-    line.reply("12");
-    const QStringList expected{QString(packetReply()), "12"};
-    QTRY_COMPARE(line.inner.written(), expected);
-}
-
-void FaultyLineTest::tellsWhyItCannotBePlugged()
-{
-    Line line("none");
-    line.faulty.unplug();
-    line.inner.breakDown();
-    QString error;
-    QVERIFY(!line.faulty.plug(&error));
-    QCOMPARE(error, QString("broken"));
-}
-
-void FaultyLineTest::startsAnewWithNewFaults()
-{
-    Line line("noise@reply:1");
-    line.reply(packetReply());
-    line.reply(packetReply());
-    line.setFaults("noise@reply:1", 7);
-    line.reply(packetReply());
-    QTRY_COMPARE(line.inner.written(), QStringList{"27 F1 E8 9B 71 B7 F8 0E " + packetReply()});
-    line.setFaults("noise@reply:1", 0);
-    line.reply(packetReply());
-    QTRY_COMPARE(line.inner.written().size(), 2);
-    QCOMPARE(line.inner.written().last(), QString("E5 49 F1 99 30 0D 81 D2 " + packetReply()));
-}
-
-void FaultyLineTest::losesWhatIsOnItsWayWithNewFaults()
-{
-    Line line(QString("join=%1@reply:1,silence@request:1").arg(kMuchLater));
-    line.reply(packetReply());
-    line.inner.receive(hello());
-    line.setFaults("drop@reply:2");
-    line.reply(packetReply());
-    QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
-    line.inner.receive(hello());
-    QTRY_COMPARE(line.requests, QStringList{QString(hello())});
-}
-
-void FaultyLineTest::endsAllFaults()
-{
-    Line line("silence@reply:1,pause@request:1");
-    line.reply(packetReply());
-    line.inner.receive(hello());
-    line.setFaults("none");
-    line.reply("12");
-    line.inner.receive("34");
-    QCOMPARE(line.inner.written(), QStringList{"12"});
-    QCOMPARE(line.requests, QStringList{"34"});
-}
 
 QTEST_GUILESS_MAIN(FaultyLineTest)
 #include "tst_faultyline.moc"

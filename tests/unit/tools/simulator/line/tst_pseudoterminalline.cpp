@@ -97,113 +97,104 @@ class PseudoTerminalLineTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void init();
-    void carriesEveryByteBothWays();
-    void survivesHostsThatComeAndGo();
-    void hearsAHostThatIsGoneAtOnce();
-    void losesWhatIsSentToNobody();
-    void losesWhatTheLastHostLeft();
-    void hangsUpWhenUnplugged();
-    void canBePluggedAgain();
+    void init()
+    {
+        m_line = std::make_unique<PseudoTerminalLine>();
+        QString error;
+        QVERIFY2(m_line->plug(&error), qPrintable(error));
+    }
+
+    void carriesEveryByteBothWays()
+    {
+        const Received received(*m_line);
+        Host host(m_line->portName());
+        QVERIFY(host.isOpen());
+        QVERIFY(host.write(allBytes()));
+        QTRY_COMPARE(received.bytes(), allBytes());
+        QCOMPARE(host.read(), QByteArray());
+        m_line->write(allBytes());
+        QTRY_COMPARE(host.read(), allBytes());
+        QCOMPARE(received.bytes(), allBytes());
+    }
+
+    void survivesHostsThatComeAndGo()
+    {
+        const Received received(*m_line);
+        for (const char *text : {"one", "two", "three"}) {
+            const QByteArray bytes(text);
+            Host host(m_line->portName());
+            QVERIFY(host.write(bytes));
+            QTRY_VERIFY(received.bytes().endsWith(bytes));
+            m_line->write(bytes);
+            QTRY_COMPARE(host.read(), bytes);
+        }
+        QCOMPARE(received.bytes(), QByteArray("onetwothree"));
+    }
+
+    void hearsAHostThatIsGoneAtOnce()
+    {
+        const Received received(*m_line);
+        for (int i = 0; i < 3; ++i) {
+            Host host(m_line->portName());
+            QVERIFY(host.write("x"));
+        }
+        QTRY_COMPARE(received.bytes(), QByteArray("xxx"));
+    }
+
+    void losesWhatIsSentToNobody()
+    {
+        m_line->write("lost");
+        {
+            Host host(m_line->portName());
+            QCOMPARE(host.read(), QByteArray());
+        }
+        m_line->write("lost");
+        Host host(m_line->portName());
+        m_line->write("heard");
+        QTRY_COMPARE(host.read(), QByteArray("heard"));
+    }
+
+    void losesWhatTheLastHostLeft()
+    {
+        const Received received(*m_line);
+        {
+            Host host(m_line->portName());
+            m_line->write("left");
+            QVERIFY(host.write("1"));
+            QTRY_COMPARE(received.bytes(), QByteArray("1"));
+        }
+        // A host that comes before the line has seen the last one go still finds it.
+        QTRY_COMPARE(Host(m_line->portName()).unread(), 0);
+    }
+
+    void hangsUpWhenUnplugged()
+    {
+        const QString portName = m_line->portName();
+        const Host host(portName);
+        QVERIFY(!host.isHungUpOn());
+        m_line->unplug();
+        QVERIFY(!m_line->isPlugged());
+        QVERIFY(host.isHungUpOn());
+        QVERIFY(!QFile::exists(portName));
+        QCOMPARE(m_line->portName(), QString());
+        m_line->write("lost");
+    }
+
+    void canBePluggedAgain()
+    {
+        m_line->unplug();
+        QString error;
+        QVERIFY2(m_line->plug(&error), qPrintable(error));
+        QVERIFY(m_line->isPlugged());
+        const Received received(*m_line);
+        Host host(m_line->portName());
+        QVERIFY(host.write("again"));
+        QTRY_COMPARE(received.bytes(), QByteArray("again"));
+    }
 
 private:
     std::unique_ptr<PseudoTerminalLine> m_line;
 };
-
-void PseudoTerminalLineTest::init()
-{
-    m_line = std::make_unique<PseudoTerminalLine>();
-    QString error;
-    QVERIFY2(m_line->plug(&error), qPrintable(error));
-}
-
-void PseudoTerminalLineTest::carriesEveryByteBothWays()
-{
-    const Received received(*m_line);
-    Host host(m_line->portName());
-    QVERIFY(host.isOpen());
-    QVERIFY(host.write(allBytes()));
-    QTRY_COMPARE(received.bytes(), allBytes());
-    QCOMPARE(host.read(), QByteArray());
-    m_line->write(allBytes());
-    QTRY_COMPARE(host.read(), allBytes());
-    QCOMPARE(received.bytes(), allBytes());
-}
-
-void PseudoTerminalLineTest::survivesHostsThatComeAndGo()
-{
-    const Received received(*m_line);
-    for (const char *text : {"one", "two", "three"}) {
-        const QByteArray bytes(text);
-        Host host(m_line->portName());
-        QVERIFY(host.write(bytes));
-        QTRY_VERIFY(received.bytes().endsWith(bytes));
-        m_line->write(bytes);
-        QTRY_COMPARE(host.read(), bytes);
-    }
-    QCOMPARE(received.bytes(), QByteArray("onetwothree"));
-}
-
-void PseudoTerminalLineTest::hearsAHostThatIsGoneAtOnce()
-{
-    const Received received(*m_line);
-    for (int i = 0; i < 3; ++i) {
-        Host host(m_line->portName());
-        QVERIFY(host.write("x"));
-    }
-    QTRY_COMPARE(received.bytes(), QByteArray("xxx"));
-}
-
-void PseudoTerminalLineTest::losesWhatIsSentToNobody()
-{
-    m_line->write("lost");
-    {
-        Host host(m_line->portName());
-        QCOMPARE(host.read(), QByteArray());
-    }
-    m_line->write("lost");
-    Host host(m_line->portName());
-    m_line->write("heard");
-    QTRY_COMPARE(host.read(), QByteArray("heard"));
-}
-
-void PseudoTerminalLineTest::losesWhatTheLastHostLeft()
-{
-    const Received received(*m_line);
-    {
-        Host host(m_line->portName());
-        m_line->write("left");
-        QVERIFY(host.write("1"));
-        QTRY_COMPARE(received.bytes(), QByteArray("1"));
-    }
-    // A host that comes before the line has seen the last one go still finds it.
-    QTRY_COMPARE(Host(m_line->portName()).unread(), 0);
-}
-
-void PseudoTerminalLineTest::hangsUpWhenUnplugged()
-{
-    const QString portName = m_line->portName();
-    const Host host(portName);
-    QVERIFY(!host.isHungUpOn());
-    m_line->unplug();
-    QVERIFY(!m_line->isPlugged());
-    QVERIFY(host.isHungUpOn());
-    QVERIFY(!QFile::exists(portName));
-    QCOMPARE(m_line->portName(), QString());
-    m_line->write("lost");
-}
-
-void PseudoTerminalLineTest::canBePluggedAgain()
-{
-    m_line->unplug();
-    QString error;
-    QVERIFY2(m_line->plug(&error), qPrintable(error));
-    QVERIFY(m_line->isPlugged());
-    const Received received(*m_line);
-    Host host(m_line->portName());
-    QVERIFY(host.write("again"));
-    QTRY_COMPARE(received.bytes(), QByteArray("again"));
-}
 
 QTEST_GUILESS_MAIN(PseudoTerminalLineTest)
 #include "tst_pseudoterminalline.moc"

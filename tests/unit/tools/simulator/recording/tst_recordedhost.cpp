@@ -26,57 +26,55 @@ class RecordedHostTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void tellsTheFirstDifferenceInEachEvent_data();
-    void tellsTheFirstDifferenceInEachEvent();
-};
+    void tellsTheFirstDifferenceInEachEvent_data()
+    {
+        QTest::addColumn<QStringList>("pieces");
+        QTest::addColumn<QStringList>("differences");
 
-void RecordedHostTest::tellsTheFirstDifferenceInEachEvent_data()
-{
-    QTest::addColumn<QStringList>("pieces");
-    QTest::addColumn<QStringList>("differences");
-
-    QTest::newRow("nothing") << QStringList() << QStringList();
-    QTest::newRow("the same") << QStringList{"01 02 03 04", "05 06"} << QStringList();
-    QTest::newRow("the same at once") << QStringList{"01 02 03 04 05 06"} << QStringList();
-    QTest::newRow("the same byte by byte")
-        << QStringList{"01", "02", "03", "04", "05", "06"} << QStringList();
-    QTest::newRow("the same, cut elsewhere")
-        << QStringList{"01 02 03", "04 05", "06"} << QStringList();
-    QTest::newRow("less") << QStringList{"01 02 03"} << QStringList();
-    QTest::newRow("the first byte")
-        << QStringList{"11 02 03 04", "05 06"}
-        << QStringList{"from byte 1 on the host sends 11 02 03 04 instead of 01 02 03 04, "
-                       "recorded at 1.000000"};
-    QTest::newRow("the last byte of an event")
-        << QStringList{"01 02 03 14 05 06"}
-        << QStringList{"from byte 4 on the host sends 14 instead of 04, recorded at 1.000000"};
-    QTest::newRow("a later event")
-        << QStringList{"01 02 03 04", "05 16"}
-        << QStringList{"from byte 6 on the host sends 16 instead of 06, recorded at 2.000007"};
-    QTest::newRow("two places in one event")
-        << QStringList{"11 02", "13 04", "05 06"}
-        << QStringList{
-               "from byte 1 on the host sends 11 02 instead of 01 02, recorded at 1.000000"};
-    QTest::newRow("two events in one piece")
-        << QStringList{"01 12 03 04 15 06"}
-        << QStringList{
-               "from byte 2 on the host sends 12 03 04 instead of 02 03 04, recorded at 1.000000",
-               "from byte 5 on the host sends 15 06 instead of 05 06, recorded at 2.000007"};
-    QTest::newRow("more") << QStringList{
-        "01 02 03 04", "05 06 07", "08",
-        "09"} << QStringList{"from byte 7 on the host sends 07, where nothing more is recorded"};
-}
-
-void RecordedHostTest::tellsTheFirstDifferenceInEachEvent()
-{
-    QFETCH(QStringList, pieces);
-    RecordedHost host = recordedHost();
-    QStringList differences;
-    for (const QString &piece : pieces) {
-        differences << host.take(QByteArray::fromHex(piece.toLatin1()));
+        QTest::newRow("nothing") << QStringList() << QStringList();
+        QTest::newRow("the same") << QStringList{"01 02 03 04", "05 06"} << QStringList();
+        QTest::newRow("the same at once") << QStringList{"01 02 03 04 05 06"} << QStringList();
+        QTest::newRow("the same byte by byte")
+            << QStringList{"01", "02", "03", "04", "05", "06"} << QStringList();
+        QTest::newRow("the same, cut elsewhere")
+            << QStringList{"01 02 03", "04 05", "06"} << QStringList();
+        QTest::newRow("less") << QStringList{"01 02 03"} << QStringList();
+        QTest::newRow("the first byte")
+            << QStringList{"11 02 03 04", "05 06"}
+            << QStringList{"from byte 1 on the host sends 11 02 03 04 instead of 01 02 03 04, "
+                           "recorded at 1.000000"};
+        QTest::newRow("the last byte of an event")
+            << QStringList{"01 02 03 14 05 06"}
+            << QStringList{"from byte 4 on the host sends 14 instead of 04, recorded at 1.000000"};
+        QTest::newRow("a later event")
+            << QStringList{"01 02 03 04", "05 16"}
+            << QStringList{"from byte 6 on the host sends 16 instead of 06, recorded at 2.000007"};
+        QTest::newRow("two places in one event")
+            << QStringList{"11 02", "13 04", "05 06"}
+            << QStringList{
+                   "from byte 1 on the host sends 11 02 instead of 01 02, recorded at 1.000000"};
+        QTest::newRow("two events in one piece")
+            << QStringList{"01 12 03 04 15 06"}
+            << QStringList{
+                   "from byte 2 on the host sends 12 03 04 instead of 02 03 04, recorded at "
+                   "1.000000",
+                   "from byte 5 on the host sends 15 06 instead of 05 06, recorded at 2.000007"};
+        QTest::newRow("more")
+            << QStringList{"01 02 03 04", "05 06 07", "08", "09"}
+            << QStringList{"from byte 7 on the host sends 07, where nothing more is recorded"};
     }
-    QTEST(differences, "differences");
-}
+
+    void tellsTheFirstDifferenceInEachEvent()
+    {
+        QFETCH(QStringList, pieces);
+        RecordedHost host = recordedHost();
+        QStringList differences;
+        for (const QString &piece : pieces) {
+            differences << host.take(QByteArray::fromHex(piece.toLatin1()));
+        }
+        QTEST(differences, "differences");
+    }
+};
 
 QTEST_GUILESS_MAIN(RecordedHostTest)
 #include "tst_recordedhost.moc"

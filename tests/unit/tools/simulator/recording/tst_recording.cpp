@@ -36,208 +36,199 @@ class RecordingTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void namesItsFormatInTheFirstLine();
-    void writesOneLineForEachEvent_data();
-    void writesOneLineForEachEvent();
-    void readsALineAsAnEvent_data();
-    void readsALineAsAnEvent();
-    void skipsWhatIsNoEvent_data();
-    void skipsWhatIsNoEvent();
-    void keepsTheEventsInTheirOrder();
-    void refusesABadLineByItsNumber_data();
-    void refusesABadLineByItsNumber();
-    void readsBackExactlyWhatItHasWritten();
+    void namesItsFormatInTheFirstLine()
+    {
+        QCOMPARE(Recording::header(), QByteArray("# Corvane line recording 1\n"));
+    }
+
+    void writesOneLineForEachEvent_data()
+    {
+        QTest::addColumn<LineEvent>("event");
+        QTest::addColumn<QByteArray>("line");
+
+        QTest::newRow("plugged") << at(0, LineEvent::Plugged) << QByteArray("0.000000 plugged\n");
+        QTest::newRow("unplugged")
+            << at(9'000'210, LineEvent::Unplugged) << QByteArray("9.000210 unplugged\n");
+        QTest::newRow("from the host") << at(1'203'451, LineEvent::Host, "FF FF 0A 41")
+                                       << QByteArray("1.203451 host   FF FF 0A 41\n");
+        QTest::newRow("from the camera")
+            << at(1, LineEvent::Camera, "07") << QByteArray("0.000001 camera 07\n");
+        QTest::newRow("all kinds of digits") << at(0, LineEvent::Host, "00 9A BC DE F0")
+                                             << QByteArray("0.000000 host   00 9A BC DE F0\n");
+        QTest::newRow("after a day")
+            << at(86'400'999'999, LineEvent::Unplugged) << QByteArray("86400.999999 unplugged\n");
+    }
+
+    void writesOneLineForEachEvent()
+    {
+        QFETCH(LineEvent, event);
+        QTEST(Recording::line(event), "line");
+    }
+
+    void readsALineAsAnEvent_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<LineEvent>("expected");
+
+        QTest::newRow("plugged") << QByteArray("0.000000 plugged") << at(0, LineEvent::Plugged);
+        QTest::newRow("unplugged")
+            << QByteArray("9.000210 unplugged") << at(9'000'210, LineEvent::Unplugged);
+        QTest::newRow("from the host")
+            << QByteArray("1.203451 host   FF 0A") << at(1'203'451, LineEvent::Host, "FF 0A");
+        QTest::newRow("from the camera")
+            << QByteArray("1.203451 camera 41") << at(1'203'451, LineEvent::Camera, "41");
+        QTest::newRow("small digits")
+            << QByteArray("0 host ff 0a") << at(0, LineEvent::Host, "FF 0A");
+        QTest::newRow("whole seconds")
+            << QByteArray("12 plugged") << at(12'000'000, LineEvent::Plugged);
+        QTest::newRow("tenths of a second")
+            << QByteArray("12.5 plugged") << at(12'500'000, LineEvent::Plugged);
+        QTest::newRow("the latest time") << QByteArray("999999999.999999 plugged")
+                                         << at(999'999'999'999'999, LineEvent::Plugged);
+        QTest::newRow("blanks and tabs")
+            << QByteArray("  1.5\thost \t FF  0A ") << at(1'500'000, LineEvent::Host, "FF 0A");
+        QTest::newRow("from another system")
+            << QByteArray("1.5 host FF\r") << at(1'500'000, LineEvent::Host, "FF");
+        QTest::newRow("a comment behind")
+            << QByteArray("1.5 host FF # that late") << at(1'500'000, LineEvent::Host, "FF");
+    }
+
+    void readsALineAsAnEvent()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(LineEvent, expected);
+        // With and without a line feed at the end.
+        for (const char *end : {"\n", ""}) {
+            const QVector<LineEvent> events = parsed(line + end);
+            QCOMPARE(events.size(), 1);
+            QCOMPARE(events.first().time.count(), expected.time.count());
+            QCOMPARE(events.first().kind, expected.kind);
+            QCOMPARE(events.first().bytes, expected.bytes);
+        }
+    }
+
+    void skipsWhatIsNoEvent_data()
+    {
+        QTest::addColumn<QByteArray>("lines");
+
+        QTest::newRow("nothing") << QByteArray();
+        QTest::newRow("empty lines") << QByteArray("\n\r\n  \t\n");
+        QTest::newRow("comments") << QByteArray("# 1.5 host FF\n   # and so on\n#");
+    }
+
+    void skipsWhatIsNoEvent()
+    {
+        QFETCH(QByteArray, lines);
+        QString error;
+        const auto events = Recording::parse("# Corvane line recording 1\n" + lines, &error);
+        QVERIFY2(events, qPrintable(error));
+        QCOMPARE(events->size(), 0);
+    }
+
+    void keepsTheEventsInTheirOrder()
+    {
+        const QVector<LineEvent> events =
+            parsed("0 plugged\n1 host 01\n1 camera 02\n2.5 unplugged\n"
+                   "2.5 plugged\n3 camera 03\n");
+        QByteArray passed;
+        QVector<int> kinds;
+        for (const LineEvent &event : events) {
+            kinds << event.kind;
+            passed += event.bytes;
+        }
+        QCOMPARE(kinds,
+                 (QVector<int>{LineEvent::Plugged, LineEvent::Host, LineEvent::Camera,
+                               LineEvent::Unplugged, LineEvent::Plugged, LineEvent::Camera}));
+        QCOMPARE(passed, bytes("01 02 03"));
+    }
+
+    void refusesABadLineByItsNumber_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("reason");
+
+        const QString noHeader = "line 1: '# Corvane line recording 1' expected";
+        QTest::newRow("an empty file") << QByteArray() << noHeader;
+        QTest::newRow("no recording") << QByteArray("\x7f"
+                                                    "ELF\n\x01")
+                                      << noHeader;
+        QTest::newRow("an unknown format")
+            << QByteArray("# Corvane line recording 2\n") << noHeader;
+
+        const auto addRow = [](const char *name, const QByteArray &lines, const QString &reason) {
+            QTest::newRow(name) << "# Corvane line recording 1\n" + lines << reason;
+        };
+        addRow("no time", "plugged",
+               "line 2: a time in seconds, such as 1.203451, expected, not 'plugged'");
+        addRow("a negative time", "-1 plugged",
+               "line 2: a time in seconds, such as 1.203451, expected, not '-1'");
+        addRow("too many decimals", "1.0000001 plugged",
+               "line 2: a time in seconds, such as 1.203451, expected, not '1.0000001'");
+        addRow("a decimal comma", "1,5 plugged",
+               "line 2: a time in seconds, such as 1.203451, expected, not '1,5'");
+        addRow("nothing behind the point", "1. plugged",
+               "line 2: a time in seconds, such as 1.203451, expected, not '1.'");
+        addRow("a time far away", "1000000000 plugged",
+               "line 2: a time in seconds, such as 1.203451, expected, not '1000000000'");
+        addRow("a time that runs backwards", "\n1.5 host FF\n# before\n1.499999 host FF\n",
+               "line 5: a time of at least 1.500000 expected, not '1.499999'");
+        addRow("no event", "1.5 # host FF", "line 2: plugged, unplugged, host or camera expected");
+        addRow("an unknown event", "1.5 Host FF",
+               "line 2: plugged, unplugged, host or camera expected, not 'Host'");
+        addRow("no bytes", "1.5 host",
+               "line 2: bytes of two hexadecimal digits, such as FF 0A, expected");
+        addRow("half a byte", "1.5 camera FF F",
+               "line 2: bytes of two hexadecimal digits, such as FF 0A, expected, not 'F'");
+        addRow("bytes without a blank", "1.5 camera FFFF",
+               "line 2: bytes of two hexadecimal digits, such as FF 0A, expected, not 'FFFF'");
+        addRow("no hexadecimal digit", "1.5 camera FF FG",
+               "line 2: bytes of two hexadecimal digits, such as FF 0A, expected, not 'FG'");
+        addRow("bytes of a plug", "1.5 plugged FF",
+               "line 2: nothing more on the line expected, not 'FF'");
+        addRow("plugged twice", "0 plugged\n1 plugged\n",
+               "line 3: anything else, as the line is plugged, expected, not 'plugged'");
+        addRow("plugged later, without having been unplugged", "0 host FF\n1 plugged\n",
+               "line 3: anything else, as the line is plugged, expected, not 'plugged'");
+        addRow("unplugged twice", "0 unplugged\n1 unplugged\n",
+               "line 3: plugged, as the line is unplugged, expected, not 'unplugged'");
+        addRow("bytes on an unplugged line", "0 unplugged\n1 camera FF\n",
+               "line 3: plugged, as the line is unplugged, expected, not 'camera'");
+    }
+
+    void refusesABadLineByItsNumber()
+    {
+        QFETCH(QByteArray, text);
+        QString error;
+        QVERIFY(!Recording::parse(text, &error));
+        QTEST(error, "reason");
+    }
+
+    void readsBackExactlyWhatItHasWritten()
+    {
+        QByteArray everyByte;
+        for (int byte = 0; byte < 256; ++byte) {
+            everyByte += static_cast<char>(byte);
+        }
+        const QVector<LineEvent> events{
+            at(0, LineEvent::Plugged),
+            {std::chrono::microseconds(999'999), LineEvent::Host, everyByte},
+            {std::chrono::microseconds(1'000'000), LineEvent::Camera, everyByte},
+            at(1'000'001, LineEvent::Unplugged),
+            at(70'000'010, LineEvent::Plugged),
+        };
+        QByteArray text;
+        for (const LineEvent &event : events) {
+            text += Recording::line(event);
+        }
+        const QVector<LineEvent> readBack = parsed(text);
+        QCOMPARE(readBack.size(), events.size());
+        for (int i = 0; i < events.size(); ++i) {
+            QCOMPARE(readBack.at(i).time.count(), events.at(i).time.count());
+            QCOMPARE(readBack.at(i).kind, events.at(i).kind);
+            QCOMPARE(readBack.at(i).bytes, events.at(i).bytes);
+        }
+    }
 };
-
-void RecordingTest::namesItsFormatInTheFirstLine()
-{
-    QCOMPARE(Recording::header(), QByteArray("# Corvane line recording 1\n"));
-}
-
-void RecordingTest::writesOneLineForEachEvent_data()
-{
-    QTest::addColumn<LineEvent>("event");
-    QTest::addColumn<QByteArray>("line");
-
-    QTest::newRow("plugged") << at(0, LineEvent::Plugged) << QByteArray("0.000000 plugged\n");
-    QTest::newRow("unplugged") << at(9'000'210, LineEvent::Unplugged)
-                               << QByteArray("9.000210 unplugged\n");
-    QTest::newRow("from the host") << at(1'203'451, LineEvent::Host, "FF FF 0A 41")
-                                   << QByteArray("1.203451 host   FF FF 0A 41\n");
-    QTest::newRow("from the camera")
-        << at(1, LineEvent::Camera, "07") << QByteArray("0.000001 camera 07\n");
-    QTest::newRow("all kinds of digits") << at(0, LineEvent::Host, "00 9A BC DE F0")
-                                         << QByteArray("0.000000 host   00 9A BC DE F0\n");
-    QTest::newRow("after a day") << at(86'400'999'999, LineEvent::Unplugged)
-                                 << QByteArray("86400.999999 unplugged\n");
-}
-
-void RecordingTest::writesOneLineForEachEvent()
-{
-    QFETCH(LineEvent, event);
-    QTEST(Recording::line(event), "line");
-}
-
-void RecordingTest::readsALineAsAnEvent_data()
-{
-    QTest::addColumn<QByteArray>("line");
-    QTest::addColumn<LineEvent>("expected");
-
-    QTest::newRow("plugged") << QByteArray("0.000000 plugged") << at(0, LineEvent::Plugged);
-    QTest::newRow("unplugged") << QByteArray("9.000210 unplugged")
-                               << at(9'000'210, LineEvent::Unplugged);
-    QTest::newRow("from the host")
-        << QByteArray("1.203451 host   FF 0A") << at(1'203'451, LineEvent::Host, "FF 0A");
-    QTest::newRow("from the camera")
-        << QByteArray("1.203451 camera 41") << at(1'203'451, LineEvent::Camera, "41");
-    QTest::newRow("small digits") << QByteArray("0 host ff 0a") << at(0, LineEvent::Host, "FF 0A");
-    QTest::newRow("whole seconds")
-        << QByteArray("12 plugged") << at(12'000'000, LineEvent::Plugged);
-    QTest::newRow("tenths of a second")
-        << QByteArray("12.5 plugged") << at(12'500'000, LineEvent::Plugged);
-    QTest::newRow("the latest time")
-        << QByteArray("999999999.999999 plugged") << at(999'999'999'999'999, LineEvent::Plugged);
-    QTest::newRow("blanks and tabs")
-        << QByteArray("  1.5\thost \t FF  0A ") << at(1'500'000, LineEvent::Host, "FF 0A");
-    QTest::newRow("from another system")
-        << QByteArray("1.5 host FF\r") << at(1'500'000, LineEvent::Host, "FF");
-    QTest::newRow("a comment behind")
-        << QByteArray("1.5 host FF # that late") << at(1'500'000, LineEvent::Host, "FF");
-}
-
-void RecordingTest::readsALineAsAnEvent()
-{
-    QFETCH(QByteArray, line);
-    QFETCH(LineEvent, expected);
-    // With and without a line feed at the end.
-    for (const char *end : {"\n", ""}) {
-        const QVector<LineEvent> events = parsed(line + end);
-        QCOMPARE(events.size(), 1);
-        QCOMPARE(events.first().time.count(), expected.time.count());
-        QCOMPARE(events.first().kind, expected.kind);
-        QCOMPARE(events.first().bytes, expected.bytes);
-    }
-}
-
-void RecordingTest::skipsWhatIsNoEvent_data()
-{
-    QTest::addColumn<QByteArray>("lines");
-
-    QTest::newRow("nothing") << QByteArray();
-    QTest::newRow("empty lines") << QByteArray("\n\r\n  \t\n");
-    QTest::newRow("comments") << QByteArray("# 1.5 host FF\n   # and so on\n#");
-}
-
-void RecordingTest::skipsWhatIsNoEvent()
-{
-    QFETCH(QByteArray, lines);
-    QString error;
-    const auto events = Recording::parse("# Corvane line recording 1\n" + lines, &error);
-    QVERIFY2(events, qPrintable(error));
-    QCOMPARE(events->size(), 0);
-}
-
-void RecordingTest::keepsTheEventsInTheirOrder()
-{
-    const QVector<LineEvent> events = parsed("0 plugged\n1 host 01\n1 camera 02\n2.5 unplugged\n"
-                                             "2.5 plugged\n3 camera 03\n");
-    QByteArray passed;
-    QVector<int> kinds;
-    for (const LineEvent &event : events) {
-        kinds << event.kind;
-        passed += event.bytes;
-    }
-    QCOMPARE(kinds,
-             (QVector<int>{LineEvent::Plugged, LineEvent::Host, LineEvent::Camera,
-                           LineEvent::Unplugged, LineEvent::Plugged, LineEvent::Camera}));
-    QCOMPARE(passed, bytes("01 02 03"));
-}
-
-void RecordingTest::refusesABadLineByItsNumber_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QString>("reason");
-
-    const QString noHeader = "line 1: '# Corvane line recording 1' expected";
-    QTest::newRow("an empty file") << QByteArray() << noHeader;
-    QTest::newRow("no recording") << QByteArray("\x7f"
-                                                "ELF\n\x01")
-                                  << noHeader;
-    QTest::newRow("an unknown format") << QByteArray("# Corvane line recording 2\n") << noHeader;
-
-    const auto addRow = [](const char *name, const QByteArray &lines, const QString &reason) {
-        QTest::newRow(name) << "# Corvane line recording 1\n" + lines << reason;
-    };
-    addRow("no time", "plugged",
-           "line 2: a time in seconds, such as 1.203451, expected, not 'plugged'");
-    addRow("a negative time", "-1 plugged",
-           "line 2: a time in seconds, such as 1.203451, expected, not '-1'");
-    addRow("too many decimals", "1.0000001 plugged",
-           "line 2: a time in seconds, such as 1.203451, expected, not '1.0000001'");
-    addRow("a decimal comma", "1,5 plugged",
-           "line 2: a time in seconds, such as 1.203451, expected, not '1,5'");
-    addRow("nothing behind the point", "1. plugged",
-           "line 2: a time in seconds, such as 1.203451, expected, not '1.'");
-    addRow("a time far away", "1000000000 plugged",
-           "line 2: a time in seconds, such as 1.203451, expected, not '1000000000'");
-    addRow("a time that runs backwards", "\n1.5 host FF\n# before\n1.499999 host FF\n",
-           "line 5: a time of at least 1.500000 expected, not '1.499999'");
-    addRow("no event", "1.5 # host FF", "line 2: plugged, unplugged, host or camera expected");
-    addRow("an unknown event", "1.5 Host FF",
-           "line 2: plugged, unplugged, host or camera expected, not 'Host'");
-    addRow("no bytes", "1.5 host",
-           "line 2: bytes of two hexadecimal digits, such as FF 0A, expected");
-    addRow("half a byte", "1.5 camera FF F",
-           "line 2: bytes of two hexadecimal digits, such as FF 0A, expected, not 'F'");
-    addRow("bytes without a blank", "1.5 camera FFFF",
-           "line 2: bytes of two hexadecimal digits, such as FF 0A, expected, not 'FFFF'");
-    addRow("no hexadecimal digit", "1.5 camera FF FG",
-           "line 2: bytes of two hexadecimal digits, such as FF 0A, expected, not 'FG'");
-    addRow("bytes of a plug", "1.5 plugged FF",
-           "line 2: nothing more on the line expected, not 'FF'");
-    addRow("plugged twice", "0 plugged\n1 plugged\n",
-           "line 3: anything else, as the line is plugged, expected, not 'plugged'");
-    addRow("plugged later, without having been unplugged", "0 host FF\n1 plugged\n",
-           "line 3: anything else, as the line is plugged, expected, not 'plugged'");
-    addRow("unplugged twice", "0 unplugged\n1 unplugged\n",
-           "line 3: plugged, as the line is unplugged, expected, not 'unplugged'");
-    addRow("bytes on an unplugged line", "0 unplugged\n1 camera FF\n",
-           "line 3: plugged, as the line is unplugged, expected, not 'camera'");
-}
-
-void RecordingTest::refusesABadLineByItsNumber()
-{
-    QFETCH(QByteArray, text);
-    QString error;
-    QVERIFY(!Recording::parse(text, &error));
-    QTEST(error, "reason");
-}
-
-void RecordingTest::readsBackExactlyWhatItHasWritten()
-{
-    QByteArray everyByte;
-    for (int byte = 0; byte < 256; ++byte) {
-        everyByte += static_cast<char>(byte);
-    }
-    const QVector<LineEvent> events{
-        at(0, LineEvent::Plugged),
-        {std::chrono::microseconds(999'999), LineEvent::Host, everyByte},
-        {std::chrono::microseconds(1'000'000), LineEvent::Camera, everyByte},
-        at(1'000'001, LineEvent::Unplugged),
-        at(70'000'010, LineEvent::Plugged),
-    };
-    QByteArray text;
-    for (const LineEvent &event : events) {
-        text += Recording::line(event);
-    }
-    const QVector<LineEvent> readBack = parsed(text);
-    QCOMPARE(readBack.size(), events.size());
-    for (int i = 0; i < events.size(); ++i) {
-        QCOMPARE(readBack.at(i).time.count(), events.at(i).time.count());
-        QCOMPARE(readBack.at(i).kind, events.at(i).kind);
-        QCOMPARE(readBack.at(i).bytes, events.at(i).bytes);
-    }
-}
 
 QTEST_GUILESS_MAIN(RecordingTest)
 #include "tst_recording.moc"
