@@ -3,7 +3,7 @@
 
 #include "versiontext.h"
 
-#include <QtTest>
+#include "rows.h"
 
 class VersionTextTest : public QObject {
     Q_OBJECT
@@ -11,19 +11,17 @@ class VersionTextTest : public QObject {
 private slots:
     void showsEachByteAsSignedHexadecimal_data()
     {
-        QTest::addColumn<int>("byte");
-        QTest::addColumn<QString>("text");
-
-        QTest::newRow("zero has one digit") << 0x00 << "0";
-        QTest::newRow("no padding") << 0x09 << "9";
-        QTest::newRow("lower case") << 0x0A << "a";
-        QTest::newRow("two digits") << 0x10 << "10";
-        QTest::newRow("both digits letters") << 0x6F << "6f";
-        QTest::newRow("largest positive") << 0x7F << "7f";
-        QTest::newRow("smallest negative") << 0x80 << "-80";
-        QTest::newRow("negative letters") << 0xB1 << "-4f";
-        QTest::newRow("negative one digit") << 0xF6 << "-a";
-        QTest::newRow("minus one") << 0xFF << "-1";
+        addRows<int, QString>({"byte", "text"},
+                              {{"zero has one digit", 0x00, "0"},
+                               {"no padding", 0x09, "9"},
+                               {"lower case", 0x0A, "a"},
+                               {"two digits", 0x10, "10"},
+                               {"both digits letters", 0x6F, "6f"},
+                               {"largest positive", 0x7F, "7f"},
+                               {"smallest negative", 0x80, "-80"},
+                               {"negative letters", 0xB1, "-4f"},
+                               {"negative one digit", 0xF6, "-a"},
+                               {"minus one", 0xFF, "-1"}});
     }
 
     void showsEachByteAsSignedHexadecimal()
@@ -44,13 +42,12 @@ private slots:
 
     void joinsFourBytesByDots_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("text");
-
-        QTest::newRow("zeros") << QByteArray::fromHex("00000000") << "0.0.0.0";
-        QTest::newRow("in order") << QByteArray::fromHex("01020A10") << "1.2.a.10";
-        QTest::newRow("negative last") << QByteArray::fromHex("01020AFF") << "1.2.a.-1";
-        QTest::newRow("all negative") << QByteArray::fromHex("80FFFE81") << "-80.-1.-2.-7f";
+        addRows<QByteArray, QString>(
+            {"bytes", "text"},
+            {{"zeros", QByteArray::fromHex("00000000"), "0.0.0.0"},
+             {"in order", QByteArray::fromHex("01020A10"), "1.2.a.10"},
+             {"negative last", QByteArray::fromHex("01020AFF"), "1.2.a.-1"},
+             {"all negative", QByteArray::fromHex("80FFFE81"), "-80.-1.-2.-7f"}});
     }
 
     void joinsFourBytesByDots()
@@ -61,14 +58,12 @@ private slots:
 
     void readsFromTheOffsetOn_data()
     {
-        QTest::addColumn<int>("offset");
-        QTest::addColumn<QString>("text");
-
-        QTest::newRow("all four bytes") << 1 << "2.3.4.5";
-        QTest::newRow("the last is missing") << 2 << "3.4.5.0";
-        QTest::newRow("all but the first are missing") << 4 << "5.0.0.0";
-        QTest::newRow("at the end") << 5 << "0.0.0.0";
-        QTest::newRow("after the end") << 6 << "0.0.0.0";
+        addRows<int, QString>({"offset", "text"},
+                              {{"all four bytes", 1, "2.3.4.5"},
+                               {"the last is missing", 2, "3.4.5.0"},
+                               {"all but the first are missing", 4, "5.0.0.0"},
+                               {"at the end", 5, "0.0.0.0"},
+                               {"after the end", 6, "0.0.0.0"}});
     }
 
     void readsFromTheOffsetOn()
