@@ -271,29 +271,6 @@ private slots:
         QVERIFY(QFileInfo::exists(path("pipe")));
     }
 
-    void tellsAStandardOutputThatIsFull_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-
-        QTest::newRow("pack") << pack("firmware", "-");
-        QTest::newRow("unpack") << QStringList{"unpack", "good.img", "-"};
-        QTest::newRow("info") << QStringList{"info", "good.img"};
-        QTest::newRow("verify") << QStringList{"verify", "good.img"};
-        QTest::newRow("help") << QStringList{"--help"};
-    }
-
-    void tellsAStandardOutputThatIsFull()
-    {
-        QFETCH(QStringList, arguments);
-        QProcess process;
-        process.setWorkingDirectory(m_folder->path());
-        process.setStandardOutputFile("/dev/full");
-        process.start(IMAGE_PROGRAM, arguments);
-        const Outcome outcome = finish(process);
-        QCOMPARE(outcome.errors, QByteArray("corvane-image: -: No space left on device\n"));
-        QCOMPARE(outcome.exitCode, 3);
-    }
-
     void stopsReadingAnEndlessInput_data()
     {
         QTest::addColumn<QStringList>("arguments");

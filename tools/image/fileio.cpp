@@ -8,20 +8,9 @@
 #include <QSaveFile>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 
 namespace {
-
-bool writeStandardOutput(const QByteArray &contents, QString *error)
-{
-    const auto size = static_cast<std::size_t>(contents.size());
-    if (std::fwrite(contents.constData(), 1, size, stdout) != size || std::fflush(stdout) != 0) {
-        *error = qt_error_string(errno);
-        return false;
-    }
-    return true;
-}
 
 /// A write that comes to the end of the disk is only short; the reason is known to the next one.
 bool writeAll(QIODevice &file, const QByteArray &contents)
@@ -64,9 +53,6 @@ std::optional<QByteArray> readFile(const QString &name, int maximum, QString *er
 
 bool writeFile(const QString &name, const QByteArray &contents, QString *error)
 {
-    if (name == kStandardStreamName) {
-        return writeStandardOutput(contents, error);
-    }
     const QFileInfo existing(name);
     if (existing.exists() && !existing.isFile()) {
         *error = QStringLiteral("is no regular file");

@@ -18,7 +18,7 @@ extern const QString kStandardStreamName;
 /// @return nothing when it cannot be opened or read
 std::optional<QByteArray> readFile(const QString &name, int maximum, QString *error);
 
-/// Writes a file whole or leaves what was there as it was, or writes to the standard output.
+/// Writes a file whole or leaves what was there as it was.
 /// @param[out] error  why false is returned
 /// @return false when it could not be written, or is there and no regular file, which a new file
 ///         would replace

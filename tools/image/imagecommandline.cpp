@@ -7,9 +7,7 @@
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #include <array>
 #include <optional>
@@ -63,18 +61,10 @@ QString generalDescription()
     return text
         + QStringLiteral("\n"
                          "Add --help to a command to see its options and files. A file named - is "
-                         "the standard\n"
-                         "input or output. An output is written whole or not at all.\n"
+                         "the\n"
+                         "standard input or output. An output is written whole or not at all.\n"
                          "\n")
         + uploadTimeNote().trimmed();
-}
-
-void addCommonOptions(QCommandLineParser &parser)
-{
-    parser.addOptions({
-        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Print this help.")},
-        {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Print the version.")},
-    });
 }
 
 void addPackOptions(QCommandLineParser &parser)
@@ -95,8 +85,9 @@ void describe(QCommandLineParser &parser, const CommandWord &command)
     QString description = QString::fromLatin1(command.purpose);
     if (command.kind == Kind::Pack) {
         addPackOptions(parser);
-        description += QStringLiteral(" Both versions are needed. The window shows them in\n"
-                                      "signed hexadecimal: 10 as a, 255 as -1.");
+        description += QStringLiteral(" Both versions are needed.\n"
+                                      "The window shows them in signed hexadecimal: 10 as a, 255 "
+                                      "as -1.");
     }
     if (command.kind == Kind::Info) {
         description += QLatin1String("\n\n") + uploadTimeNote().trimmed();
@@ -133,22 +124,10 @@ std::optional<ImageVersion> versionOf(const QCommandLineParser &parser, const QS
         *fault = QStringLiteral("--%1 is needed").arg(option);
         return std::nullopt;
     }
-    static const QRegularExpression kFourNumbers(
-        QStringLiteral("\\A([0-9]{1,3})\\.([0-9]{1,3})\\.([0-9]{1,3})\\.([0-9]{1,3})\\z"));
-    const QString text = parser.value(option);
-    const QRegularExpressionMatch match = kFourNumbers.match(text);
-    ImageVersion version{};
-    bool fits = match.hasMatch();
-    for (std::size_t i = 0; fits && i < version.size(); ++i) {
-        constexpr int kMaximumNumber = 255;
-        const int number = match.capturedRef(static_cast<int>(i) + 1).toInt();
-        fits = number <= kMaximumNumber;
-        version[i] = static_cast<unsigned char>(number);
-    }
-    if (!fits) {
+    const auto version = versionFrom(parser.value(option));
+    if (!version) {
         *fault = QStringLiteral("--%1 is four numbers from 0 to 255 with dots, not '%2'")
-                     .arg(option, text);
-        return std::nullopt;
+                     .arg(option, parser.value(option));
     }
     return version;
 }
@@ -161,13 +140,13 @@ bool isSameFile(const QString &one, const QString &other)
 }
 
 /// Reads the arguments of a command, which are its word and its files.
-std::variant<ImageCommand, Information, BadUsage> parseCommand(const CommandWord &word,
-                                                               const QStringList &arguments)
+std::variant<ImageCommand, Information, UsageError> parseCommand(const CommandWord &word,
+                                                                 const QStringList &arguments)
 {
     QCommandLineParser parser;
     describe(parser, word);
     if (!parser.parse(arguments)) {
-        return BadUsage{parser.errorText()};
+        return UsageError{parser.errorText()};
     }
     if (parser.isSet(QStringLiteral("help"))) {
         return Information{parser.helpText() + exitCodes()};
@@ -175,13 +154,13 @@ std::variant<ImageCommand, Information, BadUsage> parseCommand(const CommandWord
 
     const QStringList files = parser.positionalArguments().mid(1);
     if (files.size() != (word.output == nullptr ? 1 : 2)) {
-        return BadUsage{(word.output == nullptr ? QStringLiteral("%1 takes one file: %2")
-                                                : QStringLiteral("%1 takes two files: %2 %3"))
-                            .arg(QLatin1String(word.word), QLatin1String(word.input),
-                                 QLatin1String(word.output))};
+        return UsageError{(word.output == nullptr ? QStringLiteral("%1 takes one file: %2")
+                                                  : QStringLiteral("%1 takes two files: %2 %3"))
+                              .arg(QLatin1String(word.word), QLatin1String(word.input),
+                                   QLatin1String(word.output))};
     }
     if (files.contains(QString())) {
-        return BadUsage{QStringLiteral("the name of a file is empty")};
+        return UsageError{QStringLiteral("the name of a file is empty")};
     }
     ImageCommand command;
     command.kind = word.kind;
@@ -189,19 +168,19 @@ std::variant<ImageCommand, Information, BadUsage> parseCommand(const CommandWord
     if (word.output != nullptr) {
         command.output = files.last();
         if (isSameFile(command.input, command.output)) {
-            return BadUsage{QStringLiteral("%1 and %2 are the same file")
-                                .arg(QLatin1String(word.input), QLatin1String(word.output))};
+            return UsageError{QStringLiteral("%1 and %2 are the same file")
+                                  .arg(QLatin1String(word.input), QLatin1String(word.output))};
         }
     }
     if (word.kind == Kind::Pack) {
         QString fault;
         const auto protocol = versionOf(parser, QStringLiteral("protocol-version"), &fault);
         if (!protocol) {
-            return BadUsage{fault};
+            return UsageError{fault};
         }
         const auto image = versionOf(parser, QStringLiteral("image-version"), &fault);
         if (!image) {
-            return BadUsage{fault};
+            return UsageError{fault};
         }
         command.protocolVersion = *protocol;
         command.imageVersion = *image;
@@ -211,7 +190,7 @@ std::variant<ImageCommand, Information, BadUsage> parseCommand(const CommandWord
 
 } // namespace
 
-std::variant<ImageCommand, Information, BadUsage>
+std::variant<ImageCommand, Information, UsageError>
 parseImageCommandLine(const QStringList &arguments)
 {
     // Knows every option, so that the command is found wherever it stands.
@@ -219,16 +198,15 @@ parseImageCommandLine(const QStringList &arguments)
     addCommonOptions(finder);
     addPackOptions(finder);
     if (!finder.parse(arguments)) {
-        return BadUsage{finder.errorText()};
+        return UsageError{finder.errorText()};
     }
     if (finder.isSet(QStringLiteral("version"))) {
-        return Information{QStringLiteral("%1 %2\n").arg(QCoreApplication::applicationName(),
-                                                         QCoreApplication::applicationVersion())};
+        return versionInformation();
     }
     const QStringList words = finder.positionalArguments();
     if (words.isEmpty()) {
         if (!finder.isSet(QStringLiteral("help"))) {
-            return BadUsage{QStringLiteral("a command is needed: pack, info, unpack or verify")};
+            return UsageError{QStringLiteral("a command is needed: pack, info, unpack or verify")};
         }
         QCommandLineParser general;
         addCommonOptions(general);
@@ -240,8 +218,9 @@ parseImageCommandLine(const QStringList &arguments)
     }
     const CommandWord *command = commandNamed(words.first());
     if (command == nullptr) {
-        return BadUsage{QStringLiteral("'%1' is no command; they are pack, info, unpack and verify")
-                            .arg(words.first())};
+        return UsageError{
+            QStringLiteral("'%1' is no command; they are pack, info, unpack and verify")
+                .arg(words.first())};
     }
     return parseCommand(*command, arguments);
 }

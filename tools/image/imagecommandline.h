@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "commandline.h"
 #include "imagepacking.h"
 
 #include <QString>
@@ -21,17 +22,7 @@ struct ImageCommand {
     ImageVersion imageVersion{};
 };
 
-/// A text to print on the standard output before ending with success, such as the help.
-struct Information {
-    QString text;
-};
-
-/// Why the command line makes no sense.
-struct BadUsage {
-    QString reason;
-};
-
 /// Reads the command line.
 /// @param arguments  with the program's name in front
-std::variant<ImageCommand, Information, BadUsage>
+std::variant<ImageCommand, Information, UsageError>
 parseImageCommandLine(const QStringList &arguments);

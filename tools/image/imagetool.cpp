@@ -10,38 +10,28 @@
 #include "imagefault.h"
 #include "imagepacking.h"
 #include "imagereport.h"
+#include "printabletext.h"
+#include "standardstreams.h"
 
-#include <QCoreApplication>
-
-#include <cstdio>
 #include <cstdlib>
 #include <variant>
 
 namespace {
 
 constexpr int kFaultyInputStatus = 1;
-constexpr int kBadUsageStatus = 2;
 constexpr int kFileErrorStatus = 3;
-
-void complain(const QString &text)
-{
-    const QString line = QStringLiteral("%1: %2\n").arg(QCoreApplication::applicationName(), text);
-    std::fputs(line.toLocal8Bit().constData(), stderr);
-}
 
 int write(const QString &name, const QByteArray &contents)
 {
+    if (name == kStandardStreamName) {
+        return print(contents) ? EXIT_SUCCESS : kFileErrorStatus;
+    }
     QString error;
     if (!writeFile(name, contents, &error)) {
         complain(QStringLiteral("%1: %2").arg(name, error));
         return kFileErrorStatus;
     }
     return EXIT_SUCCESS;
-}
-
-int print(const QString &text)
-{
-    return write(kStandardStreamName, text.toLocal8Bit());
 }
 
 int obey(const ImageCommand &command)
@@ -67,11 +57,12 @@ int obey(const ImageCommand &command)
         return write(command.output,
                      packedImage(command.protocolVersion, command.imageVersion, *input));
     case Kind::Info:
-        return print(imageReport(*input));
+        return report({imageReport(*input)}, kFileErrorStatus);
     case Kind::Unpack:
         return write(command.output, FirmwareImage(*input).firmware());
     case Kind::Verify:
-        return print(QStringLiteral("%1: valid\n").arg(command.input));
+        return report({QStringLiteral("%1: valid\n").arg(printableText(command.input))},
+                      kFileErrorStatus);
     }
     Q_UNREACHABLE();
 }
@@ -82,12 +73,10 @@ int runImageTool(const QStringList &arguments)
 {
     const auto commandLine = parseImageCommandLine(arguments);
     if (const auto *information = std::get_if<Information>(&commandLine)) {
-        return print(information->text);
+        return report(*information, kFileErrorStatus);
     }
-    if (const auto *badUsage = std::get_if<BadUsage>(&commandLine)) {
-        complain(badUsage->reason);
-        std::fputs("Try --help.\n", stderr);
-        return kBadUsageStatus;
+    if (const auto *error = std::get_if<UsageError>(&commandLine)) {
+        return report(*error);
     }
     return obey(std::get<ImageCommand>(commandLine));
 }

@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "commandline.h"
 #include "imagetool.h"
 
 #include <QCoreApplication>
 
 int main(int argc, char *argv[])
 {
+    setUpProgram(QStringLiteral("corvane-image"));
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("corvane-image"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
     return runImageTool(QCoreApplication::arguments());
 }

@@ -1,0 +1,147 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "patience.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <memory>
+
+/// What all programs beside the window promise.
+class CommandLinesTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        for (const char *const name : {"good.img", "\x1bgood.img"}) {
+            QFile image(m_folder->filePath(name));
+            QVERIFY(image.open(QIODevice::WriteOnly));
+            // A header and the raw 32 bytes.
+            QCOMPARE(image.write("KVEL" + QByteArray(156, 'x')), 160);
+        }
+    }
+
+    void reportsOutputThatCannotBeWritten_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("exitCode");
+
+        QTest::newRow("image help") << "corvane-image --help" << 3;
+        QTest::newRow("image help of a command") << "corvane-image pack --help" << 3;
+        QTest::newRow("image version") << "corvane-image --version" << 3;
+        QTest::newRow("image pack")
+            << "corvane-image pack --protocol-version 1.2.3.4 --image-version 1.2.3.4 good.img -"
+            << 3;
+        QTest::newRow("image info") << "corvane-image info good.img" << 3;
+        QTest::newRow("image unpack") << "corvane-image unpack good.img -" << 3;
+        QTest::newRow("image verify") << "corvane-image verify good.img" << 3;
+    }
+
+    void reportsOutputThatCannotBeWritten()
+    {
+        QFETCH(QString, command);
+        const QByteArray program = command.section(' ', 0, 0).toUtf8();
+        const Outcome full = run(command + " >/dev/full");
+        QCOMPARE(full.errors, program + ": standard output: No space left on device\n");
+        QTEST(full.exitCode, "exitCode");
+        const Outcome closed = run(command + " >&-");
+        QCOMPARE(closed.errors, program + ": standard output: Bad file descriptor\n");
+        QTEST(closed.exitCode, "exitCode");
+    }
+
+    void worksWithClosedStreams_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QByteArray>("output");
+        QTest::addColumn<QByteArray>("errors");
+
+        const QByteArray none;
+        QTest::newRow("image without input")
+            << "corvane-image info - <&-" << 3 << none
+            << QByteArray("corvane-image: -: Bad file descriptor\n");
+        QTest::newRow("image without any, for a file")
+            << "corvane-image unpack good.img new <&- >&- 2>&-; s=$?; cat new; exit $s" << 0
+            << QByteArray(32, 'x') << none;
+        QTest::newRow("image without a place for errors")
+            << "corvane-image verify missing 2>&-" << 3 << none << none;
+    }
+
+    void worksWithClosedStreams()
+    {
+        QFETCH(QString, command);
+        const Outcome outcome = run(command);
+        QTEST(outcome.errors, "errors");
+        QTEST(outcome.output, "output");
+        QTEST(outcome.exitCode, "exitCode");
+    }
+
+    void escapesNamesFromOutside_data()
+    {
+        QTest::addColumn<QString>("command");
+
+        QTest::newRow("image missing") << "corvane-image verify '\x1b'";
+        QTest::newRow("image valid") << "corvane-image verify '\x1bgood.img'";
+        QTest::newRow("image usage error") << "corvane-image '\x1b'";
+    }
+
+    void escapesNamesFromOutside()
+    {
+        QFETCH(QString, command);
+        const Outcome outcome = run(command);
+        const QByteArray text = outcome.output + outcome.errors;
+        QVERIFY2(text.contains(R"(\x1b)"), text.constData());
+        QVERIFY2(!text.contains('\x1b'), text.constData());
+    }
+
+    void printsHelpWithinEightyColumns_data()
+    {
+        QTest::addColumn<QString>("command");
+
+        QTest::newRow("image") << "corvane-image --help";
+        QTest::newRow("image pack") << "corvane-image pack --help";
+        QTest::newRow("image info") << "corvane-image info --help";
+        QTest::newRow("image unpack") << "corvane-image unpack --help";
+        QTest::newRow("image verify") << "corvane-image verify --help";
+    }
+
+    void printsHelpWithinEightyColumns()
+    {
+        QFETCH(QString, command);
+        const Outcome outcome = run(command);
+        QCOMPARE(outcome.exitCode, 0);
+        const QList<QByteArray> lines = outcome.output.split('\n');
+        QVERIFY(lines.size() > 5);
+        for (const QByteArray &line : lines) {
+            QVERIFY2(line.size() <= 80, line.constData());
+        }
+    }
+
+private:
+    struct Outcome {
+        int exitCode; ///< -1 when it crashed or did not end
+        QByteArray output;
+        QByteArray errors;
+    };
+
+    /// Runs a shell's command in the test's folder.
+    Outcome run(const QString &command) const
+    {
+        QProcess shell;
+        shell.setWorkingDirectory(m_folder->path());
+        shell.start("sh", {"-c", "PATH=" PROGRAMS ":$PATH; " + command});
+        const bool hasEnded = shell.waitForFinished(kPatience);
+        return {hasEnded && shell.exitStatus() == QProcess::NormalExit ? shell.exitCode() : -1,
+                shell.readAllStandardOutput(), shell.readAllStandardError()};
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+QTEST_GUILESS_MAIN(CommandLinesTest)
+
+#include "tst_commandlines.moc"

@@ -1,0 +1,20 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// Puts something in the place of each standard stream that the program was started without, so
+/// that no file or socket gets its number. Reading or writing it still fails, with "Bad file
+/// descriptor".
+void keepStandardStreamsOpen();
+
+/// Writes to the standard output at once, or complains.
+/// @return whether all was written
+bool print(const QByteArray &bytes);
+bool print(const QString &text);
+
+/// Writes a line to the standard error: the program's name and the reason, made printable.
+void complain(const QString &reason);
