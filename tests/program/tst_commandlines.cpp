@@ -39,6 +39,12 @@ private slots:
         QTest::newRow("image info") << "corvane-image info good.img" << 3;
         QTest::newRow("image unpack") << "corvane-image unpack good.img -" << 3;
         QTest::newRow("image verify") << "corvane-image verify good.img" << 3;
+        QTest::newRow("diagnose help") << "corvane-diagnose --help" << 5;
+        QTest::newRow("diagnose version") << "corvane-diagnose --version" << 5;
+        QTest::newRow("diagnose list") << "corvane-diagnose --list" << 5;
+        QTest::newRow("diagnose list as JSON") << "corvane-diagnose --list --json" << 5;
+        QTest::newRow("diagnose") << "corvane-diagnose /nowhere" << 5;
+        QTest::newRow("diagnose as JSON") << "corvane-diagnose --json /nowhere" << 5;
     }
 
     void reportsOutputThatCannotBeWritten()
@@ -69,6 +75,8 @@ private slots:
             << QByteArray(32, 'x') << none;
         QTest::newRow("image without a place for errors")
             << "corvane-image verify missing 2>&-" << 3 << none << none;
+        QTest::newRow("diagnose without any")
+            << "corvane-diagnose /nowhere <&- >&- 2>&-" << 5 << none << none;
     }
 
     void worksWithClosedStreams()
@@ -87,6 +95,8 @@ private slots:
         QTest::newRow("image missing") << "corvane-image verify '\x1b'";
         QTest::newRow("image valid") << "corvane-image verify '\x1bgood.img'";
         QTest::newRow("image usage error") << "corvane-image '\x1b'";
+        QTest::newRow("diagnose") << "ln -s /dev/null '\x1b'; corvane-diagnose './\x1b'";
+        QTest::newRow("diagnose usage error") << "corvane-diagnose --wait '\x1b' none";
     }
 
     void escapesNamesFromOutside()
@@ -107,6 +117,7 @@ private slots:
         QTest::newRow("image info") << "corvane-image info --help";
         QTest::newRow("image unpack") << "corvane-image unpack --help";
         QTest::newRow("image verify") << "corvane-image verify --help";
+        QTest::newRow("diagnose") << "corvane-diagnose --help";
     }
 
     void printsHelpWithinEightyColumns()

@@ -812,18 +812,6 @@ private slots:
         QCOMPARE(process.exitCode(), 0);
         QCOMPARE(process.readAllStandardOutput(), QByteArray("corvane-diagnose 1.0.0.5\n"));
     }
-
-    void tellsAStandardOutputThatIsFull()
-    {
-        QProcess process;
-        process.setStandardOutputFile("/dev/full");
-        process.start(DIAGNOSE_PROGRAM, {"/nowhere"});
-        QVERIFY(process.waitForFinished(kPatience));
-        QCOMPARE(process.exitCode(), 5);
-        QCOMPARE(
-            process.readAllStandardError(),
-            QByteArray("corvane-diagnose: cannot write the result: No space left on device\n"));
-    }
 };
 
 QTEST_GUILESS_MAIN(DiagnoseProgramTest)

@@ -7,7 +7,6 @@
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
-#include <QCoreApplication>
 
 #include <cmath>
 #include <optional>
@@ -19,12 +18,11 @@ void describe(QCommandLineParser &parser)
     parser.setApplicationDescription(QStringLiteral(
         "Finds out what is wrong between this computer and a camera.\n"
         "\n"
-        "Opens the port as Corvane does, asks the camera once for its version and settings, and\n"
-        "tells what came of it and what to do. It changes nothing at the camera. Close Corvane\n"
-        "before, because only one program at a time can use a port."));
+        "Opens the port as Corvane does, asks the camera once for its version and\n"
+        "settings, and says what came of it and what to do. It changes nothing in the\n"
+        "camera. Close Corvane first: only one program at a time can use a port."));
+    addCommonOptions(parser);
     parser.addOptions({
-        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Print this help.")},
-        {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Print the version.")},
         {QStringLiteral("list"), QStringLiteral("List the ports that there are.")},
         {QStringLiteral("json"), QStringLiteral("Print the result as one JSON object.")},
         {QStringLiteral("wait"),
@@ -40,7 +38,7 @@ void describe(QCommandLineParser &parser)
 /// Lines with the verdicts of one exit code.
 QString verdictLines(DiagnosisStatus status)
 {
-    constexpr int kWidth = 90;
+    constexpr int kWidth = 72;
     QString lines;
     QString line;
     const QStringList ids = verdictsOf(status);
@@ -86,20 +84,19 @@ std::optional<std::chrono::milliseconds> waitFrom(const QString &text)
 
 } // namespace
 
-std::variant<DiagnoseOptions, Information, BadUsage>
+std::variant<DiagnoseOptions, Information, UsageError>
 parseDiagnoseCommandLine(const QStringList &arguments)
 {
     QCommandLineParser parser;
     describe(parser);
     if (!parser.parse(arguments)) {
-        return BadUsage{parser.errorText()};
+        return UsageError{parser.errorText()};
     }
     if (parser.isSet(QStringLiteral("help"))) {
         return Information{parser.helpText() + exitCodes()};
     }
     if (parser.isSet(QStringLiteral("version"))) {
-        return Information{QStringLiteral("%1 %2\n").arg(QCoreApplication::applicationName(),
-                                                         QCoreApplication::applicationVersion())};
+        return versionInformation();
     }
 
     DiagnoseOptions options;
@@ -108,21 +105,21 @@ parseDiagnoseCommandLine(const QStringList &arguments)
         const QString text = parser.value(QStringLiteral("wait"));
         const auto wait = waitFrom(text);
         if (!wait) {
-            return BadUsage{
+            return UsageError{
                 QStringLiteral("--wait is a number from 0.1 to 3600, not '%1'").arg(text)};
         }
         options.wait = *wait;
     }
     const QStringList ports = parser.positionalArguments();
     if (parser.isSet(QStringLiteral("list"))) {
-        return ports.isEmpty() ? std::variant<DiagnoseOptions, Information, BadUsage>(options)
-                               : BadUsage{QStringLiteral("--list takes no port")};
+        return ports.isEmpty() ? std::variant<DiagnoseOptions, Information, UsageError>(options)
+                               : UsageError{QStringLiteral("--list takes no port")};
     }
     if (ports.isEmpty() || ports.first().isEmpty()) {
-        return BadUsage{QStringLiteral("the name of a port is needed; --list shows them")};
+        return UsageError{QStringLiteral("the name of a port is needed; --list shows them")};
     }
     if (ports.size() > 1) {
-        return BadUsage{QStringLiteral("one port at a time")};
+        return UsageError{QStringLiteral("one port at a time")};
     }
     options.port = ports.first();
     return options;

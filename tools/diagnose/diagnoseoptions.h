@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "commandline.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -16,17 +18,7 @@ struct DiagnoseOptions {
     bool asJson = false;
 };
 
-/// A text to print on the standard output before ending with success, such as the help.
-struct Information {
-    QString text;
-};
-
-/// Why the command line makes no sense.
-struct BadUsage {
-    QString reason;
-};
-
 /// Reads the command line.
 /// @param arguments  with the program's name in front
-std::variant<DiagnoseOptions, Information, BadUsage>
+std::variant<DiagnoseOptions, Information, UsageError>
 parseDiagnoseCommandLine(const QStringList &arguments);

@@ -3,7 +3,7 @@
 
 #include "diagnosis.h"
 
-#include "bytestext.h"
+#include "printabletext.h"
 #include "settingstext.h"
 
 #include <QSet>
@@ -219,9 +219,12 @@ QString bytesText(qint64 count)
 QString firstBytesText(const QByteArray &bytes)
 {
     const QString hexadecimal = hexadecimalText(bytes);
-    const QString text = printableText(bytes);
-    return text.isEmpty() ? hexadecimal
-                          : QStringLiteral("%1, as text \"%2\"").arg(hexadecimal, text);
+    const bool isText = std::all_of(bytes.begin(), bytes.end(), [](char byte) {
+        return (byte >= ' ' && byte <= '~') || byte == '\r' || byte == '\n' || byte == '\t';
+    });
+    return isText ? QStringLiteral("%1, as text \"%2\"")
+                        .arg(hexadecimal, printableText(QString::fromLatin1(bytes)))
+                  : hexadecimal;
 }
 
 /// Puts what belongs there for each name in braces.

@@ -16,7 +16,6 @@
 enum class DiagnosisStatus {
     Answer = 0,   ///< Corvane will work
     Warning = 1,  ///< Corvane will work, but for what the verdict says
-    BadUsage = 2, ///< never of a verdict
     BadPort = 3,  ///< the port cannot be used
     NoAnswer = 4, ///< nothing came back that Corvane could use
 };

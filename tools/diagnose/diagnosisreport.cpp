@@ -3,14 +3,16 @@
 
 #include "diagnosisreport.h"
 
-#include "bytestext.h"
 #include "devicereply.h"
+#include "printabletext.h"
 #include "settingstext.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QStringList>
+
+#include <algorithm>
 
 namespace {
 
@@ -127,6 +129,7 @@ QString textReport(const Diagnosis &diagnosis, const PortFinding &finding, const
         ids += warning.id;
     }
     lines += QStringLiteral("Verdict on %1: %2").arg(finding.port, ids.join(QStringLiteral(", ")));
+    std::transform(lines.begin(), lines.end(), lines.begin(), printableText);
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 

@@ -7,6 +7,8 @@
 #include "linelistener.h"
 #include "portholders.h"
 #include "portinspection.h"
+#include "printabletext.h"
+#include "standardstreams.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
@@ -14,7 +16,7 @@
 #include <QJsonObject>
 #include <QSerialPort>
 
-#include <cerrno>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <variant>
@@ -23,37 +25,17 @@ namespace {
 
 constexpr int kOutputErrorStatus = 5;
 
-void say(const QString &text)
+bool printPorts(bool asJson)
 {
-    std::fputs(text.toLocal8Bit().constData(), stderr);
-}
-
-void complain(const QString &text)
-{
-    say(QStringLiteral("%1: %2\n").arg(QCoreApplication::applicationName(), text));
-}
-
-/// @return the exit code: @p status if that was possible
-int print(const QByteArray &text, int status)
-{
-    if (std::fputs(text.constData(), stdout) < 0 || std::fflush(stdout) != 0) {
-        complain(QStringLiteral("cannot write the result: ") + qt_error_string(errno));
-        return kOutputErrorStatus;
-    }
-    return status;
-}
-
-int printPorts(bool asJson)
-{
-    const QStringList ports = listedPorts();
+    QStringList ports = listedPorts();
     if (asJson) {
         const QJsonObject object{{QStringLiteral("ports"), QJsonArray::fromStringList(ports)}};
-        return print(QJsonDocument(object).toJson(), EXIT_SUCCESS);
+        return print(QJsonDocument(object).toJson());
     }
-    const QString text = ports.isEmpty()
-        ? QStringLiteral("This computer has no serial port at all.")
-        : ports.join(QLatin1Char('\n'));
-    return print(text.toLocal8Bit() + '\n', EXIT_SUCCESS);
+    std::transform(ports.begin(), ports.end(), ports.begin(), printableText);
+    return print((ports.isEmpty() ? QStringLiteral("This computer has no serial port at all.")
+                                  : ports.join(QLatin1Char('\n')))
+                 + QLatin1Char('\n'));
 }
 
 /// Opens the port as Corvane does, and listens on it.
@@ -87,35 +69,38 @@ int diagnosePort(const DiagnoseOptions &options)
     LineRecord line;
     if (finding.kind == PortFinding::Kind::Open) {
         if (!options.asJson) {
-            say(QStringLiteral("Asking the camera at %1, for up to %2 seconds ...\n")
-                    .arg(options.port,
-                         QString::number(static_cast<double>(options.wait.count()) / 1000.0)));
+            const QString text =
+                QStringLiteral("Asking the camera at %1, for up to %2 seconds ...\n")
+                    .arg(printableText(options.port),
+                         QString::number(static_cast<double>(options.wait.count()) / 1000.0));
+            std::fputs(text.toLocal8Bit().constData(), stderr);
         }
         line = talk(&finding, options);
     }
     const Diagnosis diagnosis = diagnose(finding, line, options.wait);
-    return print(options.asJson ? jsonReport(diagnosis, finding, line)
-                                : textReport(diagnosis, finding, line).toLocal8Bit(),
-                 static_cast<int>(diagnosis.status));
+    const bool isPrinted =
+        print(options.asJson ? jsonReport(diagnosis, finding, line)
+                             : textReport(diagnosis, finding, line).toLocal8Bit());
+    return isPrinted ? static_cast<int>(diagnosis.status) : kOutputErrorStatus;
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    setUpProgram(QStringLiteral("corvane-diagnose"));
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("corvane-diagnose"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
 
     const auto commandLine = parseDiagnoseCommandLine(QCoreApplication::arguments());
     if (const auto *information = std::get_if<Information>(&commandLine)) {
-        return print(information->text.toLocal8Bit(), EXIT_SUCCESS);
+        return report(*information, kOutputErrorStatus);
     }
-    if (const auto *badUsage = std::get_if<BadUsage>(&commandLine)) {
-        complain(badUsage->reason);
-        say(QStringLiteral("Try --help.\n"));
-        return static_cast<int>(DiagnosisStatus::BadUsage);
+    if (const auto *error = std::get_if<UsageError>(&commandLine)) {
+        return report(*error);
     }
     const auto &options = *std::get_if<DiagnoseOptions>(&commandLine);
-    return options.port.isEmpty() ? printPorts(options.asJson) : diagnosePort(options);
+    if (options.port.isEmpty()) {
+        return printPorts(options.asJson) ? EXIT_SUCCESS : kOutputErrorStatus;
+    }
+    return diagnosePort(options);
 }

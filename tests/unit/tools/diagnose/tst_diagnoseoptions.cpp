@@ -7,7 +7,7 @@
 
 namespace {
 
-std::variant<DiagnoseOptions, Information, BadUsage> parse(const QStringList &arguments)
+std::variant<DiagnoseOptions, Information, UsageError> parse(const QStringList &arguments)
 {
     return parseDiagnoseCommandLine(QStringList{"corvane-diagnose"} + arguments);
 }
@@ -73,9 +73,9 @@ private slots:
     {
         QFETCH(QStringList, arguments);
         const auto commandLine = parse(arguments);
-        const auto *badUsage = std::get_if<BadUsage>(&commandLine);
-        QVERIFY(badUsage != nullptr);
-        QTEST(badUsage->reason, "reason");
+        const auto *error = std::get_if<UsageError>(&commandLine);
+        QVERIFY(error != nullptr);
+        QTEST(error->reason, "reason");
     }
 
     void tellsEachVerdictWithItsExitCode()
@@ -90,18 +90,15 @@ private slots:
                 "  0  the camera answers\n"
                 "       answer\n"
                 "  1  it answers, with a warning\n"
-                "       answer-short, answer-shared, answer-sum-ff, answer-among-others, "
-                "answer-amid-noise,\n"
-                "       answer-late\n"
+                "       answer-short, answer-shared, answer-sum-ff, answer-among-others,\n"
+                "       answer-amid-noise, answer-late\n"
                 "  2  the command line makes no sense\n"
                 "  3  the port cannot be used\n"
-                "       no-device, not-serial, not-in-group, login-missing, not-permitted, held, "
-                "held-unseen,\n"
-                "       stale-lock, cannot-open, hung-up\n"
+                "       no-device, not-serial, not-in-group, login-missing, not-permitted, held,\n"
+                "       held-unseen, stale-lock, cannot-open, hung-up\n"
                 "  4  nothing came back that Corvane could use\n"
-                "       answer-too-late, shared, silent, other-acknowledgements, foreign-frames, "
-                "echo, wrong-sums,\n"
-                "       broken-off, no-frame\n"
+                "       answer-too-late, shared, silent, other-acknowledgements, foreign-frames,\n"
+                "       echo, wrong-sums, broken-off, no-frame\n"
                 "  5  the result could not be written\n"),
             qPrintable(information->text));
     }
