@@ -15,3 +15,10 @@ constexpr int kPatience = 120'000;
     QTRY_COMPARE_WITH_TIMEOUT((expression), expected, kPatience)
 #undef QTRY_VERIFY
 #define QTRY_VERIFY(expression) QTRY_VERIFY_WITH_TIMEOUT((expression), kPatience)
+
+/// For a duration that a busy machine only makes longer.
+#define VERIFY_AT_LEAST(actual, minimum)                                                           \
+    do {                                                                                           \
+        const auto value = (actual);                                                               \
+        QVERIFY2(value >= (minimum), qPrintable(QStringLiteral("only %1").arg(value)));            \
+    } while (false)

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "diagnoseoptions.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -20,23 +21,23 @@ class DiagnoseOptionsTest : public QObject {
 private slots:
     void readsWhatIsAskedFor_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<int>("milliseconds");
-        QTest::addColumn<bool>("asJson");
-
-        QTest::newRow("a port") << QStringList{"ttyUSB0"} << "ttyUSB0" << 6000 << false;
-        QTest::newRow("everything") << QStringList{"--json", "--wait", "0.25", "/dev/ttyUSB0"}
-                                    << "/dev/ttyUSB0" << 250 << true;
-        QTest::newRow("options behind the port")
-            << QStringList{"ttyUSB0", "--wait", "2", "--json"} << "ttyUSB0" << 2000 << true;
-        QTest::newRow("the shortest wait")
-            << QStringList{"ttyUSB0", "--wait", "0.1"} << "ttyUSB0" << 100 << false;
-        QTest::newRow("the longest wait")
-            << QStringList{"ttyUSB0", "--wait", "3600"} << "ttyUSB0" << 3600000 << false;
-        QTest::newRow("the list") << QStringList{"--list"} << "" << 6000 << false;
-        QTest::newRow("the list for programs")
-            << QStringList{"--list", "--json"} << "" << 6000 << true;
+        addRows<QStringList, QString, int, bool>(
+            {"arguments", "port", "milliseconds", "asJson"},
+            {{"a port", {"ttyUSB0"}, "ttyUSB0", 6000, false},
+             {"everything",
+              {"--json", "--wait", "0.25", "/dev/ttyUSB0"},
+              "/dev/ttyUSB0",
+              250,
+              true},
+             {"options behind the port",
+              {"ttyUSB0", "--wait", "2", "--json"},
+              "ttyUSB0",
+              2000,
+              true},
+             {"the shortest wait", {"ttyUSB0", "--wait", "0.1"}, "ttyUSB0", 100, false},
+             {"the longest wait", {"ttyUSB0", "--wait", "3600"}, "ttyUSB0", 3600000, false},
+             {"the list", {"--list"}, "", 6000, false},
+             {"the list for programs", {"--list", "--json"}, "", 6000, true}});
     }
 
     void readsWhatIsAskedFor()
@@ -52,16 +53,14 @@ private slots:
 
     void refusesWhatMakesNoSense_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("reason");
-
         const QString noPort = "the name of a port is needed; --list shows them";
-        QTest::newRow("nothing") << QStringList{} << noPort;
-        QTest::newRow("an empty port") << QStringList{""} << noPort;
-        QTest::newRow("two ports") << QStringList{"ttyUSB0", "ttyUSB1"} << "one port at a time";
-        QTest::newRow("a port to list")
-            << QStringList{"--list", "ttyUSB0"} << "--list takes no port";
-        QTest::newRow("an unknown option") << QStringList{"--lists"} << "Unknown option 'lists'.";
+        addRows<QStringList, QString>(
+            {"arguments", "reason"},
+            {{"nothing", {}, noPort},
+             {"an empty port", {""}, noPort},
+             {"two ports", {"ttyUSB0", "ttyUSB1"}, "one port at a time"},
+             {"a port to list", {"--list", "ttyUSB0"}, "--list takes no port"},
+             {"an unknown option", {"--lists"}, "Unknown option 'lists'."}});
         for (const char *wait : {"0.09", "3601", "-1", "nan", "inf", "soon", ""}) {
             QTest::addRow("a wait of '%s'", wait)
                 << QStringList{"ttyUSB0", QString("--wait=%1").arg(wait)}

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "diagnosis.h"
+#include "hexframes.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -10,22 +12,6 @@ using Status = DiagnosisStatus;
 using std::chrono::milliseconds;
 
 namespace {
-
-QByteArray helloRequest()
-{
-    return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F ";
-}
-
-QByteArray helloAnswer()
-{
-    return "FF FF 17 41 01 06 07 06 09 05 16 00 "
-           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C ";
-}
-
-QByteArray zoomAcknowledgement()
-{
-    return "FF FF 0C 41 01 06 07 06 09 05 3A 00 00 64 0D ";
-}
 
 QByteArray foreignFrame()
 {
@@ -88,94 +74,75 @@ class DiagnosisTest : public QObject {
 private slots:
     void judgesWhatCameBack_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<Status>("status");
-        QTest::addColumn<QString>("verdict");
-
-        QTest::newRow("an answer")
-            << helloAnswer() << Status::Answer << "answer: The camera answered after 0.015 s.";
-        QTest::newRow("nothing") << QByteArray() << Status::NoAnswer
-                                 << "silent: Nothing at all came back within 6 s.";
-        QTest::newRow("the own request") << helloRequest() << Status::NoAnswer
-                                         << "echo: The own request came back, and no answer.";
-        QTest::newRow("a boot message at another speed")
-            << QByteArray("80 00 F8 78 80") << Status::NoAnswer
-            << "no-frame: 5 bytes came, but no frame. The first: 80 00 F8 78 80.";
-        QTest::newRow("the prompt of another device")
-            << QByteArray("6C 6F 67 69 6E 3A 0D 0A") << Status::NoAnswer
-            << R"(no-frame: 8 bytes came, but no frame. The first: 6C 6F 67 69 6E 3A 0D 0A, )"
-               R"(as text "login:\r\n".)";
-        QTest::newRow("one byte") << QByteArray("00") << Status::NoAnswer
-                                  << "no-frame: 1 byte came, but no frame. The first: 00.";
-        QTest::newRow("a frame that breaks off")
-            << frameBrokenOff() << Status::NoAnswer
-            << "broken-off: Frames came, but incomplete: 1 broken off.";
-        QTest::newRow("two frames with wrong sums")
-            << frameWithWrongSum() + frameWithWrongSum() << Status::NoAnswer
-            << "wrong-sums: Frames came, but damaged: 2 with a wrong sum.";
-        QTest::newRow("a frame of the reserved type")
-            << foreignFrame() << Status::NoAnswer
-            << "foreign-frames: Frames came, but of other types (2) and no acknowledgement.";
-        QTest::newRow("requests of another computer and frames of the reserved type")
-            << foreignFrame() + "FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5 " + foreignFrame()
-            << Status::NoAnswer
-            << "foreign-frames: Frames came, but of other types (1, 2) and no acknowledgement.";
-        QTest::newRow("a late acknowledgement of something else")
-            << zoomAcknowledgement() << Status::NoAnswer
-            << "other-acknowledgements: Acknowledgements came, but of other commands (58) and none "
-               "of "
-               "HELLO.";
-        QTest::newRow("an answer without version and settings")
-            << QByteArray("FF FF 0A 41 01 06 07 06 09 05 16 00 83") << Status::Warning
-            << "answer-short: The camera answered, but its answer is too short: 13 bytes instead "
-               "of "
-               "26. Corvane connects and takes for 0 what is missing.";
-        QTest::newRow("an answer that is one byte too short")
-            << QByteArray("FF FF 16 41 01 06 07 06 09 05 16 00 "
-                          "01 00 00 06 01 00 00 00 00 01 01 01 9A")
-            << Status::Warning
-            << "answer-short: The camera answered, but its answer is too short: 25 bytes instead "
-               "of "
-               "26. Corvane connects and takes for 0 what is missing.";
-        QTest::newRow("an answer that is one byte too long")
-            << QByteArray("FF FF 18 41 01 06 07 06 09 05 16 00 "
-                          "01 00 00 06 01 00 00 00 00 01 01 01 01 00 9D")
-            << Status::Answer << "answer: The camera answered after 0.015 s.";
-        QTest::newRow("an answer with a checksum of FF")
-            << QByteArray("FF FF 17 41 01 06 07 06 09 05 16 00 "
-                          "01 00 00 69 01 00 00 00 00 01 01 01 01 FF")
-            << Status::Warning
-            << "answer-sum-ff: The camera answered, and the checksum of its answer is FF. Corvane "
-               "connects, but cannot make out the next reply behind that.";
-        QTest::newRow("an answer amid noise")
-            << QByteArray("12 34 ") + helloAnswer() + "56" << Status::Warning
-            << "answer-amid-noise: The camera answered, but 3 bytes came outside whole frames.";
-        QTest::newRow("an answer behind everything else there is")
-            << helloRequest() + foreignFrame() + zoomAcknowledgement() + helloAnswer()
-                + helloAnswer()
-            << Status::Warning
-            << "answer-among-others: The camera answered, but other frames came as well: 1 more of "
-               "the same, 1 of the own request, 1 acknowledging another command, 1 of another "
-               "type.";
-
-        // What says most about the cause comes first.
-        QTest::newRow("an acknowledgement is more than a frame of another type")
-            << foreignFrame() + zoomAcknowledgement() << Status::NoAnswer
-            << "other-acknowledgements: Acknowledgements came, but of other commands (58) and none "
-               "of "
-               "HELLO.";
-        QTest::newRow("another frame is more than the own request")
-            << helloRequest() + foreignFrame() << Status::NoAnswer
-            << "foreign-frames: Frames came, but of other types (2) and no acknowledgement.";
-        QTest::newRow("the own request is more than a wrong sum")
-            << helloRequest() + frameWithWrongSum() << Status::NoAnswer
-            << "echo: The own request came back, and no answer.";
-        QTest::newRow("a wrong sum is more than the start of a frame")
-            << frameWithWrongSum() + frameBrokenOff() << Status::NoAnswer
-            << "wrong-sums: Frames came, but damaged: 1 with a wrong sum.";
-        QTest::newRow("the start of a frame is more than noise")
-            << QByteArray("12 34 ") + frameBrokenOff() << Status::NoAnswer
-            << "broken-off: Frames came, but incomplete: 1 broken off.";
+        addRows<QByteArray, Status, QString>(
+            {"bytes", "status", "verdict"},
+            {{"an answer", Hex::helloReply(), Status::Answer,
+              "answer: The camera answered after 0.015 s."},
+             {"nothing", {}, Status::NoAnswer, "silent: Nothing at all came back within 6 s."},
+             {"the own request", Hex::hello(), Status::NoAnswer,
+              "echo: The own request came back, and no answer."},
+             {"a boot message at another speed", "80 00 F8 78 80", Status::NoAnswer,
+              "no-frame: 5 bytes came, but no frame. The first: 80 00 F8 78 80."},
+             {"the prompt of another device", "6C 6F 67 69 6E 3A 0D 0A", Status::NoAnswer,
+              R"(no-frame: 8 bytes came, but no frame. The first: 6C 6F 67 69 6E 3A 0D 0A, )"
+              R"(as text "login:\r\n".)"},
+             {"one byte", "00", Status::NoAnswer,
+              "no-frame: 1 byte came, but no frame. The first: 00."},
+             {"a frame that breaks off", frameBrokenOff(), Status::NoAnswer,
+              "broken-off: Frames came, but incomplete: 1 broken off."},
+             {"two frames with wrong sums", frameWithWrongSum() + frameWithWrongSum(),
+              Status::NoAnswer, "wrong-sums: Frames came, but damaged: 2 with a wrong sum."},
+             {"a frame of the reserved type", foreignFrame(), Status::NoAnswer,
+              "foreign-frames: Frames came, but of other types (2) and no acknowledgement."},
+             {"requests of another computer and frames of the reserved type",
+              foreignFrame() + "FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5 " + foreignFrame(),
+              Status::NoAnswer,
+              "foreign-frames: Frames came, but of other types (1, 2) and no acknowledgement."},
+             {"a late acknowledgement of something else", Hex::zoomReply(), Status::NoAnswer,
+              "other-acknowledgements: Acknowledgements came, but of other commands (58) and none "
+              "of HELLO."},
+             {"an answer without version and settings", "FF FF 0A 41 01 06 07 06 09 05 16 00 83",
+              Status::Warning,
+              "answer-short: The camera answered, but its answer is too short: 13 bytes instead of "
+              "26. Corvane connects and takes for 0 what is missing."},
+             {"an answer that is one byte too short",
+              "FF FF 16 41 01 06 07 06 09 05 16 00 01 00 00 06 01 00 00 00 00 01 01 01 9A",
+              Status::Warning,
+              "answer-short: The camera answered, but its answer is too short: 25 bytes instead of "
+              "26. Corvane connects and takes for 0 what is missing."},
+             {"an answer that is one byte too long",
+              "FF FF 18 41 01 06 07 06 09 05 16 00 01 00 00 06 01 00 00 00 00 01 01 01 01 00 9D",
+              Status::Answer, "answer: The camera answered after 0.015 s."},
+             {"an answer with a checksum of FF",
+              "FF FF 17 41 01 06 07 06 09 05 16 00 01 00 00 69 01 00 00 00 00 01 01 01 01 FF",
+              Status::Warning,
+              "answer-sum-ff: The camera answered, and the checksum of its answer is FF. Corvane "
+              "connects, but cannot make out the next reply behind that."},
+             {"an answer amid noise", QByteArray("12 34 ") + Hex::helloReply() + "56",
+              Status::Warning,
+              "answer-amid-noise: The camera answered, but 3 bytes came outside whole frames."},
+             {"an answer behind everything else there is",
+              Hex::hello() + foreignFrame() + Hex::zoomReply() + Hex::helloReply()
+                  + Hex::helloReply(),
+              Status::Warning,
+              "answer-among-others: The camera answered, but other frames came as well: 1 more of "
+              "the same, 1 of the own request, 1 acknowledging another command, 1 of another "
+              "type."},
+             // What says most about the cause comes first.
+             {"an acknowledgement is more than a frame of another type",
+              foreignFrame() + Hex::zoomReply(), Status::NoAnswer,
+              "other-acknowledgements: Acknowledgements came, but of other commands (58) and none "
+              "of HELLO."},
+             {"another frame is more than the own request", Hex::hello() + foreignFrame(),
+              Status::NoAnswer,
+              "foreign-frames: Frames came, but of other types (2) and no acknowledgement."},
+             {"the own request is more than a wrong sum", Hex::hello() + frameWithWrongSum(),
+              Status::NoAnswer, "echo: The own request came back, and no answer."},
+             {"a wrong sum is more than the start of a frame",
+              frameWithWrongSum() + frameBrokenOff(), Status::NoAnswer,
+              "wrong-sums: Frames came, but damaged: 1 with a wrong sum."},
+             {"the start of a frame is more than noise", QByteArray("12 34 ") + frameBrokenOff(),
+              Status::NoAnswer, "broken-off: Frames came, but incomplete: 1 broken off."}});
     }
 
     void judgesWhatCameBack()
@@ -188,99 +155,79 @@ private slots:
 
     void judgesHowLateTheAnswerIs_data()
     {
-        QTest::addColumn<int>("time"); // ms;
-        QTest::addColumn<Status>("status");
-        QTest::addColumn<QString>("verdict");
-
-        QTest::newRow("at the last moment of in time")
-            << 1000 << Status::Answer << "answer: The camera answered after 1 s.";
-        QTest::newRow("late")
-            << 1001 << Status::Warning
-            << "answer-late: The camera answered, but only after 1.001 s; Corvane "
-               "waits for 5 s.";
-        QTest::newRow("at the last moment")
-            << 5000 << Status::Warning
-            << "answer-late: The camera answered, but only after 5 s; "
-               "Corvane waits for 5 s.";
-        QTest::newRow("too late")
-            << 5001 << Status::NoAnswer
-            << R"(answer-too-late: The camera answered after 5.001 s, but Corvane waits for 5 s only )"
-               R"(and says "Connection fail!".)";
+        // time: ms;
+        addRows<int, Status, QString>(
+            {"time", "status", "verdict"},
+            {{"at the last moment of in time", 1000, Status::Answer,
+              "answer: The camera answered after 1 s."},
+             {"late", 1001, Status::Warning,
+              "answer-late: The camera answered, but only after 1.001 s; Corvane waits for 5 s."},
+             {"at the last moment", 5000, Status::Warning,
+              "answer-late: The camera answered, but only after 5 s; Corvane waits for 5 s."},
+             {"too late", 5001, Status::NoAnswer,
+              R"(answer-too-late: The camera answered after 5.001 s, but Corvane waits for 5 s only )"
+              R"(and says "Connection fail!".)"}});
     }
 
     void judgesHowLateTheAnswerIs()
     {
         QFETCH(int, time);
-        const Diagnosis diagnosis = diagnosisOf(helloAnswer(), time);
+        const Diagnosis diagnosis = diagnosisOf(Hex::helloReply(), time);
         QTEST(text(diagnosis.verdict), "verdict");
         QTEST(diagnosis.status, "status");
     }
 
     void judgesAPortThatCannotBeUsed_data()
     {
-        QTest::addColumn<PortFinding>("finding");
-        QTest::addColumn<QString>("verdict");
-        QTest::addColumn<QString>("remedy"); // its start
-
-        QTest::newRow("no device")
-            << failedPort(Kind::NoDevice) << "no-device: There is no serial port ttyUSB0."
-            << "The ports that there are: ttyS0, ttyUSB0 (USB Serial). If the adapter is plugged "
-               "in";
         PortFinding alone = failedPort(Kind::NoDevice);
         alone.ports.clear();
-        QTest::newRow("no device at all")
-            << alone << "no-device: There is no serial port ttyUSB0."
-            << "This computer has no serial port at all. If the adapter is plugged in";
-        QTest::newRow("not serial")
-            << failedPort(Kind::NotSerial) << "not-serial: ttyUSB0 is no serial port but a folder."
-            << "Give the name of a port, such as ttyUSB0. The ports that there are: ttyS0, ";
-        QTest::newRow("not in the group")
-            << failedPort(Kind::NotInGroup)
-            << "not-in-group: You may not open ttyUSB0: it is for the group dialout, and anna is "
-               "not "
-               "in it."
-            << R"(Join the group with "sudo adduser anna dialout", then log out and in again.)";
-        QTest::newRow("not logged in since")
-            << failedPort(Kind::LoginMissing)
-            << "login-missing: You may not open ttyUSB0 yet: anna has joined the group dialout, "
-               "but "
-               "not logged in since."
-            << "Log out of the whole desktop and in again, or restart the computer.";
-        QTest::newRow("not permitted at all")
-            << failedPort(Kind::NotPermitted)
-            << "not-permitted: You may not open ttyUSB0: it belongs to root, and joining a group "
-               "would "
-               "not help."
-            << R"(Ask whoever looks after this computer. "ls -l /dev/ttyUSB0" shows who may open it; )";
         PortFinding held = failedPort(Kind::Held);
         held.holders = {{42, "corvane"}};
-        QTest::newRow("held by one")
-            << held << "held: Another program has ttyUSB0 open: corvane (process 42)."
-            << "Close that program and try again.";
-        held.holders = {{1, "a"}, {2, "b"}, {3, "c"}, {4, "d"}, {5, "e"}, {6, "f"}, {7, "g"}};
-        QTest::newRow("held by many") << held
-                                      << "held: Another program has ttyUSB0 open: a (process 1), b "
-                                         "(process 2), c (process 3), "
-                                         "d (process 4), e (process 5), and 2 more."
-                                      << "Close that program and try again.";
-        QTest::newRow("held by a program that may not be seen")
-            << failedPort(Kind::Held)
-            << "held-unseen: Another program has ttyUSB0 open, but you may not see which."
-            << R"("sudo corvane-diagnose ttyUSB0" names it.)";
-        QTest::newRow("a lock left behind")
-            << failedPort(Kind::StaleLock)
-            << "stale-lock: ttyUSB0 is locked by a program that has ended without removing its "
-               "lock "
-               "file /var/lock/LCK..ttyUSB0."
-            << R"(Remove it with "sudo rm /var/lock/LCK..ttyUSB0" and try again.)";
-        QTest::newRow("any other reason")
-            << failedPort(Kind::CannotOpen)
-            << "cannot-open: ttyUSB0 cannot be opened: Input/output error."
-            << "Pull the adapter out, plug it in again and try again.";
-        QTest::newRow("hung up")
-            << failedPort(Kind::HungUp)
-            << "hung-up: ttyUSB0 failed while the camera was asked: Input/output error."
-            << "The adapter was pulled out or has lost its power";
+        PortFinding heldByMany = held;
+        heldByMany.holders = {{1, "a"}, {2, "b"}, {3, "c"}, {4, "d"}, {5, "e"}, {6, "f"}, {7, "g"}};
+        // Of the remedy only its start.
+        addRows<PortFinding, QString, QString>(
+            {"finding", "verdict", "remedy"},
+            {{"no device", failedPort(Kind::NoDevice),
+              "no-device: There is no serial port ttyUSB0.",
+              "The ports that there are: ttyS0, ttyUSB0 (USB Serial). If the adapter is plugged "
+              "in"},
+             {"no device at all", alone, "no-device: There is no serial port ttyUSB0.",
+              "This computer has no serial port at all. If the adapter is plugged in"},
+             {"not serial", failedPort(Kind::NotSerial),
+              "not-serial: ttyUSB0 is no serial port but a folder.",
+              "Give the name of a port, such as ttyUSB0. The ports that there are: ttyS0, "},
+             {"not in the group", failedPort(Kind::NotInGroup),
+              "not-in-group: You may not open ttyUSB0: it is for the group dialout, and anna is "
+              "not in it.",
+              R"(Join the group with "sudo adduser anna dialout", then log out and in again.)"},
+             {"not logged in since", failedPort(Kind::LoginMissing),
+              "login-missing: You may not open ttyUSB0 yet: anna has joined the group dialout, but "
+              "not logged in since.",
+              "Log out of the whole desktop and in again, or restart the computer."},
+             {"not permitted at all", failedPort(Kind::NotPermitted),
+              "not-permitted: You may not open ttyUSB0: it belongs to root, and joining a group "
+              "would not help.",
+              R"(Ask whoever looks after this computer. "ls -l /dev/ttyUSB0" shows who may open it; )"},
+             {"held by one", held, "held: Another program has ttyUSB0 open: corvane (process 42).",
+              "Close that program and try again."},
+             {"held by many", heldByMany,
+              "held: Another program has ttyUSB0 open: a (process 1), b (process 2), c (process "
+              "3), d (process 4), e (process 5), and 2 more.",
+              "Close that program and try again."},
+             {"held by a program that may not be seen", failedPort(Kind::Held),
+              "held-unseen: Another program has ttyUSB0 open, but you may not see which.",
+              R"("sudo corvane-diagnose ttyUSB0" names it.)"},
+             {"a lock left behind", failedPort(Kind::StaleLock),
+              "stale-lock: ttyUSB0 is locked by a program that has ended without removing its lock "
+              "file /var/lock/LCK..ttyUSB0.",
+              R"(Remove it with "sudo rm /var/lock/LCK..ttyUSB0" and try again.)"},
+             {"any other reason", failedPort(Kind::CannotOpen),
+              "cannot-open: ttyUSB0 cannot be opened: Input/output error.",
+              "Pull the adapter out, plug it in again and try again."},
+             {"hung up", failedPort(Kind::HungUp),
+              "hung-up: ttyUSB0 failed while the camera was asked: Input/output error.",
+              "The adapter was pulled out or has lost its power"}});
     }
 
     void judgesAPortThatCannotBeUsed()
@@ -296,7 +243,7 @@ private slots:
     void doesNotJudgeTheLineOfAPortThatFailed()
     {
         const Diagnosis diagnosis =
-            diagnosisOf("00 " + helloAnswer(), 15, failedPort(Kind::HungUp));
+            diagnosisOf("00 " + Hex::helloReply(), 15, failedPort(Kind::HungUp));
         QCOMPARE(diagnosis.verdict.id, QString("hung-up"));
         QVERIFY(diagnosis.furtherWarnings.isEmpty());
     }
@@ -305,7 +252,7 @@ private slots:
     {
         PortFinding finding = openPort();
         finding.holders = {{42, "cat"}};
-        const Diagnosis answered = diagnosisOf(helloAnswer(), 15, finding);
+        const Diagnosis answered = diagnosisOf(Hex::helloReply(), 15, finding);
         QCOMPARE(
             text(answered.verdict),
             QString("answer-shared: The camera answered, but another program has ttyUSB0 open as "
@@ -324,9 +271,8 @@ private slots:
         PortFinding finding = openPort();
         finding.holders = {{42, "cat"}};
         // An answer that is too short, and has the version 01 00 00 77.
-        const Diagnosis diagnosis =
-            diagnosisOf(helloRequest() + "00 FF FF 0E 41 01 06 07 06 09 05 16 00 01 00 00 77 FF",
-                        1500, finding);
+        const Diagnosis diagnosis = diagnosisOf(
+            Hex::hello() + "00 FF FF 0E 41 01 06 07 06 09 05 16 00 01 00 00 77 FF", 1500, finding);
         QCOMPARE(diagnosis.verdict.id, QString("answer-short"));
         QCOMPARE(diagnosis.status, Status::Warning);
         QStringList ids;
@@ -339,22 +285,22 @@ private slots:
                  (QStringList{"answer-shared", "answer-sum-ff", "answer-among-others",
                               "answer-amid-noise", "answer-late"}));
 
-        QVERIFY(diagnosisOf("00 " + helloAnswer()).furtherWarnings.isEmpty());
-        QVERIFY(diagnosisOf("00 " + helloAnswer(), 5001).furtherWarnings.isEmpty());
+        QVERIFY(diagnosisOf("00 " + Hex::helloReply()).furtherWarnings.isEmpty());
+        QVERIFY(diagnosisOf("00 " + Hex::helloReply(), 5001).furtherWarnings.isEmpty());
     }
 
     void givesARemedyForEverythingButSuccess()
     {
-        QCOMPARE(diagnosisOf(helloAnswer()).verdict.remedy, QString());
+        QCOMPARE(diagnosisOf(Hex::helloReply()).verdict.remedy, QString());
         for (const QByteArray &bytes :
-             {QByteArray(), helloRequest(), QByteArray("00"), frameBrokenOff(), frameWithWrongSum(),
-              foreignFrame(), zoomAcknowledgement(), "00 " + helloAnswer(),
-              helloRequest() + helloAnswer()}) {
+             {QByteArray(), Hex::hello(), QByteArray("00"), frameBrokenOff(), frameWithWrongSum(),
+              foreignFrame(), Hex::zoomReply(), "00 " + Hex::helloReply(),
+              Hex::hello() + Hex::helloReply()}) {
             const Verdict verdict = diagnosisOf(bytes).verdict;
             QVERIFY2(verdict.remedy.endsWith('.') && !verdict.remedy.contains('{'),
                      qPrintable(verdict.id));
         }
-        QVERIFY(diagnosisOf(helloAnswer(), 1001)
+        QVERIFY(diagnosisOf(Hex::helloReply(), 1001)
                     .verdict.remedy.startsWith("Was the camera just starting"));
         QVERIFY(diagnosisOf({}).verdict.remedy.contains("Is ttyUSB0 the right adapter?"));
     }

@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "hexframes.h"
 #include "observation.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -9,26 +11,10 @@ using std::chrono::milliseconds;
 
 namespace {
 
-QByteArray helloRequest()
-{
-    return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F ";
-}
-
-QByteArray helloAnswer()
-{
-    return "FF FF 17 41 01 06 07 06 09 05 16 00 "
-           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C ";
-}
-
 QByteArray answerWithSumFF()
 {
     return "FF FF 17 41 01 06 07 06 09 05 16 00 "
            "01 00 00 69 01 00 00 00 00 01 01 01 01 FF ";
-}
-
-QByteArray zoomAcknowledgement()
-{
-    return "FF FF 0C 41 01 06 07 06 09 05 3A 00 00 64 0D ";
 }
 
 } // namespace
@@ -41,71 +27,60 @@ private slots:
     // broken off, stray bytes.
     void countsWhatCameBack_data()
     {
-        QTest::addColumn<QByteArray>("hexadecimal");
-        QTest::addColumn<QVector<int>>("counts");
         using Counts = QVector<int>;
-
-        QTest::newRow("nothing") << QByteArray() << Counts{0, 0, 0, 0, 0, 0, 0, 0, 0};
-        QTest::newRow("an answer") << helloAnswer() << Counts{26, 1, 1, 0, 0, 0, 0, 0, 0};
-        QTest::newRow("two answers")
-            << helloAnswer() + helloAnswer() << Counts{52, 2, 2, 0, 0, 0, 0, 0, 0};
-        QTest::newRow("the own request") << helloRequest() << Counts{13, 1, 0, 1, 0, 0, 0, 0, 0};
-        QTest::newRow("the own request and an answer")
-            << helloRequest() + helloAnswer() << Counts{39, 2, 1, 1, 0, 0, 0, 0, 0};
-        QTest::newRow("somebody else's request")
-            << QByteArray("FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5")
-            << Counts{15, 1, 0, 0, 0, 1, 0, 0, 0};
-        QTest::newRow("a HELLO that is not the own one")
-            << QByteArray("FF FF 0A 41 01 06 07 06 09 01 16 01 80")
-            << Counts{13, 1, 0, 0, 0, 1, 0, 0, 0};
-        QTest::newRow("a frame of the reserved type")
-            << QByteArray("FF FF 0A 41 01 06 07 06 09 02 16 00 80")
-            << Counts{13, 1, 0, 0, 0, 1, 0, 0, 0};
-        QTest::newRow("another acknowledgement")
-            << zoomAcknowledgement() << Counts{15, 1, 0, 0, 1, 0, 0, 0, 0};
-        QTest::newRow("an answer with a wrong sum")
-            << QByteArray(helloAnswer()).replace("9C", "9D") << Counts{26, 0, 0, 0, 0, 0, 1, 0, 26};
-        QTest::newRow("two bytes of the signature damaged")
-            << QByteArray(helloAnswer()).replace("06 07", "86 08")
-            << Counts{26, 0, 0, 0, 0, 0, 1, 0, 26};
-        QTest::newRow("three bytes of the signature damaged")
-            << QByteArray(helloAnswer()).replace("01 06 07", "11 86 08")
-            << Counts{26, 0, 0, 0, 0, 0, 0, 0, 26};
-        QTest::newRow("an answer that ends before its checksum")
-            << helloAnswer().chopped(3) << Counts{25, 0, 0, 0, 0, 0, 0, 1, 25};
-        QTest::newRow("an answer that ends behind its length")
-            << QByteArray("FF FF 17") << Counts{3, 0, 0, 0, 0, 0, 0, 0, 3};
-        QTest::newRow("an answer that ends before its length")
-            << QByteArray("FF FF") << Counts{2, 0, 0, 0, 0, 0, 0, 0, 2};
-        QTest::newRow("an end that is no frame's")
-            << QByteArray("FF FF 17 42 02") << Counts{5, 0, 0, 0, 0, 0, 0, 0, 5};
-        QTest::newRow("an end in the only byte of a signature that is right")
-            << QByteArray("FF FF 17 41") << Counts{4, 0, 0, 0, 0, 0, 0, 1, 4};
-        QTest::newRow("an end behind the only byte of a signature, which is wrong")
-            << QByteArray("FF FF 17 42") << Counts{4, 0, 0, 0, 0, 0, 0, 0, 4};
-        QTest::newRow("an answer cut short by another") << QByteArray("FF FF 17 41 01 06 07 06 ")
-                + helloAnswer() << Counts{34, 1, 1, 0, 0, 0, 0, 1, 8};
-        QTest::newRow("an answer cut short by another within the signature")
-            << QByteArray("FF FF 17 41 ") + helloAnswer() << Counts{30, 1, 1, 0, 0, 0, 0, 1, 4};
-        QTest::newRow("headers without anything behind them")
-            << QByteArray("FF FF 17 FF FF 17 FF FF 17 00 00 00 00")
-            << Counts{13, 0, 0, 0, 0, 0, 0, 0, 13};
-        QTest::newRow("lengths that cannot be")
-            << QByteArray("FF FF 00 41 FF FF 8B 41 01 06 07 06 09")
-            << Counts{13, 0, 0, 0, 0, 0, 0, 0, 13};
-        QTest::newRow("the longest frame, not whole")
-            << QByteArray("FF FF 8A 41 01 06 07 06 09") << Counts{9, 0, 0, 0, 0, 0, 0, 1, 9};
-        QTest::newRow("noise with the sums of frames wrong")
-            << QByteArray("FF FF 02 11 22 33 FF FF 03 99 88 77")
-            << Counts{12, 0, 0, 0, 0, 0, 0, 0, 12};
-        QTest::newRow("noise on both sides of an answer")
-            << QByteArray("12 34 ") + helloAnswer() + "56" << Counts{29, 1, 1, 0, 0, 0, 0, 0, 3};
-        QTest::newRow("a run of FF")
-            << QByteArray("FF FF FF FF FF FF FF FF") << Counts{8, 0, 0, 0, 0, 0, 0, 0, 8};
-        QTest::newRow("a frame behind a checksum of FF is lost")
-            << answerWithSumFF() + zoomAcknowledgement() << Counts{41, 1, 1, 0, 0, 0, 0, 0, 15};
-        QTest::newRow("a frame too short to have a command")
-            << QByteArray("FF FF 02 41 43") << Counts{5, 1, 0, 0, 0, 1, 0, 0, 0};
+        addRows<QByteArray, QVector<int>>(
+            {"hexadecimal", "counts"},
+            {{"nothing", {}, Counts{0, 0, 0, 0, 0, 0, 0, 0, 0}},
+             {"an answer", Hex::helloReply(), Counts{26, 1, 1, 0, 0, 0, 0, 0, 0}},
+             {"two answers", Hex::helloReply() + Hex::helloReply(),
+              Counts{52, 2, 2, 0, 0, 0, 0, 0, 0}},
+             {"the own request", Hex::hello(), Counts{13, 1, 0, 1, 0, 0, 0, 0, 0}},
+             {"the own request and an answer", Hex::hello() + Hex::helloReply(),
+              Counts{39, 2, 1, 1, 0, 0, 0, 0, 0}},
+             {"somebody else's request", Hex::zoom1(), Counts{15, 1, 0, 0, 0, 1, 0, 0, 0}},
+             {"a HELLO that is not the own one", "FF FF 0A 41 01 06 07 06 09 01 16 01 80",
+              Counts{13, 1, 0, 0, 0, 1, 0, 0, 0}},
+             {"a frame of the reserved type", "FF FF 0A 41 01 06 07 06 09 02 16 00 80",
+              Counts{13, 1, 0, 0, 0, 1, 0, 0, 0}},
+             {"another acknowledgement", Hex::zoomReply(), Counts{15, 1, 0, 0, 1, 0, 0, 0, 0}},
+             {"an answer with a wrong sum", QByteArray(Hex::helloReply()).replace("9C", "9D"),
+              Counts{26, 0, 0, 0, 0, 0, 1, 0, 26}},
+             {"two bytes of the signature damaged",
+              QByteArray(Hex::helloReply()).replace("06 07", "86 08"),
+              Counts{26, 0, 0, 0, 0, 0, 1, 0, 26}},
+             {"three bytes of the signature damaged",
+              QByteArray(Hex::helloReply()).replace("01 06 07", "11 86 08"),
+              Counts{26, 0, 0, 0, 0, 0, 0, 0, 26}},
+             {"an answer that ends before its checksum", Hex::helloReply().chopped(3),
+              Counts{25, 0, 0, 0, 0, 0, 0, 1, 25}},
+             {"an answer that ends behind its length", "FF FF 17",
+              Counts{3, 0, 0, 0, 0, 0, 0, 0, 3}},
+             {"an answer that ends before its length", "FF FF", Counts{2, 0, 0, 0, 0, 0, 0, 0, 2}},
+             {"an end that is no frame's", "FF FF 17 42 02", Counts{5, 0, 0, 0, 0, 0, 0, 0, 5}},
+             {"an end in the only byte of a signature that is right", "FF FF 17 41",
+              Counts{4, 0, 0, 0, 0, 0, 0, 1, 4}},
+             {"an end behind the only byte of a signature, which is wrong", "FF FF 17 42",
+              Counts{4, 0, 0, 0, 0, 0, 0, 0, 4}},
+             {"an answer cut short by another",
+              QByteArray("FF FF 17 41 01 06 07 06 ") + Hex::helloReply(),
+              Counts{34, 1, 1, 0, 0, 0, 0, 1, 8}},
+             {"an answer cut short by another within the signature",
+              QByteArray("FF FF 17 41 ") + Hex::helloReply(), Counts{30, 1, 1, 0, 0, 0, 0, 1, 4}},
+             {"headers without anything behind them", "FF FF 17 FF FF 17 FF FF 17 00 00 00 00",
+              Counts{13, 0, 0, 0, 0, 0, 0, 0, 13}},
+             {"lengths that cannot be", "FF FF 00 41 FF FF 8B 41 01 06 07 06 09",
+              Counts{13, 0, 0, 0, 0, 0, 0, 0, 13}},
+             {"the longest frame, not whole", "FF FF 8A 41 01 06 07 06 09",
+              Counts{9, 0, 0, 0, 0, 0, 0, 1, 9}},
+             {"noise with the sums of frames wrong", "FF FF 02 11 22 33 FF FF 03 99 88 77",
+              Counts{12, 0, 0, 0, 0, 0, 0, 0, 12}},
+             {"noise on both sides of an answer", QByteArray("12 34 ") + Hex::helloReply() + "56",
+              Counts{29, 1, 1, 0, 0, 0, 0, 0, 3}},
+             {"a run of FF", "FF FF FF FF FF FF FF FF", Counts{8, 0, 0, 0, 0, 0, 0, 0, 8}},
+             {"a frame behind a checksum of FF is lost", answerWithSumFF() + Hex::zoomReply(),
+              Counts{41, 1, 1, 0, 0, 0, 0, 0, 15}},
+             {"a frame too short to have a command", "FF FF 02 41 43",
+              Counts{5, 1, 0, 0, 0, 1, 0, 0, 0}}});
     }
 
     void countsWhatCameBack()
@@ -152,7 +127,7 @@ private slots:
     void keepsTheFirstAnswerAndItsTime()
     {
         Observation observation;
-        const QByteArray bytes = QByteArray::fromHex(helloAnswer());
+        const QByteArray bytes = QByteArray::fromHex(Hex::helloReply());
         observation.take(bytes.left(20), milliseconds(100));
         QVERIFY(!observation.hasAnswer());
         observation.take(bytes.mid(20), milliseconds(250));
@@ -175,7 +150,7 @@ private slots:
     void tellsWhichCommandsAndTypesCame()
     {
         Observation observation;
-        observation.take(QByteArray::fromHex(zoomAcknowledgement() + zoomAcknowledgement()
+        observation.take(QByteArray::fromHex(Hex::zoomReply() + Hex::zoomReply()
                                              + "FF FF 0A 41 01 06 07 06 09 05 55 00 C2"
                                                "FF FF 0A 41 01 06 07 06 09 02 16 00 80"
                                                "FF FF 0A 41 01 06 07 06 09 FE 16 00 7C"),

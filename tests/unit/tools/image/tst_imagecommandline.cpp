@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "imagecommandline.h"
+#include "rows.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -78,27 +79,23 @@ private slots:
 
     void informs_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("part");
-
-        QTest::newRow("help") << QStringList{"--help"} << "Exit codes:";
-        QTest::newRow("short help") << QStringList{"-h"} << "  unpack  Write the bytes";
-        QTest::newRow("how the upload time is reckoned")
-            << QStringList{"--help"} << "50 ms for each packet and 50 ms for the\nannouncement";
-        QTest::newRow("help of pack")
-            << QStringList{"pack", "--help"} << " [options] pack FIRMWARE IMAGE\n";
-        QTest::newRow("help of info") << QStringList{"info", "-h"} << " [options] info IMAGE\n";
-        QTest::newRow("the upload time in the help of info")
-            << QStringList{"info", "-h"} << "50 ms for each packet";
-        QTest::newRow("help of unpack")
-            << QStringList{"--help", "unpack"} << " [options] unpack IMAGE FIRMWARE\n";
-        QTest::newRow("help of verify")
-            << QStringList{"verify", "a", "--help"} << " [options] verify IMAGE\n";
-        QTest::newRow("exit codes in the help of a command")
-            << QStringList{"verify", "--help"} << "\n  3  a file could not be read";
-        QTest::newRow("version") << QStringList{"--version"} << "tst_imagecommandline 1.2.3\n";
-        QTest::newRow("version beside a command")
-            << QStringList{"info", "-v"} << "tst_imagecommandline 1.2.3\n";
+        addRows<QStringList, QString>(
+            {"arguments", "part"},
+            {{"help", {"--help"}, "Exit codes:"},
+             {"short help", {"-h"}, "  unpack  Write the bytes"},
+             {"how the upload time is reckoned",
+              {"--help"},
+              "50 ms for each packet and 50 ms for the\nannouncement"},
+             {"help of pack", {"pack", "--help"}, " [options] pack FIRMWARE IMAGE\n"},
+             {"help of info", {"info", "-h"}, " [options] info IMAGE\n"},
+             {"the upload time in the help of info", {"info", "-h"}, "50 ms for each packet"},
+             {"help of unpack", {"--help", "unpack"}, " [options] unpack IMAGE FIRMWARE\n"},
+             {"help of verify", {"verify", "a", "--help"}, " [options] verify IMAGE\n"},
+             {"exit codes in the help of a command",
+              {"verify", "--help"},
+              "\n  3  a file could not be read"},
+             {"version", {"--version"}, "tst_imagecommandline 1.2.3\n"},
+             {"version beside a command", {"info", "-v"}, "tst_imagecommandline 1.2.3\n"}});
     }
 
     void informs()
@@ -112,45 +109,40 @@ private slots:
 
     void refusesBadUsage_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("reason");
-
         const QStringList versions{"--protocol-version", "1.2.3.4", "--image-version", "1.2.3.4"};
-        QTest::newRow("nothing") << QStringList()
-                                 << "a command is needed: pack, info, unpack or verify";
-        QTest::newRow("unknown command")
-            << QStringList{"list", "a"}
-            << "'list' is no command; they are pack, info, unpack and verify";
-        QTest::newRow("command in capitals")
-            << QStringList{"INFO", "a"}
-            << "'INFO' is no command; they are pack, info, unpack and verify";
-        QTest::newRow("unknown option")
-            << QStringList{"info", "--nope", "a"} << "Unknown option 'nope'.";
-        QTest::newRow("option of another command")
-            << QStringList{"info", "--image-version", "1.2.3.4", "a"}
-            << "Unknown option 'image-version'.";
-        QTest::newRow("missing value")
-            << QStringList{"pack", "--image-version"} << "Missing value after '--image-version'.";
-        QTest::newRow("no file") << QStringList{"info"} << "info takes one file: IMAGE";
-        QTest::newRow("two files")
-            << QStringList{"verify", "a", "b"} << "verify takes one file: IMAGE";
-        QTest::newRow("one file of two")
-            << QStringList{"unpack", "a"} << "unpack takes two files: IMAGE FIRMWARE";
-        QTest::newRow("three files") << QStringList{"pack", "a", "b", "c"} + versions
-                                     << "pack takes two files: FIRMWARE IMAGE";
-        QTest::newRow("empty input") << QStringList{"info", ""} << "the name of a file is empty";
-        QTest::newRow("empty output")
-            << QStringList{"unpack", "a", ""} << "the name of a file is empty";
-        QTest::newRow("no protocol version")
-            << QStringList{"pack", "a", "b"} + versions.mid(2) << "--protocol-version is needed";
-        QTest::newRow("no image version")
-            << QStringList{"pack", "a", "b"} + versions.mid(0, 2) << "--image-version is needed";
-        QTest::newRow("bad protocol version")
-            << QStringList{"pack", "a", "b", "--protocol-version", "1"} + versions.mid(2)
-            << "--protocol-version is four numbers from 0 to 255 with dots, not '1'";
-        QTest::newRow("bad image version")
-            << QStringList{"pack", "a", "b", "--image-version", "1"} + versions.mid(0, 2)
-            << "--image-version is four numbers from 0 to 255 with dots, not '1'";
+        addRows<QStringList, QString>(
+            {"arguments", "reason"},
+            {{"nothing", {}, "a command is needed: pack, info, unpack or verify"},
+             {"unknown command",
+              {"list", "a"},
+              "'list' is no command; they are pack, info, unpack and verify"},
+             {"command in capitals",
+              {"INFO", "a"},
+              "'INFO' is no command; they are pack, info, unpack and verify"},
+             {"unknown option", {"info", "--nope", "a"}, "Unknown option 'nope'."},
+             {"option of another command",
+              {"info", "--image-version", "1.2.3.4", "a"},
+              "Unknown option 'image-version'."},
+             {"missing value",
+              {"pack", "--image-version"},
+              "Missing value after '--image-version'."},
+             {"no file", {"info"}, "info takes one file: IMAGE"},
+             {"two files", {"verify", "a", "b"}, "verify takes one file: IMAGE"},
+             {"one file of two", {"unpack", "a"}, "unpack takes two files: IMAGE FIRMWARE"},
+             {"three files", QStringList{"pack", "a", "b", "c"} + versions,
+              "pack takes two files: FIRMWARE IMAGE"},
+             {"empty input", {"info", ""}, "the name of a file is empty"},
+             {"empty output", {"unpack", "a", ""}, "the name of a file is empty"},
+             {"no protocol version", QStringList{"pack", "a", "b"} + versions.mid(2),
+              "--protocol-version is needed"},
+             {"no image version", QStringList{"pack", "a", "b"} + versions.mid(0, 2),
+              "--image-version is needed"},
+             {"bad protocol version",
+              QStringList{"pack", "a", "b", "--protocol-version", "1"} + versions.mid(2),
+              "--protocol-version is four numbers from 0 to 255 with dots, not '1'"},
+             {"bad image version",
+              QStringList{"pack", "a", "b", "--image-version", "1"} + versions.mid(0, 2),
+              "--image-version is four numbers from 0 to 255 with dots, not '1'"}});
     }
 
     void refusesBadUsage()

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "imagefault.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -57,79 +58,57 @@ private slots:
 
     void namesWhatIsWrongAndWhere_data()
     {
-        QTest::addColumn<QByteArray>("image");
-        QTest::addColumn<QString>("fault");
-
-        QTest::newRow("empty file")
-            << QByteArray()
-            << "offset 0: the file ends here, shorter than the header of 128 "
-               "bytes";
-        QTest::newRow("part of the magic")
-            << QByteArray("KVE")
-            << "offset 3: the file ends here, shorter than the header of 128 bytes";
-        QTest::newRow("one byte less than the header")
-            << start().left(127)
-            << "offset 127: the file ends here, shorter than the header of 128 bytes";
-        QTest::newRow("lower-case magic") << "kvel"
-                + start().mid(4) << R"(offset 0: the magic is "kvel" (6b 76 65 6c), not "KVEL")";
-        QTest::newRow("last letter of the magic") << "KVEM"
-                + start().mid(4) << R"(offset 0: the magic is "KVEM" (4b 56 45 4d), not "KVEL")";
-        QTest::newRow("unprintable magic") << QByteArray("\x7F\x00\xFFL", 4)
-                + start().mid(4) << R"(offset 0: the magic is "...L" (7f 00 ff 4c), not "KVEL")";
-        QTest::newRow("short file without the magic")
-            << QByteArray("PK") << R"(offset 0: the magic is "PK" (50 4b), not "KVEL")";
-
-        QTest::newRow("foreign first character")
-            << start("*UJD") << R"(offset 160: "*" (2a) is not a base64 character)";
-        QTest::newRow("line break")
-            << start("QUJD\n") << R"(offset 164: "." (0a) is not a base64 character)";
-        QTest::newRow("the first of two foreign characters")
-            << start("QU-_") << R"(offset 162: "-" (2d) is not a base64 character)";
-        QTest::newRow("high byte")
-            << start("QUJ\xC4") << R"(offset 163: "." (c4) is not a base64 character)";
-        QTest::newRow("foreign character behind padding")
-            << start("QUI=D") << R"(offset 163: a "=" that is not at the end of the encoded body)";
-        QTest::newRow("padding in the middle")
-            << start("QQ==QUI=")
-            << R"(offset 162: a "=" that is not at the end of the encoded body)";
-
         const QString lone = "a single character, which is no whole byte";
-        QTest::newRow("a lone character")
-            << start("Q") << "offset 160: the encoded body ends with " + lone;
-        QTest::newRow("a lone character after a group")
-            << start("QUJDQ") << "offset 164: the encoded body ends with " + lone;
-        QTest::newRow("a lone character with padding")
-            << start("QUJDQ===") << "offset 164: the encoded body ends with " + lone;
-
         const QString padding =
             R"(wrong padding: the encoded body takes %1 "=" at its end or none, )"
             "not %2";
-        QTest::newRow("half of the padding")
-            << start("QQ=") << "offset 162: " + padding.arg(2).arg(1);
-        QTest::newRow("too much for one byte")
-            << start("QQ===") << "offset 162: " + padding.arg(2).arg(3);
-        QTest::newRow("too much for two bytes")
-            << start("QUI==") << "offset 163: " + padding.arg(1).arg(2);
-        QTest::newRow("padding of a full group")
-            << start("QUJD=") << "offset 164: " + padding.arg(0).arg(1);
-        QTest::newRow("a group of padding")
-            << start("QUJD====") << "offset 164: " + padding.arg(0).arg(4);
-        QTest::newRow("padding without a body")
-            << start("====") << "offset 160: " + padding.arg(0).arg(4);
-
         const QString cut =
             "the last character holds bits of a further byte: the encoded body is cut "
             "short or damaged";
-        QTest::newRow("three of four characters") << start("QUJDQUJ") << "offset 166: " + cut;
-        QTest::newRow("two of four characters") << start("QUJDQU") << "offset 165: " + cut;
-        QTest::newRow("the other bit before the padding of two bytes")
-            << start("QUK=") << "offset 162: " + cut;
-        QTest::newRow("every bit before the padding of one byte")
-            << start("QY==") << "offset 161: " + cut;
-        QTest::newRow("damaged before the padding of two bytes")
-            << start("QUJ=") << "offset 162: " + cut;
-        QTest::newRow("damaged before the padding of one byte")
-            << start("Qf==") << "offset 161: " + cut;
+        addRows<QByteArray, QString>(
+            {"image", "fault"},
+            {{"empty file",
+              {},
+              "offset 0: the file ends here, shorter than the header of 128 bytes"},
+             {"part of the magic", "KVE",
+              "offset 3: the file ends here, shorter than the header of 128 bytes"},
+             {"one byte less than the header", start().left(127),
+              "offset 127: the file ends here, shorter than the header of 128 bytes"},
+             {"lower-case magic", "kvel" + start().mid(4),
+              R"(offset 0: the magic is "kvel" (6b 76 65 6c), not "KVEL")"},
+             {"last letter of the magic", "KVEM" + start().mid(4),
+              R"(offset 0: the magic is "KVEM" (4b 56 45 4d), not "KVEL")"},
+             {"unprintable magic", QByteArray("\x7F\x00\xFFL", 4) + start().mid(4),
+              R"(offset 0: the magic is "...L" (7f 00 ff 4c), not "KVEL")"},
+             {"short file without the magic", "PK",
+              R"(offset 0: the magic is "PK" (50 4b), not "KVEL")"},
+             {"foreign first character", start("*UJD"),
+              R"(offset 160: "*" (2a) is not a base64 character)"},
+             {"line break", start("QUJD\n"), R"(offset 164: "." (0a) is not a base64 character)"},
+             {"the first of two foreign characters", start("QU-_"),
+              R"(offset 162: "-" (2d) is not a base64 character)"},
+             {"high byte", start("QUJ\xC4"), R"(offset 163: "." (c4) is not a base64 character)"},
+             {"foreign character behind padding", start("QUI=D"),
+              R"(offset 163: a "=" that is not at the end of the encoded body)"},
+             {"padding in the middle", start("QQ==QUI="),
+              R"(offset 162: a "=" that is not at the end of the encoded body)"},
+             {"a lone character", start("Q"), "offset 160: the encoded body ends with " + lone},
+             {"a lone character after a group", start("QUJDQ"),
+              "offset 164: the encoded body ends with " + lone},
+             {"a lone character with padding", start("QUJDQ==="),
+              "offset 164: the encoded body ends with " + lone},
+             {"half of the padding", start("QQ="), "offset 162: " + padding.arg(2).arg(1)},
+             {"too much for one byte", start("QQ==="), "offset 162: " + padding.arg(2).arg(3)},
+             {"too much for two bytes", start("QUI=="), "offset 163: " + padding.arg(1).arg(2)},
+             {"padding of a full group", start("QUJD="), "offset 164: " + padding.arg(0).arg(1)},
+             {"a group of padding", start("QUJD===="), "offset 164: " + padding.arg(0).arg(4)},
+             {"padding without a body", start("===="), "offset 160: " + padding.arg(0).arg(4)},
+             {"three of four characters", start("QUJDQUJ"), "offset 166: " + cut},
+             {"two of four characters", start("QUJDQU"), "offset 165: " + cut},
+             {"the other bit before the padding of two bytes", start("QUK="), "offset 162: " + cut},
+             {"every bit before the padding of one byte", start("QY=="), "offset 161: " + cut},
+             {"damaged before the padding of two bytes", start("QUJ="), "offset 162: " + cut},
+             {"damaged before the padding of one byte", start("Qf=="), "offset 161: " + cut}});
     }
 
     void namesWhatIsWrongAndWhere()
@@ -152,20 +131,17 @@ private slots:
 
     void limitsTheSizeOfTheFirmware_data()
     {
-        QTest::addColumn<int>("characters");
-        QTest::addColumn<QByteArray>("end");
-        QTest::addColumn<QString>("fault");
-
         // 5592394 groups of three bytes and one of a single byte make 16777215 with the raw prefix.
         const QString tooLarge =
             "offset 22369738: too large: a firmware has at most 16777215 bytes";
-        QTest::newRow("the largest") << 22369578 << QByteArray("==") << "no fault";
-        QTest::newRow("the largest without padding") << 22369578 << QByteArray() << "no fault";
-        QTest::newRow("16 MiB") << 22369579 << QByteArray("=") << tooLarge;
-        QTest::newRow("16 MiB without padding") << 22369579 << QByteArray() << tooLarge;
-        QTest::newRow("16 MiB and a byte") << 22369580 << QByteArray() << tooLarge;
-        QTest::newRow("as much as is read of a larger file")
-            << 22369581 << QByteArray() << tooLarge;
+        addRows<int, QByteArray, QString>(
+            {"characters", "end", "fault"},
+            {{"the largest", 22369578, "==", "no fault"},
+             {"the largest without padding", 22369578, {}, "no fault"},
+             {"16 MiB", 22369579, "=", tooLarge},
+             {"16 MiB without padding", 22369579, {}, tooLarge},
+             {"16 MiB and a byte", 22369580, {}, tooLarge},
+             {"as much as is read of a larger file", 22369581, {}, tooLarge}});
     }
 
     void limitsTheSizeOfTheFirmware()

@@ -4,6 +4,7 @@
 #include "firmwareimage.h"
 #include "imagefault.h"
 #include "imagepacking.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -32,21 +33,19 @@ class ImagePackingTest : public QObject {
 private slots:
     void writesTheImage_data()
     {
-        QTest::addColumn<QByteArray>("firmware");
-        QTest::addColumn<QByteArray>("payload");
-
         const QByteArray prefix = "0123456789abcdef0123456789ABCDEF";
-        QTest::newRow("nothing") << QByteArray() << QByteArray();
-        QTest::newRow("less than the raw prefix")
-            << QByteArray("\x00=\xFF", 3) << QByteArray("\x00=\xFF", 3);
-        QTest::newRow("the raw prefix") << prefix << prefix;
-        QTest::newRow("33 bytes") << prefix + "A" << prefix + "QQ==";
-        QTest::newRow("34 bytes") << prefix + "AB" << prefix + "QUI=";
-        QTest::newRow("35 bytes") << prefix + "ABC" << prefix + "QUJD";
-        QTest::newRow("the last of the alphabet") << prefix + "\xFB\xFF\xFE" << prefix + "+//+";
-        // 90 bytes make 120 characters, more than others put on a line.
-        QTest::newRow("no line breaks")
-            << prefix + QByteArray("ABC").repeated(30) << prefix + QByteArray("QUJD").repeated(30);
+        addRows<QByteArray, QByteArray>(
+            {"firmware", "payload"},
+            {{"nothing", {}, {}},
+             {"less than the raw prefix", QByteArray("\x00=\xFF", 3), QByteArray("\x00=\xFF", 3)},
+             {"the raw prefix", prefix, prefix},
+             {"33 bytes", prefix + "A", prefix + "QQ=="},
+             {"34 bytes", prefix + "AB", prefix + "QUI="},
+             {"35 bytes", prefix + "ABC", prefix + "QUJD"},
+             {"the last of the alphabet", prefix + "\xFB\xFF\xFE", prefix + "+//+"},
+             // 90 bytes make 120 characters, more than others put on a line.
+             {"no line breaks", prefix + QByteArray("ABC").repeated(30),
+              prefix + QByteArray("QUJD").repeated(30)}});
     }
 
     void writesTheImage()

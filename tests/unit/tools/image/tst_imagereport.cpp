@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "imagereport.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -45,29 +46,14 @@ private slots:
 
     void tellsPacketsAndTheirTime_data()
     {
-        QTest::addColumn<int>("characters");
-        QTest::addColumn<QString>("size");
-        QTest::addColumn<QString>("packets");
-        QTest::addColumn<QString>("time");
-
-        QTest::newRow("a full packet") << 128 << "128 bytes"
-                                       << "1"
-                                       << "0 min 0.10 s";
-        QTest::newRow("one byte more") << 130 << "129 bytes"
-                                       << "2"
-                                       << "0 min 0.15 s";
-        QTest::newRow("one second") << 3200 << "2432 bytes"
-                                    << "19"
-                                    << "0 min 1.00 s";
-        QTest::newRow("almost a minute") << 204416 << "153344 bytes"
-                                         << "1198"
-                                         << "0 min 59.95 s";
-        QTest::newRow("a minute") << 204587 << "153472 bytes"
-                                  << "1199"
-                                  << "1 min 0.00 s";
-        QTest::newRow("the largest") << 22369578 << "16777215 bytes"
-                                     << "131072"
-                                     << "109 min 13.65 s";
+        addRows<int, QString, QString, QString>(
+            {"characters", "size", "packets", "time"},
+            {{"a full packet", 128, "128 bytes", "1", "0 min 0.10 s"},
+             {"one byte more", 130, "129 bytes", "2", "0 min 0.15 s"},
+             {"one second", 3200, "2432 bytes", "19", "0 min 1.00 s"},
+             {"almost a minute", 204416, "153344 bytes", "1198", "0 min 59.95 s"},
+             {"a minute", 204587, "153472 bytes", "1199", "1 min 0.00 s"},
+             {"the largest", 22369578, "16777215 bytes", "131072", "109 min 13.65 s"}});
     }
 
     void tellsPacketsAndTheirTime()

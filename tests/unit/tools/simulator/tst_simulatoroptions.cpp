@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "rows.h"
 #include "simulatoroptions.h"
 
 #include <QtTest>
@@ -120,22 +121,19 @@ private slots:
 
     void informs_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("part");
-
-        QTest::newRow("help") << QStringList{"--help"} << "Exit codes:";
-        QTest::newRow("short help") << QStringList{"-h"} << "--control <PATH>";
-        QTest::newRow("help on firmware") << QStringList{"--help"} << "--save-firmware <FILE>";
-        QTest::newRow("help on recordings") << QStringList{"--help"} << "--record <FILE>";
-        QTest::newRow("help on replays") << QStringList{"--help"} << "--replay <FILE>";
-        QTest::newRow("help on reboots") << QStringList{"--help"} << "--reboot-time <MS>";
-        QTest::newRow("help on the option for faults")
-            << QStringList{"--help"} << "--faults <PLAN>";
-        QTest::newRow("help on the command for faults")
-            << QStringList{"--help"} << "faults PLAN [SEED]";
-        QTest::newRow("list of faults") << QStringList{"--faults", "help"} << "  wrong-sum  ";
-        QTest::newRow("help beside a program") << QStringList{"--help", "sh"} << "Exit codes:";
-        QTest::newRow("version") << QStringList{"--version"} << "tst_simulatoroptions 1.2.3\n";
+        addRows<QStringList, QString>(
+            {"arguments", "part"},
+            {{"help", {"--help"}, "Exit codes:"},
+             {"short help", {"-h"}, "--control <PATH>"},
+             {"help on firmware", {"--help"}, "--save-firmware <FILE>"},
+             {"help on recordings", {"--help"}, "--record <FILE>"},
+             {"help on replays", {"--help"}, "--replay <FILE>"},
+             {"help on reboots", {"--help"}, "--reboot-time <MS>"},
+             {"help on the option for faults", {"--help"}, "--faults <PLAN>"},
+             {"help on the command for faults", {"--help"}, "faults PLAN [SEED]"},
+             {"list of faults", {"--faults", "help"}, "  wrong-sum  "},
+             {"help beside a program", {"--help", "sh"}, "Exit codes:"},
+             {"version", {"--version"}, "tst_simulatoroptions 1.2.3\n"}});
     }
 
     void informs()

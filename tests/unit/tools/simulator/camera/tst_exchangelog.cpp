@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 #include "exchangelog.h"
+#include "hexframes.h"
 #include "request.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -21,67 +23,49 @@ class ExchangeLogTest : public QObject {
 private slots:
     void describesARequest_data()
     {
-        QTest::addColumn<QByteArray>("frame");
-        QTest::addColumn<QString>("line");
-
-        QTest::newRow("HELLO") << QByteArray("FF FF 0A 41 01 06 07 06 09 01 16 00 7F")
-                               << "09:05:01.034  <- HELLO";
-        QTest::newRow("settings, pan")
-            << QByteArray("FF FF 0F 41 01 06 07 06 09 01 55 00 02 09 01 00 03 D2")
-            << "09:05:01.034  <- CUSTOM_SETTING       auto tracking pan, target missing preset 7, "
-               "upside down, auto zoom off, zoom offset custom";
-        QTest::newRow("settings, off")
-            << QByteArray("FF FF 0F 41 01 06 07 06 09 01 55 00 00 00 00 00 00 C3")
-            << "09:05:01.034  <- CUSTOM_SETTING       auto tracking off, target missing off, "
-               "upright, "
-               "auto zoom off, zoom offset 0";
-        QTest::newRow("settings, tilt")
-            << QByteArray("FF FF 0F 41 01 06 07 06 09 01 55 00 03 02 00 01 02 CB")
-            << "09:05:01.034  <- CUSTOM_SETTING       auto tracking tilt, target missing preset 0, "
-               "upright, auto zoom on, zoom offset 2";
-        QTest::newRow("settings, auto")
-            << QByteArray("FF FF 0F 41 01 06 07 06 09 01 55 00 01 01 00 01 01 C7")
-            << "09:05:01.034  <- CUSTOM_SETTING       auto tracking auto, target missing home, "
-               "upright, auto zoom on, zoom offset 1";
-        QTest::newRow("settings out of range are numbers")
-            << QByteArray("FF FF 0F 41 01 06 07 06 09 01 55 00 04 FF 07 02 05 D4")
-            << "09:05:01.034  <- CUSTOM_SETTING       auto tracking 4, target missing 255, upside "
-               "down, auto zoom 2, zoom offset 5";
-        QTest::newRow("settings of the wrong size are bytes")
-            << QByteArray("FF FF 0E 41 01 06 07 06 09 01 55 00 02 09 01 00 CE")
-            << "09:05:01.034  <- CUSTOM_SETTING       payload 02 09 01 00";
-        QTest::newRow("first zoom preset")
-            << QByteArray("FF FF 0C 41 01 06 07 06 09 01 3A 00 00 00 A5")
-            << "09:05:01.034  <- SET_CUSTOM_ZOOM      zoom 1";
-        QTest::newRow("second zoom preset")
-            << QByteArray("FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6")
-            << "09:05:01.034  <- SET_CUSTOM_ZOOM      zoom 2";
-        QTest::newRow("firmware size")
-            << QByteArray("FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 01 2C AC")
-            << "09:05:01.034  <- RECEIVE_FW_INFO      firmware of 300 bytes";
-        QTest::newRow("firmware size in 24 bits")
-            << QByteArray("FF FF 0E 41 01 06 07 06 09 01 10 00 02 01 23 45 E8")
-            << "09:05:01.034  <- RECEIVE_FW_INFO      firmware of 74565 bytes";
-        QTest::newRow("firmware size that starts with another number")
-            << QByteArray("FF FF 0E 41 01 06 07 06 09 01 10 00 03 00 01 2C AD")
-            << "09:05:01.034  <- RECEIVE_FW_INFO      payload 03 00 01 2C";
-        QTest::newRow("firmware size that is too short")
-            << QByteArray("FF FF 0D 41 01 06 07 06 09 01 10 00 02 00 01 7F")
-            << "09:05:01.034  <- RECEIVE_FW_INFO      payload 02 00 01";
-        QTest::newRow("firmware packet")
-            << QByteArray("FF FF 13 41 01 06 07 06 09 01 01 01 00 01 02 03 04 05 06 07 08 98")
-            << "09:05:01.034  <- UPLOAD_FIRMWARE      packet 1, 9 bytes";
-        QTest::newRow("firmware packet after number 255")
-            << QByteArray("FF FF 0B 41 01 06 07 06 09 01 01 00 00 6B")
-            << "09:05:01.034  <- UPLOAD_FIRMWARE      packet 0, 1 bytes";
-        QTest::newRow("firmware packet without payload")
-            << QByteArray("FF FF 0A 41 01 06 07 06 09 01 01 FF 69")
-            << "09:05:01.034  <- UPLOAD_FIRMWARE      packet 255, 0 bytes";
-        QTest::newRow("reboot") << QByteArray("FF FF 0A 41 01 06 07 06 09 01 1F 00 88")
-                                << "09:05:01.034  <- REBOOT";
-        QTest::newRow("unknown command")
-            << QByteArray("FF FF 0C 41 01 06 07 06 09 01 4D 00 01 02 BB")
-            << "09:05:01.034  <- command 77           payload 01 02";
+        addRows<QByteArray, QString>(
+            {"frame", "line"},
+            {{"HELLO", Hex::hello(), "09:05:01.034  <- HELLO"},
+             {"settings, pan", Hex::settings(),
+              "09:05:01.034  <- CUSTOM_SETTING       auto tracking pan, target missing preset 7, "
+              "upside down, auto zoom off, zoom offset custom"},
+             {"settings, off", "FF FF 0F 41 01 06 07 06 09 01 55 00 00 00 00 00 00 C3",
+              "09:05:01.034  <- CUSTOM_SETTING       auto tracking off, target missing off, "
+              "upright, auto zoom off, zoom offset 0"},
+             {"settings, tilt", "FF FF 0F 41 01 06 07 06 09 01 55 00 03 02 00 01 02 CB",
+              "09:05:01.034  <- CUSTOM_SETTING       auto tracking tilt, target missing preset 0, "
+              "upright, auto zoom on, zoom offset 2"},
+             {"settings, auto", "FF FF 0F 41 01 06 07 06 09 01 55 00 01 01 00 01 01 C7",
+              "09:05:01.034  <- CUSTOM_SETTING       auto tracking auto, target missing home, "
+              "upright, auto zoom on, zoom offset 1"},
+             {"settings out of range are numbers",
+              "FF FF 0F 41 01 06 07 06 09 01 55 00 04 FF 07 02 05 D4",
+              "09:05:01.034  <- CUSTOM_SETTING       auto tracking 4, target missing 255, upside "
+              "down, auto zoom 2, zoom offset 5"},
+             {"settings of the wrong size are bytes",
+              "FF FF 0E 41 01 06 07 06 09 01 55 00 02 09 01 00 CE",
+              "09:05:01.034  <- CUSTOM_SETTING       payload 02 09 01 00"},
+             {"first zoom preset", Hex::zoom1(), "09:05:01.034  <- SET_CUSTOM_ZOOM      zoom 1"},
+             {"second zoom preset", Hex::zoom2(), "09:05:01.034  <- SET_CUSTOM_ZOOM      zoom 2"},
+             {"firmware size", Hex::announcement(),
+              "09:05:01.034  <- RECEIVE_FW_INFO      firmware of 300 bytes"},
+             {"firmware size in 24 bits", "FF FF 0E 41 01 06 07 06 09 01 10 00 02 01 23 45 E8",
+              "09:05:01.034  <- RECEIVE_FW_INFO      firmware of 74565 bytes"},
+             {"firmware size that starts with another number",
+              "FF FF 0E 41 01 06 07 06 09 01 10 00 03 00 01 2C AD",
+              "09:05:01.034  <- RECEIVE_FW_INFO      payload 03 00 01 2C"},
+             {"firmware size that is too short", "FF FF 0D 41 01 06 07 06 09 01 10 00 02 00 01 7F",
+              "09:05:01.034  <- RECEIVE_FW_INFO      payload 02 00 01"},
+             {"firmware packet",
+              "FF FF 13 41 01 06 07 06 09 01 01 01 00 01 02 03 04 05 06 07 08 98",
+              "09:05:01.034  <- UPLOAD_FIRMWARE      packet 1, 9 bytes"},
+             {"firmware packet after number 255", "FF FF 0B 41 01 06 07 06 09 01 01 00 00 6B",
+              "09:05:01.034  <- UPLOAD_FIRMWARE      packet 0, 1 bytes"},
+             {"firmware packet without payload", "FF FF 0A 41 01 06 07 06 09 01 01 FF 69",
+              "09:05:01.034  <- UPLOAD_FIRMWARE      packet 255, 0 bytes"},
+             {"reboot", "FF FF 0A 41 01 06 07 06 09 01 1F 00 88", "09:05:01.034  <- REBOOT"},
+             {"unknown command", "FF FF 0C 41 01 06 07 06 09 01 4D 00 01 02 BB",
+              "09:05:01.034  <- command 77           payload 01 02"}});
     }
 
     void describesARequest()
@@ -94,36 +78,27 @@ private slots:
 
     void describesAReply_data()
     {
-        QTest::addColumn<QByteArray>("frame");
-        QTest::addColumn<QString>("line");
-
-        QTest::newRow("HELLO") << QByteArray("FF FF 17 41 01 06 07 06 09 05 16 00 "
-                                             "01 00 00 06 01 00 00 00 00 01 01 01 01 9C")
-                               << "09:05:01.034  -> HELLO ack            version 1.0.0.6, "
-                                  "auto tracking auto, target missing home, upright, auto zoom on, "
-                                  "zoom offset 1";
-        QTest::newRow("the version as the host shows it")
-            << QByteArray("FF FF 17 41 01 06 07 06 09 05 16 00 "
-                          "FF 80 0A 10 00 00 00 00 00 00 00 00 00 29")
-            << "09:05:01.034  -> HELLO ack            version -1.-80.a.10, auto tracking off, "
-               "target missing off, upright, auto zoom off, zoom offset 0";
-        QTest::newRow("settings") << QByteArray("FF FF 17 41 01 06 07 06 09 05 55 00 "
-                                                "01 00 00 06 09 00 00 01 01 01 00 00 03 E5")
-                                  << "09:05:01.034  -> CUSTOM_SETTING ack   version 1.0.0.6, "
-                                     "auto tracking pan, target missing preset 7, upside down, "
-                                     "auto zoom off, zoom offset custom";
-        QTest::newRow("zoom value with a high low byte")
-            << QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 01 90 3A")
-            << "09:05:01.034  -> SET_CUSTOM_ZOOM ack  value 400";
-        QTest::newRow("negative zoom value")
-            << QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 FF FF A7")
-            << "09:05:01.034  -> SET_CUSTOM_ZOOM ack  value -1";
-        QTest::newRow("firmware size") << QByteArray("FF FF 0A 41 01 06 07 06 09 05 10 00 7D")
-                                       << "09:05:01.034  -> RECEIVE_FW_INFO ack";
-        QTest::newRow("firmware packet") << QByteArray("FF FF 0A 41 01 06 07 06 09 05 01 00 6E")
-                                         << "09:05:01.034  -> UPLOAD_FIRMWARE ack";
-        QTest::newRow("without payload")
-            << QByteArray("FF FF 0A 41 01 06 07 06 09 05 16 00 83") << "09:05:01.034  -> HELLO ack";
+        addRows<QByteArray, QString>(
+            {"frame", "line"},
+            {{"HELLO", Hex::helloReply(),
+              "09:05:01.034  -> HELLO ack            version 1.0.0.6, auto tracking auto, target "
+              "missing home, upright, auto zoom on, zoom offset 1"},
+             {"the version as the host shows it",
+              "FF FF 17 41 01 06 07 06 09 05 16 00 FF 80 0A 10 00 00 00 00 00 00 00 00 00 29",
+              "09:05:01.034  -> HELLO ack            version -1.-80.a.10, auto tracking off, "
+              "target missing off, upright, auto zoom off, zoom offset 0"},
+             {"settings",
+              "FF FF 17 41 01 06 07 06 09 05 55 00 01 00 00 06 09 00 00 01 01 01 00 00 03 E5",
+              "09:05:01.034  -> CUSTOM_SETTING ack   version 1.0.0.6, auto tracking pan, target "
+              "missing preset 7, upside down, auto zoom off, zoom offset custom"},
+             {"zoom value with a high low byte", "FF FF 0C 41 01 06 07 06 09 05 3A 00 01 90 3A",
+              "09:05:01.034  -> SET_CUSTOM_ZOOM ack  value 400"},
+             {"negative zoom value", "FF FF 0C 41 01 06 07 06 09 05 3A 00 FF FF A7",
+              "09:05:01.034  -> SET_CUSTOM_ZOOM ack  value -1"},
+             {"firmware size", Hex::announcementReply(), "09:05:01.034  -> RECEIVE_FW_INFO ack"},
+             {"firmware packet", Hex::packetReply(), "09:05:01.034  -> UPLOAD_FIRMWARE ack"},
+             {"without payload", "FF FF 0A 41 01 06 07 06 09 05 16 00 83",
+              "09:05:01.034  -> HELLO ack"}});
     }
 
     void describesAReply()
@@ -139,7 +114,7 @@ private slots:
         const QByteArray zoom = QByteArray::fromHex("FF FF 0C 41 01 06 07 06 09 01 3A 00 02 00 A7");
         QCOMPARE(log.received(someTime(), zoom, Request::fromFrame(zoom).value(), "no such preset"),
                  "09:05:01.034  <- SET_CUSTOM_ZOOM      zoom 3  (not answered: no such preset)");
-        const QByteArray hello = QByteArray::fromHex("FF FF 0A 41 01 06 07 06 09 01 16 00 7F");
+        const QByteArray hello = QByteArray::fromHex(Hex::hello());
         QCOMPARE(log.received(someTime(), hello, Request::fromFrame(hello).value(), "silent"),
                  "09:05:01.034  <- HELLO                (not answered: silent)");
     }
@@ -159,7 +134,7 @@ private slots:
     void addsTheBytesOnDemand()
     {
         const ExchangeLog log(true);
-        const QByteArray hello = QByteArray::fromHex("FF FF 0A 41 01 06 07 06 09 01 16 00 7F");
+        const QByteArray hello = QByteArray::fromHex(Hex::hello());
         QCOMPARE(log.received(someTime(), hello, Request::fromFrame(hello).value(), {}),
                  "09:05:01.034  <- HELLO | FF FF 0A 41 01 06 07 06 09 01 16 00 7F");
         QCOMPARE(log.sent(someTime(),

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "firmwarereceiver.h"
+#include "hexframes.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -14,16 +16,6 @@ struct Packet {
     unsigned char number;
     int size;
 };
-
-QByteArray announcementReply()
-{
-    return "FF FF 0A 41 01 06 07 06 09 05 10 00 7D";
-}
-
-QByteArray packetReply()
-{
-    return "FF FF 0A 41 01 06 07 06 09 05 01 00 6E";
-}
 
 // No two packets of it are the same.
 QByteArray someFirmware(int size)
@@ -83,18 +75,14 @@ private slots:
 
     void putsTheFirmwareTogether_data()
     {
-        QTest::addColumn<QByteArray>("announcement");
-        QTest::addColumn<QVector<int>>("sizes");
-        QTest::addColumn<int>("total");
-
-        QTest::newRow("0 bytes") << QByteArray("02 00 00 00") << QVector<int>() << 0;
-        QTest::newRow("1 byte") << QByteArray("02 00 00 01") << QVector<int>{1} << 1;
-        QTest::newRow("127 bytes") << QByteArray("02 00 00 7F") << QVector<int>{127} << 127;
-        QTest::newRow("128 bytes") << QByteArray("02 00 00 80") << QVector<int>{128} << 128;
-        QTest::newRow("129 bytes") << QByteArray("02 00 00 81") << QVector<int>{128, 1} << 129;
-        QTest::newRow("256 bytes") << QByteArray("02 00 01 00") << QVector<int>{128, 128} << 256;
-        QTest::newRow("300 bytes")
-            << QByteArray("02 00 01 2C") << QVector<int>{128, 128, 44} << 300;
+        addRows<QByteArray, QVector<int>, int>({"announcement", "sizes", "total"},
+                                               {{"0 bytes", "02 00 00 00", {}, 0},
+                                                {"1 byte", "02 00 00 01", {1}, 1},
+                                                {"127 bytes", "02 00 00 7F", {127}, 127},
+                                                {"128 bytes", "02 00 00 80", {128}, 128},
+                                                {"129 bytes", "02 00 00 81", {128, 1}, 129},
+                                                {"256 bytes", "02 00 01 00", {128, 128}, 256},
+                                                {"300 bytes", "02 00 01 2C", {128, 128, 44}, 300}});
     }
 
     void putsTheFirmwareTogether()
@@ -105,13 +93,14 @@ private slots:
         const QByteArray firmware = someFirmware(total);
         FirmwareReceiver receiver;
         QVERIFY(!receiver.isComplete());
-        QCOMPARE(announce(receiver, announcement), announcementReply());
+        QCOMPARE(announce(receiver, announcement), Hex::announcementReply());
         int taken = 0;
         unsigned char number = 0;
         for (const int size : sizes) {
             QVERIFY(!receiver.isComplete());
             ++number;
-            QCOMPARE(text(receiver.takePacket(number, firmware.mid(taken, size))), packetReply());
+            QCOMPARE(text(receiver.takePacket(number, firmware.mid(taken, size))),
+                     Hex::packetReply());
             taken += size;
             QCOMPARE(receiver.firmware(), firmware.left(taken));
         }
@@ -123,48 +112,47 @@ private slots:
     {
         const QByteArray firmware = someFirmware(256 * 128 + 5);
         FirmwareReceiver receiver;
-        QCOMPARE(announce(receiver, "02 00 80 05"), announcementReply());
+        QCOMPARE(announce(receiver, "02 00 80 05"), Hex::announcementReply());
         for (int i = 0; i < 255; ++i) {
             const auto number = static_cast<unsigned char>(i + 1);
-            QCOMPARE(text(receiver.takePacket(number, firmware.mid(i * 128, 128))), packetReply());
+            QCOMPARE(text(receiver.takePacket(number, firmware.mid(i * 128, 128))),
+                     Hex::packetReply());
         }
         const QByteArray packet256 = firmware.mid(255 * 128, 128);
         QCOMPARE(receiver.takePacket(1, packet256).refusal, QString("packet 1 instead of 0"));
-        QCOMPARE(text(receiver.takePacket(0, packet256)), packetReply());
+        QCOMPARE(text(receiver.takePacket(0, packet256)), Hex::packetReply());
         const QByteArray packet257 = firmware.mid(256 * 128);
         QCOMPARE(receiver.takePacket(0, packet257).refusal, QString("packet 0 instead of 1"));
         QVERIFY(!receiver.isComplete());
-        QCOMPARE(text(receiver.takePacket(1, packet257)), packetReply());
+        QCOMPARE(text(receiver.takePacket(1, packet257)), Hex::packetReply());
         QVERIFY(receiver.isComplete());
         QCOMPARE(receiver.firmware(), firmware);
     }
 
     void refusesAPacketThatDoesNotFit_data()
     {
-        QTest::addColumn<int>("packetsBefore"); // of 300 bytes
-        QTest::addColumn<Packet>("packet");
-        QTest::addColumn<QString>("refusal");
-
-        QTest::newRow("counted from 0") << 0 << Packet{0, 128} << "packet 0 instead of 1";
-        QTest::newRow("first one missing") << 0 << Packet{2, 128} << "packet 2 instead of 1";
-        QTest::newRow("one in the middle missing") << 1 << Packet{3, 44} << "packet 3 instead of 2";
-        QTest::newRow("repeated") << 1 << Packet{1, 128} << "packet 1 instead of 2";
-        QTest::newRow("one before that") << 2 << Packet{1, 128} << "packet 1 instead of 3";
-        QTest::newRow("too short in the middle")
-            << 1 << Packet{2, 127} << "payload of 127 bytes, 128 expected";
-        QTest::newRow("last one's length in the middle")
-            << 1 << Packet{2, 44} << "payload of 44 bytes, 128 expected";
-        QTest::newRow("empty in the middle")
-            << 1 << Packet{2, 0} << "payload of 0 bytes, 128 expected";
-        QTest::newRow("too long in the middle")
-            << 1 << Packet{2, 129} << "payload of 129 bytes, 128 expected";
-        QTest::newRow("too short at the end")
-            << 2 << Packet{3, 43} << "payload of 43 bytes, 44 expected";
-        QTest::newRow("empty at the end") << 2 << Packet{3, 0} << "payload of 0 bytes, 44 expected";
-        QTest::newRow("one byte more than announced")
-            << 2 << Packet{3, 45} << "payload of 45 bytes, only 44 of 300 are missing";
-        QTest::newRow("a full one more than announced")
-            << 2 << Packet{3, 128} << "payload of 128 bytes, only 44 of 300 are missing";
+        // packetsBefore: of 300 bytes
+        addRows<int, Packet, QString>(
+            {"packetsBefore", "packet", "refusal"},
+            {{"counted from 0", 0, {0, 128}, "packet 0 instead of 1"},
+             {"first one missing", 0, {2, 128}, "packet 2 instead of 1"},
+             {"one in the middle missing", 1, {3, 44}, "packet 3 instead of 2"},
+             {"repeated", 1, {1, 128}, "packet 1 instead of 2"},
+             {"one before that", 2, {1, 128}, "packet 1 instead of 3"},
+             {"too short in the middle", 1, {2, 127}, "payload of 127 bytes, 128 expected"},
+             {"last one's length in the middle", 1, {2, 44}, "payload of 44 bytes, 128 expected"},
+             {"empty in the middle", 1, {2, 0}, "payload of 0 bytes, 128 expected"},
+             {"too long in the middle", 1, {2, 129}, "payload of 129 bytes, 128 expected"},
+             {"too short at the end", 2, {3, 43}, "payload of 43 bytes, 44 expected"},
+             {"empty at the end", 2, {3, 0}, "payload of 0 bytes, 44 expected"},
+             {"one byte more than announced",
+              2,
+              {3, 45},
+              "payload of 45 bytes, only 44 of 300 are missing"},
+             {"a full one more than announced",
+              2,
+              {3, 128},
+              "payload of 128 bytes, only 44 of 300 are missing"}});
     }
 
     void refusesAPacketThatDoesNotFit()
@@ -178,7 +166,7 @@ private slots:
         announce(receiver, "02 00 01 2C");
         unsigned char next = 1;
         while (next <= packetsBefore) {
-            QCOMPARE(text(receiver.takePacket(next, packets.at(next - 1U))), packetReply());
+            QCOMPARE(text(receiver.takePacket(next, packets.at(next - 1U))), Hex::packetReply());
             ++next;
         }
         const Answer answer = receiver.takePacket(packet.number, QByteArray(packet.size, 'x'));
@@ -188,7 +176,7 @@ private slots:
         QVERIFY(!receiver.isComplete());
         // The right ones may still follow.
         while (next <= packets.size()) {
-            QCOMPARE(text(receiver.takePacket(next, packets.at(next - 1U))), packetReply());
+            QCOMPARE(text(receiver.takePacket(next, packets.at(next - 1U))), Hex::packetReply());
             ++next;
         }
         QVERIFY(receiver.isComplete());
@@ -235,13 +223,13 @@ private slots:
         announce(receiver, "02 00 01 2C");
         receiver.takePacket(1, QByteArray(128, 'x'));
         for (const char *when : {"in the middle", "when it is complete"}) {
-            QCOMPARE(announce(receiver, "02 00 00 81"), announcementReply());
+            QCOMPARE(announce(receiver, "02 00 00 81"), Hex::announcementReply());
             QVERIFY2(!receiver.isComplete(), when);
             QVERIFY2(receiver.firmware().isEmpty(), when);
             QCOMPARE(receiver.takePacket(2, firmware.left(128)).refusal,
                      QString("packet 2 instead of 1"));
-            QCOMPARE(text(receiver.takePacket(1, firmware.left(128))), packetReply());
-            QCOMPARE(text(receiver.takePacket(2, firmware.mid(128))), packetReply());
+            QCOMPARE(text(receiver.takePacket(1, firmware.left(128))), Hex::packetReply());
+            QCOMPARE(text(receiver.takePacket(2, firmware.mid(128))), Hex::packetReply());
             QVERIFY2(receiver.isComplete(), when);
             QCOMPARE(receiver.firmware(), firmware);
         }
@@ -249,19 +237,13 @@ private slots:
 
     void goesOnAfterABadAnnouncement_data()
     {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<QByteArray>("refusal");
-
-        QTest::newRow("empty") << QByteArray()
-                               << QByteArray("0 frames, refused: payload of 0 bytes, 4 expected");
-        QTest::newRow("too short")
-            << QByteArray("02 00 80")
-            << QByteArray("0 frames, refused: payload of 3 bytes, 4 expected");
-        QTest::newRow("too long") << QByteArray(
-            "02 00 00 00 80") << QByteArray("0 frames, refused: payload of 5 bytes, 4 expected");
-        QTest::newRow("starts with another number")
-            << QByteArray("FF 00 00 80")
-            << QByteArray("0 frames, refused: payload starts with 255, 2 expected");
+        addRows<QByteArray, QByteArray>(
+            {"payload", "refusal"},
+            {{"empty", {}, "0 frames, refused: payload of 0 bytes, 4 expected"},
+             {"too short", "02 00 80", "0 frames, refused: payload of 3 bytes, 4 expected"},
+             {"too long", "02 00 00 00 80", "0 frames, refused: payload of 5 bytes, 4 expected"},
+             {"starts with another number", "FF 00 00 80",
+              "0 frames, refused: payload starts with 255, 2 expected"}});
     }
 
     void goesOnAfterABadAnnouncement()
@@ -272,7 +254,7 @@ private slots:
         announce(receiver, "02 00 00 81");
         receiver.takePacket(1, firmware.left(128));
         QTEST(announce(receiver, payload), "refusal");
-        QCOMPARE(text(receiver.takePacket(2, firmware.mid(128))), packetReply());
+        QCOMPARE(text(receiver.takePacket(2, firmware.mid(128))), Hex::packetReply());
         QCOMPARE(receiver.firmware(), firmware);
     }
 };

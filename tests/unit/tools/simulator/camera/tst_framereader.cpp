@@ -2,16 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 #include "framereader.h"
+#include "hexframes.h"
+#include "rows.h"
 
 #include <QStringList>
 #include <QtTest>
 
 namespace {
-
-QByteArray hello()
-{
-    return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F";
-}
 
 // A row's stream: bytes in hexadecimal; "|" separates what arrives separately.
 QVector<QByteArray> arrivals(const QByteArray &stream)
@@ -88,25 +85,22 @@ private slots:
 
     void givesUpOnAPartialFrame_data()
     {
-        QTest::addColumn<QByteArray>("stream");
-        QTest::addColumn<QStringList>("pieces");
-
-        QTest::newRow("nothing there") << QByteArray() << QStringList();
-        QTest::newRow("a lone FF") << QByteArray("FF") << QStringList{"incomplete FF"};
-        QTest::newRow("a lone header") << QByteArray("FF FF") << QStringList{"incomplete FF FF"};
-        QTest::newRow("half a frame") << QByteArray("FF FF 0F 41 01 | 06 07")
-                                      << QStringList{"incomplete FF FF 0F 41 01 06 07"};
-        QTest::newRow("a last FF is not split off")
-            << QByteArray("FF FF 0F 41 FF") << QStringList{"incomplete FF FF 0F 41 FF"};
-        QTest::newRow("a frame behind half a frame") << "FF FF 40 41 01 06 | "
-                + hello() << QStringList{"incomplete FF FF 40 41 01 06", "frame " + hello()};
-        QTest::newRow("a frame between two halves")
-            << "FF FF 40 41 01 06 | " + hello() + " | FF FF 0A 41"
-            << QStringList{"incomplete FF FF 40 41 01 06", "frame " + hello(),
-                           "incomplete FF FF 0A 41"};
-        QTest::newRow("a frame whose length byte came too large")
-            << "FF FF 8A 41 01 06 07 06 09 01 16 00 7F | " + hello()
-            << QStringList{"incomplete FF FF 8A 41 01 06 07 06 09 01 16 00 7F", "frame " + hello()};
+        addRows<QByteArray, QStringList>(
+            {"stream", "pieces"},
+            {{"nothing there", {}, {}},
+             {"a lone FF", "FF", {"incomplete FF"}},
+             {"a lone header", "FF FF", {"incomplete FF FF"}},
+             {"half a frame", "FF FF 0F 41 01 | 06 07", {"incomplete FF FF 0F 41 01 06 07"}},
+             {"a last FF is not split off", "FF FF 0F 41 FF", {"incomplete FF FF 0F 41 FF"}},
+             {"a frame behind half a frame",
+              "FF FF 40 41 01 06 | " + Hex::hello(),
+              {"incomplete FF FF 40 41 01 06", "frame " + Hex::hello()}},
+             {"a frame between two halves",
+              "FF FF 40 41 01 06 | " + Hex::hello() + " | FF FF 0A 41",
+              {"incomplete FF FF 40 41 01 06", "frame " + Hex::hello(), "incomplete FF FF 0A 41"}},
+             {"a frame whose length byte came too large",
+              "FF FF 8A 41 01 06 07 06 09 01 16 00 7F | " + Hex::hello(),
+              {"incomplete FF FF 8A 41 01 06 07 06 09 01 16 00 7F", "frame " + Hex::hello()}}});
     }
 
     void givesUpOnAPartialFrame()
@@ -126,8 +120,8 @@ private slots:
         FrameReader reader;
         QVERIFY(reader.take(QByteArray::fromHex("FF FF 0F 41 01")).isEmpty());
         reader.dropPartial();
-        QCOMPARE(described(reader.take(QByteArray::fromHex(hello()))),
-                 QStringList{"frame " + hello()});
+        QCOMPARE(described(reader.take(QByteArray::fromHex(Hex::hello()))),
+                 QStringList{"frame " + Hex::hello()});
     }
 
 private:
@@ -137,63 +131,67 @@ private:
         QTest::addColumn<QStringList>("pieces");
         QTest::addColumn<bool>("partial");
 
-        QTest::newRow("one frame") << hello() << QStringList{"frame " + hello()} << false;
+        QTest::newRow("one frame") << Hex::hello() << QStringList{"frame " + Hex::hello()} << false;
         QTest::newRow("two frames joined")
-            << hello() + " FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6"
-            << QStringList{"frame " + hello(), "frame FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6"}
+            << Hex::hello() + " FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6"
+            << QStringList{"frame " + Hex::hello(),
+                           "frame FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6"}
             << false;
         QTest::newRow("FF FF in the payload")
-            << QByteArray("FF FF 0E 41 01 06 07 06 09 01 01 01 FF FF 0A FF 76 ") + hello()
+            << QByteArray("FF FF 0E 41 01 06 07 06 09 01 01 01 FF FF 0A FF 76 ") + Hex::hello()
             << QStringList{"frame FF FF 0E 41 01 06 07 06 09 01 01 01 FF FF 0A FF 76",
-                           "frame " + hello()}
+                           "frame " + Hex::hello()}
             << false;
         QTest::newRow("a checksum of FF")
-            << QByteArray("FF FF 0B 41 01 06 07 06 09 01 16 00 7F FF ") + hello()
-            << QStringList{"frame FF FF 0B 41 01 06 07 06 09 01 16 00 7F FF", "frame " + hello()}
+            << QByteArray("FF FF 0B 41 01 06 07 06 09 01 16 00 7F FF ") + Hex::hello()
+            << QStringList{"frame FF FF 0B 41 01 06 07 06 09 01 16 00 7F FF",
+                           "frame " + Hex::hello()}
             << false;
         QTest::newRow("other type and signature are frames")
             << QByteArray("FF FF 0A 42 01 06 07 06 09 05 16 00 84")
             << QStringList{"frame FF FF 0A 42 01 06 07 06 09 05 16 00 84"} << false;
         QTest::newRow("noise around a frame")
-            << "00 FF 12 " + hello() + " 34 FF 56"
-            << QStringList{"noise 00 FF 12", "frame " + hello(), "noise 34 FF 56"} << false;
+            << "00 FF 12 " + Hex::hello() + " 34 FF 56"
+            << QStringList{"noise 00 FF 12", "frame " + Hex::hello(), "noise 34 FF 56"} << false;
         QTest::newRow("a third FF in front of a frame")
-            << "FF " + hello() << QStringList{"noise FF", "frame " + hello()} << false;
+            << "FF " + Hex::hello() << QStringList{"noise FF", "frame " + Hex::hello()} << false;
         QTest::newRow("wrong checksum")
-            << "FF FF 0A 41 01 06 07 06 09 01 16 00 80 " + hello()
-            << QStringList{"bad FF FF 0A 41 01 06 07 06 09 01 16 00 80", "frame " + hello()}
+            << "FF FF 0A 41 01 06 07 06 09 01 16 00 80 " + Hex::hello()
+            << QStringList{"bad FF FF 0A 41 01 06 07 06 09 01 16 00 80", "frame " + Hex::hello()}
             << false;
         QTest::newRow("a wrong checksum of FF may start a frame, even if none follows")
-            << "FF FF 0A 41 01 06 07 06 09 01 16 00 FF 12 " + hello()
+            << "FF FF 0A 41 01 06 07 06 09 01 16 00 FF 12 " + Hex::hello()
             << QStringList{"bad FF FF 0A 41 01 06 07 06 09 01 16 00", "noise FF 12",
-                           "frame " + hello()}
+                           "frame " + Hex::hello()}
             << false;
         QTest::newRow("the header is not part of the sum")
             << QByteArray("FF FF 0A 41 01 06 07 06 09 01 16 00 7D")
             << QStringList{"bad FF FF 0A 41 01 06 07 06 09 01 16 00 7D"} << false;
         QTest::newRow("lost bytes: the next frame is found inside")
-            << "FF FF 0F 41 01 06 " + hello()
-            << QStringList{"bad FF FF 0F 41 01 06", "frame " + hello()} << false;
+            << "FF FF 0F 41 01 06 " + Hex::hello()
+            << QStringList{"bad FF FF 0F 41 01 06", "frame " + Hex::hello()} << false;
         QTest::newRow("length byte one too large")
-            << "FF FF 0D 41 01 06 07 06 09 01 3A 00 01 00 A6 " + hello()
-            << QStringList{"bad FF FF 0D 41 01 06 07 06 09 01 3A 00 01 00 A6", "frame " + hello()}
+            << "FF FF 0D 41 01 06 07 06 09 01 3A 00 01 00 A6 " + Hex::hello()
+            << QStringList{"bad FF FF 0D 41 01 06 07 06 09 01 3A 00 01 00 A6",
+                           "frame " + Hex::hello()}
             << false;
         QTest::newRow("length byte one too small")
-            << QByteArray("FF FF 0B 41 01 06 07 06 09 01 16 00 00 00 80 ") + hello()
+            << QByteArray("FF FF 0B 41 01 06 07 06 09 01 16 00 00 00 80 ") + Hex::hello()
             << QStringList{"bad FF FF 0B 41 01 06 07 06 09 01 16 00 00 00", "noise 80",
-                           "frame " + hello()}
+                           "frame " + Hex::hello()}
             << false;
         QTest::newRow("length below 10")
-            << "FF FF 09 41 01 06 07 06 09 01 16 7E " + hello()
-            << QStringList{"noise FF FF 09 41 01 06 07 06 09 01 16 7E", "frame " + hello()}
+            << "FF FF 09 41 01 06 07 06 09 01 16 7E " + Hex::hello()
+            << QStringList{"noise FF FF 09 41 01 06 07 06 09 01 16 7E", "frame " + Hex::hello()}
             << false;
-        QTest::newRow("length 0") << "FF FF 00 " + hello()
-                                  << QStringList{"noise FF FF 00", "frame " + hello()} << false;
+        QTest::newRow("length 0") << "FF FF 00 " + Hex::hello()
+                                  << QStringList{"noise FF FF 00", "frame " + Hex::hello()}
+                                  << false;
         QTest::newRow("length above 138")
-            << "FF FF 8B 41 01 " + hello()
-            << QStringList{"noise FF FF 8B 41 01", "frame " + hello()} << false;
+            << "FF FF 8B 41 01 " + Hex::hello()
+            << QStringList{"noise FF FF 8B 41 01", "frame " + Hex::hello()} << false;
         QTest::newRow("a frame that has not ended")
-            << hello() + " FF FF 0F 41" << QStringList{"frame " + hello()} << true;
+            << Hex::hello() + " FF FF 0F 41" << QStringList{"frame " + Hex::hello()} << true;
         QTest::newRow("a last FF may start a frame")
             << QByteArray("12 FF") << QStringList{"noise 12"} << true;
     }

@@ -1,8 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "hexframes.h"
 #include "linemonitor.h"
 #include "patience.h"
+#include "rows.h"
 
 #include <QSignalSpy>
 
@@ -31,23 +33,18 @@ class LineMonitorTest : public QObject {
 private slots:
     void makesALineOfWhatPasses_data()
     {
-        QTest::addColumn<QByteArray>("passing");
-        QTest::addColumn<QString>("fromHost");
-        QTest::addColumn<QString>("fromCamera");
-
-        QTest::newRow("a frame") << bytes("FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6")
-                                 << "<- SET_CUSTOM_ZOOM      zoom 2"
-                                 << "-> SET_CUSTOM_ZOOM ack  value 256";
-        QTest::newRow("a wrong checksum")
-            << bytes("FF FF 0C 41 01 06 07 06 09 05 3A 00 01 10 BB")
-            << "<- (bad checksum)       FF FF 0C 41 01 06 07 06 09 05 3A 00 01 10 BB"
-            << "-> (bad checksum)       FF FF 0C 41 01 06 07 06 09 05 3A 00 01 10 BB";
-        QTest::newRow("a wrong signature")
-            << bytes("FF FF 0A 42 01 06 07 06 09 01 16 00 80")
-            << "<- (wrong signature)    FF FF 0A 42 01 06 07 06 09 01 16 00 80"
-            << "-> (wrong signature)    FF FF 0A 42 01 06 07 06 09 01 16 00 80";
-        QTest::newRow("no frame") << bytes("12 34") << "<- (no frame)           12 34"
-                                  << "-> (no frame)           12 34";
+        addRows<QByteArray, QString, QString>(
+            {"passing", "fromHost", "fromCamera"},
+            {{"a frame", bytes(Hex::zoom2()), "<- SET_CUSTOM_ZOOM      zoom 2",
+              "-> SET_CUSTOM_ZOOM ack  value 256"},
+             {"a wrong checksum", bytes("FF FF 0C 41 01 06 07 06 09 05 3A 00 01 10 BB"),
+              "<- (bad checksum)       FF FF 0C 41 01 06 07 06 09 05 3A 00 01 10 BB",
+              "-> (bad checksum)       FF FF 0C 41 01 06 07 06 09 05 3A 00 01 10 BB"},
+             {"a wrong signature", bytes("FF FF 0A 42 01 06 07 06 09 01 16 00 80"),
+              "<- (wrong signature)    FF FF 0A 42 01 06 07 06 09 01 16 00 80",
+              "-> (wrong signature)    FF FF 0A 42 01 06 07 06 09 01 16 00 80"},
+             {"no frame", bytes("12 34"), "<- (no frame)           12 34",
+              "-> (no frame)           12 34"}});
     }
 
     void makesALineOfWhatPasses()

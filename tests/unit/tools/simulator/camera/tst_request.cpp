@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "hexframes.h"
 #include "request.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -11,20 +13,12 @@ class RequestTest : public QObject {
 private slots:
     void takesAFrameApart_data()
     {
-        QTest::addColumn<QByteArray>("frame");
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("command");
-        QTest::addColumn<int>("parameter");
-        QTest::addColumn<QByteArray>("payload");
-
-        QTest::newRow("no payload")
-            << QByteArray("FF FF 0A 41 01 06 07 06 09 01 16 00 7F") << 1 << 22 << 0 << QByteArray();
-        QTest::newRow("two bytes of payload")
-            << QByteArray("FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6") << 1 << 58 << 0
-            << QByteArray("01 00");
-        QTest::newRow("bytes are unsigned")
-            << QByteArray("FF FF 0B 41 01 06 07 06 09 80 FE FF 90 00") << 128 << 254 << 255
-            << QByteArray("90");
+        addRows<QByteArray, int, int, int, QByteArray>(
+            {"frame", "type", "command", "parameter", "payload"},
+            {{"no payload", Hex::hello(), 1, 22, 0, {}},
+             {"two bytes of payload", Hex::zoom2(), 1, 58, 0, "01 00"},
+             {"bytes are unsigned", "FF FF 0B 41 01 06 07 06 09 80 FE FF 90 00", 128, 254, 255,
+              "90"}});
     }
 
     void takesAFrameApart()

@@ -2,26 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 #include "faultinjector.h"
+#include "hexframes.h"
+#include "rows.h"
 
 #include <QtTest>
 
 namespace {
-
-// Requests and a reply of 13 bytes.
-QByteArray hello()
-{
-    return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F";
-}
-
-QByteArray announcementReply()
-{
-    return "FF FF 0A 41 01 06 07 06 09 05 10 00 7D";
-}
-
-QByteArray packetReply()
-{
-    return "FF FF 0A 41 01 06 07 06 09 05 01 00 6E";
-}
 
 QString described(const Delivery &delivery)
 {
@@ -89,7 +75,7 @@ QByteArray manyPasses(const QString &plan, quint32 seed, Fault::Direction direct
     Injector injector(plan, seed);
     QByteArray all;
     for (int i = 0; i < 300; ++i) {
-        all += injector.pass(direction, hello()).toLatin1() + '\n';
+        all += injector.pass(direction, Hex::hello()).toLatin1() + '\n';
     }
     return all;
 }
@@ -103,168 +89,88 @@ private slots:
     // Only kinds and values that leave nothing to chance: the bytes can be written by hand.
     void eachKindDoesItsHarm_data()
     {
-        QTest::addColumn<QString>("fault"); // without direction and frame
-        QTest::addColumn<QString>("byte");
-        QTest::addColumn<QString>("deliveries");
-        QTest::addColumn<QString>("note");
-
-        QTest::newRow("drop") << "drop"
-                              << ""
-                              << ""
-                              << "dropped";
-        QTest::newRow("drop-byte") << "drop-byte"
-                                   << ".3"
-                                   << "FF FF 0A 01 06 07 06 09 01 16 00 7F"
-                                   << "dropped byte 3, 41";
-        QTest::newRow("drop-byte at the beginning") << "drop-byte"
-                                                    << ".0"
-                                                    << "FF 0A 41 01 06 07 06 09 01 16 00 7F"
-                                                    << "dropped byte 0, FF";
-        QTest::newRow("drop-byte at the end") << "drop-byte"
-                                              << ".12"
-                                              << "FF FF 0A 41 01 06 07 06 09 01 16 00"
-                                              << "dropped byte 12, 7F";
-        QTest::newRow("insert-byte") << "insert-byte=255"
-                                     << ".12"
-                                     << "FF FF 0A 41 01 06 07 06 09 01 16 00 FF 7F"
-                                     << "inserted FF before byte 12";
-        QTest::newRow("insert-byte of 0") << "insert-byte=0"
-                                          << ".0"
-                                          << "00 FF FF 0A 41 01 06 07 06 09 01 16 00 7F"
-                                          << "inserted 00 before byte 0";
-        QTest::newRow("corrupt") << "corrupt=2"
-                                 << ".3"
-                                 << "FF FF 0A 43 01 06 07 06 09 01 16 00 7F"
-                                 << "corrupted byte 3, 41 became 43";
-        QTest::newRow("corrupt all bits") << "corrupt=255"
-                                          << ".0"
-                                          << "00 FF 0A 41 01 06 07 06 09 01 16 00 7F"
-                                          << "corrupted byte 0, FF became 00";
-        QTest::newRow("flip bit 0") << "flip=0"
-                                    << ".12"
-                                    << "FF FF 0A 41 01 06 07 06 09 01 16 00 7E"
-                                    << "flipped bit 0 of byte 12, 7F became 7E";
-        QTest::newRow("flip bit 7") << "flip=7"
-                                    << ".10"
-                                    << "FF FF 0A 41 01 06 07 06 09 01 96 00 7F"
-                                    << "flipped bit 7 of byte 10, 16 became 96";
-        QTest::newRow("swap") << "swap"
-                              << ".3"
-                              << "FF FF 0A 01 41 06 07 06 09 01 16 00 7F"
-                              << "swapped bytes 3 and 4, 41 01";
-        QTest::newRow("swap the last two") << "swap"
-                                           << ".11"
-                                           << "FF FF 0A 41 01 06 07 06 09 01 16 7F 00"
-                                           << "swapped bytes 11 and 12, 00 7F";
-        QTest::newRow("truncate") << "truncate"
-                                  << ".5"
-                                  << "FF FF 0A 41 01"
-                                  << "cut off from byte 5 on";
-        QTest::newRow("truncate everything") << "truncate"
-                                             << ".0"
-                                             << ""
-                                             << "cut off from byte 0 on";
-        QTest::newRow("duplicate")
-            << "duplicate"
-            << ""
-            << "FF FF 0A 41 01 06 07 06 09 01 16 00 7F FF FF 0A 41 01 06 07 06 09 01 16 00 7F"
-            << "repeated after 0 ms";
-        QTest::newRow("duplicate later") << "duplicate=60"
-                                         << ""
-                                         << "FF FF 0A 41 01 06 07 06 09 01 16 00 7F | "
-                                            "60 ms FF FF 0A 41 01 06 07 06 09 01 16 00 7F"
-                                         << "repeated after 60 ms";
-        QTest::newRow("delay") << "delay"
-                               << ""
-                               << "500 ms FF FF 0A 41 01 06 07 06 09 01 16 00 7F"
-                               << "delayed by 500 ms";
-        QTest::newRow("delay of its own") << "delay=20"
-                                          << ""
-                                          << "20 ms FF FF 0A 41 01 06 07 06 09 01 16 00 7F"
-                                          << "delayed by 20 ms";
-        QTest::newRow("late") << "late"
-                              << ""
-                              << "6000 ms FF FF 0A 41 01 06 07 06 09 01 16 00 7F"
-                              << "delayed by 6000 ms";
-        QTest::newRow("split")
-            << "split"
-            << ""
-            << "FF | 1 ms FF | 1 ms 0A | 1 ms 41 | 1 ms 01 | 1 ms 06 | 1 ms 07 | "
-               "1 ms 06 | 1 ms 09 | 1 ms 01 | 1 ms 16 | 1 ms 00 | 1 ms 7F"
-            << "sent byte by byte, 1 ms apart";
-        QTest::newRow("gap") << "gap"
-                             << ".3"
-                             << "FF FF 0A | 50 ms 41 01 06 07 06 09 01 16 00 7F"
-                             << "paused for 50 ms before byte 3";
-        QTest::newRow("gap before the last byte") << "gap=7"
-                                                  << ".12"
-                                                  << "FF FF 0A 41 01 06 07 06 09 01 16 00 | 7 ms 7F"
-                                                  << "paused for 7 ms before byte 12";
-        QTest::newRow("join") << "join"
-                              << ""
-                              << "500 ms FF FF 0A 41 01 06 07 06 09 01 16 00 7F and next"
-                              << "held back for the next one, at most 500 ms";
-        QTest::newRow("ff-run") << "ff-run"
-                                << ""
-                                << "FF FF FF FF FF FF FF 0A 41 01 06 07 06 09 01 16 00 7F"
-                                << "put 5 bytes of FF before it";
-        QTest::newRow("half-frame") << "half-frame"
-                                    << ""
-                                    << "FF FF 0A 41 01 06 FF FF 0A 41 01 06 07 06 09 01 16 00 7F"
-                                    << "put its first 6 bytes before it";
-        QTest::newRow("wrong-sum") << "wrong-sum"
-                                   << ""
-                                   << "FF FF 0A 41 01 06 07 06 09 01 16 00 80"
-                                   << "changed the checksum, 7F became 80";
-        QTest::newRow("wrong-sum all round") << "wrong-sum=255"
-                                             << ""
-                                             << "FF FF 0A 41 01 06 07 06 09 01 16 00 7E"
-                                             << "changed the checksum, 7F became 7E";
-        QTest::newRow("wrong-length") << "wrong-length=11"
-                                      << ""
-                                      << "FF FF 0B 41 01 06 07 06 09 01 16 00 7F"
-                                      << "changed the length, 0A became 0B";
-        QTest::newRow("wrong-length of 0") << "wrong-length=0"
-                                           << ""
-                                           << "FF FF 00 41 01 06 07 06 09 01 16 00 7F"
-                                           << "changed the length, 0A became 00";
-        QTest::newRow("wrong-command") << "wrong-command"
-                                       << ""
-                                       << "FF FF 0A 41 01 06 07 06 09 01 7E 00 E7"
-                                       << "changed the command, 16 became 7E";
-        QTest::newRow("wrong-command of its own") << "wrong-command=0x55"
-                                                  << ""
-                                                  << "FF FF 0A 41 01 06 07 06 09 01 55 00 BE"
-                                                  << "changed the command, 16 became 55";
-        QTest::newRow("foreign-type") << "foreign-type"
-                                      << ""
-                                      << "FF FF 0A 41 01 06 07 06 09 02 16 00 80"
-                                      << "changed the type, 01 became 02";
-        QTest::newRow("wrong-parameter") << "wrong-parameter"
-                                         << ""
-                                         << "FF FF 0A 41 01 06 07 06 09 01 16 01 80"
-                                         << "changed the parameter byte, 00 became 01";
-        QTest::newRow("stale") << "stale"
-                               << ""
-                               << "FF FF 0A 41 01 06 07 06 09 05 01 00 6E "
-                                  "FF FF 0A 41 01 06 07 06 09 01 16 00 7F"
-                               << "put the previous frame before it";
-        QTest::newRow("silence") << "silence"
-                                 << ""
-                                 << ""
-                                 << "silence from here on";
-        QTest::newRow("pause") << "pause"
-                               << ""
-                               << "FF FF 0A 41 01 06 07 06 09 01 16 00 7F standstill 1000"
-                               << "line at a standstill for 1000 ms";
-        QTest::newRow("hang-up") << "hang-up"
-                                 << ".6"
-                                 << "FF FF 0A 41 01 06 | 20 ms hang up"
-                                 << "hung up before byte 6";
-        QTest::newRow("hang-up later") << "hang-up=300"
-                                       << ".1"
-                                       << "FF | 300 ms hang up"
-                                       << "hung up before byte 1";
+        // fault: without direction and frame
+        addRows<QString, QString, QString, QString>(
+            {"fault", "byte", "deliveries", "note"},
+            {{"drop", "drop", "", "", "dropped"},
+             {"drop-byte", "drop-byte", ".3", "FF FF 0A 01 06 07 06 09 01 16 00 7F",
+              "dropped byte 3, 41"},
+             {"drop-byte at the beginning", "drop-byte", ".0",
+              "FF 0A 41 01 06 07 06 09 01 16 00 7F", "dropped byte 0, FF"},
+             {"drop-byte at the end", "drop-byte", ".12", "FF FF 0A 41 01 06 07 06 09 01 16 00",
+              "dropped byte 12, 7F"},
+             {"insert-byte", "insert-byte=255", ".12", "FF FF 0A 41 01 06 07 06 09 01 16 00 FF 7F",
+              "inserted FF before byte 12"},
+             {"insert-byte of 0", "insert-byte=0", ".0",
+              "00 FF FF 0A 41 01 06 07 06 09 01 16 00 7F", "inserted 00 before byte 0"},
+             {"corrupt", "corrupt=2", ".3", "FF FF 0A 43 01 06 07 06 09 01 16 00 7F",
+              "corrupted byte 3, 41 became 43"},
+             {"corrupt all bits", "corrupt=255", ".0", "00 FF 0A 41 01 06 07 06 09 01 16 00 7F",
+              "corrupted byte 0, FF became 00"},
+             {"flip bit 0", "flip=0", ".12", "FF FF 0A 41 01 06 07 06 09 01 16 00 7E",
+              "flipped bit 0 of byte 12, 7F became 7E"},
+             {"flip bit 7", "flip=7", ".10", "FF FF 0A 41 01 06 07 06 09 01 96 00 7F",
+              "flipped bit 7 of byte 10, 16 became 96"},
+             {"swap", "swap", ".3", "FF FF 0A 01 41 06 07 06 09 01 16 00 7F",
+              "swapped bytes 3 and 4, 41 01"},
+             {"swap the last two", "swap", ".11", "FF FF 0A 41 01 06 07 06 09 01 16 7F 00",
+              "swapped bytes 11 and 12, 00 7F"},
+             {"truncate", "truncate", ".5", "FF FF 0A 41 01", "cut off from byte 5 on"},
+             {"truncate everything", "truncate", ".0", "", "cut off from byte 0 on"},
+             {"duplicate", "duplicate", "",
+              "FF FF 0A 41 01 06 07 06 09 01 16 00 7F FF FF 0A 41 01 06 07 06 09 01 16 00 7F",
+              "repeated after 0 ms"},
+             {"duplicate later", "duplicate=60", "",
+              "FF FF 0A 41 01 06 07 06 09 01 16 00 7F | 60 ms FF FF 0A 41 01 06 07 06 09 01 16 00 "
+              "7F",
+              "repeated after 60 ms"},
+             {"delay", "delay", "", "500 ms FF FF 0A 41 01 06 07 06 09 01 16 00 7F",
+              "delayed by 500 ms"},
+             {"delay of its own", "delay=20", "", "20 ms FF FF 0A 41 01 06 07 06 09 01 16 00 7F",
+              "delayed by 20 ms"},
+             {"late", "late", "", "6000 ms FF FF 0A 41 01 06 07 06 09 01 16 00 7F",
+              "delayed by 6000 ms"},
+             {"split", "split", "",
+              "FF | 1 ms FF | 1 ms 0A | 1 ms 41 | 1 ms 01 | 1 ms 06 | 1 ms 07 | 1 ms 06 | 1 ms 09 "
+              "| 1 ms 01 | 1 ms 16 | 1 ms 00 | 1 ms 7F",
+              "sent byte by byte, 1 ms apart"},
+             {"gap", "gap", ".3", "FF FF 0A | 50 ms 41 01 06 07 06 09 01 16 00 7F",
+              "paused for 50 ms before byte 3"},
+             {"gap before the last byte", "gap=7", ".12",
+              "FF FF 0A 41 01 06 07 06 09 01 16 00 | 7 ms 7F", "paused for 7 ms before byte 12"},
+             {"join", "join", "", "500 ms FF FF 0A 41 01 06 07 06 09 01 16 00 7F and next",
+              "held back for the next one, at most 500 ms"},
+             {"ff-run", "ff-run", "", "FF FF FF FF FF FF FF 0A 41 01 06 07 06 09 01 16 00 7F",
+              "put 5 bytes of FF before it"},
+             {"half-frame", "half-frame", "",
+              "FF FF 0A 41 01 06 FF FF 0A 41 01 06 07 06 09 01 16 00 7F",
+              "put its first 6 bytes before it"},
+             {"wrong-sum", "wrong-sum", "", "FF FF 0A 41 01 06 07 06 09 01 16 00 80",
+              "changed the checksum, 7F became 80"},
+             {"wrong-sum all round", "wrong-sum=255", "", "FF FF 0A 41 01 06 07 06 09 01 16 00 7E",
+              "changed the checksum, 7F became 7E"},
+             {"wrong-length", "wrong-length=11", "", "FF FF 0B 41 01 06 07 06 09 01 16 00 7F",
+              "changed the length, 0A became 0B"},
+             {"wrong-length of 0", "wrong-length=0", "", "FF FF 00 41 01 06 07 06 09 01 16 00 7F",
+              "changed the length, 0A became 00"},
+             {"wrong-command", "wrong-command", "", "FF FF 0A 41 01 06 07 06 09 01 7E 00 E7",
+              "changed the command, 16 became 7E"},
+             {"wrong-command of its own", "wrong-command=0x55", "",
+              "FF FF 0A 41 01 06 07 06 09 01 55 00 BE", "changed the command, 16 became 55"},
+             {"foreign-type", "foreign-type", "", "FF FF 0A 41 01 06 07 06 09 02 16 00 80",
+              "changed the type, 01 became 02"},
+             {"wrong-parameter", "wrong-parameter", "", "FF FF 0A 41 01 06 07 06 09 01 16 01 80",
+              "changed the parameter byte, 00 became 01"},
+             {"stale", "stale", "",
+              "FF FF 0A 41 01 06 07 06 09 05 01 00 6E FF FF 0A 41 01 06 07 06 09 01 16 00 7F",
+              "put the previous frame before it"},
+             {"silence", "silence", "", "", "silence from here on"},
+             {"pause", "pause", "", "FF FF 0A 41 01 06 07 06 09 01 16 00 7F standstill 1000",
+              "line at a standstill for 1000 ms"},
+             {"hang-up", "hang-up", ".6", "FF FF 0A 41 01 06 | 20 ms hang up",
+              "hung up before byte 6"},
+             {"hang-up later", "hang-up=300", ".1", "FF | 300 ms hang up",
+              "hung up before byte 1"}});
     }
 
     // Of three frames, only the second one is hit.
@@ -276,12 +182,12 @@ private slots:
         for (const Fault::Direction direction : {Fault::Request, Fault::Reply}) {
             const QString name = direction == Fault::Request ? "request" : "reply";
             Injector injector(QString("%1@%2:2%3").arg(fault, name, byte));
-            QCOMPARE(injector.pass(direction, packetReply()), QString(packetReply()));
+            QCOMPARE(injector.pass(direction, Hex::packetReply()), QString(Hex::packetReply()));
             QCOMPARE(injector.notes(), QStringList());
-            QTEST(injector.pass(direction, hello()), "deliveries");
+            QTEST(injector.pass(direction, Hex::hello()), "deliveries");
             QCOMPARE(injector.notes(), QStringList{name + " 2: " + note});
             if (fault != "silence") {
-                QCOMPARE(injector.pass(direction, packetReply()), QString(packetReply()));
+                QCOMPARE(injector.pass(direction, Hex::packetReply()), QString(Hex::packetReply()));
             }
             QCOMPARE(injector.notes().size(), 1);
         }
@@ -304,27 +210,20 @@ private slots:
         const auto spared = static_cast<Fault::Direction>(direction);
         const auto hit = spared == Fault::Request ? Fault::Reply : Fault::Request;
         Injector injector(plan);
-        QCOMPARE(injector.pass(hit, hello()), QString());
-        QCOMPARE(injector.pass(spared, hello()), QString(hello()));
+        QCOMPARE(injector.pass(hit, Hex::hello()), QString());
+        QCOMPARE(injector.pass(spared, Hex::hello()), QString(Hex::hello()));
     }
 
     void aPlaceChoosesFrames_data()
     {
-        QTest::addColumn<QString>("place");
-        QTest::addColumn<QString>("lost"); // of six frames
-
-        QTest::newRow("first") << "1"
-                               << "x.....";
-        QTest::newRow("fourth") << "4"
-                                << "...x..";
-        QTest::newRow("from the fourth on") << "4+"
-                                            << "...xxx";
-        QTest::newRow("all") << "all"
-                             << "xxxxxx";
-        QTest::newRow("certain") << "100%"
-                                 << "xxxxxx";
-        QTest::newRow("almost never") << "0.0001%"
-                                      << "......";
+        // lost: of six frames
+        addRows<QString, QString>({"place", "lost"},
+                                  {{"first", "1", "x....."},
+                                   {"fourth", "4", "...x.."},
+                                   {"from the fourth on", "4+", "...xxx"},
+                                   {"all", "all", "xxxxxx"},
+                                   {"certain", "100%", "xxxxxx"},
+                                   {"almost never", "0.0001%", "......"}});
     }
 
     void aPlaceChoosesFrames()
@@ -333,7 +232,7 @@ private slots:
         Injector injector("drop@reply:" + place);
         QString lost;
         for (int i = 0; i < 6; ++i) {
-            lost += injector.pass(Fault::Reply, hello()).isEmpty() ? 'x' : '.';
+            lost += injector.pass(Fault::Reply, Hex::hello()).isEmpty() ? 'x' : '.';
         }
         QTEST(lost, "lost");
     }
@@ -341,11 +240,12 @@ private slots:
     void directionsAreCountedApart()
     {
         Injector injector("drop@reply:2,drop@request:3");
-        QCOMPARE(injector.pass(Fault::Request, hello()), QString(hello()));
-        QCOMPARE(injector.pass(Fault::Request, hello()), QString(hello()));
-        QCOMPARE(injector.pass(Fault::Reply, announcementReply()), QString(announcementReply()));
-        QCOMPARE(injector.pass(Fault::Request, hello()), QString());
-        QCOMPARE(injector.pass(Fault::Reply, announcementReply()), QString());
+        QCOMPARE(injector.pass(Fault::Request, Hex::hello()), QString(Hex::hello()));
+        QCOMPARE(injector.pass(Fault::Request, Hex::hello()), QString(Hex::hello()));
+        QCOMPARE(injector.pass(Fault::Reply, Hex::announcementReply()),
+                 QString(Hex::announcementReply()));
+        QCOMPARE(injector.pass(Fault::Request, Hex::hello()), QString());
+        QCOMPARE(injector.pass(Fault::Reply, Hex::announcementReply()), QString());
         const QStringList notes{"request 3: dropped", "reply 2: dropped"};
         QCOMPARE(injector.notes(), notes);
     }
@@ -355,7 +255,7 @@ private slots:
         Injector injector("drop@reply:20%");
         int lost = 0;
         for (int i = 0; i < 10'000; ++i) {
-            lost += injector.pass(Fault::Reply, hello()).isEmpty() ? 1 : 0;
+            lost += injector.pass(Fault::Reply, Hex::hello()).isEmpty() ? 1 : 0;
         }
         // Always the same number; five standard deviations are 200.
         QVERIFY2(qAbs(lost - 2000) < 200, qPrintable(QString::number(lost)));
@@ -363,111 +263,97 @@ private slots:
 
     void faultsApplyInTheOrderOfThePlan_data()
     {
-        QTest::addColumn<QString>("plan");
-        QTest::addColumn<QString>("deliveries");
-
-        QTest::newRow("a checksum made wrong behind a command")
-            << "wrong-command@reply:1,wrong-sum@reply:1"
-            << "FF FF 0A 41 01 06 07 06 09 05 7E 00 EC";
-        QTest::newRow("a checksum made right again by a command")
-            << "wrong-sum@reply:1,wrong-command@reply:1"
-            << "FF FF 0A 41 01 06 07 06 09 05 7E 00 EB";
-        QTest::newRow("a checksum made right over a wrong length")
-            << "wrong-length=11@reply:1,foreign-type=9@reply:1"
-            << "FF FF 0B 41 01 06 07 06 09 09 10 00 82";
-        QTest::newRow("a byte counted behind one that is missing")
-            << "drop-byte@reply:1.0,drop-byte@reply:1.0"
-            << "0A 41 01 06 07 06 09 05 10 00 7D";
-        QTest::newRow("a copy as it was before")
-            << "duplicate=5@reply:1,truncate@reply:1.2"
-            << "FF FF | 5 ms FF FF 0A 41 01 06 07 06 09 05 10 00 7D";
-        QTest::newRow("a copy as it is now") << "truncate@reply:1.2,duplicate=5@reply:1"
-                                             << "FF FF | 5 ms FF FF";
-        QTest::newRow("only the late copy") << "duplicate=5@reply:1,drop@reply:1"
-                                            << "5 ms FF FF 0A 41 01 06 07 06 09 05 10 00 7D";
-        QTest::newRow("noise alone") << "ff-run=2@reply:1,drop@reply:1"
-                                     << "FF FF";
-        QTest::newRow("the nearest comes last")
-            << "ff-run=1@reply:1,half-frame@reply:1"
-            << "FF FF FF 0A 41 01 06 FF FF 0A 41 01 06 07 06 09 05 10 00 7D";
-        QTest::newRow("pauses add up") << "delay=5@reply:1,delay=6@reply:1,gap=7@reply:1.0"
-                                       << "18 ms FF FF 0A 41 01 06 07 06 09 05 10 00 7D";
-        QTest::newRow("a gap in a split frame")
-            << "truncate@reply:1.3,split=2@reply:1,gap=7@reply:1.1"
-            << "FF | 9 ms FF | 2 ms 0A";
-        QTest::newRow("a gap behind noise") << "ff-run=1@reply:1,gap=7@reply:1.0"
-                                            << "FF | 7 ms FF FF 0A 41 01 06 07 06 09 05 10 00 7D";
-        QTest::newRow("a standstill without a frame") << "drop@reply:1,pause=9@reply:1"
-                                                      << "standstill 9";
-        QTest::newRow("one piece has no pauses") << "truncate@reply:1.2,gap=7@reply:1.1,duplicate="
-                                                    "3@reply:1,delay=2@reply:1,join=4@reply:1"
-                                                 << "6 ms FF FF FF FF and next";
-        QTest::newRow("nothing behind a hang-up")
-            << "duplicate=5@reply:1,hang-up@reply:1.2,ff-run=1@reply:1"
-            << "FF FF FF | 20 ms hang up";
-        QTest::newRow("a late hang-up before anything") << "delay=5@reply:1,hang-up@reply:1.0"
-                                                        << "5 ms | 20 ms hang up";
+        addRows<QString, QString>(
+            {"plan", "deliveries"},
+            {{"a checksum made wrong behind a command", "wrong-command@reply:1,wrong-sum@reply:1",
+              "FF FF 0A 41 01 06 07 06 09 05 7E 00 EC"},
+             {"a checksum made right again by a command", "wrong-sum@reply:1,wrong-command@reply:1",
+              "FF FF 0A 41 01 06 07 06 09 05 7E 00 EB"},
+             {"a checksum made right over a wrong length",
+              "wrong-length=11@reply:1,foreign-type=9@reply:1",
+              "FF FF 0B 41 01 06 07 06 09 09 10 00 82"},
+             {"a byte counted behind one that is missing",
+              "drop-byte@reply:1.0,drop-byte@reply:1.0", "0A 41 01 06 07 06 09 05 10 00 7D"},
+             {"a copy as it was before", "duplicate=5@reply:1,truncate@reply:1.2",
+              "FF FF | 5 ms FF FF 0A 41 01 06 07 06 09 05 10 00 7D"},
+             {"a copy as it is now", "truncate@reply:1.2,duplicate=5@reply:1",
+              "FF FF | 5 ms FF FF"},
+             {"only the late copy", "duplicate=5@reply:1,drop@reply:1",
+              "5 ms FF FF 0A 41 01 06 07 06 09 05 10 00 7D"},
+             {"noise alone", "ff-run=2@reply:1,drop@reply:1", "FF FF"},
+             {"the nearest comes last", "ff-run=1@reply:1,half-frame@reply:1",
+              "FF FF FF 0A 41 01 06 FF FF 0A 41 01 06 07 06 09 05 10 00 7D"},
+             {"pauses add up", "delay=5@reply:1,delay=6@reply:1,gap=7@reply:1.0",
+              "18 ms FF FF 0A 41 01 06 07 06 09 05 10 00 7D"},
+             {"a gap in a split frame", "truncate@reply:1.3,split=2@reply:1,gap=7@reply:1.1",
+              "FF | 9 ms FF | 2 ms 0A"},
+             {"a gap behind noise", "ff-run=1@reply:1,gap=7@reply:1.0",
+              "FF | 7 ms FF FF 0A 41 01 06 07 06 09 05 10 00 7D"},
+             {"a standstill without a frame", "drop@reply:1,pause=9@reply:1", "standstill 9"},
+             {"one piece has no pauses",
+              "truncate@reply:1.2,gap=7@reply:1.1,duplicate=3@reply:1,delay=2@reply:1,join=4@reply:"
+              "1",
+              "6 ms FF FF FF FF and next"},
+             {"nothing behind a hang-up", "duplicate=5@reply:1,hang-up@reply:1.2,ff-run=1@reply:1",
+              "FF FF FF | 20 ms hang up"},
+             {"a late hang-up before anything", "delay=5@reply:1,hang-up@reply:1.0",
+              "5 ms | 20 ms hang up"}});
     }
 
     void faultsApplyInTheOrderOfThePlan()
     {
         QFETCH(QString, plan);
         Injector injector(plan);
-        QTEST(injector.pass(Fault::Reply, announcementReply()), "deliveries");
+        QTEST(injector.pass(Fault::Reply, Hex::announcementReply()), "deliveries");
     }
 
     void aFaultThatCannotBeAppliedLeavesTheFrame_data()
     {
-        QTest::addColumn<QString>("plan");
-        QTest::addColumn<QString>("deliveries");
-        QTest::addColumn<QString>("note");
-
-        QTest::newRow("no such byte")
-            << "flip=0@reply:1.13" << QString(hello()) << "reply 1: too short for flip";
-        QTest::newRow("no neighbour")
-            << "swap@reply:1.12" << QString(hello()) << "reply 1: too short for swap";
-        QTest::newRow("no bytes left") << "drop@reply:1,corrupt@reply:1"
-                                       << ""
-                                       << "reply 1: too short for corrupt";
-        QTest::newRow("no neighbours left") << "truncate@reply:1.1,swap@reply:1"
-                                            << "FF"
-                                            << "reply 1: too short for swap";
-        QTest::newRow("no command") << "truncate@reply:1.12,wrong-command@reply:1"
-                                    << "FF FF 0A 41 01 06 07 06 09 01 16 00"
-                                    << "reply 1: too short to change the command";
-        QTest::newRow("no length") << "truncate@reply:1.2,wrong-length@reply:1"
-                                   << "FF FF"
-                                   << "reply 1: too short to change the length";
+        addRows<QString, QString, QString>(
+            {"plan", "deliveries", "note"},
+            {{"no such byte", "flip=0@reply:1.13", QString(Hex::hello()),
+              "reply 1: too short for flip"},
+             {"no neighbour", "swap@reply:1.12", QString(Hex::hello()),
+              "reply 1: too short for swap"},
+             {"no bytes left", "drop@reply:1,corrupt@reply:1", "",
+              "reply 1: too short for corrupt"},
+             {"no neighbours left", "truncate@reply:1.1,swap@reply:1", "FF",
+              "reply 1: too short for swap"},
+             {"no command", "truncate@reply:1.12,wrong-command@reply:1",
+              "FF FF 0A 41 01 06 07 06 09 01 16 00", "reply 1: too short to change the command"},
+             {"no length", "truncate@reply:1.2,wrong-length@reply:1", "FF FF",
+              "reply 1: too short to change the length"}});
     }
 
     void aFaultThatCannotBeAppliedLeavesTheFrame()
     {
         QFETCH(QString, plan);
         Injector injector(plan);
-        QTEST(injector.pass(Fault::Reply, hello()), "deliveries");
+        QTEST(injector.pass(Fault::Reply, Hex::hello()), "deliveries");
         QTEST(injector.notes().last(), "note");
     }
 
     void staleNeedsAPreviousFrame()
     {
         Injector injector("drop@reply:2,stale@reply:all");
-        QCOMPARE(injector.pass(Fault::Request, hello()), QString(hello()));
-        QCOMPARE(injector.pass(Fault::Reply, packetReply()), QString(packetReply()));
+        QCOMPARE(injector.pass(Fault::Request, Hex::hello()), QString(Hex::hello()));
+        QCOMPARE(injector.pass(Fault::Reply, Hex::packetReply()), QString(Hex::packetReply()));
         QCOMPARE(injector.notes(), QStringList{"reply 1: no previous frame to put before it"});
-        QCOMPARE(injector.pass(Fault::Reply, announcementReply()), QString(packetReply()));
+        QCOMPARE(injector.pass(Fault::Reply, Hex::announcementReply()),
+                 QString(Hex::packetReply()));
         // The previous one as it was sent, though it did not arrive.
-        QCOMPARE(injector.pass(Fault::Reply, packetReply()),
-                 QString(announcementReply() + ' ' + packetReply()));
+        QCOMPARE(injector.pass(Fault::Reply, Hex::packetReply()),
+                 QString(Hex::announcementReply() + ' ' + Hex::packetReply()));
     }
 
     void silenceLastsAndTakesEverything()
     {
         Injector injector("noise@reply:2+,silence@reply:2");
-        QCOMPARE(injector.pass(Fault::Reply, hello()), QString(hello()));
+        QCOMPARE(injector.pass(Fault::Reply, Hex::hello()), QString(Hex::hello()));
         QCOMPARE(injector.passOther(Fault::Reply, "12 34"), QString("12 34"));
-        QCOMPARE(injector.pass(Fault::Reply, hello()), QString());
+        QCOMPARE(injector.pass(Fault::Reply, Hex::hello()), QString());
         QCOMPARE(injector.passOther(Fault::Reply, "12 34"), QString());
-        QCOMPARE(injector.pass(Fault::Reply, hello()), QString());
+        QCOMPARE(injector.pass(Fault::Reply, Hex::hello()), QString());
         QCOMPARE(injector.notes().size(), 2);
         QCOMPARE(injector.notes().last(), QString("reply 2: silence from here on"));
         QCOMPARE(injector.passOther(Fault::Request, "12 34"), QString("12 34"));
@@ -477,7 +363,7 @@ private slots:
     {
         Injector injector("drop@reply:1");
         QCOMPARE(injector.passOther(Fault::Reply, "FF FF 0A 41"), QString("FF FF 0A 41"));
-        QCOMPARE(injector.pass(Fault::Reply, hello()), QString());
+        QCOMPARE(injector.pass(Fault::Reply, Hex::hello()), QString());
         QCOMPARE(injector.passOther(Fault::Reply, "00"), QString("00"));
     }
 
@@ -510,14 +396,14 @@ private slots:
     {
         const QString plan = "noise@request:all,noise@reply:all";
         Injector alone(plan);
-        const QString first = alone.pass(Fault::Reply, hello());
-        const QString second = alone.pass(Fault::Reply, hello());
+        const QString first = alone.pass(Fault::Reply, Hex::hello());
+        const QString second = alone.pass(Fault::Reply, Hex::hello());
         Injector both(plan);
-        QVERIFY(both.pass(Fault::Request, hello()) != first);
-        QCOMPARE(both.pass(Fault::Reply, hello()), first);
-        both.pass(Fault::Request, hello());
-        both.pass(Fault::Request, hello());
-        QCOMPARE(both.pass(Fault::Reply, hello()), second);
+        QVERIFY(both.pass(Fault::Request, Hex::hello()) != first);
+        QCOMPARE(both.pass(Fault::Reply, Hex::hello()), first);
+        both.pass(Fault::Request, Hex::hello());
+        both.pass(Fault::Request, Hex::hello());
+        QCOMPARE(both.pass(Fault::Reply, Hex::hello()), second);
     }
 
     void randomBytesAreDifferentFromTheOldOnes_data()
@@ -536,11 +422,11 @@ private slots:
     {
         QFETCH(QString, plan);
         QFETCH(int, changes);
-        const QByteArray old = QByteArray::fromHex(hello());
+        const QByteArray old = QByteArray::fromHex(Hex::hello());
         Injector injector(plan);
         for (int i = 0; i < 3000; ++i) {
             const QByteArray now =
-                QByteArray::fromHex(injector.pass(Fault::Reply, hello()).toLatin1());
+                QByteArray::fromHex(injector.pass(Fault::Reply, Hex::hello()).toLatin1());
             QCOMPARE(now.size(), old.size());
             int different = 0;
             int first = old.size();
@@ -578,7 +464,7 @@ private slots:
         QFETCH(QString, kind);
         Injector injector(kind + "@reply:all");
         for (int i = 0; i < 1000; ++i) {
-            injector.pass(Fault::Reply, hello());
+            injector.pass(Fault::Reply, Hex::hello());
         }
         static const QRegularExpression kByte("bytes? ([0-9]+)");
         QSet<int> bytes;
@@ -603,12 +489,12 @@ private slots:
     {
         QFETCH(QString, kind);
         QFETCH(int, size);
-        const QByteArray frame = QByteArray::fromHex(hello());
+        const QByteArray frame = QByteArray::fromHex(Hex::hello());
         Injector injector(QString("%1=%2@reply:all").arg(kind).arg(size));
         int headerBytes = 0;
         for (int i = 0; i < 3000; ++i) {
             const QByteArray all =
-                QByteArray::fromHex(injector.pass(Fault::Reply, hello()).toLatin1());
+                QByteArray::fromHex(injector.pass(Fault::Reply, Hex::hello()).toLatin1());
             QCOMPARE(all.size(), frame.size() + size);
             const bool isBefore = kind == "noise";
             QCOMPARE(isBefore ? all.right(frame.size()) : all.left(frame.size()), frame);
@@ -625,12 +511,12 @@ private slots:
     // As computed by another program after the standard's description of the engine.
     void randomNoiseIsTheSameOnEveryMachine()
     {
-        QCOMPARE(Injector("noise@reply:1").pass(Fault::Reply, hello()),
-                 "E5 49 F1 99 30 0D 81 D2 " + hello());
-        QCOMPARE(Injector("noise@request:1").pass(Fault::Request, hello()),
-                 "99 A9 F7 A3 EF 12 CB A2 " + hello());
-        QCOMPARE(Injector("noise@reply:1", 7).pass(Fault::Reply, hello()),
-                 "27 F1 E8 9B 71 B7 F8 0E " + hello());
+        QCOMPARE(Injector("noise@reply:1").pass(Fault::Reply, Hex::hello()),
+                 "E5 49 F1 99 30 0D 81 D2 " + Hex::hello());
+        QCOMPARE(Injector("noise@request:1").pass(Fault::Request, Hex::hello()),
+                 "99 A9 F7 A3 EF 12 CB A2 " + Hex::hello());
+        QCOMPARE(Injector("noise@reply:1", 7).pass(Fault::Reply, Hex::hello()),
+                 "27 F1 E8 9B 71 B7 F8 0E " + Hex::hello());
     }
 };
 

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "faultplan.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -52,26 +53,18 @@ private slots:
 
     void readsAPlace_data()
     {
-        QTest::addColumn<QString>("place");
-        QTest::addColumn<int>("form");
-        QTest::addColumn<int>("frame");
-        QTest::addColumn<int>("byte");
-        QTest::addColumn<int>("chance");
-
         constexpr int kNoByte = -1;
-        QTest::newRow("a frame") << "12" << int(Fault::Place::Once) << 12 << kNoByte << 0;
-        QTest::newRow("its first byte") << "12.0" << int(Fault::Place::Once) << 12 << 0 << 0;
-        QTest::newRow("the last byte of the longest frame")
-            << "1.140" << int(Fault::Place::Once) << 1 << 140 << 0;
-        QTest::newRow("later ones too") << "12+" << int(Fault::Place::From) << 12 << kNoByte << 0;
-        QTest::newRow("all") << "all" << int(Fault::Place::From) << 1 << kNoByte << 0;
-        QTest::newRow("whole percentage")
-            << "25%" << int(Fault::Place::Chance) << 1 << kNoByte << 250'000;
-        QTest::newRow("decimals") << "2.5%" << int(Fault::Place::Chance) << 1 << kNoByte << 25'000;
-        QTest::newRow("smallest probability")
-            << "0.0001%" << int(Fault::Place::Chance) << 1 << kNoByte << 1;
-        QTest::newRow("certain") << "100%" << int(Fault::Place::Chance) << 1 << kNoByte
-                                 << 1'000'000;
+        addRows<QString, int, int, int, int>(
+            {"place", "form", "frame", "byte", "chance"},
+            {{"a frame", "12", int(Fault::Place::Once), 12, kNoByte, 0},
+             {"its first byte", "12.0", int(Fault::Place::Once), 12, 0, 0},
+             {"the last byte of the longest frame", "1.140", int(Fault::Place::Once), 1, 140, 0},
+             {"later ones too", "12+", int(Fault::Place::From), 12, kNoByte, 0},
+             {"all", "all", int(Fault::Place::From), 1, kNoByte, 0},
+             {"whole percentage", "25%", int(Fault::Place::Chance), 1, kNoByte, 250'000},
+             {"decimals", "2.5%", int(Fault::Place::Chance), 1, kNoByte, 25'000},
+             {"smallest probability", "0.0001%", int(Fault::Place::Chance), 1, kNoByte, 1},
+             {"certain", "100%", int(Fault::Place::Chance), 1, kNoByte, 1'000'000}});
     }
 
     void readsAPlace()
@@ -111,21 +104,15 @@ private slots:
 
     void writesANormalForm_data()
     {
-        QTest::addColumn<QString>("plan");
-        QTest::addColumn<QString>("normal");
-
-        QTest::newRow("as it was") << "late@reply:2,corrupt=2@request:1.0,noise=3@reply:4+"
-                                   << "late@reply:2,corrupt=2@request:1.0,noise=3@reply:4+";
-        QTest::newRow("hexadecimal value") << "wrong-command=0x7f@reply:1"
-                                           << "wrong-command=127@reply:1";
-        QTest::newRow("leading zeros") << "delay=010@reply:007"
-                                       << "delay=10@reply:7";
-        QTest::newRow("all frames from the first on") << "drop@reply:1+"
-                                                      << "drop@reply:all";
-        QTest::newRow("whole percentage") << "drop@reply:30.0%"
-                                          << "drop@reply:30%";
-        QTest::newRow("decimals") << "drop@reply:0.0500%"
-                                  << "drop@reply:0.05%";
+        addRows<QString, QString>(
+            {"plan", "normal"},
+            {{"as it was", "late@reply:2,corrupt=2@request:1.0,noise=3@reply:4+",
+              "late@reply:2,corrupt=2@request:1.0,noise=3@reply:4+"},
+             {"hexadecimal value", "wrong-command=0x7f@reply:1", "wrong-command=127@reply:1"},
+             {"leading zeros", "delay=010@reply:007", "delay=10@reply:7"},
+             {"all frames from the first on", "drop@reply:1+", "drop@reply:all"},
+             {"whole percentage", "drop@reply:30.0%", "drop@reply:30%"},
+             {"decimals", "drop@reply:0.0500%", "drop@reply:0.05%"}});
     }
 
     void writesANormalForm()
@@ -143,19 +130,16 @@ private slots:
 
     void limitsValues_data()
     {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<int>("minimum");
-        QTest::addColumn<int>("maximum");
-
-        QTest::newRow("insert-byte") << "insert-byte" << 0 << 255;
-        QTest::newRow("corrupt") << "corrupt" << 1 << 255;
-        QTest::newRow("flip") << "flip" << 0 << 7;
-        QTest::newRow("burst") << "burst" << 1 << 1024;
-        QTest::newRow("duplicate") << "duplicate" << 0 << 3'600'000;
-        QTest::newRow("wrong-sum") << "wrong-sum" << 1 << 255;
-        QTest::newRow("wrong-length") << "wrong-length" << 0 << 255;
-        QTest::newRow("wrong-command") << "wrong-command" << 0 << 255;
-        QTest::newRow("foreign-type") << "foreign-type" << 0 << 255;
+        addRows<QString, int, int>({"kind", "minimum", "maximum"},
+                                   {{"insert-byte", "insert-byte", 0, 255},
+                                    {"corrupt", "corrupt", 1, 255},
+                                    {"flip", "flip", 0, 7},
+                                    {"burst", "burst", 1, 1024},
+                                    {"duplicate", "duplicate", 0, 3'600'000},
+                                    {"wrong-sum", "wrong-sum", 1, 255},
+                                    {"wrong-length", "wrong-length", 0, 255},
+                                    {"wrong-command", "wrong-command", 0, 255},
+                                    {"foreign-type", "foreign-type", 0, 255}});
         for (const char *kind : {"delay", "late", "split", "gap", "join", "pause", "hang-up"}) {
             QTest::newRow(kind) << kind << 1 << 3'600'000;
         }
@@ -182,50 +166,35 @@ private slots:
 
     void refusesABadPlan_data()
     {
-        QTest::addColumn<QString>("plan");
-        QTest::addColumn<QString>("reason");
-
         const QString form = "expected KIND[=VALUE]@DIRECTION:PLACE";
-        QTest::newRow("empty") << ""
-                               << "fault '': " + form;
-        QTest::newRow("comma at the end") << "drop@reply:1,"
-                                          << "fault '': " + form;
-        QTest::newRow("none among others") << "none,drop@reply:1"
-                                           << "fault 'none': " + form;
-        QTest::newRow("kind alone") << "drop"
-                                    << "fault 'drop': " + form;
-        QTest::newRow("no place") << "drop@reply"
-                                  << "fault 'drop@reply': " + form;
-        QTest::newRow("no kind") << "@reply:1"
-                                 << "fault '@reply:1': " + form;
-        QTest::newRow("two values") << "delay=1=2@reply:1"
-                                    << "fault 'delay=1=2@reply:1': " + form;
-        QTest::newRow("unknown kind")
-            << "drop@reply:1,dorp@reply:1"
-            << "fault 'dorp@reply:1': there is no kind 'dorp', see --faults help";
-        QTest::newRow("kind in capitals")
-            << "DROP@reply:1"
-            << "fault 'DROP@reply:1': there is no kind 'DROP', see --faults help";
-        QTest::newRow("value where there is none") << "drop=1@reply:1"
-                                                   << "fault 'drop=1@reply:1': drop takes no value";
-        QTest::newRow("empty value")
-            << "delay=@reply:1"
-            << "fault 'delay=@reply:1': the value (ms) is 1 to 3600000, not ''";
-        QTest::newRow("value is no number")
-            << "flip=x@reply:1"
-            << "fault 'flip=x@reply:1': the value (bit) is 0 to 7, not 'x'";
-        QTest::newRow("negative value")
-            << "flip=-1@reply:1"
-            << "fault 'flip=-1@reply:1': the value (bit) is 0 to 7, not '-1'";
-        QTest::newRow("value too large")
-            << "corrupt=0x100@reply:1"
-            << "fault 'corrupt=0x100@reply:1': the value (mask) is 1 to 255, not '0x100'";
-        QTest::newRow("value far too large") << "delay=99999999999@reply:1"
-                                             << "fault 'delay=99999999999@reply:1': the value (ms) "
-                                                "is 1 to 3600000, not '99999999999'";
-        QTest::newRow("wrong direction")
-            << "drop@replay:1"
-            << "fault 'drop@replay:1': the direction is request or reply, not 'replay'";
+        addRows<QString, QString>(
+            {"plan", "reason"},
+            {{"empty", "", "fault '': " + form},
+             {"comma at the end", "drop@reply:1,", "fault '': " + form},
+             {"none among others", "none,drop@reply:1", "fault 'none': " + form},
+             {"kind alone", "drop", "fault 'drop': " + form},
+             {"no place", "drop@reply", "fault 'drop@reply': " + form},
+             {"no kind", "@reply:1", "fault '@reply:1': " + form},
+             {"two values", "delay=1=2@reply:1", "fault 'delay=1=2@reply:1': " + form},
+             {"unknown kind", "drop@reply:1,dorp@reply:1",
+              "fault 'dorp@reply:1': there is no kind 'dorp', see --faults help"},
+             {"kind in capitals", "DROP@reply:1",
+              "fault 'DROP@reply:1': there is no kind 'DROP', see --faults help"},
+             {"value where there is none", "drop=1@reply:1",
+              "fault 'drop=1@reply:1': drop takes no value"},
+             {"empty value", "delay=@reply:1",
+              "fault 'delay=@reply:1': the value (ms) is 1 to 3600000, not ''"},
+             {"value is no number", "flip=x@reply:1",
+              "fault 'flip=x@reply:1': the value (bit) is 0 to 7, not 'x'"},
+             {"negative value", "flip=-1@reply:1",
+              "fault 'flip=-1@reply:1': the value (bit) is 0 to 7, not '-1'"},
+             {"value too large", "corrupt=0x100@reply:1",
+              "fault 'corrupt=0x100@reply:1': the value (mask) is 1 to 255, not '0x100'"},
+             {"value far too large", "delay=99999999999@reply:1",
+              "fault 'delay=99999999999@reply:1': the value (ms) is 1 to 3600000, not "
+              "'99999999999'"},
+             {"wrong direction", "drop@replay:1",
+              "fault 'drop@replay:1': the direction is request or reply, not 'replay'"}});
         for (const char *place :
              {"",    "0",        "-1",  "x",    "0x1", "1000000001", "99999999999", "0+",
               "+",   "1.",       "1.5", "1.5+", "%",   "0%",         "0.0%",        "100.1%",

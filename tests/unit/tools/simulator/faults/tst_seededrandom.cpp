@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "rows.h"
 #include "seededrandom.h"
 
 #include <QtTest>
@@ -13,17 +14,12 @@ private slots:
     // sequence and the engine.
     void givesTheSameNumbersOnEveryMachine_data()
     {
-        QTest::addColumn<quint32>("seed");
-        QTest::addColumn<quint32>("stream");
-        QTest::addColumn<QVector<int>>("numbers");
-
-        QTest::newRow("seed 0") << 0U << 0U << QVector<int>{153, 169, 247, 163, 239, 18, 203, 162};
-        QTest::newRow("another stream")
-            << 0U << 1U << QVector<int>{230, 73, 241, 153, 48, 13, 129, 210};
-        QTest::newRow("another seed")
-            << 1U << 0U << QVector<int>{169, 170, 99, 151, 158, 149, 44, 144};
-        QTest::newRow("highest seed")
-            << 4294967295U << 1U << QVector<int>{99, 223, 142, 144, 55, 76, 17, 209};
+        addRows<quint32, quint32, QVector<int>>(
+            {"seed", "stream", "numbers"},
+            {{"seed 0", 0U, 0U, {153, 169, 247, 163, 239, 18, 203, 162}},
+             {"another stream", 0U, 1U, {230, 73, 241, 153, 48, 13, 129, 210}},
+             {"another seed", 1U, 0U, {169, 170, 99, 151, 158, 149, 44, 144}},
+             {"highest seed", 4294967295U, 1U, {99, 223, 142, 144, 55, 76, 17, 209}}});
     }
 
     void givesTheSameNumbersOnEveryMachine()

@@ -2,85 +2,59 @@
 // SPDX-License-Identifier: MIT
 
 #include "answeringcamera.h"
-#include "cameraline.h"
+#include "hexframes.h"
+#include "memoryline.h"
 #include "patience.h"
+#include "rows.h"
 
 #include <QSignalSpy>
 
+using namespace std::chrono_literals;
+
 namespace {
 
-QByteArray hello()
-{
-    return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F";
-}
-
-// Of three bytes, as is the packet.
-QByteArray announcement()
-{
-    return "FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 00 03 82";
-}
-
-QByteArray announcementReply()
-{
-    return "FF FF 0A 41 01 06 07 06 09 05 10 00 7D";
-}
-
-QByteArray packet()
-{
-    return "FF FF 0D 41 01 06 07 06 09 01 01 01 01 02 03 74";
-}
-
-QByteArray packetReply()
-{
-    return "FF FF 0A 41 01 06 07 06 09 05 01 00 6E";
-}
-
-QByteArray raisedHelloReply()
-{
-    return "FF FF 17 41 01 06 07 06 09 05 16 00 "
-           "01 00 00 07 01 00 00 00 00 01 01 01 01 9D";
-}
-
-QByteArray helloReply()
-{
-    return "FF FF 17 41 01 06 07 06 09 05 16 00 "
-           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C";
-}
-
-/// Keeps what is sent.
-class KeepingLine : public CameraLine {
-public:
-    bool plug(QString * /*error*/) override { return true; }
-    void unplug() override {}
-    bool isPlugged() const override { return true; }
-    void write(const QByteArray &bytes) override { m_written += bytes; }
-
-    void receive(const QByteArray &hexadecimal)
-    {
-        emit bytesReceived(QByteArray::fromHex(hexadecimal));
-    }
-    QByteArray written() const { return m_written.toHex(' ').toUpper(); }
-
-private:
-    QByteArray m_written;
-};
-
-AnsweringCamera::Behaviour asFastAsPossible()
+AnsweringCamera::Behaviour withDelay(std::chrono::milliseconds delay)
 {
     AnsweringCamera::Behaviour behaviour;
     behaviour.baud = 0;
+    behaviour.delay = delay;
     return behaviour;
 }
 
-// The lines without the time in front.
-QStringList events(const QSignalSpy &logged)
+AnsweringCamera::Behaviour withRebootTime(std::chrono::milliseconds time,
+                                          std::chrono::milliseconds delay = 0ms)
 {
-    QStringList texts;
-    for (const QList<QVariant> &arguments : logged) {
-        texts << arguments.at(0).toString().mid(14);
-    }
-    return texts;
+    AnsweringCamera::Behaviour behaviour = withDelay(delay);
+    behaviour.rebootTime = time;
+    return behaviour;
 }
+
+/// A camera, its line, and what it says.
+struct Fixture {
+    explicit Fixture(const AnsweringCamera::Behaviour &behaviour = withDelay(0ms))
+        : camera({}, behaviour, ExchangeLog(false), line)
+        , logged(&camera, &AnsweringCamera::logged)
+        , received(&camera, &AnsweringCamera::firmwareReceived)
+    {
+        timer.start();
+    }
+
+    // The lines of the log without the time in front.
+    QStringList events() const
+    {
+        QStringList texts;
+        for (const QList<QVariant> &arguments : logged) {
+            texts << arguments.at(0).toString().mid(14);
+        }
+        return texts;
+    }
+
+    MemoryLine line;
+    AnsweringCamera camera;
+    QSignalSpy logged;
+    QSignalSpy received;
+    QElapsedTimer timer;
+};
 
 } // namespace
 
@@ -90,156 +64,122 @@ class AnsweringCameraTest : public QObject {
 private slots:
     void answersARequestThatComesInPieces()
     {
-        KeepingLine line;
-        AnsweringCamera camera({}, asFastAsPossible(), ExchangeLog(false), line);
-        QSignalSpy logged(&camera, &AnsweringCamera::logged);
-        line.receive("FF FF 0A 41 01");
-        line.receive("06 07 06 09 01 16 00");
-        QCOMPARE(line.written(), QByteArray());
-        line.receive("7F");
-        QCOMPARE(line.written(), helloReply());
-        QCOMPARE(logged.size(), 2);
-        QVERIFY(logged.at(0).at(0).toString().contains("<- HELLO"));
-        QVERIFY(logged.at(1).at(0).toString().contains("-> HELLO ack"));
+        Fixture fixture;
+        fixture.line.receive("FF FF 0A 41 01");
+        fixture.line.receive("06 07 06 09 01 16 00");
+        QCOMPARE(fixture.line.written(), QByteArray());
+        fixture.line.receive("7F");
+        QCOMPARE(fixture.line.written(), Hex::helloReply());
+        QCOMPARE(fixture.logged.size(), 2);
+        QVERIFY(fixture.events().at(0).contains("<- HELLO"));
+        QVERIFY(fixture.events().at(1).contains("-> HELLO ack"));
     }
 
     void sendsAtTheSpeedOfTheLine()
     {
-        KeepingLine line;
         AnsweringCamera::Behaviour behaviour;
         behaviour.baud = 9600;
-        AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
-        QSignalSpy logged(&camera, &AnsweringCamera::logged);
-        QElapsedTimer timer;
-        timer.start();
-        line.receive(hello());
-        QCOMPARE(line.written(), QByteArray());
-        QCOMPARE(logged.size(), 1);
-        QVERIFY(logged.wait(kPatience));
+        Fixture fixture(behaviour);
+        fixture.line.receive(Hex::hello());
+        QCOMPARE(fixture.line.written(), QByteArray());
+        QCOMPARE(fixture.logged.size(), 1);
+        QVERIFY(fixture.logged.wait(kPatience));
         // 13 bytes in and 26 out cannot have taken less on that line.
-        QVERIFY2(timer.nsecsElapsed() >= 40'625'000,
-                 qPrintable(QString::number(timer.nsecsElapsed())));
-        QCOMPARE(line.written(), helloReply());
+        VERIFY_AT_LEAST(fixture.timer.nsecsElapsed(), 40'625'000);
+        QCOMPARE(fixture.line.written(), Hex::helloReply());
     }
 
     void waitsBeforeAReply()
     {
-        KeepingLine line;
-        AnsweringCamera::Behaviour behaviour = asFastAsPossible();
-        behaviour.delay = std::chrono::milliseconds(50);
-        AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
-        QSignalSpy logged(&camera, &AnsweringCamera::logged);
-        QElapsedTimer timer;
-        timer.start();
-        line.receive(hello());
-        QCOMPARE(line.written(), QByteArray());
-        QCOMPARE(logged.size(), 1);
-        QVERIFY(logged.wait(kPatience));
-        QVERIFY2(timer.elapsed() >= 50, qPrintable(QString::number(timer.elapsed())));
-        QCOMPARE(line.written(), helloReply());
+        Fixture fixture(withDelay(50ms));
+        fixture.line.receive(Hex::hello());
+        QCOMPARE(fixture.line.written(), QByteArray());
+        QCOMPARE(fixture.logged.size(), 1);
+        QVERIFY(fixture.logged.wait(kPatience));
+        VERIFY_AT_LEAST(fixture.timer.elapsed(), 50);
+        QCOMPARE(fixture.line.written(), Hex::helloReply());
     }
 
     void dropsAFrameThatStalls()
     {
-        KeepingLine line;
-        AnsweringCamera camera({}, asFastAsPossible(), ExchangeLog(false), line);
-        QSignalSpy logged(&camera, &AnsweringCamera::logged);
-        line.receive("FF FF 0F 41 01 06");
-        QVERIFY(logged.isEmpty());
-        QVERIFY(logged.wait(kPatience));
-        QVERIFY(
-            logged.at(0).at(0).toString().endsWith("<- (incomplete)         FF FF 0F 41 01 06"));
-        line.receive(hello());
-        QCOMPARE(line.written(), helloReply());
+        Fixture fixture;
+        fixture.line.receive("FF FF 0F 41 01 06");
+        QVERIFY(fixture.logged.isEmpty());
+        QVERIFY(fixture.logged.wait(kPatience));
+        QVERIFY(fixture.events().at(0).endsWith("<- (incomplete)         FF FF 0F 41 01 06"));
+        fixture.line.receive(Hex::hello());
+        QCOMPARE(fixture.line.written(), Hex::helloReply());
     }
 
     void doesNotAnswerFaultyInput_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("line");
-
-        QTest::newRow("bad checksum")
-            << QByteArray("FF FF 0A 41 01 06 07 06 09 01 16 00 80")
-            << "<- (bad checksum)       FF FF 0A 41 01 06 07 06 09 01 16 00 80";
-        QTest::newRow("wrong signature")
-            << QByteArray("FF FF 0A 42 01 06 07 06 09 01 16 00 80")
-            << "<- (wrong signature)    FF FF 0A 42 01 06 07 06 09 01 16 00 80";
-        QTest::newRow("wrong type")
-            << QByteArray("FF FF 0A 41 01 06 07 06 09 05 16 00 83")
-            << "<- HELLO                (not answered: type 5 is not a request)";
-        QTest::newRow("no frame") << QByteArray("12 34") << "<- (no frame)           12 34";
+        addRows<QByteArray, QString>(
+            {"bytes", "line"},
+            {{"bad checksum", "FF FF 0A 41 01 06 07 06 09 01 16 00 80",
+              "<- (bad checksum)       FF FF 0A 41 01 06 07 06 09 01 16 00 80"},
+             {"wrong signature", "FF FF 0A 42 01 06 07 06 09 01 16 00 80",
+              "<- (wrong signature)    FF FF 0A 42 01 06 07 06 09 01 16 00 80"},
+             {"wrong type", "FF FF 0A 41 01 06 07 06 09 05 16 00 83",
+              "<- HELLO                (not answered: type 5 is not a request)"},
+             {"no frame", "12 34", "<- (no frame)           12 34"}});
     }
 
     void doesNotAnswerFaultyInput()
     {
         QFETCH(QByteArray, bytes);
-        KeepingLine line;
-        AnsweringCamera camera({}, asFastAsPossible(), ExchangeLog(false), line);
-        QSignalSpy logged(&camera, &AnsweringCamera::logged);
-        line.receive(bytes);
-        QCOMPARE(logged.size(), 1);
-        // Behind the time.
-        QTEST(logged.at(0).at(0).toString().mid(14), "line");
-        line.receive(hello());
-        QCOMPARE(line.written(), helloReply());
+        Fixture fixture;
+        fixture.line.receive(bytes);
+        QCOMPARE(fixture.logged.size(), 1);
+        QTEST(fixture.events().at(0), "line");
+        fixture.line.receive(Hex::hello());
+        QCOMPARE(fixture.line.written(), Hex::helloReply());
     }
 
     void isDeafWhileSilent()
     {
-        KeepingLine line;
-        AnsweringCamera::Behaviour behaviour = asFastAsPossible();
+        AnsweringCamera::Behaviour behaviour = withDelay(0ms);
         behaviour.silent = true;
-        AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
-        QSignalSpy logged(&camera, &AnsweringCamera::logged);
-        line.receive("FF FF 0F 41 01 06 07 06 09 01 55 00 02 09 01 00 03 D2");
-        QCOMPARE(logged.size(), 1);
-        QVERIFY(logged.at(0).at(0).toString().endsWith("(not answered: silent)"));
-        QCOMPARE(line.written(), QByteArray());
+        Fixture fixture(behaviour);
+        fixture.line.receive(Hex::settings());
+        QCOMPARE(fixture.logged.size(), 1);
+        QVERIFY(fixture.events().at(0).endsWith("(not answered: silent)"));
+        QCOMPARE(fixture.line.written(), QByteArray());
 
-        camera.setSilent(false);
-        line.receive(hello());
+        fixture.camera.setSilent(false);
+        fixture.line.receive(Hex::hello());
         // With the settings it had before.
-        QCOMPARE(line.written(), helloReply());
-        camera.setSilent(true);
-        line.receive(hello());
-        QCOMPARE(line.written(), helloReply());
+        QCOMPARE(fixture.line.written(), Hex::helloReply());
+        fixture.camera.setSilent(true);
+        fixture.line.receive(Hex::hello());
+        QCOMPARE(fixture.line.written(), Hex::helloReply());
     }
 
     void forgetsWhatWasOnItsWayWhenTheLineIsLost()
     {
-        KeepingLine line;
-        AnsweringCamera::Behaviour behaviour = asFastAsPossible();
-        behaviour.delay = std::chrono::milliseconds(20);
-        AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
-        QSignalSpy logged(&camera, &AnsweringCamera::logged);
-        line.receive(hello() + " FF FF 0F 41");
-        QCOMPARE(logged.size(), 1);
-        camera.lineLost();
-        QCOMPARE(logged.size(), 2);
-        QVERIFY(logged.at(1).at(0).toString().contains("(incomplete)"));
+        Fixture fixture(withDelay(20ms));
+        fixture.line.receive(Hex::hello() + " FF FF 0F 41");
+        QCOMPARE(fixture.logged.size(), 1);
+        fixture.camera.lineLost();
+        QCOMPARE(fixture.logged.size(), 2);
+        QVERIFY(fixture.events().at(1).contains("(incomplete)"));
         // The rest of the frame is none any more.
-        line.receive("01 06 07 06 09 01 55 00 01 01 00 01 01 C7");
-        QCOMPARE(logged.size(), 3);
-        QVERIFY(logged.at(2).at(0).toString().contains("(no frame)"));
+        fixture.line.receive("01 06 07 06 09 01 55 00 01 01 00 01 01 C7");
+        QCOMPARE(fixture.logged.size(), 3);
+        QVERIFY(fixture.events().at(2).contains("(no frame)"));
         // The reply to the first request would be sent before this one's.
-        line.receive("FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6");
-        QTRY_VERIFY(!line.written().isEmpty());
-        QCOMPARE(line.written(), QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 00 19 C2"));
+        fixture.line.receive(Hex::zoom2());
+        QTRY_VERIFY(!fixture.line.written().isEmpty());
+        QCOMPARE(fixture.line.written(),
+                 QByteArray("FF FF 0C 41 01 06 07 06 09 05 3A 00 00 19 C2"));
     }
 
     void rebootsWithAReceivedFirmware()
     {
-        KeepingLine line;
-        AnsweringCamera::Behaviour behaviour = asFastAsPossible();
-        behaviour.rebootTime = std::chrono::milliseconds(50);
-        AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
-        QSignalSpy logged(&camera, &AnsweringCamera::logged);
-        QElapsedTimer timer;
-        timer.start();
-        line.receive(announcement() + packet());
-        line.receive(hello());
-        const QByteArray acknowledgements = announcementReply() + ' ' + packetReply();
-        QCOMPARE(line.written(), acknowledgements);
+        Fixture fixture(withRebootTime(50ms));
+        fixture.line.receive(Hex::smallAnnouncement() + Hex::smallPacket());
+        fixture.line.receive(Hex::hello());
+        const QByteArray acknowledgements = Hex::announcementReply() + ' ' + Hex::packetReply();
+        QCOMPARE(fixture.line.written(), acknowledgements);
         const QString received = "-- received 3 bytes of firmware, SHA-256 "
                                  "039058c6f2c0cb492c533b0a4d14ef77cc0f78abccced5287d84a1a2011cfb81";
         QStringList expected{
@@ -251,88 +191,71 @@ private slots:
             "-- rebooting",
             "<- HELLO                (not answered: rebooting)",
         };
-        QCOMPARE(events(logged), expected);
+        QCOMPARE(fixture.events(), expected);
 
-        QVERIFY(logged.wait(kPatience));
-        QVERIFY2(timer.elapsed() >= 50, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY(fixture.logged.wait(kPatience));
+        VERIFY_AT_LEAST(fixture.timer.elapsed(), 50);
         expected << "-- running version 1.0.0.7";
-        QCOMPARE(events(logged), expected);
-        line.receive(hello());
-        QCOMPARE(line.written(), acknowledgements + ' ' + raisedHelloReply());
+        QCOMPARE(fixture.events(), expected);
+        fixture.line.receive(Hex::hello());
+        QCOMPARE(fixture.line.written(), acknowledgements + ' ' + Hex::raisedHelloReply());
     }
 
     void handsOverAFirmwareOnceItIsComplete()
     {
-        KeepingLine line;
-        AnsweringCamera camera({}, asFastAsPossible(), ExchangeLog(false), line);
-        QSignalSpy received(&camera, &AnsweringCamera::firmwareReceived);
+        Fixture fixture;
         QByteArray writtenBefore;
-        connect(&camera, &AnsweringCamera::firmwareReceived, &camera,
-                [&line, &writtenBefore] { writtenBefore = line.written(); });
-        line.receive(announcement());
+        connect(&fixture.camera, &AnsweringCamera::firmwareReceived, &fixture.camera,
+                [&fixture, &writtenBefore] { writtenBefore = fixture.line.written(); });
+        fixture.line.receive(Hex::smallAnnouncement());
         // Two of the three bytes.
-        line.receive("FF FF 0C 41 01 06 07 06 09 01 01 01 01 02 70");
-        QVERIFY(received.isEmpty());
-        line.receive(packet());
-        QCOMPARE(received.size(), 1);
-        QCOMPARE(received.at(0).at(0).toByteArray(), QByteArray("\x01\x02\x03"));
-        QCOMPARE(writtenBefore, announcementReply());
-        line.receive(packet() + hello());
-        QCOMPARE(received.size(), 1);
+        fixture.line.receive("FF FF 0C 41 01 06 07 06 09 01 01 01 01 02 70");
+        QVERIFY(fixture.received.isEmpty());
+        fixture.line.receive(Hex::smallPacket());
+        QCOMPARE(fixture.received.size(), 1);
+        QCOMPARE(fixture.received.at(0).at(0).toByteArray(), QByteArray("\x01\x02\x03"));
+        QCOMPARE(writtenBefore, Hex::announcementReply());
+        fixture.line.receive(Hex::smallPacket() + Hex::hello());
+        QCOMPARE(fixture.received.size(), 1);
     }
 
     void acknowledgesTheLastPacketBeforeItReboots()
     {
-        KeepingLine line;
-        AnsweringCamera::Behaviour behaviour = asFastAsPossible();
-        behaviour.delay = std::chrono::milliseconds(30);
-        behaviour.rebootTime = std::chrono::milliseconds(1);
-        AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
-        QSignalSpy logged(&camera, &AnsweringCamera::logged);
-        line.receive(announcement());
-        line.receive(packet());
-        QTRY_COMPARE(logged.size(), 7);
-        QCOMPARE(events(logged).mid(3),
+        Fixture fixture(withRebootTime(1ms, 30ms));
+        fixture.line.receive(Hex::smallAnnouncement());
+        fixture.line.receive(Hex::smallPacket());
+        QTRY_COMPARE(fixture.logged.size(), 7);
+        QCOMPARE(fixture.events().mid(3),
                  (QStringList{"-> RECEIVE_FW_INFO ack", "-> UPLOAD_FIRMWARE ack", "-- rebooting",
                               "-- running version 1.0.0.7"}));
-        QCOMPARE(line.written(), announcementReply() + ' ' + packetReply());
+        QCOMPARE(fixture.line.written(), Hex::announcementReply() + ' ' + Hex::packetReply());
     }
 
     void rebootsAlsoWhenTheLineIsLost()
     {
-        KeepingLine line;
-        AnsweringCamera::Behaviour behaviour = asFastAsPossible();
-        behaviour.delay = std::chrono::hours(1);
-        behaviour.rebootTime = std::chrono::milliseconds(1);
-        AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
-        QSignalSpy logged(&camera, &AnsweringCamera::logged);
-        line.receive(announcement() + packet());
-        QCOMPARE(logged.size(), 3);
-        camera.lineLost();
-        QTRY_COMPARE(logged.size(), 5);
-        QCOMPARE(events(logged).mid(3),
+        Fixture fixture(withRebootTime(1ms, 1h));
+        fixture.line.receive(Hex::smallAnnouncement() + Hex::smallPacket());
+        QCOMPARE(fixture.logged.size(), 3);
+        fixture.camera.lineLost();
+        QTRY_COMPARE(fixture.logged.size(), 5);
+        QCOMPARE(fixture.events().mid(3),
                  (QStringList{"-- rebooting", "-- running version 1.0.0.7"}));
-        QCOMPARE(line.written(), QByteArray());
+        QCOMPARE(fixture.line.written(), QByteArray());
     }
 
     void rebootsAgainWithTheNextFirmware()
     {
-        KeepingLine line;
-        AnsweringCamera::Behaviour behaviour = asFastAsPossible();
-        behaviour.rebootTime = std::chrono::milliseconds(0);
-        AnsweringCamera camera({}, behaviour, ExchangeLog(false), line);
-        QSignalSpy logged(&camera, &AnsweringCamera::logged);
-        QSignalSpy received(&camera, &AnsweringCamera::firmwareReceived);
-        line.receive(announcement() + packet());
-        QTRY_VERIFY(events(logged).contains("-- running version 1.0.0.7"));
+        Fixture fixture(withRebootTime(0ms));
+        fixture.line.receive(Hex::smallAnnouncement() + Hex::smallPacket());
+        QTRY_VERIFY(fixture.events().contains("-- running version 1.0.0.7"));
         // An empty one.
-        line.receive("FF FF 0E 41 01 06 07 06 09 01 10 00 02 00 00 00 7F");
-        QTRY_VERIFY(events(logged).contains("-- running version 1.0.0.8"));
-        QVERIFY(events(logged).contains(
+        fixture.line.receive(Hex::emptyAnnouncement());
+        QTRY_VERIFY(fixture.events().contains("-- running version 1.0.0.8"));
+        QVERIFY(fixture.events().contains(
             "-- received 0 bytes of firmware, SHA-256 "
             "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"));
-        QCOMPARE(received.size(), 2);
-        QCOMPARE(received.at(1).at(0).toByteArray(), QByteArray());
+        QCOMPARE(fixture.received.size(), 2);
+        QCOMPARE(fixture.received.at(1).at(0).toByteArray(), QByteArray());
     }
 };
 

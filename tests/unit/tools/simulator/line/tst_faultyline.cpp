@@ -2,49 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 #include "faultyline.h"
+#include "hexframes.h"
+#include "memoryline.h"
 #include "patience.h"
 
 #include <QSignalSpy>
 
 namespace {
-
-QByteArray hello()
-{
-    return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F";
-}
-
-QByteArray packetReply()
-{
-    return "FF FF 0A 41 01 06 07 06 09 05 01 00 6E";
-}
-
-/// The line that the faults are put on, with all that reaches its host.
-class MemoryLine : public CameraLine {
-public:
-    bool plug(QString *error) override
-    {
-        if (m_isBroken) {
-            *error = "broken";
-        }
-        m_isPlugged = !m_isBroken;
-        return m_isPlugged;
-    }
-    void unplug() override { m_isPlugged = false; }
-    bool isPlugged() const override { return m_isPlugged; }
-    void write(const QByteArray &bytes) override { m_written << bytes.toHex(' ').toUpper(); }
-
-    void breakDown() { m_isBroken = true; }
-    void receive(const QByteArray &hexadecimal)
-    {
-        emit bytesReceived(QByteArray::fromHex(hexadecimal));
-    }
-    const QStringList &written() const { return m_written; }
-
-private:
-    bool m_isPlugged = false;
-    bool m_isBroken = false;
-    QStringList m_written;
-};
 
 /// A plugged line with faults.
 class Line {
@@ -97,7 +61,7 @@ private slots:
         line.inner.receive("FF FF 0A");
         QCOMPARE(line.requests, QStringList{"FF FF 0A"});
         line.reply("FF");
-        QCOMPARE(line.inner.written(), QStringList{"FF"});
+        QCOMPARE(line.inner.pieces(), QStringList{"FF"});
         QCOMPARE(line.notes, QStringList());
     }
 
@@ -106,17 +70,17 @@ private slots:
         Line line("drop@reply:1000");
         line.inner.receive("FF FF 0A 41 01 06");
         line.inner.receive("07 06 09 01 16 00 7F");
-        QTRY_COMPARE(line.requests, QStringList{QString(hello())});
+        QTRY_COMPARE(line.requests, QStringList{Hex::hello()});
         line.reply("FF FF 0A 41 01 06 07 06 09 05 01");
         line.reply("00 6E");
-        QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
+        QTRY_COMPARE(line.inner.pieces(), QStringList{Hex::packetReply()});
     }
 
     void cutsJoinedFramesApart()
     {
         Line line("drop@request:2");
-        line.inner.receive(hello() + packetReply() + hello());
-        const QStringList expected{QString(hello()), QString(hello())};
+        line.inner.receive(Hex::hello() + Hex::packetReply() + Hex::hello());
+        const QStringList expected{QString(Hex::hello()), QString(Hex::hello())};
         QTRY_COMPARE(line.requests, expected);
         QCOMPARE(line.notes, QStringList{"request 2: dropped"});
     }
@@ -127,12 +91,12 @@ private slots:
         line.inner.receive("12 34");
         // With a wrong checksum it is no frame.
         line.inner.receive("FF FF 0A 41 01 06 07 06 09 01 16 00 80");
-        line.inner.receive(hello());
+        line.inner.receive(Hex::hello());
         line.inner.receive("56");
         const QStringList requests{"12 34", "FF FF 0A 41 01 06 07 06 09 01 16 00 80", "56"};
         QTRY_COMPARE(line.requests, requests);
         line.reply("12");
-        QTRY_COMPARE(line.inner.written(), QStringList{"12"});
+        QTRY_COMPARE(line.inner.pieces(), QStringList{"12"});
         QCOMPARE(line.notes, QStringList{"request 1: dropped"});
     }
 
@@ -141,8 +105,7 @@ private slots:
         Line line("drop@request:1");
         line.inner.receive("FF FF 0A 41 01 06 07 06");
         QTRY_COMPARE(line.requests, QStringList{"FF FF 0A 41 01 06 07 06"});
-        QVERIFY2(line.requestTimes.at(0) >= 90,
-                 qPrintable(QString::number(line.requestTimes.at(0))));
+        VERIFY_AT_LEAST(line.requestTimes.at(0), 90);
         line.inner.receive("09 01 16 00 7F");
         QTRY_COMPARE(line.requests.size(), 2);
         QCOMPARE(line.notes, QStringList());
@@ -156,23 +119,23 @@ private slots:
         // As long as it takes to give up on a request.
         line.inner.receive("FF FF 0A");
         QTRY_COMPARE(line.requests, QStringList{"FF FF 0A"});
-        QCOMPARE(line.inner.written(), QStringList());
+        QCOMPARE(line.inner.pieces(), QStringList());
         line.reply("06 09 05 01 00 6E");
-        QTRY_COMPARE(line.inner.written(), QStringList{"FF FF 0A 41 01 06 07 06 09 05 01 00 6F"});
+        QTRY_COMPARE(line.inner.pieces(), QStringList{"FF FF 0A 41 01 06 07 06 09 05 01 00 6F"});
     }
 
     void appliesFaultsInBothDirections()
     {
         Line line("corrupt=2@request:1.3,stale@reply:2");
-        line.inner.receive(hello());
-        line.inner.receive(hello());
-        const QStringList requests{"FF FF 0A 43 01 06 07 06 09 01 16 00 7F", QString(hello())};
+        line.inner.receive(Hex::hello());
+        line.inner.receive(Hex::hello());
+        const QStringList requests{"FF FF 0A 43 01 06 07 06 09 01 16 00 7F", QString(Hex::hello())};
         QTRY_COMPARE(line.requests, requests);
-        line.reply(packetReply());
-        line.reply(packetReply());
-        const QStringList replies{QString(packetReply()),
-                                  QString(packetReply() + ' ' + packetReply())};
-        QTRY_COMPARE(line.inner.written(), replies);
+        line.reply(Hex::packetReply());
+        line.reply(Hex::packetReply());
+        const QStringList replies{QString(Hex::packetReply()),
+                                  QString(Hex::packetReply() + ' ' + Hex::packetReply())};
+        QTRY_COMPARE(line.inner.pieces(), replies);
         const QStringList notes{"request 1: corrupted byte 3, 41 became 43",
                                 "reply 2: put the previous frame before it"};
         QCOMPARE(line.notes, notes);
@@ -181,86 +144,68 @@ private slots:
     void pausesInsideAFrame()
     {
         Line line("gap=40@request:1.3,gap=60@request:1.12");
-        line.inner.receive(hello());
+        line.inner.receive(Hex::hello());
         const QStringList expected{"FF FF 0A", "41 01 06 07 06 09 01 16 00", "7F"};
         QTRY_COMPARE(line.requests, expected);
         // Whole milliseconds on a clock of its own: up to one less.
-        QVERIFY2(line.requestTimes.at(1) >= 39,
-                 qPrintable(QString::number(line.requestTimes.at(1))));
-        QVERIFY2(line.requestTimes.at(2) >= 99,
-                 qPrintable(QString::number(line.requestTimes.at(2))));
+        VERIFY_AT_LEAST(line.requestTimes.at(1), 39);
+        VERIFY_AT_LEAST(line.requestTimes.at(2), 99);
     }
 
     void keepsTheOrder()
     {
         Line line("delay=80@request:1,split=2@request:2");
         line.inner.receive("FF FF 0A 41 01 06 07 06 09 01 01 00 6A");
-        line.inner.receive(hello());
+        line.inner.receive(Hex::hello());
         line.inner.receive("12");
-        const QStringList expected{"FF FF 0A 41 01 06 07 06 09 01 01 00 6A",
-                                   "FF",
-                                   "FF",
-                                   "0A",
-                                   "41",
-                                   "01",
-                                   "06",
-                                   "07",
-                                   "06",
-                                   "09",
-                                   "01",
-                                   "16",
-                                   "00",
-                                   "7F",
-                                   "12"};
+        const QStringList expected = QStringList{"FF FF 0A 41 01 06 07 06 09 01 01 00 6A"}
+            + QString(Hex::hello()).split(' ') + QStringList{"12"};
         QTRY_COMPARE(line.requests, expected);
-        QVERIFY2(line.requestTimes.at(0) >= 79,
-                 qPrintable(QString::number(line.requestTimes.at(0))));
+        VERIFY_AT_LEAST(line.requestTimes.at(0), 79);
     }
 
     void joinsFrames()
     {
         Line line(QString("join=%1@request:1,join=%1@reply:1").arg(kMuchLater));
-        line.inner.receive(hello());
-        line.reply(packetReply());
+        line.inner.receive(Hex::hello());
+        line.reply(Hex::packetReply());
         // It is the next one of its own direction that takes it along.
-        line.reply(packetReply());
-        QTRY_COMPARE(line.inner.written(),
-                     QStringList{QString(packetReply() + ' ' + packetReply())});
+        line.reply(Hex::packetReply());
+        QTRY_COMPARE(line.inner.pieces(),
+                     QStringList{QString(Hex::packetReply() + ' ' + Hex::packetReply())});
         QCOMPARE(line.requests, QStringList());
-        line.inner.receive(hello());
-        QTRY_COMPARE(line.requests, QStringList{QString(hello() + ' ' + hello())});
+        line.inner.receive(Hex::hello());
+        QTRY_COMPARE(line.requests, QStringList{QString(Hex::hello() + ' ' + Hex::hello())});
     }
 
     void letsAJoinedFrameGoAlone()
     {
         Line line("join=50@request:1");
-        line.inner.receive(hello());
-        QTRY_COMPARE(line.requests, QStringList{QString(hello())});
-        QVERIFY2(line.requestTimes.at(0) >= 49,
-                 qPrintable(QString::number(line.requestTimes.at(0))));
+        line.inner.receive(Hex::hello());
+        QTRY_COMPARE(line.requests, QStringList{Hex::hello()});
+        VERIFY_AT_LEAST(line.requestTimes.at(0), 49);
     }
 
     void standsStillInBothDirections()
     {
         Line line("pause=80@reply:1");
-        line.reply(packetReply());
-        line.inner.receive(hello());
-        QTRY_COMPARE(line.requests, QStringList{QString(hello())});
-        QVERIFY2(line.requestTimes.at(0) >= 79,
-                 qPrintable(QString::number(line.requestTimes.at(0))));
-        QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
+        line.reply(Hex::packetReply());
+        line.inner.receive(Hex::hello());
+        QTRY_COMPARE(line.requests, QStringList{Hex::hello()});
+        VERIFY_AT_LEAST(line.requestTimes.at(0), 79);
+        QTRY_COMPARE(line.inner.pieces(), QStringList{Hex::packetReply()});
     }
 
     void hangsUpInsideAFrame()
     {
         Line line("hang-up=30@reply:1.5");
         QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
-        line.reply(packetReply());
+        line.reply(Hex::packetReply());
         // It never happens before the event loop goes round.
         QVERIFY(line.faulty.isPlugged());
-        line.reply(packetReply());
+        line.reply(Hex::packetReply());
         QVERIFY(hungUp.wait(kPatience));
-        QCOMPARE(line.inner.written(), QStringList{"FF FF 0A 41 01"});
+        QCOMPARE(line.inner.pieces(), QStringList{"FF FF 0A 41 01"});
         QVERIFY(!line.inner.isPlugged());
         QVERIFY(!line.faulty.isPlugged());
         QCOMPARE(line.notes, QStringList{"reply 1: hung up before byte 5"});
@@ -270,7 +215,7 @@ private slots:
     {
         Line line("hang-up@request:1.3");
         QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
-        line.inner.receive(hello());
+        line.inner.receive(Hex::hello());
         QVERIFY(hungUp.wait(kPatience));
         QCOMPARE(line.requests, QStringList{"FF FF 0A"});
         QVERIFY(!line.inner.isPlugged());
@@ -280,30 +225,30 @@ private slots:
     {
         Line line("hang-up@reply:1.0,drop@reply:2");
         QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
-        line.reply(packetReply());
+        line.reply(Hex::packetReply());
         QVERIFY(hungUp.wait(kPatience));
         QString error;
         QVERIFY(line.faulty.plug(&error));
         QVERIFY(line.inner.isPlugged());
-        line.reply(packetReply());
-        line.reply(packetReply());
-        QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
+        line.reply(Hex::packetReply());
+        line.reply(Hex::packetReply());
+        QTRY_COMPARE(line.inner.pieces(), QStringList{Hex::packetReply()});
         QCOMPARE(line.notes.last(), QString("reply 2: dropped"));
     }
 
     void losesWhatIsOnItsWayWhenUnplugged()
     {
         Line line(QString("join=%1@reply:1,pause=%1@request:1").arg(kMuchLater));
-        line.reply(packetReply());
-        line.inner.receive(hello());
+        line.reply(Hex::packetReply());
+        line.inner.receive(Hex::hello());
         // Part of a frame, too.
         line.inner.receive("FF FF 0A 41 01 06");
         line.faulty.unplug();
         QVERIFY(!line.inner.isPlugged());
         QString error;
         QVERIFY(line.faulty.plug(&error));
-        line.reply(packetReply());
-        QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
+        line.reply(Hex::packetReply());
+        QTRY_COMPARE(line.inner.pieces(), QStringList{Hex::packetReply()});
         line.inner.receive("07 06 09 01 16 00 7F");
         QTRY_COMPARE(line.requests, QStringList{"07 06 09 01 16 00 7F"});
     }
@@ -312,14 +257,14 @@ private slots:
     {
         Line line("drop@reply:2");
         line.faulty.unplug();
-        line.reply(packetReply());
+        line.reply(Hex::packetReply());
         QString error;
         QVERIFY(line.faulty.plug(&error));
-        line.reply(packetReply());
-        line.reply(packetReply());
+        line.reply(Hex::packetReply());
+        line.reply(Hex::packetReply());
         line.reply("12");
-        const QStringList expected{QString(packetReply()), "12"};
-        QTRY_COMPARE(line.inner.written(), expected);
+        const QStringList expected{QString(Hex::packetReply()), "12"};
+        QTRY_COMPARE(line.inner.pieces(), expected);
     }
 
     void tellsWhyItCannotBePlugged()
@@ -335,38 +280,40 @@ private slots:
     void startsAnewWithNewFaults()
     {
         Line line("noise@reply:1");
-        line.reply(packetReply());
-        line.reply(packetReply());
+        line.reply(Hex::packetReply());
+        line.reply(Hex::packetReply());
         line.setFaults("noise@reply:1", 7);
-        line.reply(packetReply());
-        QTRY_COMPARE(line.inner.written(), QStringList{"27 F1 E8 9B 71 B7 F8 0E " + packetReply()});
+        line.reply(Hex::packetReply());
+        QTRY_COMPARE(line.inner.pieces(),
+                     QStringList{"27 F1 E8 9B 71 B7 F8 0E " + Hex::packetReply()});
         line.setFaults("noise@reply:1", 0);
-        line.reply(packetReply());
-        QTRY_COMPARE(line.inner.written().size(), 2);
-        QCOMPARE(line.inner.written().last(), QString("E5 49 F1 99 30 0D 81 D2 " + packetReply()));
+        line.reply(Hex::packetReply());
+        QTRY_COMPARE(line.inner.pieces().size(), 2);
+        QCOMPARE(line.inner.pieces().last(),
+                 QString("E5 49 F1 99 30 0D 81 D2 " + Hex::packetReply()));
     }
 
     void losesWhatIsOnItsWayWithNewFaults()
     {
         Line line(QString("join=%1@reply:1,silence@request:1").arg(kMuchLater));
-        line.reply(packetReply());
-        line.inner.receive(hello());
+        line.reply(Hex::packetReply());
+        line.inner.receive(Hex::hello());
         line.setFaults("drop@reply:2");
-        line.reply(packetReply());
-        QTRY_COMPARE(line.inner.written(), QStringList{QString(packetReply())});
-        line.inner.receive(hello());
-        QTRY_COMPARE(line.requests, QStringList{QString(hello())});
+        line.reply(Hex::packetReply());
+        QTRY_COMPARE(line.inner.pieces(), QStringList{Hex::packetReply()});
+        line.inner.receive(Hex::hello());
+        QTRY_COMPARE(line.requests, QStringList{Hex::hello()});
     }
 
     void endsAllFaults()
     {
         Line line("silence@reply:1,pause@request:1");
-        line.reply(packetReply());
-        line.inner.receive(hello());
+        line.reply(Hex::packetReply());
+        line.inner.receive(Hex::hello());
         line.setFaults("none");
         line.reply("12");
         line.inner.receive("34");
-        QCOMPARE(line.inner.written(), QStringList{"12"});
+        QCOMPARE(line.inner.pieces(), QStringList{"12"});
         QCOMPARE(line.requests, QStringList{"34"});
     }
 };

@@ -1,31 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "cameraline.h"
+#include "hexframes.h"
+#include "memoryline.h"
 #include "patience.h"
 #include "replayingcamera.h"
 
 #include <QSignalSpy>
 
 namespace {
-
-/// Keeps what is sent.
-class KeepingLine : public CameraLine {
-public:
-    bool plug(QString * /*error*/) override { return true; }
-    void unplug() override {}
-    bool isPlugged() const override { return true; }
-    void write(const QByteArray &bytes) override { m_written += bytes; }
-
-    void receive(const QByteArray &hexadecimal)
-    {
-        emit bytesReceived(QByteArray::fromHex(hexadecimal));
-    }
-    QByteArray written() const { return m_written.toHex(' ').toUpper(); }
-
-private:
-    QByteArray m_written;
-};
 
 QVector<LineEvent> recording(const QByteArray &lines)
 {
@@ -58,7 +41,7 @@ struct Replay {
     }
     bool isOver() const { return events().contains("-- the recording has ended"); }
 
-    KeepingLine line;
+    MemoryLine line;
     ReplayingCamera camera;
     QSignalSpy logged;
     QSignalSpy plugDue;
@@ -94,9 +77,9 @@ private slots:
         replay.line.receive("01");
         QCOMPARE(replay.line.written(), QByteArray());
         QTRY_VERIFY(!replay.line.written().isEmpty());
-        QVERIFY2(timer.elapsed() >= 50, qPrintable(QString::number(timer.elapsed())));
+        VERIFY_AT_LEAST(timer.elapsed(), 50);
         QTRY_COMPARE(replay.line.written(), QByteArray("AA BB"));
-        QVERIFY2(timer.elapsed() >= 90, qPrintable(QString::number(timer.elapsed())));
+        VERIFY_AT_LEAST(timer.elapsed(), 90);
     }
 
     void countsTheTimeFromWhenTheEventBeforeHappened()
@@ -111,7 +94,7 @@ private slots:
         replay.line.receive("01");
         QCOMPARE(replay.line.written(), QByteArray());
         QTRY_COMPARE(replay.line.written(), QByteArray("AA"));
-        QVERIFY2(timer.elapsed() >= 100, qPrintable(QString::number(timer.elapsed())));
+        VERIFY_AT_LEAST(timer.elapsed(), 100);
     }
 
     void countsTheTimeFromTheRecordedPlug()
@@ -122,7 +105,7 @@ private slots:
         replay.camera.start();
         QCOMPARE(replay.line.written(), QByteArray());
         QTRY_COMPARE(replay.line.written(), QByteArray("AA"));
-        QVERIFY2(timer.elapsed() >= 50, qPrintable(QString::number(timer.elapsed())));
+        VERIFY_AT_LEAST(timer.elapsed(), 50);
         QCOMPARE(replay.plugDue.size(), 0);
     }
 
@@ -133,7 +116,7 @@ private slots:
         timer.start();
         replay.camera.start();
         QTRY_COMPARE(replay.line.written(), QByteArray("AA"));
-        QVERIFY2(timer.elapsed() >= 50, qPrintable(QString::number(timer.elapsed())));
+        VERIFY_AT_LEAST(timer.elapsed(), 50);
     }
 
     void goesOnByCountWhenTheHostSendsOtherBytes()
@@ -158,7 +141,7 @@ private slots:
         replay.line.receive("01 02");
         QTRY_COMPARE(replay.line.written(), QByteArray("AA BB"));
         // The second answer waits for its own time, behind the first.
-        QVERIFY2(timer.elapsed() >= 100, qPrintable(QString::number(timer.elapsed())));
+        VERIFY_AT_LEAST(timer.elapsed(), 100);
     }
 
     void waitsForAllRecordedBytesOfTheHost()
@@ -181,11 +164,11 @@ private slots:
         replay.line.receive("01");
         QCOMPARE(replay.unplugDue.size(), 0);
         QTRY_COMPARE(replay.unplugDue.size(), 1);
-        QVERIFY2(timer.elapsed() >= 50, qPrintable(QString::number(timer.elapsed())));
+        VERIFY_AT_LEAST(timer.elapsed(), 50);
         QCOMPARE(replay.plugDue.size(), 0);
         QCOMPARE(replay.line.written(), QByteArray());
         QTRY_COMPARE(replay.plugDue.size(), 1);
-        QVERIFY2(timer.elapsed() >= 100, qPrintable(QString::number(timer.elapsed())));
+        VERIFY_AT_LEAST(timer.elapsed(), 100);
         QCOMPARE(replay.line.written(), QByteArray("AA"));
         QCOMPARE(replay.unplugDue.size(), 1);
     }
@@ -221,7 +204,7 @@ private slots:
                       "0 camera FF FF 0C 41 01 06 07 06 09\n"
                       "0 camera 05 3A 00 01 10 BA\n");
         replay.camera.start();
-        replay.line.receive("FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6");
+        replay.line.receive(Hex::zoom2());
         QCOMPARE(replay.events(),
                  (QStringList{"<- SET_CUSTOM_ZOOM      zoom 2", "-> SET_CUSTOM_ZOOM ack  value 272",
                               "-- the recording has ended"}));

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "recordedhost.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -28,40 +29,34 @@ class RecordedHostTest : public QObject {
 private slots:
     void tellsTheFirstDifferenceInEachEvent_data()
     {
-        QTest::addColumn<QStringList>("pieces");
-        QTest::addColumn<QStringList>("differences");
-
-        QTest::newRow("nothing") << QStringList() << QStringList();
-        QTest::newRow("the same") << QStringList{"01 02 03 04", "05 06"} << QStringList();
-        QTest::newRow("the same at once") << QStringList{"01 02 03 04 05 06"} << QStringList();
-        QTest::newRow("the same byte by byte")
-            << QStringList{"01", "02", "03", "04", "05", "06"} << QStringList();
-        QTest::newRow("the same, cut elsewhere")
-            << QStringList{"01 02 03", "04 05", "06"} << QStringList();
-        QTest::newRow("less") << QStringList{"01 02 03"} << QStringList();
-        QTest::newRow("the first byte")
-            << QStringList{"11 02 03 04", "05 06"}
-            << QStringList{"from byte 1 on the host sends 11 02 03 04 instead of 01 02 03 04, "
-                           "recorded at 1.000000"};
-        QTest::newRow("the last byte of an event")
-            << QStringList{"01 02 03 14 05 06"}
-            << QStringList{"from byte 4 on the host sends 14 instead of 04, recorded at 1.000000"};
-        QTest::newRow("a later event")
-            << QStringList{"01 02 03 04", "05 16"}
-            << QStringList{"from byte 6 on the host sends 16 instead of 06, recorded at 2.000007"};
-        QTest::newRow("two places in one event")
-            << QStringList{"11 02", "13 04", "05 06"}
-            << QStringList{
-                   "from byte 1 on the host sends 11 02 instead of 01 02, recorded at 1.000000"};
-        QTest::newRow("two events in one piece")
-            << QStringList{"01 12 03 04 15 06"}
-            << QStringList{
-                   "from byte 2 on the host sends 12 03 04 instead of 02 03 04, recorded at "
-                   "1.000000",
-                   "from byte 5 on the host sends 15 06 instead of 05 06, recorded at 2.000007"};
-        QTest::newRow("more")
-            << QStringList{"01 02 03 04", "05 06 07", "08", "09"}
-            << QStringList{"from byte 7 on the host sends 07, where nothing more is recorded"};
+        addRows<QStringList, QStringList>(
+            {"pieces", "differences"},
+            {{"nothing", {}, {}},
+             {"the same", {"01 02 03 04", "05 06"}, {}},
+             {"the same at once", {"01 02 03 04 05 06"}, {}},
+             {"the same byte by byte", {"01", "02", "03", "04", "05", "06"}, {}},
+             {"the same, cut elsewhere", {"01 02 03", "04 05", "06"}, {}},
+             {"less", {"01 02 03"}, {}},
+             {"the first byte",
+              {"11 02 03 04", "05 06"},
+              {"from byte 1 on the host sends 11 02 03 04 instead of 01 02 03 04, recorded at "
+               "1.000000"}},
+             {"the last byte of an event",
+              {"01 02 03 14 05 06"},
+              {"from byte 4 on the host sends 14 instead of 04, recorded at 1.000000"}},
+             {"a later event",
+              {"01 02 03 04", "05 16"},
+              {"from byte 6 on the host sends 16 instead of 06, recorded at 2.000007"}},
+             {"two places in one event",
+              {"11 02", "13 04", "05 06"},
+              {"from byte 1 on the host sends 11 02 instead of 01 02, recorded at 1.000000"}},
+             {"two events in one piece",
+              {"01 12 03 04 15 06"},
+              {"from byte 2 on the host sends 12 03 04 instead of 02 03 04, recorded at 1.000000",
+               "from byte 5 on the host sends 15 06 instead of 05 06, recorded at 2.000007"}},
+             {"more",
+              {"01 02 03 04", "05 06 07", "08", "09"},
+              {"from byte 7 on the host sends 07, where nothing more is recorded"}}});
     }
 
     void tellsTheFirstDifferenceInEachEvent()

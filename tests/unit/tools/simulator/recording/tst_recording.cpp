@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "recording.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -43,20 +44,17 @@ private slots:
 
     void writesOneLineForEachEvent_data()
     {
-        QTest::addColumn<LineEvent>("event");
-        QTest::addColumn<QByteArray>("line");
-
-        QTest::newRow("plugged") << at(0, LineEvent::Plugged) << QByteArray("0.000000 plugged\n");
-        QTest::newRow("unplugged")
-            << at(9'000'210, LineEvent::Unplugged) << QByteArray("9.000210 unplugged\n");
-        QTest::newRow("from the host") << at(1'203'451, LineEvent::Host, "FF FF 0A 41")
-                                       << QByteArray("1.203451 host   FF FF 0A 41\n");
-        QTest::newRow("from the camera")
-            << at(1, LineEvent::Camera, "07") << QByteArray("0.000001 camera 07\n");
-        QTest::newRow("all kinds of digits") << at(0, LineEvent::Host, "00 9A BC DE F0")
-                                             << QByteArray("0.000000 host   00 9A BC DE F0\n");
-        QTest::newRow("after a day")
-            << at(86'400'999'999, LineEvent::Unplugged) << QByteArray("86400.999999 unplugged\n");
+        addRows<LineEvent, QByteArray>(
+            {"event", "line"},
+            {{"plugged", at(0, LineEvent::Plugged), "0.000000 plugged\n"},
+             {"unplugged", at(9'000'210, LineEvent::Unplugged), "9.000210 unplugged\n"},
+             {"from the host", at(1'203'451, LineEvent::Host, "FF FF 0A 41"),
+              "1.203451 host   FF FF 0A 41\n"},
+             {"from the camera", at(1, LineEvent::Camera, "07"), "0.000001 camera 07\n"},
+             {"all kinds of digits", at(0, LineEvent::Host, "00 9A BC DE F0"),
+              "0.000000 host   00 9A BC DE F0\n"},
+             {"after a day", at(86'400'999'999, LineEvent::Unplugged),
+              "86400.999999 unplugged\n"}});
     }
 
     void writesOneLineForEachEvent()
@@ -67,30 +65,21 @@ private slots:
 
     void readsALineAsAnEvent_data()
     {
-        QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<LineEvent>("expected");
-
-        QTest::newRow("plugged") << QByteArray("0.000000 plugged") << at(0, LineEvent::Plugged);
-        QTest::newRow("unplugged")
-            << QByteArray("9.000210 unplugged") << at(9'000'210, LineEvent::Unplugged);
-        QTest::newRow("from the host")
-            << QByteArray("1.203451 host   FF 0A") << at(1'203'451, LineEvent::Host, "FF 0A");
-        QTest::newRow("from the camera")
-            << QByteArray("1.203451 camera 41") << at(1'203'451, LineEvent::Camera, "41");
-        QTest::newRow("small digits")
-            << QByteArray("0 host ff 0a") << at(0, LineEvent::Host, "FF 0A");
-        QTest::newRow("whole seconds")
-            << QByteArray("12 plugged") << at(12'000'000, LineEvent::Plugged);
-        QTest::newRow("tenths of a second")
-            << QByteArray("12.5 plugged") << at(12'500'000, LineEvent::Plugged);
-        QTest::newRow("the latest time") << QByteArray("999999999.999999 plugged")
-                                         << at(999'999'999'999'999, LineEvent::Plugged);
-        QTest::newRow("blanks and tabs")
-            << QByteArray("  1.5\thost \t FF  0A ") << at(1'500'000, LineEvent::Host, "FF 0A");
-        QTest::newRow("from another system")
-            << QByteArray("1.5 host FF\r") << at(1'500'000, LineEvent::Host, "FF");
-        QTest::newRow("a comment behind")
-            << QByteArray("1.5 host FF # that late") << at(1'500'000, LineEvent::Host, "FF");
+        addRows<QByteArray, LineEvent>(
+            {"line", "expected"},
+            {{"plugged", "0.000000 plugged", at(0, LineEvent::Plugged)},
+             {"unplugged", "9.000210 unplugged", at(9'000'210, LineEvent::Unplugged)},
+             {"from the host", "1.203451 host   FF 0A", at(1'203'451, LineEvent::Host, "FF 0A")},
+             {"from the camera", "1.203451 camera 41", at(1'203'451, LineEvent::Camera, "41")},
+             {"small digits", "0 host ff 0a", at(0, LineEvent::Host, "FF 0A")},
+             {"whole seconds", "12 plugged", at(12'000'000, LineEvent::Plugged)},
+             {"tenths of a second", "12.5 plugged", at(12'500'000, LineEvent::Plugged)},
+             {"the latest time", "999999999.999999 plugged",
+              at(999'999'999'999'999, LineEvent::Plugged)},
+             {"blanks and tabs", "  1.5\thost \t FF  0A ", at(1'500'000, LineEvent::Host, "FF 0A")},
+             {"from another system", "1.5 host FF\r", at(1'500'000, LineEvent::Host, "FF")},
+             {"a comment behind", "1.5 host FF # that late",
+              at(1'500'000, LineEvent::Host, "FF")}});
     }
 
     void readsALineAsAnEvent()
