@@ -4,6 +4,7 @@
 #include "patience.h"
 
 #include <QFile>
+#include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -45,6 +46,9 @@ private slots:
         QTest::newRow("diagnose list as JSON") << "corvane-diagnose --list --json" << 5;
         QTest::newRow("diagnose") << "corvane-diagnose /nowhere" << 5;
         QTest::newRow("diagnose as JSON") << "corvane-diagnose --json /nowhere" << 5;
+        QTest::newRow("simulator help") << "corvane-simulator --help" << 1;
+        QTest::newRow("simulator version") << "corvane-simulator --version" << 1;
+        QTest::newRow("simulator help of faults") << "corvane-simulator --faults help" << 1;
     }
 
     void reportsOutputThatCannotBeWritten()
@@ -57,6 +61,23 @@ private slots:
         const Outcome closed = run(command + " >&-");
         QCOMPARE(closed.errors, program + ": standard output: Bad file descriptor\n");
         QTEST(closed.exitCode, "exitCode");
+    }
+
+    void simulatesOnWhenTheLogCannotBeWritten()
+    {
+        QProcess simulator;
+        simulator.setStandardOutputFile("/dev/full");
+        const QString control = m_folder->filePath("control");
+        simulator.start(PROGRAMS "/corvane-simulator", {"--pty", "--control", control});
+        QTRY_VERIFY(QFile::exists(control));
+        QLocalSocket socket;
+        socket.connectToServer(control);
+        socket.write("unplug\nplug\nquit\n");
+        socket.flush();
+        QVERIFY(simulator.waitForFinished(kPatience));
+        QCOMPARE(simulator.readAllStandardError(),
+                 QByteArray("corvane-simulator: standard output: No space left on device\n"));
+        QCOMPARE(simulator.exitCode(), 0);
     }
 
     void worksWithClosedStreams_data()
@@ -77,6 +98,10 @@ private slots:
             << "corvane-image verify missing 2>&-" << 3 << none << none;
         QTest::newRow("diagnose without any")
             << "corvane-diagnose /nowhere <&- >&- 2>&-" << 5 << none << none;
+        QTest::newRow("simulator without any")
+            << "corvane-simulator --quiet -- sh -c 'for n in 0 1 2; do readlink /proc/$PPID/fd/$n; "
+               "done >&3' 3>&1 <&- >&- 2>&-"
+            << 0 << QByteArray("/dev/null\n/dev/null\n/dev/null\n") << none;
     }
 
     void worksWithClosedStreams()
@@ -97,6 +122,8 @@ private slots:
         QTest::newRow("image usage error") << "corvane-image '\x1b'";
         QTest::newRow("diagnose") << "ln -s /dev/null '\x1b'; corvane-diagnose './\x1b'";
         QTest::newRow("diagnose usage error") << "corvane-diagnose --wait '\x1b' none";
+        QTest::newRow("simulator") << "corvane-simulator --pty --replay '\x1b'";
+        QTest::newRow("simulator usage error") << "corvane-simulator --pty --baud '\x1b'";
     }
 
     void escapesNamesFromOutside()
@@ -118,6 +145,8 @@ private slots:
         QTest::newRow("image unpack") << "corvane-image unpack --help";
         QTest::newRow("image verify") << "corvane-image verify --help";
         QTest::newRow("diagnose") << "corvane-diagnose --help";
+        QTest::newRow("simulator") << "corvane-simulator --help";
+        QTest::newRow("simulator faults") << "corvane-simulator --faults help";
     }
 
     void printsHelpWithinEightyColumns()

@@ -639,9 +639,10 @@ private slots:
 
     void goesOnWhenAFirmwareCannotBeSaved()
     {
-        const QString path = m_folder->filePath("no/such/folder");
+        const QString path = m_folder->filePath("no/such\tfolder");
         const QString complaint =
-            QString("cannot save the firmware as %1: No such file or directory").arg(path);
+            QString("cannot save the firmware as %1: No such file or directory")
+                .arg(m_folder->filePath(R"(no/such\tfolder)"));
         Simulator simulator({"--pty", "--reboot-time", "0", "--save-firmware", path});
         Host host(simulator.portName());
         // An empty one.

@@ -5,7 +5,6 @@
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QFileInfo>
 #include <QRegularExpression>
 
@@ -41,27 +40,34 @@ public:
         return value;
     }
 
-    /// The option's value as numbers of 0 or more between separators; nothing when it is absent or
-    /// wrong.
-    template <std::size_t Count>
-    std::optional<std::array<int, Count>> numbers(const QString &name, QChar separator, int maximum,
-                                                  const QString &expected)
+    /// The option's value, or nothing when it is absent or wrong.
+    std::optional<std::array<int, 5>> settings(const QString &name)
     {
         if (!m_parser.isSet(name)) {
             return std::nullopt;
         }
-        std::array<int, Count> values{};
-        const QStringList parts = m_parser.value(name).split(separator);
-        bool fits = parts.size() == static_cast<int>(Count);
-        for (std::size_t i = 0; fits && i < Count; ++i) {
+        std::array<int, 5> values{};
+        const QStringList parts = m_parser.value(name).split(QLatin1Char(','));
+        bool fits = parts.size() == static_cast<int>(values.size());
+        for (std::size_t i = 0; fits && i < values.size(); ++i) {
+            constexpr int kMaximumByte = 255;
             values[i] = parts.at(static_cast<int>(i)).toInt(&fits);
-            fits = fits && values[i] >= 0 && values[i] <= maximum;
+            fits = fits && values[i] >= 0 && values[i] <= kMaximumByte;
         }
         if (!fits) {
-            complain(name, expected);
+            complain(name, QStringLiteral("five numbers with commas"));
             return std::nullopt;
         }
         return values;
+    }
+
+    /// The option's value, which is wrong when it is empty.
+    QString text(const QString &name, const QString &expected)
+    {
+        if (m_parser.isSet(name) && m_parser.value(name).isEmpty()) {
+            complain(name, expected);
+        }
+        return m_parser.value(name);
     }
 
     void complain(const QString &name, const QString &expected)
@@ -122,13 +128,14 @@ void describe(QCommandLineParser &parser)
     parser.setApplicationDescription(QStringLiteral(
         "A simulated camera at the other end of a serial line.\n"
         "\n"
-        "With a PROGRAM, it hangs on a simulated USB serial adapter that only this program sees.\n"
-        "With --pty, it hangs on a pseudo-terminal, whose name is the first line printed.\n"
-        "Every frame that passes is printed. The camera's commands on the control socket, one a\n"
-        "line: unplug, plug, silent on, silent off, faults PLAN [SEED], quit."));
+        "With a PROGRAM, it hangs on a simulated USB serial adapter that only this\n"
+        "program sees. With --pty, it hangs on a pseudo-terminal, whose name is the\n"
+        "first line printed. Every frame that passes is printed.\n"
+        "\n"
+        "The control socket takes these commands, one a line: unplug, plug, silent on,\n"
+        "silent off, faults PLAN [SEED], quit."));
+    addCommonOptions(parser);
     parser.addOptions({
-        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Print this help.")},
-        {{QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Print the version.")},
         {QStringLiteral("pty"), QStringLiteral("Use a pseudo-terminal.")},
         {QStringLiteral("port"), QStringLiteral("The adapter's port (default: ttyUSB0)."),
          QStringLiteral("NAME")},
@@ -195,26 +202,27 @@ QString exitCodes()
         "  with --pty   0 when ended by SIGINT, SIGTERM or quit\n"
         "  PROGRAM      the program's own; 128 + N when signal N killed it;\n"
         "               127 when it could not be started\n"
-        "  otherwise    1 when the line, the control socket or a recording could not be made,\n"
-        "               a recording could not be read or a real port not be opened,\n"
-        "               2 for a command line that makes no sense\n");
+        "  otherwise    1 when the line, the control socket or a recording could not be\n"
+        "               made, a recording could not be read, a real port could not be\n"
+        "               opened or the help could not be written;\n"
+        "               2 when the command line makes no sense\n");
 }
 
 } // namespace
 
-std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QStringList &arguments)
+std::variant<SimulatorOptions, Information, UsageError>
+parseCommandLine(const QStringList &arguments)
 {
     QCommandLineParser parser;
     describe(parser);
     if (!parser.parse(arguments)) {
-        return BadUsage{parser.errorText()};
+        return UsageError{parser.errorText()};
     }
     if (parser.isSet(option("help"))) {
         return Information{parser.helpText() + exitCodes()};
     }
     if (parser.isSet(option("version"))) {
-        return Information{QStringLiteral("%1 %2\n").arg(QCoreApplication::applicationName(),
-                                                         QCoreApplication::applicationVersion())};
+        return versionInformation();
     }
 
     if (parser.value(option("faults")) == QLatin1String("help")) {
@@ -222,15 +230,15 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
     }
     const QString conflict = conflictOfSources(parser);
     if (!conflict.isEmpty()) {
-        return BadUsage{conflict};
+        return UsageError{conflict};
     }
 
     SimulatorOptions options;
     QStringList program = parser.positionalArguments();
     if (parser.isSet(option("pty")) != program.isEmpty()) {
-        return BadUsage{program.isEmpty()
-                            ? QStringLiteral("either --pty or a program is needed")
-                            : QStringLiteral("--pty and a program exclude each other")};
+        return UsageError{program.isEmpty()
+                              ? QStringLiteral("either --pty or a program is needed")
+                              : QStringLiteral("--pty and a program exclude each other")};
     }
     if (!program.isEmpty()) {
         options.program = program.takeFirst();
@@ -238,11 +246,8 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
     }
 
     OptionReader reader(parser);
-    options.throughPort = parser.value(option("through"));
+    options.throughPort = reader.text(option("through"), QStringLiteral("a port"));
     if (parser.isSet(option("through"))) {
-        if (options.throughPort.isEmpty()) {
-            reader.complain(option("through"), QStringLiteral("a port"));
-        }
         options.portName = QStringLiteral("ttyTHROUGH0");
     }
     if (parser.isSet(option("port"))) {
@@ -266,19 +271,19 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
         reader.number(option("reboot-time"), 0, kMaximumDelay, rebootTime));
     options.behaviour.silent = parser.isSet(option("silent"));
 
-    constexpr int kMaximumByte = 255;
-    const auto version = reader.numbers<4>(option("camera-version"), QLatin1Char('.'), kMaximumByte,
-                                           QStringLiteral("four numbers from 0 to 255 with dots"));
-    for (std::size_t i = 0; version && i < version->size(); ++i) {
-        options.camera.version[i] = static_cast<unsigned char>((*version)[i]);
+    if (parser.isSet(option("camera-version"))) {
+        const auto version = versionFrom(parser.value(option("camera-version")));
+        if (!version) {
+            reader.complain(option("camera-version"),
+                            QStringLiteral("four numbers from 0 to 255 with dots"));
+        }
+        options.camera.version = version.value_or(options.camera.version);
     }
-    const auto values = reader.numbers<5>(option("settings"), QLatin1Char(','), kMaximumByte,
-                                          QStringLiteral("five numbers with commas"));
-    if (values) {
+    if (const auto values = reader.settings(option("settings"))) {
         QString fault;
         const auto settings = cameraSettingsFrom(*values, &fault);
         if (!settings) {
-            return BadUsage{QStringLiteral("--settings: ") + fault};
+            return UsageError{QStringLiteral("--settings: ") + fault};
         }
         options.camera.settings = *settings;
     }
@@ -293,7 +298,7 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
         QString fault;
         const auto plan = FaultPlan::parse(parser.value(option("faults")), &fault);
         if (!plan) {
-            return BadUsage{QStringLiteral("--faults: ") + fault};
+            return UsageError{QStringLiteral("--faults: ") + fault};
         }
         options.faults = *plan;
     }
@@ -305,26 +310,14 @@ std::variant<SimulatorOptions, Information, BadUsage> parseCommandLine(const QSt
         options.seed = seed.value_or(0);
     }
 
-    options.controlPath = parser.value(option("control"));
-    if (parser.isSet(option("control")) && options.controlPath.isEmpty()) {
-        reader.complain(option("control"), QStringLiteral("a path"));
-    }
-    options.firmwarePath = parser.value(option("save-firmware"));
-    if (parser.isSet(option("save-firmware")) && options.firmwarePath.isEmpty()) {
-        reader.complain(option("save-firmware"), QStringLiteral("a path"));
-    }
-    options.recordingPath = parser.value(option("record"));
-    if (parser.isSet(option("record")) && options.recordingPath.isEmpty()) {
-        reader.complain(option("record"), QStringLiteral("a path"));
-    }
-    options.replayPath = parser.value(option("replay"));
-    if (parser.isSet(option("replay")) && options.replayPath.isEmpty()) {
-        reader.complain(option("replay"), QStringLiteral("a path"));
-    }
+    options.controlPath = reader.text(option("control"), QStringLiteral("a path"));
+    options.firmwarePath = reader.text(option("save-firmware"), QStringLiteral("a path"));
+    options.recordingPath = reader.text(option("record"), QStringLiteral("a path"));
+    options.replayPath = reader.text(option("replay"), QStringLiteral("a path"));
     options.withHex = parser.isSet(option("hex"));
     options.quiet = parser.isSet(option("quiet"));
     if (!reader.fault().isEmpty()) {
-        return BadUsage{reader.fault()};
+        return UsageError{reader.fault()};
     }
     return options;
 }

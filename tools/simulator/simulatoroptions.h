@@ -5,6 +5,7 @@
 
 #include "answeringcamera.h"
 #include "camera.h"
+#include "commandline.h"
 #include "faultplan.h"
 
 #include <QString>
@@ -30,17 +31,7 @@ struct SimulatorOptions {
     bool quiet = false;
 };
 
-/// A text to print on the standard output before ending with success, such as the help.
-struct Information {
-    QString text;
-};
-
-/// Why the command line makes no sense.
-struct BadUsage {
-    QString reason;
-};
-
 /// Reads the command line.
 /// @param arguments  with the program's name in front
-std::variant<SimulatorOptions, Information, BadUsage>
+std::variant<SimulatorOptions, Information, UsageError>
 parseCommandLine(const QStringList &arguments);

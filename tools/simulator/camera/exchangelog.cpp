@@ -5,6 +5,7 @@
 
 #include "devicereply.h"
 #include "firmwarereceiver.h"
+#include "printabletext.h"
 #include "request.h"
 #include "uartframe.h"
 
@@ -14,11 +15,6 @@
 namespace {
 
 constexpr int kNameWidth = 19; // "SET_CUSTOM_ZOOM ack"
-
-QString hexadecimal(const QByteArray &bytes)
-{
-    return QString::fromLatin1(bytes.toHex(' ').toUpper());
-}
 
 QString commandName(unsigned char command)
 {
@@ -74,7 +70,7 @@ QString bytesText(unsigned char parameter, const QByteArray &payload)
     if (!payload.isEmpty()) {
         constexpr int kBytesShown = 8;
         parts << (payload.size() <= kBytesShown
-                      ? QStringLiteral("payload ") + hexadecimal(payload)
+                      ? QStringLiteral("payload ") + hexadecimalText(payload)
                       : QStringLiteral("payload of %1 bytes").arg(payload.size()));
     }
     return parts.join(QLatin1String(", "));
@@ -150,8 +146,8 @@ QString ExchangeLog::receivedFaulty(const QTime &time, const QByteArray &bytes,
                                     const QString &fault) const
 {
     // The bytes are the text here, so that they are not repeated.
-    return line(time, QStringLiteral("<-"), QStringLiteral("(%1)").arg(fault), hexadecimal(bytes),
-                {});
+    return line(time, QStringLiteral("<-"), QStringLiteral("(%1)").arg(fault),
+                hexadecimalText(bytes), {});
 }
 
 QString ExchangeLog::sent(const QTime &time, const QByteArray &frame) const
@@ -164,8 +160,8 @@ QString ExchangeLog::sent(const QTime &time, const QByteArray &frame) const
 QString ExchangeLog::sentFaulty(const QTime &time, const QByteArray &bytes,
                                 const QString &fault) const
 {
-    return line(time, QStringLiteral("->"), QStringLiteral("(%1)").arg(fault), hexadecimal(bytes),
-                {});
+    return line(time, QStringLiteral("->"), QStringLiteral("(%1)").arg(fault),
+                hexadecimalText(bytes), {});
 }
 
 QString ExchangeLog::notice(const QTime &time, const QString &text) const
@@ -181,7 +177,7 @@ QString ExchangeLog::line(const QTime &time, const QString &direction, const QSt
     text +=
         details.isEmpty() ? name : name.leftJustified(kNameWidth) + QLatin1String("  ") + details;
     if (m_withHex && !frame.isEmpty()) {
-        text += QLatin1String(" | ") + hexadecimal(frame);
+        text += QLatin1String(" | ") + hexadecimalText(frame);
     }
     return text;
 }

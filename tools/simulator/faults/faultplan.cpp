@@ -44,13 +44,13 @@ const std::array<FaultKind, 27> &kinds()
         {Fault::Late, "late", "ms", 1, kMostMilliseconds, 6000, false,
          "The frame arrives later than any host waits."},
         {Fault::Split, "split", "ms", 1, kMostMilliseconds, 1, false,
-         "The bytes of the frame arrive one by one, with so much time between."},
+         "The bytes of the frame arrive one by one, that far apart."},
         {Fault::Gap, "gap", "ms", 1, kMostMilliseconds, 50, true,
          "The frame pauses for so long before the byte."},
         {Fault::Join, "join", "ms", 1, kMostMilliseconds, 500, false,
-         "The frame arrives in one piece with the next one, or alone after so much time."},
+         "The frame waits for the next one to join it, at most so long."},
         {Fault::Noise, "noise", "bytes", 1, kMostBytes, 8, false,
-         "So many random bytes come before the frame, none of which look like a header."},
+         "So many random bytes come before the frame, but no header."},
         {Fault::FfRun, "ff-run", "bytes", 1, kMostBytes, 5, false,
          "So many bytes of FF come before the frame."},
         {Fault::HalfFrame, "half-frame", nullptr, 0, 0, 0, false,
@@ -66,15 +66,15 @@ const std::array<FaultKind, 27> &kinds()
         {Fault::WrongParameter, "wrong-parameter", nullptr, 0, 0, 0, false,
          "The parameter byte is higher by 1, and the checksum right."},
         {Fault::Stale, "stale", nullptr, 0, 0, 0, false,
-         "The previous frame of that direction comes once more before the frame."},
+         "The previous frame of that direction comes again before it."},
         {Fault::Trail, "trail", "bytes", 1, kMostBytes, 8, false,
-         "So many random bytes come behind the frame, none of which look like a header."},
+         "So many random bytes come after the frame, but no header."},
         {Fault::Silence, "silence", nullptr, 0, 0, 0, false,
          "From the frame on, nothing arrives any more in that direction."},
         {Fault::Pause, "pause", "ms", 1, kMostMilliseconds, 1000, false,
-         "From the frame on, the line holds everything back for so long, in both directions."},
+         "From the frame on, both directions are held back for so long."},
         {Fault::HangUp, "hang-up", "ms", 1, kMostMilliseconds, 20, true,
-         "The line is hung up before the byte, so long after what came before it."},
+         "The line hangs up before the byte, so long after the last one."},
     }};
     return kKinds;
 }
@@ -328,8 +328,8 @@ QString FaultPlan::help()
         "\n"
         "PLACE:\n"
         "  N               The Nth frame in that direction, from 1.\n"
-        "  N.B             That frame, at its byte B, from 0. For kinds that act at a byte;\n"
-        "                  without B, it is a random one.\n"
+        "  N.B             That frame, at its byte B, from 0. For kinds that act at a\n"
+        "                  byte; without B, it is a random one.\n"
         "  N+              The Nth frame and every later one.\n"
         "  P%              Each frame with that probability, such as 2.5%.\n"
         "  all             Every frame.\n"

@@ -3,6 +3,7 @@
 
 #include "faultyframe.h"
 
+#include "printabletext.h"
 #include "seededrandom.h"
 #include "uartframe.h"
 
@@ -13,14 +14,9 @@ namespace {
 constexpr int kByteValues = 256;
 constexpr int kHeaderByte = UARTFrame::kHeaderByte;
 
-QString hexadecimal(const QByteArray &bytes)
+QString hexadecimalText(int byte)
 {
-    return QString::fromLatin1(bytes.toHex(' ').toUpper());
-}
-
-QString hexadecimal(int byte)
-{
-    return hexadecimal(QByteArray(1, static_cast<char>(byte)));
+    return hexadecimalText(QByteArray(1, static_cast<char>(byte)));
 }
 
 } // namespace
@@ -185,7 +181,7 @@ QString FaultyFrame::applyAround(Fault::Kind kind, int value)
     case Fault::Noise: {
         const QByteArray bytes = noise(value);
         m_ahead += bytes;
-        return QStringLiteral("put noise before it, ") + hexadecimal(bytes);
+        return QStringLiteral("put noise before it, ") + hexadecimalText(bytes);
     }
     case Fault::FfRun:
         m_ahead += QByteArray(value, static_cast<char>(kHeaderByte));
@@ -200,7 +196,7 @@ QString FaultyFrame::applyAround(Fault::Kind kind, int value)
     default: { // Trail
         const QByteArray bytes = noise(value);
         addBehind(bytes, Milliseconds::zero());
-        return QStringLiteral("put noise behind it, ") + hexadecimal(bytes);
+        return QStringLiteral("put noise behind it, ") + hexadecimalText(bytes);
     }
     }
 }
@@ -231,14 +227,14 @@ QString FaultyFrame::dropByte(int byte)
 {
     const int old = byteAt(byte);
     m_frame.remove(byte, 1);
-    return QStringLiteral("dropped byte %1, %2").arg(QString::number(byte), hexadecimal(old));
+    return QStringLiteral("dropped byte %1, %2").arg(QString::number(byte), hexadecimalText(old));
 }
 
 QString FaultyFrame::insertByte(int byte, int value)
 {
     m_frame.insert(byte, static_cast<char>(value));
     return QStringLiteral("inserted %1 before byte %2")
-        .arg(hexadecimal(value), QString::number(byte));
+        .arg(hexadecimalText(value), QString::number(byte));
 }
 
 QString FaultyFrame::changeByte(const QString &what, int byte, int mask)
@@ -246,7 +242,7 @@ QString FaultyFrame::changeByte(const QString &what, int byte, int mask)
     const int old = byteAt(byte);
     m_frame[byte] = static_cast<char>(old ^ mask);
     return QStringLiteral("%1 byte %2, %3 became %4")
-        .arg(what, QString::number(byte), hexadecimal(old), hexadecimal(byteAt(byte)));
+        .arg(what, QString::number(byte), hexadecimalText(old), hexadecimalText(byteAt(byte)));
 }
 
 QString FaultyFrame::burst(int byte, int count)
@@ -256,8 +252,8 @@ QString FaultyFrame::burst(int byte, int count)
         m_frame[i] = static_cast<char>(byteAt(i) ^ m_random.between(1, kByteValues - 1));
     }
     return QStringLiteral("replaced %1 bytes from byte %2 on, %3 became %4")
-        .arg(QString::number(old.size()), QString::number(byte), hexadecimal(old),
-             hexadecimal(m_frame.mid(byte, old.size())));
+        .arg(QString::number(old.size()), QString::number(byte), hexadecimalText(old),
+             hexadecimalText(m_frame.mid(byte, old.size())));
 }
 
 QString FaultyFrame::swap(int byte)
@@ -266,7 +262,7 @@ QString FaultyFrame::swap(int byte)
     m_frame[byte] = old.at(1);
     m_frame[byte + 1] = old.at(0);
     return QStringLiteral("swapped bytes %1 and %2, %3")
-        .arg(QString::number(byte), QString::number(byte + 1), hexadecimal(old));
+        .arg(QString::number(byte), QString::number(byte + 1), hexadecimalText(old));
 }
 
 QString FaultyFrame::setField(const QString &name, int offset, int value, bool withChecksum)
@@ -280,7 +276,7 @@ QString FaultyFrame::setField(const QString &name, int offset, int value, bool w
         m_frame[m_frame.size() - 1] = static_cast<char>(UARTFrame::checksum(m_frame.chopped(1)));
     }
     return QStringLiteral("changed the %1, %2 became %3")
-        .arg(name, hexadecimal(old), hexadecimal(value));
+        .arg(name, hexadecimalText(old), hexadecimalText(value));
 }
 
 QString FaultyFrame::setLength(std::optional<int> value)

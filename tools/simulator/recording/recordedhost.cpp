@@ -3,17 +3,10 @@
 
 #include "recordedhost.h"
 
+#include "printabletext.h"
+
 #include <algorithm>
 #include <iterator>
-
-namespace {
-
-QString hexadecimal(const QByteArray &bytes)
-{
-    return QString::fromLatin1(bytes.toHex(' ').toUpper());
-}
-
-} // namespace
 
 RecordedHost::RecordedHost(const QVector<LineEvent> &recording)
 {
@@ -53,10 +46,10 @@ QString RecordedHost::difference(const QByteArray &sent, const QByteArray &recor
     // Counted from 1, as people do.
     const QString place = QStringLiteral("from byte %1 on the host sends %2")
                               .arg(m_position + offset + 1)
-                              .arg(hexadecimal(sent.mid(offset)));
+                              .arg(hexadecimalText(sent.mid(offset)));
     return m_event == m_events.size() ? place + QStringLiteral(", where nothing more is recorded")
                                       : place
             + QStringLiteral(" instead of %1, recorded at %2")
-                  .arg(hexadecimal(recorded.mid(offset)),
+                  .arg(hexadecimalText(recorded.mid(offset)),
                        Recording::timeText(m_events.at(m_event).time));
 }

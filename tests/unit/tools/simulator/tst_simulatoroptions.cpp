@@ -8,7 +8,7 @@
 
 namespace {
 
-std::variant<SimulatorOptions, Information, BadUsage> parse(const QStringList &arguments)
+std::variant<SimulatorOptions, Information, UsageError> parse(const QStringList &arguments)
 {
     return parseCommandLine(QStringList("corvane-simulator") + arguments);
 }
@@ -241,8 +241,8 @@ private slots:
     {
         QFETCH(QStringList, arguments);
         const auto result = parse(arguments);
-        QVERIFY(std::holds_alternative<BadUsage>(result));
-        QTEST(std::get<BadUsage>(result).reason, "reason");
+        QVERIFY(std::holds_alternative<UsageError>(result));
+        QTEST(std::get<UsageError>(result).reason, "reason");
     }
 };
 
