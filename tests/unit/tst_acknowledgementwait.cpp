@@ -14,6 +14,9 @@ namespace {
 class Sender : public QObject {
     Q_OBJECT
 
+public:
+    AcknowledgementWait wait{this, SIGNAL(acknowledged())};
+
 signals:
     void acknowledged();
     void somethingElse();
@@ -25,161 +28,140 @@ class AcknowledgementWaitTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void theSignalEndsItAsAcknowledged();
-    void itsTimerEndsItAsTimedOut();
-    void anotherSignalDoesNotEndIt();
-    void neverEndsEarly();
-    void aSignalBeforeTheLoopDoesNotCount();
-    void canWaitSeveralTimes();
-    void aSignalEndsAllNestedWaits();
-    void anOuterWaitThatTimedOutMeanwhileIsNotSavedByALateSignal();
-    void aTimerThatRunsOutBehindAnAcknowledgementCountsAsTimedOut();
-    void theEndOfTheProgramIsNeither();
-    void theEndOfTheProgramEndsEveryNestedWait();
-};
-
-void AcknowledgementWaitTest::theSignalEndsItAsAcknowledged()
-{
-    Sender sender;
-    AcknowledgementWait wait(&sender, SIGNAL(acknowledged()));
-    QTimer::singleShot(10ms, &sender, &Sender::acknowledged);
-    QCOMPARE(wait.waitFor(5000ms), AcknowledgementWait::Acknowledged);
-}
-
-void AcknowledgementWaitTest::itsTimerEndsItAsTimedOut()
-{
-    Sender sender;
-    AcknowledgementWait wait(&sender, SIGNAL(acknowledged()));
-    QCOMPARE(wait.waitFor(20ms), AcknowledgementWait::TimedOut);
-}
-
-void AcknowledgementWaitTest::anotherSignalDoesNotEndIt()
-{
-    Sender sender;
-    AcknowledgementWait wait(&sender, SIGNAL(acknowledged()));
-    QTimer::singleShot(1ms, &sender, &Sender::somethingElse);
-    QCOMPARE(wait.waitFor(50ms), AcknowledgementWait::TimedOut);
-}
-
-// A coarse timer would be up to 5 % early for some of these.
-void AcknowledgementWaitTest::neverEndsEarly()
-{
-    Sender sender;
-    AcknowledgementWait wait(&sender, SIGNAL(acknowledged()));
-    for (auto limit = 61ms; limit < 140ms; limit += 3ms) {
-        QElapsedTimer timer;
-        timer.start();
-        QCOMPARE(wait.waitFor(limit), AcknowledgementWait::TimedOut);
-        QVERIFY2(timer.nsecsElapsed() >= std::chrono::nanoseconds(limit - 1ms).count(),
-                 qPrintable(QString::number(timer.nsecsElapsed())));
+    void theSignalEndsItAsAcknowledged()
+    {
+        Sender sender;
+        QTimer::singleShot(10ms, &sender, &Sender::acknowledged);
+        QCOMPARE(sender.wait.waitFor(5000ms), AcknowledgementWait::Acknowledged);
     }
-}
 
-void AcknowledgementWaitTest::aSignalBeforeTheLoopDoesNotCount()
-{
-    Sender sender;
-    AcknowledgementWait wait(&sender, SIGNAL(acknowledged()));
-    emit sender.acknowledged();
-    QCOMPARE(wait.waitFor(20ms), AcknowledgementWait::TimedOut);
-
-    QTimer::singleShot(0, &sender, &Sender::acknowledged);
-    QCOMPARE(wait.waitFor(5000ms), AcknowledgementWait::Acknowledged);
-    // The timer of the wait before is still active.
-    emit sender.acknowledged();
-    QCOMPARE(wait.waitFor(20ms), AcknowledgementWait::TimedOut);
-}
-
-void AcknowledgementWaitTest::canWaitSeveralTimes()
-{
-    Sender sender;
-    AcknowledgementWait wait(&sender, SIGNAL(acknowledged()));
-    for (int i = 0; i < 3; ++i) {
-        QTimer::singleShot(1ms, &sender, &Sender::acknowledged);
-        QCOMPARE(wait.waitFor(5000ms), AcknowledgementWait::Acknowledged);
-        QCOMPARE(wait.waitFor(10ms), AcknowledgementWait::TimedOut);
+    void itsTimerEndsItAsTimedOut()
+    {
+        Sender sender;
+        QCOMPARE(sender.wait.waitFor(20ms), AcknowledgementWait::TimedOut);
     }
-}
 
-void AcknowledgementWaitTest::aSignalEndsAllNestedWaits()
-{
-    Sender sender;
-    AcknowledgementWait outer(&sender, SIGNAL(acknowledged()));
-    auto innerOutcome = AcknowledgementWait::TimedOut;
-    QTimer::singleShot(1ms, this, [&sender, &innerOutcome] {
-        AcknowledgementWait inner(&sender, SIGNAL(acknowledged()));
-        QTimer::singleShot(1ms, &sender, &Sender::acknowledged);
-        innerOutcome = inner.waitFor(5000ms);
-    });
-    QCOMPARE(outer.waitFor(5000ms), AcknowledgementWait::Acknowledged);
-    QCOMPARE(innerOutcome, AcknowledgementWait::Acknowledged);
-}
+    void anotherSignalDoesNotEndIt()
+    {
+        Sender sender;
+        QTimer::singleShot(1ms, &sender, &Sender::somethingElse);
+        QCOMPARE(sender.wait.waitFor(50ms), AcknowledgementWait::TimedOut);
+    }
 
-void AcknowledgementWaitTest::anOuterWaitThatTimedOutMeanwhileIsNotSavedByALateSignal()
-{
-    Sender sender;
-    AcknowledgementWait outer(&sender, SIGNAL(acknowledged()));
-    auto innerOutcome = AcknowledgementWait::TimedOut;
-    QTimer::singleShot(1ms, this, [&sender, &innerOutcome] {
-        AcknowledgementWait inner(&sender, SIGNAL(acknowledged()));
-        QTimer::singleShot(200ms, &sender, &Sender::acknowledged);
-        innerOutcome = inner.waitFor(5000ms);
-    });
-    QCOMPARE(outer.waitFor(50ms), AcknowledgementWait::TimedOut);
-    QCOMPARE(innerOutcome, AcknowledgementWait::Acknowledged);
-}
+    // A coarse timer would be up to 5 % early for some of these.
+    void neverEndsEarly()
+    {
+        Sender sender;
+        for (auto limit = 61ms; limit < 140ms; limit += 3ms) {
+            QElapsedTimer timer;
+            timer.start();
+            QCOMPARE(sender.wait.waitFor(limit), AcknowledgementWait::TimedOut);
+            QVERIFY2(timer.nsecsElapsed() >= std::chrono::nanoseconds(limit - 1ms).count(),
+                     qPrintable(QString::number(timer.nsecsElapsed())));
+        }
+    }
 
-// As when a message box that an inner wait showed keeps the outer one from returning.
-void AcknowledgementWaitTest::aTimerThatRunsOutBehindAnAcknowledgementCountsAsTimedOut()
-{
-    Sender sender;
-    AcknowledgementWait outer(&sender, SIGNAL(acknowledged()));
-    QTimer::singleShot(1ms, this, [&sender] {
+    void aSignalBeforeTheLoopDoesNotCount()
+    {
+        Sender sender;
         emit sender.acknowledged();
-        QEventLoop box;
-        QTimer::singleShot(200ms, &box, &QEventLoop::quit);
-        box.exec();
-    });
-    QCOMPARE(outer.waitFor(50ms), AcknowledgementWait::TimedOut);
-}
+        QCOMPARE(sender.wait.waitFor(20ms), AcknowledgementWait::TimedOut);
 
-void AcknowledgementWaitTest::theEndOfTheProgramIsNeither()
-{
-    Sender sender;
-    auto during = AcknowledgementWait::TimedOut;
-    auto behind = AcknowledgementWait::TimedOut;
-    QTimer::singleShot(0, this, [&sender, &during, &behind] {
-        AcknowledgementWait wait(&sender, SIGNAL(acknowledged()));
-        QTimer::singleShot(1ms, QCoreApplication::instance(), &QCoreApplication::quit);
-        during = wait.waitFor(5000ms);
-        behind = wait.waitFor(5000ms);
-    });
-    QElapsedTimer timer;
-    timer.start();
-    QCoreApplication::exec();
-    QCOMPARE(during, AcknowledgementWait::ProgramEnding);
-    QCOMPARE(behind, AcknowledgementWait::ProgramEnding);
-    QVERIFY(timer.elapsed() < 5000);
-}
+        QTimer::singleShot(0, &sender, &Sender::acknowledged);
+        QCOMPARE(sender.wait.waitFor(5000ms), AcknowledgementWait::Acknowledged);
+        // The timer of the wait before is still active.
+        emit sender.acknowledged();
+        QCOMPARE(sender.wait.waitFor(20ms), AcknowledgementWait::TimedOut);
+    }
 
-void AcknowledgementWaitTest::theEndOfTheProgramEndsEveryNestedWait()
-{
-    Sender sender;
-    auto outerOutcome = AcknowledgementWait::Acknowledged;
-    auto innerOutcome = AcknowledgementWait::Acknowledged;
-    QTimer::singleShot(0, this, [&] {
-        AcknowledgementWait outer(&sender, SIGNAL(acknowledged()));
-        QTimer::singleShot(1ms, this, [&] {
+    void canWaitSeveralTimes()
+    {
+        Sender sender;
+        for (int i = 0; i < 3; ++i) {
+            QTimer::singleShot(1ms, &sender, &Sender::acknowledged);
+            QCOMPARE(sender.wait.waitFor(5000ms), AcknowledgementWait::Acknowledged);
+            QCOMPARE(sender.wait.waitFor(10ms), AcknowledgementWait::TimedOut);
+        }
+    }
+
+    void aSignalEndsAllNestedWaits()
+    {
+        Sender sender;
+        auto innerOutcome = AcknowledgementWait::TimedOut;
+        QTimer::singleShot(1ms, this, [&sender, &innerOutcome] {
             AcknowledgementWait inner(&sender, SIGNAL(acknowledged()));
-            // The outer wait has timed out by then, which must not be what is reported.
-            QTimer::singleShot(100ms, QCoreApplication::instance(), &QCoreApplication::quit);
+            QTimer::singleShot(1ms, &sender, &Sender::acknowledged);
             innerOutcome = inner.waitFor(5000ms);
         });
-        outerOutcome = outer.waitFor(20ms);
-    });
-    QCoreApplication::exec();
-    QCOMPARE(innerOutcome, AcknowledgementWait::ProgramEnding);
-    QCOMPARE(outerOutcome, AcknowledgementWait::ProgramEnding);
-}
+        QCOMPARE(sender.wait.waitFor(5000ms), AcknowledgementWait::Acknowledged);
+        QCOMPARE(innerOutcome, AcknowledgementWait::Acknowledged);
+    }
+
+    void anOuterWaitThatTimedOutMeanwhileIsNotSavedByALateSignal()
+    {
+        Sender sender;
+        auto innerOutcome = AcknowledgementWait::TimedOut;
+        QTimer::singleShot(1ms, this, [&sender, &innerOutcome] {
+            AcknowledgementWait inner(&sender, SIGNAL(acknowledged()));
+            QTimer::singleShot(200ms, &sender, &Sender::acknowledged);
+            innerOutcome = inner.waitFor(5000ms);
+        });
+        QCOMPARE(sender.wait.waitFor(50ms), AcknowledgementWait::TimedOut);
+        QCOMPARE(innerOutcome, AcknowledgementWait::Acknowledged);
+    }
+
+    // As when a message box that an inner wait showed keeps the outer one from returning.
+    void aTimerThatRunsOutBehindAnAcknowledgementCountsAsTimedOut()
+    {
+        Sender sender;
+        QTimer::singleShot(1ms, this, [&sender] {
+            emit sender.acknowledged();
+            QEventLoop box;
+            QTimer::singleShot(200ms, &box, &QEventLoop::quit);
+            box.exec();
+        });
+        QCOMPARE(sender.wait.waitFor(50ms), AcknowledgementWait::TimedOut);
+    }
+
+    void theEndOfTheProgramIsNeither()
+    {
+        Sender sender;
+        auto during = AcknowledgementWait::TimedOut;
+        auto behind = AcknowledgementWait::TimedOut;
+        QTimer::singleShot(0, this, [&sender, &during, &behind] {
+            AcknowledgementWait wait(&sender, SIGNAL(acknowledged()));
+            QTimer::singleShot(1ms, QCoreApplication::instance(), &QCoreApplication::quit);
+            during = wait.waitFor(5000ms);
+            behind = wait.waitFor(5000ms);
+        });
+        QElapsedTimer timer;
+        timer.start();
+        QCoreApplication::exec();
+        QCOMPARE(during, AcknowledgementWait::ProgramEnding);
+        QCOMPARE(behind, AcknowledgementWait::ProgramEnding);
+        QVERIFY(timer.elapsed() < 5000);
+    }
+
+    void theEndOfTheProgramEndsEveryNestedWait()
+    {
+        Sender sender;
+        auto outerOutcome = AcknowledgementWait::Acknowledged;
+        auto innerOutcome = AcknowledgementWait::Acknowledged;
+        QTimer::singleShot(0, this, [&] {
+            AcknowledgementWait outer(&sender, SIGNAL(acknowledged()));
+            QTimer::singleShot(1ms, this, [&] {
+                AcknowledgementWait inner(&sender, SIGNAL(acknowledged()));
+                // The outer wait has timed out by then, which must not be what is reported.
+                QTimer::singleShot(100ms, QCoreApplication::instance(), &QCoreApplication::quit);
+                innerOutcome = inner.waitFor(5000ms);
+            });
+            outerOutcome = outer.waitFor(20ms);
+        });
+        QCoreApplication::exec();
+        QCOMPARE(innerOutcome, AcknowledgementWait::ProgramEnding);
+        QCOMPARE(outerOutcome, AcknowledgementWait::ProgramEnding);
+    }
+};
 
 QTEST_GUILESS_MAIN(AcknowledgementWaitTest)
 #include "tst_acknowledgementwait.moc"

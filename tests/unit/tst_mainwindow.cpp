@@ -3,6 +3,7 @@
 
 #include "mainwindow.h"
 
+#include "rows.h"
 #include "windowfixture.h"
 
 #include <QAbstractItemView>
@@ -145,21 +146,14 @@ private slots:
 
     void takesThePortNameFromTheChosenItem_data()
     {
-        QTest::addColumn<QString>("item");
-        QTest::addColumn<QString>("portName");
-
-        QTest::newRow("name and description") << "ttyNone9 (USB Serial)"
-                                              << "ttyNone9";
-        QTest::newRow("no description") << "ttyNone9 ()"
-                                        << "ttyNone9";
-        QTest::newRow("only the first \" (\" counts") << "a (b) (c)"
-                                                      << "a";
-        QTest::newRow("a bracket without a blank is part of the name") << "a(b) (c)"
-                                                                       << "a(b)";
-        QTest::newRow("no \" (\" gives no name") << "ttyNone9"
-                                                 << "";
-        QTest::newRow("nothing gives no name") << ""
-                                               << "";
+        addRows<QString, QString>(
+            {"item", "portName"},
+            {{"name and description", "ttyNone9 (USB Serial)", "ttyNone9"},
+             {"no description", "ttyNone9 ()", "ttyNone9"},
+             {"only the first \" (\" counts", "a (b) (c)", "a"},
+             {"a bracket without a blank is part of the name", "a(b) (c)", "a(b)"},
+             {"no \" (\" gives no name", "ttyNone9", ""},
+             {"nothing gives no name", "", ""}});
     }
 
     // The name is seen where it is used: in the port, after an attempt to open it.
@@ -167,9 +161,7 @@ private slots:
     {
         QFETCH(QString, item);
         WindowFixture fixture;
-        auto *const ports = fixture.combo("comboBox_portlist");
-        ports->addItem(item);
-        ports->setCurrentIndex(ports->count() - 1);
+        fixture.choosePort(item);
         fixture.click("pushButton_connect");
         QTEST(fixture.port()->portName(), "portName");
         QCOMPARE(fixture.port()->baudRate(), 115200);
@@ -269,7 +261,7 @@ private slots:
         auto *const ports = window->findChild<QComboBox *>("comboBox_portlist");
         ports->addItem(line.portName() + " (test line)");
         ports->setCurrentIndex(ports->count() - 1);
-        QTimer::singleShot(0, &line, [&line] { line.send(WindowFixture::helloReply()); });
+        QTimer::singleShot(0, &line, [&line] { line.send(Frames::helloReply()); });
         window->findChild<QAbstractButton *>("pushButton_connect")->click();
 
         auto *const port = window->findChild<QSerialPort *>();

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
+#include "rows.h"
 #include "widgetrecorder.h"
 #include "windowfixture.h"
 
@@ -19,10 +20,10 @@ private slots:
     {
         WindowFixture fixture;
         fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("from before");
-        fixture.replyWith(WindowFixture::helloReply());
+        fixture.replyWith(Frames::helloReply());
         fixture.click("pushButton_connect");
 
-        QCOMPARE(fixture.line.received().toHex(), WindowFixture::helloRequest().toHex());
+        QCOMPARE(fixture.line.received().toHex(), Frames::helloRequest().toHex());
         QCOMPARE(fixture.dialogs.texts(), QStringList());
         QCOMPARE(fixture.log.texts(),
                  QStringList({"Connected to " + fixture.line.portName(),
@@ -31,13 +32,13 @@ private slots:
                               "UART_CTRL_CMD_HELLO Received", "ClientVersion: 1.0.a.10",
                               "3.1.1.1.0.0.3"}));
         QVERIFY(fixture.port()->isOpen());
-        QVERIFY(!fixture.widget("pushButton_connect")->isEnabled());
-        QVERIFY(fixture.widget("pushButton_disconnect")->isEnabled());
-        QVERIFY(!fixture.widget("comboBox_portlist")->isEnabled());
-        QVERIFY(!fixture.widget("comboBox_baudrate")->isEnabled());
-        QVERIFY(fixture.widget("tabWidget")->isEnabled());
-        QVERIFY(fixture.widget("pushButton_default")->isEnabled());
-        QVERIFY(fixture.widget("pushButton_apply")->isEnabled());
+        QVERIFY(!fixture.isEnabled("pushButton_connect"));
+        QVERIFY(fixture.isEnabled("pushButton_disconnect"));
+        QVERIFY(!fixture.isEnabled("comboBox_portlist"));
+        QVERIFY(!fixture.isEnabled("comboBox_baudrate"));
+        QVERIFY(fixture.isEnabled("tabWidget"));
+        QVERIFY(fixture.isEnabled("pushButton_default"));
+        QVERIFY(fixture.isEnabled("pushButton_apply"));
         QCOMPARE(fixture.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
         QCOMPARE(fixture.text("textEdit_firmware_info"), QString());
     }
@@ -53,7 +54,7 @@ private slots:
                 [&recorder] { recorder.note("the port closes"); });
         connect(&fixture.window, &MainWindow::receive_hello_ack, &recorder,
                 [&recorder] { recorder.note("receive_hello_ack"); });
-        fixture.replyWith(WindowFixture::helloReply());
+        fixture.replyWith(Frames::helloReply());
         fixture.click("pushButton_connect");
         const QStringList changes = recorder.changes();
         QCOMPARE(changes.mid(0, 4),
@@ -117,7 +118,7 @@ private slots:
     {
         QTest::addColumn<QList<QByteArray>>("pieces");
 
-        const QByteArray reply = WindowFixture::helloReply();
+        const QByteArray reply = Frames::helloReply();
         QList<QByteArray> bytes;
         for (const char byte : reply) {
             bytes << QByteArray(1, byte);
@@ -143,26 +144,23 @@ private slots:
         }
         fixture.click("pushButton_connect");
         QCOMPARE(fixture.dialogs.texts(), QStringList());
-        QVERIFY(fixture.widget("tabWidget")->isEnabled());
+        QVERIFY(fixture.isEnabled("tabWidget"));
         QCOMPARE(fixture.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
     }
 
     void failsAfterTheLimitOn_data()
     {
-        QTest::addColumn<QByteArray>("reply");
-        QTest::addColumn<QString>("lastLine"); // of the log, before the limit passes
+        // of the log, before the limit passes
 
-        const QByteArray reply = WindowFixture::helloReply();
-        QTest::newRow("no reply") << QByteArray() << QString();
-        QTest::newRow("a reply with a wrong checksum")
-            << reply.chopped(1) + '\x00' << "Checksum Error 180";
-        QTest::newRow("a reply that is cut short")
-            << reply.left(20) << "data_step_head_ready: length = 23";
-        QTest::newRow("a reply to something else")
-            << QByteArray::fromHex("ffff0a410106070609055500c2")
-            << "UART_CTRL_CMD_CUSTOM_SETTING Received";
-        QTest::newRow("its own request, as an echo")
-            << WindowFixture::helloRequest() << "AnalyzeReceiveData 12";
+        const QByteArray reply = Frames::helloReply();
+        addRows<QByteArray, QString>(
+            {"reply", "lastLine"},
+            {{"no reply", QByteArray(), QString()},
+             {"a reply with a wrong checksum", reply.chopped(1) + '\x00', "Checksum Error 180"},
+             {"a reply that is cut short", reply.left(20), "data_step_head_ready: length = 23"},
+             {"a reply to something else", Frames::settingsAcknowledgement(),
+              "UART_CTRL_CMD_CUSTOM_SETTING Received"},
+             {"its own request, as an echo", Frames::helloRequest(), "AnalyzeReceiveData 12"}});
     }
 
     void failsAfterTheLimitOn()
@@ -182,11 +180,11 @@ private slots:
         QCOMPARE(fixture.log.statusTexts().constFirst(), "Connected to " + fixture.line.portName());
         QCOMPARE(fixture.log.statusTexts().constLast(), QString("Disconnected"));
         QVERIFY(!fixture.port()->isOpen());
-        QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
-        QVERIFY(!fixture.widget("pushButton_disconnect")->isEnabled());
-        QVERIFY(fixture.widget("comboBox_portlist")->isEnabled());
-        QVERIFY(fixture.widget("comboBox_baudrate")->isEnabled());
-        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+        QVERIFY(fixture.isEnabled("pushButton_connect"));
+        QVERIFY(!fixture.isEnabled("pushButton_disconnect"));
+        QVERIFY(fixture.isEnabled("comboBox_portlist"));
+        QVERIFY(fixture.isEnabled("comboBox_baudrate"));
+        QVERIFY(!fixture.isEnabled("tabWidget"));
     }
 
     void aReplyBehindTheTimeOutIsShownUntilTheBoxIsClosed()
@@ -200,7 +198,7 @@ private slots:
             }
             if (fixture.text("textEdit_device_info").isEmpty()) {
                 if (!fixture.log.texts().contains("data_step_head_ready: length = 23")) {
-                    fixture.line.send(WindowFixture::helloReply());
+                    fixture.line.send(Frames::helloReply());
                 }
                 return;
             }
@@ -213,7 +211,7 @@ private slots:
         QCOMPARE(fixture.dialogs.texts(), QStringList{kFail});
         QCOMPARE(paneWhileOpen, QString("Device Version: 1.0.a.10"));
         QCOMPARE(fixture.text("textEdit_device_info"), QString());
-        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+        QVERIFY(!fixture.isEnabled("tabWidget"));
     }
 
     void aPortThatCannotBeOpenedIsReported_data()
@@ -234,9 +232,7 @@ private slots:
     {
         QFETCH(QString, item);
         WindowFixture fixture;
-        auto *const ports = fixture.combo("comboBox_portlist");
-        ports->addItem(item);
-        ports->setCurrentIndex(ports->count() - 1);
+        fixture.choosePort(item);
         fixture.child<QTextEdit>("textEdit_device_info")->setPlainText("typed by the operator");
         WidgetRecorder recorder(&fixture.window);
         fixture.log.clear();
@@ -263,9 +259,7 @@ private slots:
     void saysThatAPortDoesNotOpenBehindTheBox()
     {
         WindowFixture fixture(false);
-        auto *const ports = fixture.combo("comboBox_portlist");
-        ports->addItem("/dev/null (test)");
-        ports->setCurrentIndex(ports->count() - 1);
+        fixture.choosePort("/dev/null (test)");
         QStringList saidAtTheBox{"no box"};
         QTimer poll;
         connect(&poll, &QTimer::timeout, &poll, [&] {
@@ -285,9 +279,7 @@ private slots:
     {
         QStringList said; // outlives the window, which clears its panes at its end
         WindowFixture fixture;
-        auto *const ports = fixture.combo("comboBox_portlist");
-        ports->addItem("/dev/null (test)");
-        ports->setCurrentIndex(ports->count() - 1);
+        fixture.choosePort("/dev/null (test)");
         auto *const pane = fixture.child<QTextEdit>("textEdit_device_info");
         pane->setPlainText("from before");
         connect(pane, &QTextEdit::textChanged, pane,
@@ -306,13 +298,13 @@ private slots:
         fixture.click("pushButton_disconnect");
         QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
         QVERIFY(!fixture.port()->isOpen());
-        QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
-        QVERIFY(!fixture.widget("pushButton_disconnect")->isEnabled());
-        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+        QVERIFY(fixture.isEnabled("pushButton_connect"));
+        QVERIFY(!fixture.isEnabled("pushButton_disconnect"));
+        QVERIFY(!fixture.isEnabled("tabWidget"));
         QCOMPARE(fixture.text("textEdit_firmware_info"), QString("stays"));
         fixture.widget("tabWidget")->setEnabled(true);
-        QVERIFY(fixture.widget("pushButton_default")->isEnabled());
-        QVERIFY(!fixture.widget("pushButton_apply")->isEnabled());
+        QVERIFY(fixture.isEnabled("pushButton_default"));
+        QVERIFY(!fixture.isEnabled("pushButton_apply"));
         fixture.widget("tabWidget")->setEnabled(false);
 
         QVERIFY(fixture.connectCamera());
@@ -336,7 +328,7 @@ private slots:
     {
         WindowFixture fixture;
         WidgetRecorder recorder(&fixture.window);
-        QVERIFY(QMetaObject::invokeMethod(&fixture.window, "on_pushButton_disconnect_clicked"));
+        fixture.call("on_pushButton_disconnect_clicked");
         QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
         // The pane is cleared again.
         QCOMPARE(recorder.changes(), QStringList{"textEdit_device_info = "});
@@ -367,12 +359,12 @@ private slots:
     {
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
-        fixture.line.send(QByteArray::fromHex("ffff0a4101060706"));
+        fixture.line.send(Frames::rebootAcknowledgement().left(8));
         QTRY_VERIFY(fixture.log.texts().contains("data_step_head_ready: length = 10"));
         fixture.click("pushButton_disconnect");
 
         // The rest of that frame, then the handshake's reply.
-        fixture.replyWith(QByteArray::fromHex("09051f008c") + WindowFixture::helloReply());
+        fixture.replyWith(Frames::rebootAcknowledgement().mid(8) + Frames::helloReply());
         fixture.log.clear();
         fixture.click("pushButton_connect");
         const QStringList parserLines = fixture.log.texts().filter("length = ");
@@ -380,7 +372,7 @@ private slots:
                  QStringList({"Analyze Data: length = 10", "data_step_head_ready: length = 23",
                               "Analyze Data: length = 23"}));
         QVERIFY(fixture.log.texts().contains("UART_CTRL_CMD_REBOOT Received"));
-        QVERIFY(fixture.widget("tabWidget")->isEnabled());
+        QVERIFY(fixture.isEnabled("tabWidget"));
     }
 
     void aHungUpLineDisconnects()
@@ -390,8 +382,8 @@ private slots:
         fixture.line.hangUp();
         QTRY_VERIFY(!fixture.port()->isOpen());
         QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
-        QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
-        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+        QVERIFY(fixture.isEnabled("pushButton_connect"));
+        QVERIFY(!fixture.isEnabled("tabWidget"));
         QCOMPARE(fixture.dialogs.texts(), QStringList());
     }
 
@@ -431,7 +423,7 @@ private slots:
         QCOMPARE(fixture.log.statusTexts(),
                  QStringList(
                      {"Connected to " + fixture.line.portName(), "Disconnected", "Disconnected"}));
-        QVERIFY(fixture.widget("pushButton_connect")->isEnabled());
+        QVERIFY(fixture.isEnabled("pushButton_connect"));
     }
 
     void otherErrorsChangeNothing_data()
@@ -471,7 +463,7 @@ private slots:
             fixture.port(), "error",
             Q_ARG(QSerialPort::SerialPortError, QSerialPort::ResourceError)));
         QVERIFY(!fixture.port()->isOpen());
-        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+        QVERIFY(!fixture.isEnabled("tabWidget"));
         QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
     }
 
@@ -484,8 +476,8 @@ private slots:
         QApplication::exec();
         QCOMPARE(fixture.dialogs.texts(), QStringList());
         QCOMPARE(fixture.log.statusTexts(), QStringList{"Connected to " + fixture.line.portName()});
-        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
-        QVERIFY(!fixture.widget("pushButton_disconnect")->isEnabled());
+        QVERIFY(!fixture.isEnabled("tabWidget"));
+        QVERIFY(!fixture.isEnabled("pushButton_disconnect"));
     }
 };
 

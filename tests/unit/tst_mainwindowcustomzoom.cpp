@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
+#include "rows.h"
 #include "widgetrecorder.h"
 #include "windowfixture.h"
 
@@ -21,9 +22,9 @@ class MainWindowCustomZoomTest : public QObject {
 private slots:
     void sendsThePresetAndShowsTheZoom_data()
     {
-        QTest::addColumn<QByteArray>("frame");
-        QTest::newRow("pushButton_custom_zoom_1") << QByteArray("ffff0c410106070609013a000000a5");
-        QTest::newRow("pushButton_custom_zoom_2") << QByteArray("ffff0c410106070609013a000100a6");
+        addRows<QByteArray>({"frame"},
+                            {{"pushButton_custom_zoom_1", Frames::firstZoomRequest()},
+                             {"pushButton_custom_zoom_2", Frames::secondZoomRequest()}});
     }
 
     void sendsThePresetAndShowsTheZoom()
@@ -32,7 +33,7 @@ private slots:
         QVERIFY(fixture.connectCamera());
         fixture.replyWith(zoomReply());
         fixture.click(QTest::currentDataTag());
-        QTEST(fixture.line.received().toHex(), "frame");
+        QTEST(fixture.line.received(), "frame");
         QCOMPARE(fixture.text("textEdit_device_info"),
                  QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
         QCOMPARE(fixture.dialogs.texts(), QStringList());
@@ -42,11 +43,11 @@ private slots:
 
     void saysSoAfterTheLimitWithoutAReply_data()
     {
-        QTest::addColumn<QString>("pane");
-        QTest::newRow("pushButton_custom_zoom_1")
-            << "Device Version: 1.0.a.10\nSetting custom zoom 1 failed!";
-        QTest::newRow("pushButton_custom_zoom_2")
-            << "Device Version: 1.0.a.10\nSetting custom zoom 2 failed!";
+        addRows<QString>({"pane"},
+                         {{"pushButton_custom_zoom_1",
+                           "Device Version: 1.0.a.10\nSetting custom zoom 1 failed!"},
+                          {"pushButton_custom_zoom_2",
+                           "Device Version: 1.0.a.10\nSetting custom zoom 2 failed!"}});
     }
 
     void saysSoAfterTheLimitWithoutAReply()
@@ -66,7 +67,7 @@ private slots:
     {
         WindowFixture fixture;
         fixture.letLimitPass();
-        QMetaObject::invokeMethod(&fixture.window, "on_pushButton_custom_zoom_2_clicked");
+        fixture.call("on_pushButton_custom_zoom_2_clicked");
         QCOMPARE(fixture.text("textEdit_device_info"),
                  QString("Device Version: \nSetting custom zoom 2 failed!"));
     }
@@ -93,8 +94,7 @@ private slots:
         fixture.click("pushButton_custom_zoom_1");
         QCOMPARE(fixture.text("textEdit_device_info"),
                  QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
-        QCOMPARE(fixture.line.received().toHex(),
-                 QByteArray("ffff0c410106070609013a000000a5ffff0c410106070609013a000100a6"));
+        QCOMPARE(fixture.line.received(), Frames::firstZoomRequest() + Frames::secondZoomRequest());
     }
 
     void closingTheWindowDuringTheWaitShowsNothing()

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
+#include "rows.h"
 #include "widgetrecorder.h"
 #include "windowfixture.h"
 
@@ -37,62 +38,56 @@ class MainWindowDispatchTest : public QObject {
 private slots:
     void answersEachKindOfFrame_data()
     {
-        QTest::addColumn<QByteArray>("frame");
-        QTest::addColumn<QStringList>("lines");
-
         const QString ack = QStringLiteral("UART_COMM_TYPE_ACK Received");
-        QTest::newRow("reserved type")
-            << delivered(2, 22, everythingOn()) << QStringList{"AnalyzeReceiveData 25"};
-        QTest::newRow("request type") << delivered(1, 22) << QStringList{"AnalyzeReceiveData 12"};
-        QTest::newRow("unknown type") << delivered(133, 22) << QStringList{"AnalyzeReceiveData 12"};
-        QTest::newRow("unknown command")
-            << delivered(5, 99) << QStringList{"AnalyzeReceiveData 12", ack};
-        QTest::newRow("empty") << QByteArray() << QStringList{"AnalyzeReceiveData 0"};
-        QTest::newRow("type without a command")
-            << delivered(5, 22).left(10) << QStringList{"AnalyzeReceiveData 10", ack};
-        QTest::newRow("firmware packet acknowledged")
-            << delivered(5, 1)
-            << QStringList{"AnalyzeReceiveData 12", ack, "UART_CTRL_CMD_RECEIVE_FW_INFO Received",
-                           "receive_fw_info_ack"};
-        QTest::newRow("firmware size acknowledged")
-            << delivered(5, 16)
-            << QStringList{"AnalyzeReceiveData 12", ack, "UART_CTRL_CMD_RECEIVE_FW_INFO Received",
-                           "receive_fw_info_ack"};
-        QTest::newRow("HELLO") << delivered(5, 22, everythingOn())
-                               << QStringList{
-                                      "AnalyzeReceiveData 25",   ack,
-                                      "receive_hello_ack",       "UART_CTRL_CMD_HELLO Received",
-                                      "ClientVersion: 1.2.a.10", "9.1.1.1.1.1.3"};
-        QTest::newRow("settings are shown as signed hexadecimal")
-            << delivered(5, 22, "80ff0010 ff 0000 8001 7f0f 0a f6")
-            << QStringList{"AnalyzeReceiveData 25",      ack,
-                           "receive_hello_ack",          "UART_CTRL_CMD_HELLO Received",
-                           "ClientVersion: -80.-1.0.10", "-1.-80.1.7f.f.a.-a"};
-        QTest::newRow("reboot") << delivered(5, 31)
-                                << QStringList{"AnalyzeReceiveData 12", ack,
-                                               "UART_CTRL_CMD_REBOOT Received",
-                                               "receive_reboot_ack"};
-        QTest::newRow("custom zoom")
-            << delivered(5, 58, "0190")
-            << QStringList{"AnalyzeReceiveData 14", ack, "receive_custom_zoom_ack",
-                           "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 144"};
-        QTest::newRow("custom zoom of -1")
-            << delivered(5, 58, "00ff")
-            << QStringList{"AnalyzeReceiveData 14", ack, "receive_custom_zoom_ack",
-                           "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received -1"};
-        QTest::newRow("custom zoom without its low byte")
-            << delivered(5, 58, "01")
-            << QStringList{"AnalyzeReceiveData 13", ack, "receive_custom_zoom_ack",
-                           "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 256"};
-        QTest::newRow("setting, short form of 13 bytes")
-            << delivered(5, 85, "00")
-            << QStringList{"AnalyzeReceiveData 13", ack, "receive_setting_ack",
-                           "UART_CTRL_CMD_CUSTOM_SETTING Received"};
-        QTest::newRow("setting, long form from 14 bytes on")
-            << delivered(5, 85, "0102")
-            << QStringList{"AnalyzeReceiveData 14",  ack,
-                           "receive_setting_ack",    "UART_CTRL_CMD_CUSTOM_SETTING Received",
-                           "ClientVersion: 1.2.0.0", "0.0.0.0.0.0.0"};
+        addRows<QByteArray, QStringList>(
+            {"frame", "lines"},
+            {{"reserved type", delivered(2, 22, everythingOn()), {"AnalyzeReceiveData 25"}},
+             {"request type", delivered(1, 22), {"AnalyzeReceiveData 12"}},
+             {"unknown type", delivered(133, 22), {"AnalyzeReceiveData 12"}},
+             {"unknown command", delivered(5, 99), {"AnalyzeReceiveData 12", ack}},
+             {"empty", QByteArray(), {"AnalyzeReceiveData 0"}},
+             {"type without a command", delivered(5, 22).left(10), {"AnalyzeReceiveData 10", ack}},
+             {"firmware packet acknowledged",
+              delivered(5, 1),
+              {"AnalyzeReceiveData 12", ack, "UART_CTRL_CMD_RECEIVE_FW_INFO Received",
+               "receive_fw_info_ack"}},
+             {"firmware size acknowledged",
+              delivered(5, 16),
+              {"AnalyzeReceiveData 12", ack, "UART_CTRL_CMD_RECEIVE_FW_INFO Received",
+               "receive_fw_info_ack"}},
+             {"HELLO",
+              delivered(5, 22, everythingOn()),
+              {"AnalyzeReceiveData 25", ack, "receive_hello_ack", "UART_CTRL_CMD_HELLO Received",
+               "ClientVersion: 1.2.a.10", "9.1.1.1.1.1.3"}},
+             {"settings are shown as signed hexadecimal",
+              delivered(5, 22, "80ff0010 ff 0000 8001 7f0f 0a f6"),
+              {"AnalyzeReceiveData 25", ack, "receive_hello_ack", "UART_CTRL_CMD_HELLO Received",
+               "ClientVersion: -80.-1.0.10", "-1.-80.1.7f.f.a.-a"}},
+             {"reboot",
+              delivered(5, 31),
+              {"AnalyzeReceiveData 12", ack, "UART_CTRL_CMD_REBOOT Received",
+               "receive_reboot_ack"}},
+             {"custom zoom",
+              delivered(5, 58, "0190"),
+              {"AnalyzeReceiveData 14", ack, "receive_custom_zoom_ack",
+               "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 144"}},
+             {"custom zoom of -1",
+              delivered(5, 58, "00ff"),
+              {"AnalyzeReceiveData 14", ack, "receive_custom_zoom_ack",
+               "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received -1"}},
+             {"custom zoom without its low byte",
+              delivered(5, 58, "01"),
+              {"AnalyzeReceiveData 13", ack, "receive_custom_zoom_ack",
+               "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 256"}},
+             {"setting, short form of 13 bytes",
+              delivered(5, 85, "00"),
+              {"AnalyzeReceiveData 13", ack, "receive_setting_ack",
+               "UART_CTRL_CMD_CUSTOM_SETTING Received"}},
+             {"setting, long form from 14 bytes on",
+              delivered(5, 85, "0102"),
+              {"AnalyzeReceiveData 14", ack, "receive_setting_ack",
+               "UART_CTRL_CMD_CUSTOM_SETTING Received", "ClientVersion: 1.2.0.0",
+               "0.0.0.0.0.0.0"}}});
     }
 
     void answersEachKindOfFrame()
@@ -100,22 +95,17 @@ private slots:
         QFETCH(QByteArray, frame);
         WindowFixture fixture;
         // Each signal goes into the same log, so that its place among the status lines shows.
-        const QMetaObject *const meta = fixture.window.metaObject();
-        const auto logSignal = [&fixture](const char *name) {
+        const auto logAs = [&fixture](const char *name) {
             return [&fixture, name] { fixture.window.showStatusMessage(QLatin1String(name)); };
         };
-        connect(&fixture.window, &MainWindow::receive_hello_ack, this,
-                logSignal("receive_hello_ack"));
-        connect(&fixture.window, &MainWindow::receive_fw_info_ack, this,
-                logSignal("receive_fw_info_ack"));
-        connect(&fixture.window, &MainWindow::receive_custom_zoom_ack, this,
-                logSignal("receive_custom_zoom_ack"));
-        connect(&fixture.window, &MainWindow::receive_setting_ack, this,
-                logSignal("receive_setting_ack"));
-        connect(&fixture.window, &MainWindow::receive_reboot_ack, this,
-                logSignal("receive_reboot_ack"));
-        QVERIFY(
-            meta->invokeMethod(&fixture.window, "AnalyzeReceiveData", Q_ARG(QByteArray, frame)));
+        const MainWindow *const window = &fixture.window;
+        connect(window, &MainWindow::receive_hello_ack, this, logAs("receive_hello_ack"));
+        connect(window, &MainWindow::receive_fw_info_ack, this, logAs("receive_fw_info_ack"));
+        connect(window, &MainWindow::receive_custom_zoom_ack, this,
+                logAs("receive_custom_zoom_ack"));
+        connect(window, &MainWindow::receive_setting_ack, this, logAs("receive_setting_ack"));
+        connect(window, &MainWindow::receive_reboot_ack, this, logAs("receive_reboot_ack"));
+        fixture.deliver(frame);
         QTEST(fixture.log.statusTexts(), "lines");
     }
 
@@ -136,8 +126,7 @@ private slots:
         for (int size = 0; size <= 30; ++size) {
             const QByteArray frame(whole.constData(), size);
             fixture.log.clear();
-            QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
-                                      Q_ARG(QByteArray, frame));
+            fixture.deliver(frame);
             QCOMPARE(fixture.log.statusTexts().constFirst(),
                      QStringLiteral("AnalyzeReceiveData %1").arg(size));
             QCOMPARE(fixture.log.statusTexts().size() > 1, size >= 10);
@@ -146,16 +135,14 @@ private slots:
 
     void raisesTheSignalOfTheReply_data()
     {
-        QTest::addColumn<int>("command");
-        QTest::addColumn<int>("signal");
-
-        QTest::newRow("UPLOAD_FIRMWARE") << 1 << 1;
-        QTest::newRow("RECEIVE_FW_INFO") << 16 << 1;
-        QTest::newRow("HELLO") << 22 << 0;
-        QTest::newRow("REBOOT") << 31 << 4;
-        QTest::newRow("SET_CUSTOM_ZOOM") << 58 << 2;
-        QTest::newRow("CUSTOM_SETTING") << 85 << 3;
-        QTest::newRow("unknown") << 2 << -1;
+        addRows<int, int>({"command", "signal"},
+                          {{"UPLOAD_FIRMWARE", 1, 1},
+                           {"RECEIVE_FW_INFO", 16, 1},
+                           {"HELLO", 22, 0},
+                           {"REBOOT", 31, 4},
+                           {"SET_CUSTOM_ZOOM", 58, 2},
+                           {"CUSTOM_SETTING", 85, 3},
+                           {"unknown", 2, -1}});
     }
 
     void raisesTheSignalOfTheReply()
@@ -169,8 +156,7 @@ private slots:
                                  SIGNAL(receive_reboot_ack())}) {
             spies << new QSignalSpy(&fixture.window, name);
         }
-        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
-                                  Q_ARG(QByteArray, delivered(5, command)));
+        fixture.deliver(delivered(5, command));
         for (int i = 0; i < spies.size(); ++i) {
             QCOMPARE(spies.at(i)->count(), i == signal ? 1 : 0);
         }
@@ -184,8 +170,7 @@ private slots:
         WidgetRecorder recorder(&fixture.window);
         connect(&fixture.window, &MainWindow::receive_hello_ack, &recorder,
                 [&recorder] { recorder.note("receive_hello_ack"); });
-        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
-                                  Q_ARG(QByteArray, delivered(5, 22, everythingOn())));
+        fixture.deliver(delivered(5, 22, everythingOn()));
         QCOMPARE(recorder.changes(),
                  QStringList({"receive_hello_ack", "textEdit_device_info = ",
                               "textEdit_device_info = Device Version: 1.2.a.10",
@@ -194,8 +179,7 @@ private slots:
                               "comboBox_autozoom = 1", "comboBox_zoomoffset = 3"}));
 
         recorder.clear();
-        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
-                                  Q_ARG(QByteArray, delivered(5, 22, everythingOff())));
+        fixture.deliver(delivered(5, 22, everythingOff()));
         QCOMPARE(recorder.changes(),
                  QStringList({"receive_hello_ack", "textEdit_device_info = ",
                               "textEdit_device_info = Device Version: 1.0.0.5",
@@ -207,18 +191,17 @@ private slots:
 
     void saysWhatItShowsBeforeItShowsIt_data()
     {
-        QTest::addColumn<QByteArray>("frame");
-        QTest::addColumn<QStringList>("changes");
-
-        QTest::newRow("HELLO") << delivered(5, 22, everythingOn())
-                               << QStringList{"pane after ClientVersion: 1.2.a.10",
-                                              "target missing after 9.1.1.1.1.1.3"};
-        QTest::newRow("settings") << delivered(5, 85, everythingOn())
-                                  << QStringList{"pane after ClientVersion: 1.2.a.10",
-                                                 "target missing after 9.1.1.1.1.1.3"};
-        QTest::newRow("custom zoom")
-            << delivered(5, 58, "0010")
-            << QStringList{"pane after UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 16"};
+        addRows<QByteArray, QStringList>(
+            {"frame", "changes"},
+            {{"HELLO",
+              delivered(5, 22, everythingOn()),
+              {"pane after ClientVersion: 1.2.a.10", "target missing after 9.1.1.1.1.1.3"}},
+             {"settings",
+              delivered(5, 85, everythingOn()),
+              {"pane after ClientVersion: 1.2.a.10", "target missing after 9.1.1.1.1.1.3"}},
+             {"custom zoom",
+              delivered(5, 58, "0010"),
+              {"pane after UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 16"}}});
     }
 
     void saysWhatItShowsBeforeItShowsIt()
@@ -235,7 +218,7 @@ private slots:
         connect(fixture.combo("comboBox_targetmissing"),
                 QOverload<int>::of(&QComboBox::currentIndexChanged), this,
                 [note] { note("target missing"); });
-        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData", Q_ARG(QByteArray, frame));
+        fixture.deliver(frame);
         // The pane changes several times, by itself.
         changes.removeDuplicates();
         QTEST(changes, "changes");
@@ -243,25 +226,16 @@ private slots:
 
     void setsTheControls_data()
     {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<int>("autoTracking");
-        QTest::addColumn<int>("targetMissing");
-        QTest::addColumn<bool>("upsideDown");
-        QTest::addColumn<int>("autoZoom");
-        QTest::addColumn<int>("zoomOffset");
-
-        QTest::newRow("everything off") << everythingOff() << 0 << 0 << false << 0 << 0;
-        QTest::newRow("everything on") << everythingOn() << 1 << 9 << true << 1 << 3;
-        QTest::newRow("pan") << QByteArray("00000000 00 0000 0000 0100 00 00") << 2 << 0 << false
-                             << 0 << 0;
-        QTest::newRow("tilt") << QByteArray("00000000 00 0000 0000 0001 00 00") << 3 << 0 << false
-                              << 0 << 0;
-        QTest::newRow("first direction flag alone")
-            << QByteArray("00000000 00 0000 0100 0000 00 00") << 0 << 0 << false << 0 << 0;
-        QTest::newRow("second direction flag alone")
-            << QByteArray("00000000 00 0000 0001 0000 00 00") << 0 << 0 << false << 0 << 0;
-        QTest::newRow("flags are anything but zero")
-            << QByteArray("00000000 02 0000 80ff 8080 ff 02") << 1 << 2 << true << 1 << 2;
+        addRows<QByteArray, int, int, bool, int, int>(
+            {"payload", "autoTracking", "targetMissing", "upsideDown", "autoZoom", "zoomOffset"},
+            {{"everything off", everythingOff(), 0, 0, false, 0, 0},
+             {"everything on", everythingOn(), 1, 9, true, 1, 3},
+             {"pan", "00000000 00 0000 0000 0100 00 00", 2, 0, false, 0, 0},
+             {"tilt", "00000000 00 0000 0000 0001 00 00", 3, 0, false, 0, 0},
+             {"first direction flag alone", "00000000 00 0000 0100 0000 00 00", 0, 0, false, 0, 0},
+             {"second direction flag alone", "00000000 00 0000 0001 0000 00 00", 0, 0, false, 0, 0},
+             {"flags are anything but zero", "00000000 02 0000 80ff 8080 ff 02", 1, 2, true, 1,
+              2}});
     }
 
     void setsTheControls()
@@ -272,8 +246,7 @@ private slots:
         for (const int command : {22, 85}) {
             WindowFixture fixture;
             fixture.widget("tabWidget")->setEnabled(true);
-            QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
-                                      Q_ARG(QByteArray, delivered(5, command, payload)));
+            fixture.deliver(delivered(5, command, payload));
             QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), autoTracking);
             QTEST(fixture.combo("comboBox_targetmissing")->currentIndex(), "targetMissing");
             QCOMPARE(fixture.child<QRadioButton>("radioButton_upside_down")->isChecked(),
@@ -294,8 +267,7 @@ private slots:
              {"00000000 0a 0000 0000 0000 00 04", "00000000 ff 0000 0000 0000 00 80"}) {
             fixture.combo("comboBox_targetmissing")->setCurrentIndex(1);
             fixture.combo("comboBox_zoomoffset")->setCurrentIndex(1);
-            QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
-                                      Q_ARG(QByteArray, delivered(5, 22, payload)));
+            fixture.deliver(delivered(5, 22, payload));
             // QComboBox shows nothing for an index that it does not have.
             QCOMPARE(fixture.combo("comboBox_targetmissing")->currentIndex(), -1);
             QCOMPARE(fixture.combo("comboBox_zoomoffset")->currentIndex(), -1);
@@ -308,8 +280,7 @@ private slots:
         fixture.widget("tabWidget")->setEnabled(true);
         QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(), 0);
         QVERIFY(fixture.combo("comboBox_targetmissing")->isEnabled());
-        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
-                                  Q_ARG(QByteArray, delivered(5, 22, everythingOff())));
+        fixture.deliver(delivered(5, 22, everythingOff()));
         QVERIFY(!fixture.combo("comboBox_targetmissing")->isEnabled());
         QVERIFY(!fixture.combo("comboBox_autozoom")->isEnabled());
     }
@@ -320,8 +291,7 @@ private slots:
         QVERIFY(fixture.connectCamera());
         fixture.child<QTextEdit>("textEdit_device_info")->append("typed by the operator");
         WidgetRecorder recorder(&fixture.window);
-        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
-                                  Q_ARG(QByteArray, delivered(5, 85, "00")));
+        fixture.deliver(delivered(5, 85, "00"));
         QCOMPARE(recorder.changes(),
                  QStringList({"textEdit_device_info = ",
                               "textEdit_device_info = Device Version: 1.0.a.10"}));
@@ -330,13 +300,11 @@ private slots:
     void customZoomReplacesThePane()
     {
         WindowFixture fixture;
-        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
-                                  Q_ARG(QByteArray, delivered(5, 58, "0010")));
+        fixture.deliver(delivered(5, 58, "0010"));
         QCOMPARE(fixture.text("textEdit_device_info"),
                  QString("Device Version: \nSetting custom zoom: 16"));
         QVERIFY(fixture.connectCamera());
-        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
-                                  Q_ARG(QByteArray, delivered(5, 58, "ff00")));
+        fixture.deliver(delivered(5, 58, "ff00"));
         QCOMPARE(fixture.text("textEdit_device_info"),
                  QString("Device Version: 1.0.a.10\nSetting custom zoom: -256"));
     }
@@ -347,8 +315,7 @@ private slots:
         QVERIFY(fixture.connectCamera());
         fixture.click("pushButton_disconnect");
         QCOMPARE(fixture.text("textEdit_device_info"), QString());
-        QMetaObject::invokeMethod(&fixture.window, "AnalyzeReceiveData",
-                                  Q_ARG(QByteArray, delivered(5, 85)));
+        fixture.deliver(delivered(5, 85));
         QCOMPARE(fixture.text("textEdit_device_info"), QString("Device Version: 1.0.a.10"));
     }
 
@@ -356,7 +323,7 @@ private slots:
     {
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
-        fixture.line.send(QByteArray::fromHex("ffff0a410106070609051f008c"));
+        fixture.line.send(Frames::rebootAcknowledgement());
         QTRY_COMPARE(fixture.log.statusTexts(),
                      QStringList({"AnalyzeReceiveData 12", "UART_COMM_TYPE_ACK Received",
                                   "UART_CTRL_CMD_REBOOT Received"}));

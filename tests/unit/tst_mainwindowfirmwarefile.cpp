@@ -2,18 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
+#include "rows.h"
 #include "windowfixture.h"
 
 #include <QFileDialog>
-#include <QLineEdit>
 #include <QTabWidget>
 
 namespace {
-
-QByteArray validFile()
-{
-    return "KVEL" + QByteArray::fromHex("01020aff 05060708");
-}
 
 /// Has the file dialog answered as soon as it is open, and remembers what it looked like.
 class FileDialogAnswer : public QObject {
@@ -60,147 +55,120 @@ class MainWindowFirmwareFileTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void checksTheTypedFile_data();
-    void checksTheTypedFile();
-    void aValidFileBehindAnInvalidOneReplacesTheError();
-    void anInvalidFileBehindAValidOneReplacesTheVersions();
-    void leavingTheFieldChecksToo();
-    void choosingAFileChecksIt();
-    void cancellingTheDialogChangesNothing();
-};
-
-void MainWindowFirmwareFileTest::checksTheTypedFile_data()
-{
-    QTest::addColumn<QByteArray>("contents");
-    QTest::addColumn<QString>("pane");
-    QTest::addColumn<bool>("canStart");
-
-    const QString error = QStringLiteral("Firmware file error.");
-    QTest::newRow("a valid file") << validFile()
-                                  << "Protocol version: 1.2.a.-1\nImage version: 5.6.7.8" << true;
-    QTest::newRow("the magic alone")
-        << QByteArray("KVEL") << "Protocol version: 0.0.0.0\nImage version: 0.0.0.0" << true;
-    QTest::newRow("a wrong magic") << QByteArray("KVEM0000") << error << false;
-    QTest::newRow("the magic in lower case") << QByteArray("kvel0000") << error << false;
-    QTest::newRow("three bytes") << QByteArray("KVE") << error << false;
-    QTest::newRow("an empty file") << QByteArray("") << error << false;
-    QTest::newRow("no such file") << QByteArray() << "" << false;
-}
-
-void MainWindowFirmwareFileTest::checksTheTypedFile()
-{
-    QFETCH(QByteArray, contents);
-    QFETCH(bool, canStart);
-    QTemporaryDir directory;
-    const QString path = directory.filePath("image");
-    if (!contents.isNull()) {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(contents);
+    void checksTheTypedFile_data()
+    {
+        const QString error = QStringLiteral("Firmware file error.");
+        addRows<QByteArray, QString, bool>(
+            {"contents", "pane", "canStart"},
+            {{"a valid file", ImageFile::versionsAlone(), ImageFile::versions(), true},
+             {"the magic alone", "KVEL", "Protocol version: 0.0.0.0\nImage version: 0.0.0.0", true},
+             {"a wrong magic", "KVEM0000", error, false},
+             {"the magic in lower case", "kvel0000", error, false},
+             {"three bytes", "KVE", error, false},
+             {"an empty file", "", error, false},
+             {"no such file", QByteArray(), "", false}});
     }
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.window.show();
-    fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
-    // The opposite of what is expected, so that it has to change.
-    fixture.widget("pushButton_start_upgrade")->setEnabled(!canStart);
-    fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("typed by the operator");
 
-    auto *const field = fixture.child<QLineEdit>("lineEdit_firmware");
-    field->setText(path);
-    QTest::keyClick(field, Qt::Key_Return);
-    QTEST(fixture.text("textEdit_firmware_info"), "pane");
-    QCOMPARE(fixture.widget("pushButton_start_upgrade")->isEnabled(), canStart);
-    QCOMPARE(fixture.dialogs.texts(), QStringList());
-    QCOMPARE(fixture.log.statusTexts(), QStringList());
-}
+    void checksTheTypedFile()
+    {
+        QFETCH(QByteArray, contents);
+        QFETCH(bool, canStart);
+        QTemporaryDir directory;
+        const QString path = directory.filePath("image");
+        if (!contents.isNull()) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(contents);
+        }
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.window.show();
+        fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
+        // The opposite of what is expected, so that it has to change.
+        fixture.widget("pushButton_start_upgrade")->setEnabled(!canStart);
+        fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("typed by the operator");
 
-void MainWindowFirmwareFileTest::aValidFileBehindAnInvalidOneReplacesTheError()
-{
-    QTemporaryFile file;
-    QVERIFY(file.open());
-    WindowFixture fixture;
-    fixture.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
-    QMetaObject::invokeMethod(&fixture.window, "on_lineEdit_firmware_editingFinished");
-    QCOMPARE(fixture.text("textEdit_firmware_info"), QString("Firmware file error."));
-    file.write(validFile());
-    file.flush();
-    QMetaObject::invokeMethod(&fixture.window, "on_lineEdit_firmware_editingFinished");
-    QCOMPARE(fixture.text("textEdit_firmware_info"),
-             QString("Protocol version: 1.2.a.-1\nImage version: 5.6.7.8"));
-}
+        auto *const field = fixture.child<QLineEdit>("lineEdit_firmware");
+        field->setText(path);
+        QTest::keyClick(field, Qt::Key_Return);
+        QTEST(fixture.text("textEdit_firmware_info"), "pane");
+        QCOMPARE(fixture.isEnabled("pushButton_start_upgrade"), canStart);
+        QCOMPARE(fixture.dialogs.texts(), QStringList());
+        QCOMPARE(fixture.log.statusTexts(), QStringList());
+    }
 
-void MainWindowFirmwareFileTest::anInvalidFileBehindAValidOneReplacesTheVersions()
-{
-    QTemporaryFile file;
-    QVERIFY(file.open());
-    file.write(validFile());
-    file.flush();
-    WindowFixture fixture;
-    fixture.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
-    QMetaObject::invokeMethod(&fixture.window, "on_lineEdit_firmware_editingFinished");
-    fixture.child<QLineEdit>("lineEdit_firmware")->setText("/dev/zero");
-    QMetaObject::invokeMethod(&fixture.window, "on_lineEdit_firmware_editingFinished");
-    QCOMPARE(fixture.text("textEdit_firmware_info"), QString());
-    file.resize(3);
-    fixture.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
-    QMetaObject::invokeMethod(&fixture.window, "on_lineEdit_firmware_editingFinished");
-    QCOMPARE(fixture.text("textEdit_firmware_info"), QString("Firmware file error."));
-}
+    void aValidFileBehindAnInvalidOneReplacesTheError()
+    {
+        ImageFile file("");
+        WindowFixture fixture;
+        fixture.enterFirmwarePath(file.fileName());
+        QCOMPARE(fixture.text("textEdit_firmware_info"), QString("Firmware file error."));
+        file.write(ImageFile::versionsAlone());
+        file.flush();
+        fixture.call("on_lineEdit_firmware_editingFinished");
+        QCOMPARE(fixture.text("textEdit_firmware_info"), ImageFile::versions());
+    }
 
-void MainWindowFirmwareFileTest::leavingTheFieldChecksToo()
-{
-    QTemporaryFile file;
-    QVERIFY(file.open());
-    file.write(validFile());
-    file.flush();
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.window.show();
-    fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
-    fixture.window.activateWindow();
-    auto *const field = fixture.child<QLineEdit>("lineEdit_firmware");
-    field->setFocus();
-    QTRY_VERIFY(field->hasFocus());
-    field->setText(file.fileName());
-    QVERIFY(!fixture.widget("pushButton_start_upgrade")->isEnabled());
-    QTest::keyClick(field, Qt::Key_Tab);
-    QVERIFY(fixture.widget("pushButton_start_upgrade")->isEnabled());
-}
+    void anInvalidFileBehindAValidOneReplacesTheVersions()
+    {
+        ImageFile file;
+        WindowFixture fixture;
+        fixture.enterFirmwarePath(file.fileName());
+        fixture.enterFirmwarePath("/dev/zero");
+        QCOMPARE(fixture.text("textEdit_firmware_info"), QString());
+        file.resize(3);
+        fixture.enterFirmwarePath(file.fileName());
+        QCOMPARE(fixture.text("textEdit_firmware_info"), QString("Firmware file error."));
+    }
 
-void MainWindowFirmwareFileTest::choosingAFileChecksIt()
-{
-    QTemporaryFile file(QDir::tempPath() + "/XXXXXX.img");
-    QVERIFY(file.open());
-    file.write(validFile());
-    file.flush();
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    const FileDialogAnswer answer(file.fileName());
-    fixture.click("pushButton_choose_file");
-    QCOMPARE(answer.caption, QString("Open File"));
-    QCOMPARE(answer.directory, QString("/"));
-    QCOMPARE(answer.filters, QStringList{"firmware files(*.img)"});
-    QCOMPARE(fixture.child<QLineEdit>("lineEdit_firmware")->text(), file.fileName());
-    QCOMPARE(fixture.text("textEdit_firmware_info"),
-             QString("Protocol version: 1.2.a.-1\nImage version: 5.6.7.8"));
-    QVERIFY(fixture.widget("pushButton_start_upgrade")->isEnabled());
-}
+    void leavingTheFieldChecksToo()
+    {
+        ImageFile file;
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.window.show();
+        fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
+        fixture.window.activateWindow();
+        auto *const field = fixture.child<QLineEdit>("lineEdit_firmware");
+        field->setFocus();
+        QTRY_VERIFY(field->hasFocus());
+        field->setText(file.fileName());
+        QVERIFY(!fixture.isEnabled("pushButton_start_upgrade"));
+        QTest::keyClick(field, Qt::Key_Tab);
+        QVERIFY(fixture.isEnabled("pushButton_start_upgrade"));
+    }
 
-void MainWindowFirmwareFileTest::cancellingTheDialogChangesNothing()
-{
-    WindowFixture fixture;
-    QVERIFY(fixture.connectCamera());
-    fixture.child<QLineEdit>("lineEdit_firmware")->setText("/nowhere/at-all.img");
-    fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("typed by the operator");
-    fixture.widget("pushButton_start_upgrade")->setEnabled(true);
-    const FileDialogAnswer answer{QString()};
-    fixture.click("pushButton_choose_file");
-    QCOMPARE(answer.caption, QString("Open File"));
-    QCOMPARE(fixture.child<QLineEdit>("lineEdit_firmware")->text(), QString("/nowhere/at-all.img"));
-    QCOMPARE(fixture.text("textEdit_firmware_info"), QString("typed by the operator"));
-    QVERIFY(fixture.widget("pushButton_start_upgrade")->isEnabled());
-}
+    void choosingAFileChecksIt()
+    {
+        ImageFile file;
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        const FileDialogAnswer answer(file.fileName());
+        fixture.click("pushButton_choose_file");
+        QCOMPARE(answer.caption, QString("Open File"));
+        QCOMPARE(answer.directory, QString("/"));
+        QCOMPARE(answer.filters, QStringList{"firmware files(*.img)"});
+        QCOMPARE(fixture.child<QLineEdit>("lineEdit_firmware")->text(), file.fileName());
+        QCOMPARE(fixture.text("textEdit_firmware_info"), ImageFile::versions());
+        QVERIFY(fixture.isEnabled("pushButton_start_upgrade"));
+    }
+
+    void cancellingTheDialogChangesNothing()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.child<QLineEdit>("lineEdit_firmware")->setText("/nowhere/at-all.img");
+        fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("typed by the operator");
+        fixture.widget("pushButton_start_upgrade")->setEnabled(true);
+        const FileDialogAnswer answer{QString()};
+        fixture.click("pushButton_choose_file");
+        QCOMPARE(answer.caption, QString("Open File"));
+        QCOMPARE(fixture.child<QLineEdit>("lineEdit_firmware")->text(),
+                 QString("/nowhere/at-all.img"));
+        QCOMPARE(fixture.text("textEdit_firmware_info"), QString("typed by the operator"));
+        QVERIFY(fixture.isEnabled("pushButton_start_upgrade"));
+    }
+};
 
 QTEST_MAIN(MainWindowFirmwareFileTest)
 #include "tst_mainwindowfirmwarefile.moc"

@@ -3,6 +3,7 @@
 
 #include "logcapture.h"
 #include "patience.h"
+#include "rows.h"
 #include "ui_mainwindow.h"
 
 #include <QAbstractItemView>
@@ -424,7 +425,6 @@ void checkColor(const QImage &look, int x, int y, const QString &name, int toler
 } // namespace
 
 /// Checks the form alone, set up on a plain window: what it builds, in which order, how it looks.
-
 class TestMainWindowForm : public QObject {
     Q_OBJECT
 
@@ -668,14 +668,13 @@ private slots:
 
     void paintsComboBoxesByTheirState_data()
     {
-        QTest::addColumn<bool>("showsTextWhenDisabled");
-
-        QTest::newRow("comboBox_portlist") << true;
-        QTest::newRow("comboBox_baudrate") << true;
-        QTest::newRow("comboBox_autozoom") << false;
-        QTest::newRow("comboBox_zoomoffset") << false;
-        QTest::newRow("comboBox_targetmissing") << false;
-        QTest::newRow("comboBox_autotracking") << false;
+        addRows<bool>({"showsTextWhenDisabled"},
+                      {{"comboBox_portlist", true},
+                       {"comboBox_baudrate", true},
+                       {"comboBox_autozoom", false},
+                       {"comboBox_zoomoffset", false},
+                       {"comboBox_targetmissing", false},
+                       {"comboBox_autotracking", false}});
     }
 
     void paintsComboBoxesByTheirState()
@@ -851,5 +850,4 @@ private:
 };
 
 QTEST_MAIN(TestMainWindowForm)
-
 #include "tst_mainwindowform.moc"

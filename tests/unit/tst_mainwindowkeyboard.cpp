@@ -2,13 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
+#include "rows.h"
 #include "windowfixture.h"
 
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QTabBar>
 #include <QTabWidget>
-#include <QTemporaryFile>
 
 namespace {
 
@@ -144,11 +144,9 @@ private slots:
 
     void whatIsEnabledIsVisited_data()
     {
-        QTest::addColumn<bool>("isConnected");
-        QTest::addColumn<int>("page");
-        QTest::newRow("disconnected") << false << 0;
-        QTest::newRow("settings") << true << 0;
-        QTest::newRow("firmware") << true << 1;
+        addRows<bool, int>(
+            {"isConnected", "page"},
+            {{"disconnected", false, 0}, {"settings", true, 0}, {"firmware", true, 1}});
     }
 
     void whatIsEnabledIsVisited()
@@ -199,15 +197,15 @@ private slots:
     {
         WindowAtTheKeyboard fixture;
         QVERIFY(fixture.isActive);
-        fixture.replyWith(WindowFixture::helloReply());
+        fixture.replyWith(Frames::helloReply());
         QVERIFY(fixture.goTo("pushButton_connect"));
         fixture.press(Qt::Key_Space);
-        QVERIFY(fixture.widget("tabWidget")->isEnabled());
-        QCOMPARE(fixture.line.received(), WindowFixture::helloRequest());
+        QVERIFY(fixture.isEnabled("tabWidget"));
+        QCOMPARE(fixture.line.received(), Frames::helloRequest());
 
         QVERIFY(fixture.goTo("pushButton_disconnect", Qt::Key_Backtab));
         fixture.press(Qt::Key_Space);
-        QVERIFY(!fixture.widget("tabWidget")->isEnabled());
+        QVERIFY(!fixture.isEnabled("tabWidget"));
         QVERIFY(!fixture.port()->isOpen());
     }
 
@@ -219,10 +217,8 @@ private slots:
         QTest::addColumn<QString>("pane");
         QTest::addColumn<QStringList>("boxes");
 
-        // The short acknowledgement: 10 + 94 + 5 + 85 = 194
         QTest::newRow("Apply") << QByteArray("pushButton_apply") << Qt::Key_Tab
-                               << QByteArray::fromHex("ffff0a410106070609055500c2")
-                               << "Device Version: 1.0.a.10"
+                               << Frames::settingsAcknowledgement() << "Device Version: 1.0.a.10"
                                << QStringList{"Information: Apply Success."};
         // A zoom of 25: 12 + 94 + 5 + 58 + 25 = 194
         QTest::newRow("Zoom 1") << QByteArray("pushButton_custom_zoom_1") << Qt::Key_Backtab
@@ -269,12 +265,11 @@ private slots:
 
     void arrowsChooseInComboBoxes_data()
     {
-        QTest::addColumn<QByteArray>("comboBox");
-        QTest::addColumn<int>("count");
-        QTest::newRow("auto tracking") << QByteArray("comboBox_autotracking") << 4;
-        QTest::newRow("target missing") << QByteArray("comboBox_targetmissing") << 10;
-        QTest::newRow("auto zoom") << QByteArray("comboBox_autozoom") << 2;
-        QTest::newRow("zoom offset") << QByteArray("comboBox_zoomoffset") << 4;
+        addRows<QByteArray, int>({"comboBox", "count"},
+                                 {{"auto tracking", "comboBox_autotracking", 4},
+                                  {"target missing", "comboBox_targetmissing", 10},
+                                  {"auto zoom", "comboBox_autozoom", 2},
+                                  {"zoom offset", "comboBox_zoomoffset", 4}});
     }
 
     void arrowsChooseInComboBoxes()
@@ -344,28 +339,21 @@ private slots:
 
     void aTypedPathIsCheckedAtReturnAndAtTab_data()
     {
-        QTest::addColumn<Qt::Key>("key");
-        QTest::newRow("Return") << Qt::Key_Return;
-        QTest::newRow("Tab") << Qt::Key_Tab;
+        addRows<Qt::Key>({"key"}, {{"Return", Qt::Key_Return}, {"Tab", Qt::Key_Tab}});
     }
 
     void aTypedPathIsCheckedAtReturnAndAtTab()
     {
         QFETCH(Qt::Key, key);
-        QTemporaryFile image;
-        QVERIFY(image.open());
-        image.write("KVEL" + QByteArray::fromHex("01020aff 05060708"));
-        image.close();
-
+        const ImageFile image;
         WindowAtTheKeyboard fixture;
         QVERIFY(fixture.connectCamera());
         fixture.showFirmwarePage();
         QVERIFY(fixture.goTo("lineEdit_firmware", Qt::Key_Backtab));
         QTest::keyClicks(fixture.window.focusWidget(), image.fileName());
         fixture.press(key);
-        QCOMPARE(fixture.text("textEdit_firmware_info"),
-                 QString("Protocol version: 1.2.a.-1\nImage version: 5.6.7.8"));
-        QVERIFY(fixture.widget("pushButton_start_upgrade")->isEnabled());
+        QCOMPARE(fixture.text("textEdit_firmware_info"), ImageFile::versions());
+        QVERIFY(fixture.isEnabled("pushButton_start_upgrade"));
         QVERIFY(fixture.goTo("pushButton_start_upgrade", Qt::Key_Backtab));
     }
 };

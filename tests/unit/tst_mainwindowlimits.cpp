@@ -2,10 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
+#include "rows.h"
 #include "windowfixture.h"
-
-#include <QLineEdit>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -57,6 +55,12 @@ public:
     }
 };
 
+int sendHello(MainWindow &window, unsigned char times)
+{
+    return window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0, nullptr, 0,
+                                  times);
+}
+
 } // namespace
 
 class MainWindowLimitsTest : public QObject {
@@ -65,16 +69,13 @@ class MainWindowLimitsTest : public QObject {
 private slots:
     void waitsForAReplyAtMost_data()
     {
-        QTest::addColumn<QByteArray>("slot");
-        QTest::addColumn<QByteArray>("acknowledgement");
-        QTest::addColumn<int>("limit");
-
-        QTest::newRow("settings, 5 s") << QByteArray("on_pushButton_apply_clicked")
-                                       << QByteArray("receive_setting_ack") << 5000;
-        QTest::newRow("custom zoom 1, 2 s") << QByteArray("on_pushButton_custom_zoom_1_clicked")
-                                            << QByteArray("receive_custom_zoom_ack") << 2000;
-        QTest::newRow("custom zoom 2, 2 s") << QByteArray("on_pushButton_custom_zoom_2_clicked")
-                                            << QByteArray("receive_custom_zoom_ack") << 2000;
+        addRows<QByteArray, QByteArray, int>(
+            {"slot", "acknowledgement", "limit"},
+            {{"settings, 5 s", "on_pushButton_apply_clicked", "receive_setting_ack", 5000},
+             {"custom zoom 1, 2 s", "on_pushButton_custom_zoom_1_clicked",
+              "receive_custom_zoom_ack", 2000},
+             {"custom zoom 2, 2 s", "on_pushButton_custom_zoom_2_clicked",
+              "receive_custom_zoom_ack", 2000}});
     }
 
     void waitsForAReplyAtMost()
@@ -85,7 +86,7 @@ private slots:
         WindowFixture fixture;
         const Acknowledger acknowledger(&fixture.window, acknowledgement);
         fixture.limits.clear();
-        QVERIFY(QMetaObject::invokeMethod(&fixture.window, slot));
+        fixture.call(slot);
         QCOMPARE(fixture.limits.asked(), QList<int>{limit});
     }
 
@@ -101,18 +102,14 @@ private slots:
 
     void waitsForEachPacketAtMostTwoSeconds()
     {
-        const QTemporaryDir directory;
-        QFile file(directory.filePath("image"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
         // 256 bytes of firmware, which are two packets: 32 as they are and 224 in base64.
-        file.write(QByteArray("KVEL").leftJustified(160, '\0') + QByteArray(224, 'x').toBase64());
-        file.close();
-
+        const ImageFile image(QByteArray("KVEL").leftJustified(160, '\0')
+                              + QByteArray(224, 'x').toBase64());
         WindowFixture fixture;
-        fixture.child<QLineEdit>("lineEdit_firmware")->setText(file.fileName());
+        fixture.enterFirmwarePath(image.fileName());
         const Acknowledger acknowledger(&fixture.window, "receive_fw_info_ack");
         fixture.limits.clear();
-        QVERIFY(QMetaObject::invokeMethod(&fixture.window, "on_pushButton_start_upgrade_clicked"));
+        fixture.call("on_pushButton_start_upgrade_clicked");
         QCOMPARE(fixture.limits.asked(), QList<int>({5000, 2000, 2000}));
     }
 
@@ -122,15 +119,12 @@ private slots:
         QVERIFY(fixture.connectCamera());
         asked() = {};
         asked().port = fixture.port();
-        QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0,
-                                                nullptr, 0, 3),
-                 0);
+        QCOMPARE(sendHello(fixture.window, 3), 0);
         asked().port = nullptr;
         QCOMPARE(asked().pauses, QList<unsigned long>({200, 200}));
         QCOMPARE(asked().writtenAtPauses,
                  QList<qint64>({13, 26})); // frames of 13 bytes; no pause last
-        QTRY_COMPARE(fixture.line.received().toHex(),
-                     WindowFixture::helloRequest().repeated(3).toHex());
+        QTRY_COMPARE(fixture.line.received().toHex(), Frames::helloRequest().repeated(3).toHex());
     }
 
     void repeatingZeroTimesMeans256()
@@ -138,12 +132,10 @@ private slots:
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
         asked() = {};
-        QCOMPARE(fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_HELLO, 0,
-                                                nullptr, 0, 0),
-                 0);
+        QCOMPARE(sendHello(fixture.window, 0), 0);
         QCOMPARE(asked().pauses.size(), 255);
         QTRY_COMPARE(fixture.line.received().size(), 256 * 13);
-        QCOMPARE(fixture.line.received(), WindowFixture::helloRequest().repeated(256));
+        QCOMPARE(fixture.line.received(), Frames::helloRequest().repeated(256));
     }
 };
 

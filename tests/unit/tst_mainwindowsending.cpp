@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
+#include "rows.h"
 #include "windowfixture.h"
 
 namespace {
@@ -33,21 +34,17 @@ private slots:
                                                 UART_CTRL_CMD_SET_CUSTOM_ZOOM, 0, payload.data(), 2,
                                                 1),
                  0);
-        QTRY_COMPARE(fixture.line.received().toHex(), QByteArray("ffff0c410106070609013a000100a6"));
+        QTRY_COMPARE(fixture.line.received().toHex(), Frames::secondZoomRequest().toHex());
         QCOMPARE(fixture.log.texts(), QStringList());
     }
 
     void refusesWhatDoesNotFit_data()
     {
-        QTest::addColumn<bool>("hasPayload");
-        QTest::addColumn<int>("length");
-        QTest::addColumn<int>("result");
-        QTest::addColumn<int>("bytesWritten");
-
-        QTest::newRow("no payload") << false << 0 << 0 << 13;
-        QTest::newRow("128 bytes") << true << 128 << 0 << 141;
-        QTest::newRow("129 bytes") << true << 129 << -1 << 0;
-        QTest::newRow("a length without payload") << false << 1 << -1 << 0;
+        addRows<bool, int, int, int>({"hasPayload", "length", "result", "bytesWritten"},
+                                     {{"no payload", false, 0, 0, 13},
+                                      {"128 bytes", true, 128, 0, 141},
+                                      {"129 bytes", true, 129, -1, 0},
+                                      {"a length without payload", false, 1, -1, 0}});
     }
 
     void refusesWhatDoesNotFit()

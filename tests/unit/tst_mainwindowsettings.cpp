@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
+#include "rows.h"
 #include "widgetrecorder.h"
 #include "windowfixture.h"
 
@@ -14,10 +15,6 @@ namespace {
 QByteArray longReply()
 {
     return QByteArray::fromHex("ffff17410106070609055500 01000006 00 0000 0000 0001 01 02 da");
-}
-QByteArray shortReply()
-{
-    return QByteArray::fromHex("ffff0a410106070609055500c2");
 }
 
 } // namespace
@@ -34,11 +31,11 @@ private slots:
         mode->setCurrentIndex(1);
         for (const int index : {0, 1, 0, 2, 0, 3}) {
             mode->setCurrentIndex(index);
-            QCOMPARE(fixture.widget("comboBox_targetmissing")->isEnabled(), index != 0);
-            QCOMPARE(fixture.widget("comboBox_autozoom")->isEnabled(), index != 0);
-            QVERIFY(fixture.widget("comboBox_zoomoffset")->isEnabled());
-            QVERIFY(fixture.widget("radioButton_upright")->isEnabled());
-            QVERIFY(fixture.widget("radioButton_upside_down")->isEnabled());
+            QCOMPARE(fixture.isEnabled("comboBox_targetmissing"), index != 0);
+            QCOMPARE(fixture.isEnabled("comboBox_autozoom"), index != 0);
+            QVERIFY(fixture.isEnabled("comboBox_zoomoffset"));
+            QVERIFY(fixture.isEnabled("radioButton_upright"));
+            QVERIFY(fixture.isEnabled("radioButton_upside_down"));
         }
     }
 
@@ -79,22 +76,15 @@ private slots:
 
     void applySendsTheControls_data()
     {
-        QTest::addColumn<int>("autoTracking");
-        QTest::addColumn<int>("targetMissing");
-        QTest::addColumn<bool>("upsideDown");
-        QTest::addColumn<int>("autoZoom");
-        QTest::addColumn<int>("zoomOffset");
-        QTest::addColumn<QByteArray>("frame");
-
-        QTest::newRow("pan, preset 7, upside down, off, custom")
-            << 2 << 9 << true << 0 << 3 << QByteArray("ffff0f4101060706090155000209010003d2");
-        QTest::newRow("the defaults")
-            << 1 << 1 << false << 1 << 1 << QByteArray("ffff0f4101060706090155000101000101c7");
-        QTest::newRow("everything off")
-            << 0 << 0 << false << 0 << 0 << QByteArray("ffff0f4101060706090155000000000000c3");
-        // 195 + 3 + 4 + 1 + 2 = 205
-        QTest::newRow("tilt, preset 2, upright, on, 2")
-            << 3 << 4 << false << 1 << 2 << QByteArray("ffff0f4101060706090155000304000102cd");
+        addRows<int, int, bool, int, int, QByteArray>(
+            {"autoTracking", "targetMissing", "upsideDown", "autoZoom", "zoomOffset", "frame"},
+            {{"pan, preset 7, upside down, off, custom", 2, 9, true, 0, 3,
+              "ffff0f4101060706090155000209010003d2"},
+             {"the defaults", 1, 1, false, 1, 1, "ffff0f4101060706090155000101000101c7"},
+             {"everything off", 0, 0, false, 0, 0, "ffff0f4101060706090155000000000000c3"},
+             // 195 + 3 + 4 + 1 + 2 = 205
+             {"tilt, preset 2, upright, on, 2", 3, 4, false, 1, 2,
+              "ffff0f4101060706090155000304000102cd"}});
     }
 
     void applySendsTheControls()
@@ -111,7 +101,7 @@ private slots:
         fixture.click(upsideDown ? "radioButton_upside_down" : "radioButton_upright");
         fixture.combo("comboBox_autozoom")->setCurrentIndex(autoZoom);
         fixture.combo("comboBox_zoomoffset")->setCurrentIndex(zoomOffset);
-        fixture.replyWith(shortReply());
+        fixture.replyWith(Frames::settingsAcknowledgement());
         fixture.click("pushButton_apply");
         QTEST(fixture.line.received().toHex(), "frame");
     }
@@ -158,7 +148,7 @@ private slots:
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
         fixture.click("pushButton_default");
-        fixture.replyWith(shortReply());
+        fixture.replyWith(Frames::settingsAcknowledgement());
         WidgetRecorder recorder(&fixture.window);
         fixture.click("pushButton_apply");
         QCOMPARE(fixture.dialogs.texts(), QStringList{"Information: Apply Success."});
@@ -189,7 +179,7 @@ private slots:
     {
         WindowFixture fixture;
         fixture.letLimitPass();
-        QMetaObject::invokeMethod(&fixture.window, "on_pushButton_apply_clicked");
+        fixture.call("on_pushButton_apply_clicked");
         QCOMPARE(fixture.dialogs.texts(), QStringList{"Error: Apply fail!"});
         QCOMPARE(fixture.line.received(), QByteArray());
     }
@@ -210,10 +200,10 @@ private slots:
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
         QTimer::singleShot(0, &fixture.window, [&fixture] {
-            QVERIFY(fixture.widget("pushButton_apply")->isEnabled());
-            QVERIFY(fixture.widget("pushButton_default")->isEnabled());
-            QVERIFY(fixture.widget("pushButton_custom_zoom_1")->isEnabled());
-            fixture.replyWith(shortReply());
+            QVERIFY(fixture.isEnabled("pushButton_apply"));
+            QVERIFY(fixture.isEnabled("pushButton_default"));
+            QVERIFY(fixture.isEnabled("pushButton_custom_zoom_1"));
+            fixture.replyWith(Frames::settingsAcknowledgement());
             fixture.click("pushButton_apply");
         });
         fixture.click("pushButton_apply");

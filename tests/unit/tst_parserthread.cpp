@@ -3,24 +3,17 @@
 
 #include "parserthread.h"
 
+#include "frames.h"
 #include "logcapture.h"
 #include "patience.h"
 #include "ringbuffer.h"
+#include "rows.h"
 
 #include <atomic>
 #include <memory>
 #include <mutex>
 
 namespace {
-
-QByteArray longFrame()
-{
-    return QByteArray::fromHex("ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03 b4");
-}
-QByteArray shortFrame()
-{
-    return QByteArray::fromHex("ffff0a410106070609055500c2");
-}
 
 /// Fails the test if the thread is destroyed before it has ended.
 ///
@@ -34,17 +27,10 @@ void watchEnd(const ParserThread &parser)
     QObject::connect(&parser, &QObject::destroyed, [ended] { QVERIFY(*ended); });
 }
 
-struct Receiver {
-    Receiver() { watchEnd(parser); }
-
-    RingBuffer buffer;
-    ParserThread parser;
-};
-
 /// Takes frames on the parser thread itself, under a lock that the thread sanitizer understands.
 class FrameList {
 public:
-    explicit FrameList(const ParserThread &parser)
+    void listenTo(const ParserThread &parser)
     {
         QObject::connect(
             &parser, &ParserThread::command, &parser,
@@ -71,6 +57,21 @@ private:
     QList<QByteArray> m_frames;
 };
 
+struct Receiver {
+    explicit Receiver(bool starts = true)
+    {
+        watchEnd(parser);
+        frames.listenTo(parser);
+        if (starts) {
+            parser.startParser(&buffer);
+        }
+    }
+
+    RingBuffer buffer;
+    FrameList frames;
+    ParserThread parser;
+};
+
 } // namespace
 
 class ParserThreadTest : public QObject {
@@ -89,8 +90,8 @@ private slots:
     void startsWithABufferOnly()
     {
         LogCapture log;
-        Receiver receiver;
-        auto &[buffer, parser] = receiver;
+        Receiver receiver(false);
+        auto &[buffer, frames, parser] = receiver;
         parser.startParser(nullptr);
         QVERIFY(!parser.isRunning());
         parser.startParser(&buffer);
@@ -103,72 +104,61 @@ private slots:
     void deliversAFrameWithoutItsChecksum()
     {
         Receiver receiver;
-        auto &[buffer, parser] = receiver;
-        const FrameList frames(parser);
-        parser.startParser(&buffer);
-        buffer.append(longFrame());
-        QTRY_COMPARE(frames.count(), 1);
-        QCOMPARE(frames.at(0).toHex(), longFrame().chopped(1).toHex());
+        receiver.buffer.append(Frames::helloReply());
+        QTRY_COMPARE(receiver.frames.count(), 1);
+        QCOMPARE(receiver.frames.at(0).toHex(), Frames::helloReply().chopped(1).toHex());
     }
 
     void deliversAFrameThatArrivesInPieces()
     {
         Receiver receiver;
-        auto &[buffer, parser] = receiver;
-        const FrameList frames(parser);
-        parser.startParser(&buffer);
-        const QByteArray bytes = longFrame();
+        const QByteArray bytes = Frames::helloReply();
         for (const char byte : bytes) {
-            QCOMPARE(frames.count(), 0);
-            buffer.append(QByteArray(1, byte));
-            QTRY_VERIFY(buffer.isEmpty());
+            QCOMPARE(receiver.frames.count(), 0);
+            receiver.buffer.append(QByteArray(1, byte));
+            QTRY_VERIFY(receiver.buffer.isEmpty());
         }
-        QTRY_COMPARE(frames.count(), 1);
-        QCOMPARE(frames.at(0).toHex(), longFrame().chopped(1).toHex());
+        QTRY_COMPARE(receiver.frames.count(), 1);
+        QCOMPARE(receiver.frames.at(0).toHex(), Frames::helloReply().chopped(1).toHex());
     }
 
     void deliversTwoFramesOfOneAppendInOrder()
     {
         Receiver receiver;
-        auto &[buffer, parser] = receiver;
-        const FrameList frames(parser);
-        parser.startParser(&buffer);
-        buffer.append(longFrame() + shortFrame());
-        QTRY_COMPARE(frames.count(), 2);
-        QCOMPARE(frames.at(0).toHex(), longFrame().chopped(1).toHex());
-        QCOMPARE(frames.at(1).toHex(), shortFrame().chopped(1).toHex());
+        receiver.buffer.append(Frames::helloReply() + Frames::settingsAcknowledgement());
+        QTRY_COMPARE(receiver.frames.count(), 2);
+        QCOMPARE(receiver.frames.at(0).toHex(), Frames::helloReply().chopped(1).toHex());
+        QCOMPARE(receiver.frames.at(1).toHex(),
+                 Frames::settingsAcknowledgement().chopped(1).toHex());
     }
 
     void deliversQueuedAcrossThreads()
     {
         Receiver receiver;
-        auto &[buffer, parser] = receiver;
         QThread *receivingThread = nullptr;
-        connect(&parser, &ParserThread::command, this,
+        connect(&receiver.parser, &ParserThread::command, this,
                 [&receivingThread] { receivingThread = QThread::currentThread(); });
-        parser.startParser(&buffer);
-        buffer.append(shortFrame());
+        receiver.buffer.append(Frames::settingsAcknowledgement());
         QTRY_COMPARE(receivingThread, thread());
     }
 
     void logsWhatTheAssemblerSays_data()
     {
-        QTest::addColumn<QByteArray>("stream");
-        QTest::addColumn<QStringList>("lines");
-
-        QTest::newRow("a good frame")
-            << shortFrame()
-            << QStringList{"data_step_head_ready: length = 10", "Analyze Data: length = 10"};
-        QTest::newRow("numbers are decimal")
-            << longFrame()
-            << QStringList{"data_step_head_ready: length = 23", "Analyze Data: length = 23"};
-        QTest::newRow("a wrong sum is shown unreduced")
-            << QByteArray::fromHex("ffff0b410106070609053a00c871")
-            << QStringList{"data_step_head_ready: length = 11", "Checksum Error 368"};
-        QTest::newRow("a length of 0")
-            << QByteArray::fromHex("ffff0000")
-            << QStringList{"data_step_head_ready: length = 0", "Error 0"};
-        QTest::newRow("noise says nothing") << QByteArray("noise") << QStringList();
+        addRows<QByteArray, QStringList>(
+            {"stream", "lines"},
+            {{"a good frame",
+              Frames::settingsAcknowledgement(),
+              {"data_step_head_ready: length = 10", "Analyze Data: length = 10"}},
+             {"numbers are decimal",
+              Frames::helloReply(),
+              {"data_step_head_ready: length = 23", "Analyze Data: length = 23"}},
+             {"a wrong sum is shown unreduced",
+              QByteArray::fromHex("ffff0b410106070609053a00c871"),
+              {"data_step_head_ready: length = 11", "Checksum Error 368"}},
+             {"a length of 0",
+              QByteArray::fromHex("ffff0000"),
+              {"data_step_head_ready: length = 0", "Error 0"}},
+             {"noise says nothing", "noise", {}}});
     }
 
     void logsWhatTheAssemblerSays()
@@ -178,10 +168,8 @@ private slots:
         LogCapture log;
         {
             Receiver receiver;
-            auto &[buffer, parser] = receiver;
-            parser.startParser(&buffer);
-            buffer.append(stream);
-            QTRY_VERIFY(buffer.isEmpty());
+            receiver.buffer.append(stream);
+            QTRY_VERIFY(receiver.buffer.isEmpty());
         }
         QCOMPARE(log.texts(), QStringList{"startParser"} + lines);
     }
@@ -193,13 +181,11 @@ private slots:
         LogCapture log;
         {
             Receiver receiver;
-            auto &[buffer, parser] = receiver;
             connect(
-                &parser, &ParserThread::command, &parser, [] { qDebug("handed over"); },
-                Qt::DirectConnection);
-            parser.startParser(&buffer);
-            buffer.append(shortFrame());
-            QTRY_VERIFY(buffer.isEmpty());
+                &receiver.parser, &ParserThread::command, &receiver.parser,
+                [] { qDebug("handed over"); }, Qt::DirectConnection);
+            receiver.buffer.append(Frames::settingsAcknowledgement());
+            QTRY_VERIFY(receiver.buffer.isEmpty());
         }
         QCOMPARE(log.texts(),
                  QStringList({"startParser", "data_step_head_ready: length = 10",
@@ -209,24 +195,20 @@ private slots:
     void dropsWhatIsTooLongAndGoesOn()
     {
         Receiver receiver;
-        auto &[buffer, parser] = receiver;
-        const FrameList frames(parser);
-        parser.startParser(&buffer);
-        buffer.append(QByteArray::fromHex("ffff8b") + QByteArray(139, '\x01') + shortFrame());
-        QTRY_COMPARE(frames.count(), 1);
-        QCOMPARE(frames.at(0).toHex(), shortFrame().chopped(1).toHex());
+        receiver.buffer.append(QByteArray::fromHex("ffff8b") + QByteArray(139, '\x01')
+                               + Frames::settingsAcknowledgement());
+        QTRY_COMPARE(receiver.frames.count(), 1);
+        QCOMPARE(receiver.frames.at(0).toHex(),
+                 Frames::settingsAcknowledgement().chopped(1).toHex());
     }
 
     void keepsAPartialFrameForLater()
     {
         Receiver receiver;
-        auto &[buffer, parser] = receiver;
-        const FrameList frames(parser);
-        parser.startParser(&buffer);
-        buffer.append(longFrame().left(10));
-        QTRY_VERIFY(buffer.isEmpty());
-        buffer.append(longFrame().mid(10));
-        QTRY_COMPARE(frames.count(), 1);
+        receiver.buffer.append(Frames::helloReply().left(10));
+        QTRY_VERIFY(receiver.buffer.isEmpty());
+        receiver.buffer.append(Frames::helloReply().mid(10));
+        QTRY_COMPARE(receiver.frames.count(), 1);
     }
 
     void endsWithinOnePoll()
@@ -244,8 +226,8 @@ private slots:
 
     void endsWithoutEverHavingHadABuffer()
     {
-        Receiver receiver;
-        auto &[buffer, parser] = receiver;
+        Receiver receiver(false);
+        auto &[buffer, frames, parser] = receiver;
         parser.start();
         QTRY_VERIFY(parser.isRunning());
     }
@@ -254,17 +236,15 @@ private slots:
     {
         constexpr int kFrames = 10000;
         Receiver receiver;
-        auto &[buffer, parser] = receiver;
-        const FrameList frames(parser);
         const auto previous =
             qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
-        parser.startParser(&buffer);
         for (int i = 0; i < kFrames; ++i) {
-            buffer.append(i % 2 == 0 ? shortFrame() : longFrame());
+            receiver.buffer.append(i % 2 == 0 ? Frames::settingsAcknowledgement()
+                                              : Frames::helloReply());
         }
-        QTRY_COMPARE(frames.count(), kFrames);
+        QTRY_COMPARE(receiver.frames.count(), kFrames);
         qInstallMessageHandler(previous);
-        QCOMPARE(frames.at(kFrames - 1).toHex(), longFrame().chopped(1).toHex());
+        QCOMPARE(receiver.frames.at(kFrames - 1).toHex(), Frames::helloReply().chopped(1).toHex());
     }
 };
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "dialogwatcher.h"
+#include "frames.h"
 #include "logcapture.h"
 #include "mainwindow.h"
 #include "pseudoterminal.h"
@@ -11,27 +12,34 @@
 
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QLineEdit>
+#include <QTemporaryFile>
 #include <QTextEdit>
 #include <QTimer>
+
+/// An image in a file; it is not more than its versions by default.
+class ImageFile : public QTemporaryFile {
+public:
+    explicit ImageFile(const QByteArray &contents = versionsAlone())
+        : QTemporaryFile(QDir::tempPath() + "/XXXXXX.img")
+    {
+        if (!open() || write(contents) != contents.size() || !flush()) {
+            qFatal("cannot write the image");
+        }
+    }
+
+    static QByteArray versionsAlone() { return "KVEL" + QByteArray::fromHex("01020aff 05060708"); }
+    static QString versions() { return "Protocol version: 1.2.a.-1\nImage version: 5.6.7.8"; }
+};
 
 /// A main window whose chosen port is the near end of a pseudo-terminal, with the test as camera.
 class WindowFixture {
 public:
-    // The reply of a camera of version 1.0.a.10 that tracks by panning, with target missing on
-    // preset 1, upside down, without auto zoom, and with a custom zoom offset.
-    static QByteArray helloReply()
-    {
-        return QByteArray::fromHex("ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03 b4");
-    }
-    static QByteArray helloRequest() { return QByteArray::fromHex("ffff0a4101060706090116007f"); }
-
     /// @param answersDialogs  whether message boxes are answered at once, or by the test
     explicit WindowFixture(bool answersDialogs = true)
         : dialogs(answersDialogs)
     {
-        auto *const ports = combo("comboBox_portlist");
-        ports->addItem(line.portName() + " (test line)");
-        ports->setCurrentIndex(ports->count() - 1);
+        choosePort(line.portName() + " (test line)");
         QObject::connect(&line, &PseudoTerminal::bytesReceived, &line, [this] { reply(); });
         log.clear();
     }
@@ -59,16 +67,37 @@ public:
     /// Goes through the handshake. @return whether the window is connected then
     bool connectCamera()
     {
-        replyWith(helloReply());
+        replyWith(Frames::helloReply());
         click("pushButton_connect");
         replyWith({});
         line.forgetReceived();
         log.clear();
-        return widget("tabWidget")->isEnabled();
+        return isEnabled("tabWidget");
     }
 
     /// Presses a button that is enabled. Comes back when the button's slot does.
     void click(const char *button) { child<QAbstractButton>(button)->click(); }
+
+    /// Calls a slot of the window, whether or not its widget is enabled.
+    void call(const char *slot, QGenericArgument argument = {})
+    {
+        if (!QMetaObject::invokeMethod(&window, slot, argument)) {
+            qFatal("no slot %s", slot);
+        }
+    }
+    /// Hands over a frame as the parser does, which leaves out the checksum.
+    void deliver(const QByteArray &frame) { call("AnalyzeReceiveData", Q_ARG(QByteArray, frame)); }
+    void choosePort(const QString &item)
+    {
+        auto *const ports = combo("comboBox_portlist");
+        ports->addItem(item);
+        ports->setCurrentIndex(ports->count() - 1);
+    }
+    void enterFirmwarePath(const QString &path)
+    {
+        child<QLineEdit>("lineEdit_firmware")->setText(path);
+        call("on_lineEdit_firmware_editingFinished");
+    }
 
     template <typename Type> Type *child(const char *name) const
     {
@@ -79,6 +108,7 @@ public:
         return found;
     }
     QWidget *widget(const char *name) const { return child<QWidget>(name); }
+    bool isEnabled(const char *name) const { return widget(name)->isEnabled(); }
     QComboBox *combo(const char *name) const { return child<QComboBox>(name); }
     QString text(const char *textEdit) const { return child<QTextEdit>(textEdit)->toPlainText(); }
     QSerialPort *port() const { return window.findChild<QSerialPort *>(); }

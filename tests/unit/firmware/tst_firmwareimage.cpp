@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "firmwareimage.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -29,19 +30,17 @@ class FirmwareImageTest : public QObject {
 private slots:
     void knowsItsMagic_data()
     {
-        QTest::addColumn<QByteArray>("contents");
-        QTest::addColumn<bool>("hasMagic");
-
-        QTest::newRow("the magic alone") << QByteArray("KVEL") << true;
-        QTest::newRow("the magic and more") << header() << true;
-        QTest::newRow("lower case") << header("kvel") << false;
-        QTest::newRow("one letter other") << header("KVEM") << false;
-        QTest::newRow("behind a blank") << header(" KVEL") << false;
-        QTest::newRow("three letters") << QByteArray("KVE") << false;
-        QTest::newRow("three letters and a NUL") << QByteArray("KVE\0", 4) << false;
-        QTest::newRow("a NUL in front") << QByteArray("\0KVEL", 5) << false;
-        QTest::newRow("a NUL inside") << QByteArray("KV\0EL", 5) << false;
-        QTest::newRow("nothing") << QByteArray() << false;
+        addRows<QByteArray, bool>({"contents", "hasMagic"},
+                                  {{"the magic alone", "KVEL", true},
+                                   {"the magic and more", header(), true},
+                                   {"lower case", header("kvel"), false},
+                                   {"one letter other", header("KVEM"), false},
+                                   {"behind a blank", header(" KVEL"), false},
+                                   {"three letters", "KVE", false},
+                                   {"three letters and a NUL", QByteArray("KVE\0", 4), false},
+                                   {"a NUL in front", QByteArray("\0KVEL", 5), false},
+                                   {"a NUL inside", QByteArray("KV\0EL", 5), false},
+                                   {"nothing", QByteArray(), false}});
     }
 
     void knowsItsMagic()
@@ -52,21 +51,15 @@ private slots:
 
     void showsItsVersions_data()
     {
-        QTest::addColumn<QByteArray>("contents");
-        QTest::addColumn<QString>("protocolVersion");
-        QTest::addColumn<QString>("imageVersion");
-
         const auto versions = [](const char *hex) { return "KVEL" + QByteArray::fromHex(hex); };
-        QTest::newRow("each byte its own value") << versions("0102030405060708") << "1.2.3.4"
-                                                 << "5.6.7.8";
-        QTest::newRow("signed lower-case hexadecimal") << versions("01020aff80107f00") << "1.2.a.-1"
-                                                       << "-80.10.7f.0";
-        QTest::newRow("the magic alone") << versions("") << "0.0.0.0"
-                                         << "0.0.0.0";
-        QTest::newRow("5 bytes") << versions("01") << "1.0.0.0"
-                                 << "0.0.0.0";
-        QTest::newRow("11 bytes") << versions("01020304050607") << "1.2.3.4"
-                                  << "5.6.7.0";
+        addRows<QByteArray, QString, QString>(
+            {"contents", "protocolVersion", "imageVersion"},
+            {{"each byte its own value", versions("0102030405060708"), "1.2.3.4", "5.6.7.8"},
+             {"signed lower-case hexadecimal", versions("01020aff80107f00"), "1.2.a.-1",
+              "-80.10.7f.0"},
+             {"the magic alone", versions(""), "0.0.0.0", "0.0.0.0"},
+             {"5 bytes", versions("01"), "1.0.0.0", "0.0.0.0"},
+             {"11 bytes", versions("01020304050607"), "1.2.3.4", "5.6.7.0"}});
     }
 
     void showsItsVersions()
@@ -78,35 +71,33 @@ private slots:
 
     void yieldsItsFirmware_data()
     {
-        QTest::addColumn<QByteArray>("contents");
-        QTest::addColumn<QByteArray>("firmware");
-
         const QByteArray whole = header() + rawPrefix();
-        QTest::newRow("nothing") << QByteArray() << QByteArray();
-        QTest::newRow("less than a header") << header().left(127) << QByteArray();
-        QTest::newRow("a header alone") << header() << QByteArray();
-        QTest::newRow("one byte of the prefix") << header() + "x" << QByteArray("x");
-        QTest::newRow("a prefix without a body") << whole << rawPrefix();
-        QTest::newRow("the prefix is taken as it is") << header() + "QUJD" << QByteArray("QUJD");
-        QTest::newRow("a body without need of padding") << whole + "QUJD" << rawPrefix() + "ABC";
-        QTest::newRow("a body with its padding") << whole + "QUI=" << rawPrefix() + "AB";
-        QTest::newRow("a body of 7, padding missing") << whole + "QUJDREU" << rawPrefix() + "ABCDE";
-        QTest::newRow("a body of 6, padding missing") << whole + "QUJDRA" << rawPrefix() + "ABCD";
-        QTest::newRow("a body of 5 is decoded as it is") << whole + "QUJDR" << rawPrefix() + "ABC";
-        QTest::newRow("a body of 1 gives nothing") << whole + "Q" << rawPrefix();
-        QTest::newRow("foreign characters are skipped")
-            << whole + "QU\nJD\r\n -_*REU" << rawPrefix() + "ABCDE";
-        QTest::newRow("plus and slash are of the alphabet")
-            << whole + "++//" << rawPrefix() + QByteArray::fromHex("fbefff");
-        QTest::newRow("padding inside is skipped")
-            << whole + "QUI=QUJD" << rawPrefix() + "AB" + QByteArray::fromHex("105090");
-        QTest::newRow("the whole alphabet")
-            << whole + "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"
-            << rawPrefix()
-                + QByteArray::fromHex("00108310518720928b30d38f41149351559761969b71d79f"
-                                      "8218a39259a7a29aabb2dbafc31cb3d35db7e39ebbf3dfbf");
-        QTest::newRow("every byte value may come out")
-            << whole + "AAEC/f7/" << rawPrefix() + QByteArray::fromHex("000102fdfeff");
+        addRows<QByteArray, QByteArray>(
+            {"contents", "firmware"},
+            {{"nothing", QByteArray(), QByteArray()},
+             {"less than a header", header().left(127), QByteArray()},
+             {"a header alone", header(), QByteArray()},
+             {"one byte of the prefix", header() + "x", "x"},
+             {"a prefix without a body", whole, rawPrefix()},
+             {"the prefix is taken as it is", header() + "QUJD", "QUJD"},
+             {"a body without need of padding", whole + "QUJD", rawPrefix() + "ABC"},
+             {"a body with its padding", whole + "QUI=", rawPrefix() + "AB"},
+             {"a body of 7, padding missing", whole + "QUJDREU", rawPrefix() + "ABCDE"},
+             {"a body of 6, padding missing", whole + "QUJDRA", rawPrefix() + "ABCD"},
+             {"a body of 5 is decoded as it is", whole + "QUJDR", rawPrefix() + "ABC"},
+             {"a body of 1 gives nothing", whole + "Q", rawPrefix()},
+             {"foreign characters are skipped", whole + "QU\nJD\r\n -_*REU", rawPrefix() + "ABCDE"},
+             {"plus and slash are of the alphabet", whole + "++//",
+              rawPrefix() + QByteArray::fromHex("fbefff")},
+             {"padding inside is skipped", whole + "QUI=QUJD",
+              rawPrefix() + "AB" + QByteArray::fromHex("105090")},
+             {"the whole alphabet",
+              whole + "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/",
+              rawPrefix()
+                  + QByteArray::fromHex("00108310518720928b30d38f41149351559761969b71d79f"
+                                        "8218a39259a7a29aabb2dbafc31cb3d35db7e39ebbf3dfbf")},
+             {"every byte value may come out", whole + "AAEC/f7/",
+              rawPrefix() + QByteArray::fromHex("000102fdfeff")}});
     }
 
     void yieldsItsFirmware()

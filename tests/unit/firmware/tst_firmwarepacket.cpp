@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "firmwarepacket.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -11,16 +12,14 @@ class FirmwarePacketTest : public QObject {
 private slots:
     void cutsAFirmwareOf_data()
     {
-        QTest::addColumn<int>("size");
-        QTest::addColumn<QList<int>>("lengths");
-
-        QTest::newRow("0 bytes") << 0 << QList<int>{};
-        QTest::newRow("1 byte") << 1 << QList<int>{1};
-        QTest::newRow("127 bytes") << 127 << QList<int>{127};
-        QTest::newRow("128 bytes") << 128 << QList<int>{128};
-        QTest::newRow("129 bytes") << 129 << QList<int>{128, 1};
-        QTest::newRow("256 bytes") << 256 << QList<int>{128, 128};
-        QTest::newRow("300 bytes") << 300 << QList<int>{128, 128, 44};
+        addRows<int, QList<int>>({"size", "lengths"},
+                                 {{"0 bytes", 0, {}},
+                                  {"1 byte", 1, {1}},
+                                  {"127 bytes", 127, {127}},
+                                  {"128 bytes", 128, {128}},
+                                  {"129 bytes", 129, {128, 1}},
+                                  {"256 bytes", 256, {128, 128}},
+                                  {"300 bytes", 300, {128, 128, 44}}});
     }
 
     void cutsAFirmwareOf()

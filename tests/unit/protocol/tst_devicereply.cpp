@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "devicereply.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -21,16 +22,13 @@ class DeviceReplyTest : public QObject {
 private slots:
     void readsTypeAndCommand_data()
     {
-        QTest::addColumn<QByteArray>("frame");
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("command");
-
-        QTest::newRow("acknowledged HELLO") << QByteArray("ffff0a410106070609051600") << 5 << 22;
-        QTest::newRow("reserved type") << QByteArray("ffff0a410106070609025500") << 2 << 85;
-        QTest::newRow("bytes are unsigned") << QByteArray("ffff0a41010607060985ff00") << 133 << 255;
-        QTest::newRow("no command") << QByteArray("ffff0741010607060905") << 5 << 0;
-        QTest::newRow("no type") << QByteArray("ffff06410106070609") << 0 << 0;
-        QTest::newRow("empty") << QByteArray() << 0 << 0;
+        addRows<QByteArray, int, int>({"frame", "type", "command"},
+                                      {{"acknowledged HELLO", "ffff0a410106070609051600", 5, 22},
+                                       {"reserved type", "ffff0a410106070609025500", 2, 85},
+                                       {"bytes are unsigned", "ffff0a41010607060985ff00", 133, 255},
+                                       {"no command", "ffff0741010607060905", 5, 0},
+                                       {"no type", "ffff06410106070609", 0, 0},
+                                       {"empty", QByteArray(), 0, 0}});
     }
 
     void readsTypeAndCommand()
@@ -43,39 +41,25 @@ private slots:
 
     void readsTheSettingsBlock_data()
     {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<QString>("version");
-        QTest::addColumn<QString>("summary");
-        QTest::addColumn<int>("targetMissing");
-        QTest::addColumn<bool>("upsideDown");
-        QTest::addColumn<int>("autoTracking");
-        QTest::addColumn<int>("autoZoom");
-        QTest::addColumn<int>("zoomOffset");
-
-        QTest::newRow("everything off")
-            << QByteArray("00000000 00 0000 0000 0000 00 00") << "0.0.0.0"
-            << "0.0.0.0.0.0.0" << 0 << false << 0 << 0 << 0;
-        QTest::newRow("each byte its own value")
-            << QByteArray("01020a10 09 aabb 0102 0304 05 06") << "1.2.a.10"
-            << "9.1.2.3.4.5.6" << 9 << true << 1 << 5 << 6;
-        QTest::newRow("negative bytes")
-            << QByteArray("80ff7f81 ff 0000 8080 fffe f6 80") << "-80.-1.7f.-7f"
-            << "-1.-80.-80.-1.-2.-a.-80" << -1 << true << 1 << -10 << -128;
-        QTest::newRow("first direction flag alone is upright")
-            << QByteArray("00000000 00 0000 0100 0000 00 00") << "0.0.0.0"
-            << "0.1.0.0.0.0.0" << 0 << false << 0 << 0 << 0;
-        QTest::newRow("second direction flag alone is upright")
-            << QByteArray("00000000 00 0000 0001 0000 00 00") << "0.0.0.0"
-            << "0.0.1.0.0.0.0" << 0 << false << 0 << 0 << 0;
-        QTest::newRow("pan alone is mode 2")
-            << QByteArray("00000000 00 0000 0000 0100 00 00") << "0.0.0.0"
-            << "0.0.0.1.0.0.0" << 0 << false << 2 << 0 << 0;
-        QTest::newRow("tilt alone is mode 3")
-            << QByteArray("00000000 00 0000 0000 0001 00 00") << "0.0.0.0"
-            << "0.0.0.0.1.0.0" << 0 << false << 3 << 0 << 0;
-        QTest::newRow("the two bytes not used change nothing")
-            << QByteArray("00000000 00 ffff 0000 0000 00 00") << "0.0.0.0"
-            << "0.0.0.0.0.0.0" << 0 << false << 0 << 0 << 0;
+        addRows<QByteArray, QString, QString, int, bool, int, int, int>(
+            {"payload", "version", "summary", "targetMissing", "upsideDown", "autoTracking",
+             "autoZoom", "zoomOffset"},
+            {{"everything off", "00000000 00 0000 0000 0000 00 00", "0.0.0.0", "0.0.0.0.0.0.0", 0,
+              false, 0, 0, 0},
+             {"each byte its own value", "01020a10 09 aabb 0102 0304 05 06", "1.2.a.10",
+              "9.1.2.3.4.5.6", 9, true, 1, 5, 6},
+             {"negative bytes", "80ff7f81 ff 0000 8080 fffe f6 80", "-80.-1.7f.-7f",
+              "-1.-80.-80.-1.-2.-a.-80", -1, true, 1, -10, -128},
+             {"first direction flag alone is upright", "00000000 00 0000 0100 0000 00 00",
+              "0.0.0.0", "0.1.0.0.0.0.0", 0, false, 0, 0, 0},
+             {"second direction flag alone is upright", "00000000 00 0000 0001 0000 00 00",
+              "0.0.0.0", "0.0.1.0.0.0.0", 0, false, 0, 0, 0},
+             {"pan alone is mode 2", "00000000 00 0000 0000 0100 00 00", "0.0.0.0", "0.0.0.1.0.0.0",
+              0, false, 2, 0, 0},
+             {"tilt alone is mode 3", "00000000 00 0000 0000 0001 00 00", "0.0.0.0",
+              "0.0.0.0.1.0.0", 0, false, 3, 0, 0},
+             {"the two bytes not used change nothing", "00000000 00 ffff 0000 0000 00 00",
+              "0.0.0.0", "0.0.0.0.0.0.0", 0, false, 0, 0, 0}});
     }
 
     void readsTheSettingsBlock()
@@ -147,17 +131,15 @@ private slots:
 
     void combinesTheZoomFromTwoSignedBytes_data()
     {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<int>("zoom");
-
-        QTest::newRow("zero") << QByteArray("0000") << 0;
-        QTest::newRow("low byte") << QByteArray("007f") << 127;
-        QTest::newRow("both bytes") << QByteArray("0102") << 258;
-        QTest::newRow("low byte of 80 or more lowers by 256") << QByteArray("0190") << 144;
-        QTest::newRow("low byte ff is -1") << QByteArray("00ff") << -1;
-        QTest::newRow("high byte ff") << QByteArray("ff00") << -256;
-        QTest::newRow("largest") << QByteArray("7f7f") << 32639;
-        QTest::newRow("smallest") << QByteArray("8080") << -32896;
+        addRows<QByteArray, int>({"payload", "zoom"},
+                                 {{"zero", "0000", 0},
+                                  {"low byte", "007f", 127},
+                                  {"both bytes", "0102", 258},
+                                  {"low byte of 80 or more lowers by 256", "0190", 144},
+                                  {"low byte ff is -1", "00ff", -1},
+                                  {"high byte ff", "ff00", -256},
+                                  {"largest", "7f7f", 32639},
+                                  {"smallest", "8080", -32896}});
     }
 
     void combinesTheZoomFromTwoSignedBytes()

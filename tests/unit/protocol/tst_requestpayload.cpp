@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "requestpayload.h"
+#include "rows.h"
 
 #include <QtTest>
 
@@ -11,21 +12,13 @@ class RequestPayloadTest : public QObject {
 private slots:
     void settingsStandInTheOrderOfTheWire_data()
     {
-        QTest::addColumn<int>("autoTracking");
-        QTest::addColumn<int>("targetMissing");
-        QTest::addColumn<bool>("upsideDown");
-        QTest::addColumn<int>("autoZoom");
-        QTest::addColumn<int>("zoomOffset");
-        QTest::addColumn<QByteArray>("payload");
-
-        QTest::newRow("all off") << 0 << 0 << false << 0 << 0 << QByteArray("00 00 00 00 00");
-        QTest::newRow("defaults") << 1 << 1 << false << 1 << 1 << QByteArray("01 01 00 01 01");
-        QTest::newRow("pan, preset 7, upside down, zoom off, custom")
-            << 2 << 9 << true << 0 << 3 << QByteArray("02 09 01 00 03");
-        QTest::newRow("each byte its own value")
-            << 3 << 4 << true << 1 << 2 << QByteArray("03 04 01 01 02");
-        QTest::newRow("nothing chosen is the low byte of -1")
-            << -1 << -1 << false << -1 << -1 << QByteArray("ff ff 00 ff ff");
+        addRows<int, int, bool, int, int, QByteArray>(
+            {"autoTracking", "targetMissing", "upsideDown", "autoZoom", "zoomOffset", "payload"},
+            {{"all off", 0, 0, false, 0, 0, "00 00 00 00 00"},
+             {"defaults", 1, 1, false, 1, 1, "01 01 00 01 01"},
+             {"pan, preset 7, upside down, zoom off, custom", 2, 9, true, 0, 3, "02 09 01 00 03"},
+             {"each byte its own value", 3, 4, true, 1, 2, "03 04 01 01 02"},
+             {"nothing chosen is the low byte of -1", -1, -1, false, -1, -1, "ff ff 00 ff ff"}});
     }
 
     void settingsStandInTheOrderOfTheWire()
@@ -58,13 +51,12 @@ private slots:
 
     void firmwareSizeTravelsInThreeBytes_data()
     {
-        QTest::addColumn<int>("size");
-        QTest::addColumn<QByteArray>("payload");
-        QTest::newRow("0") << 0 << QByteArray("02 00 00 00");
-        QTest::newRow("300") << 300 << QByteArray("02 00 01 2c");
-        QTest::newRow("74565") << 74565 << QByteArray("02 01 23 45");
-        QTest::newRow("the largest") << 16777215 << QByteArray("02 ff ff ff");
-        QTest::newRow("higher bits are not sent") << 16777216 + 300 << QByteArray("02 00 01 2c");
+        addRows<int, QByteArray>({"size", "payload"},
+                                 {{"0", 0, "02 00 00 00"},
+                                  {"300", 300, "02 00 01 2c"},
+                                  {"74565", 74565, "02 01 23 45"},
+                                  {"the largest", 16777215, "02 ff ff ff"},
+                                  {"higher bits are not sent", 16777216 + 300, "02 00 01 2c"}});
     }
 
     void firmwareSizeTravelsInThreeBytes()

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "rows.h"
 #include "uartframe.h"
 
 #include <QtTest>
@@ -28,36 +29,27 @@ private slots:
 
     void buildsTheFrameOfEachRequest_data()
     {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("command");
-        QTest::addColumn<int>("parameter");
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<QByteArray>("frame");
-
-        QTest::newRow("HELLO has no payload")
-            << 1 << 22 << 0 << QByteArray() << QByteArray("ffff0a4101060706090116007f");
-        QTest::newRow("SET_CUSTOM_ZOOM, second preset")
-            << 1 << 58 << 0 << QByteArray("0100") << QByteArray("ffff0c41010607060901 3a00 0100a6");
-        QTest::newRow("CUSTOM_SETTING, sum wraps")
-            << 1 << 85 << 0 << QByteArray("0100000100")
-            << QByteArray("ffff0f4101060706090155000100000100c5");
-        QTest::newRow("CUSTOM_SETTING, pan, preset 7, upside down, off, custom")
-            << 1 << 85 << 0 << QByteArray("0209010003")
-            << QByteArray("ffff0f4101060706090155000209010003d2");
-        QTest::newRow("RECEIVE_FW_INFO, 74565 bytes")
-            << 1 << 16 << 0 << QByteArray("02012345")
-            << QByteArray("ffff0e41010607060901100002012345e8");
-        QTest::newRow("UPLOAD_FIRMWARE carries the packet number as parameter")
-            << 1 << 1 << 255 << QByteArray("ab") << QByteArray("ffff0b410106070609 0101ff ab 15");
-        QTest::newRow("bytes count as unsigned in the sum")
-            << 5 << 58 << 0 << QByteArray("ff80") << QByteArray("ffff0c410106070609053a00ff8028");
-        QTest::newRow("of the type only the low 8 bits")
-            << 0x101 << 22 << 0 << QByteArray() << QByteArray("ffff0a4101060706090116007f");
-        // 138 + 94 + 1 + 1 + 1 + 128 * 0x11 = 2411, low 8 bits 6b
-        QTest::newRow("128 bytes of payload, the most")
-            << 1 << 1 << 1 << QByteArray("11").repeated(128)
-            << QByteArray("ffff8a410106070609010101") + QByteArray("11").repeated(128)
-                + QByteArray("6b");
+        addRows<int, int, int, QByteArray, QByteArray>(
+            {"type", "command", "parameter", "payload", "frame"},
+            {{"HELLO has no payload", 1, 22, 0, QByteArray(), "ffff0a4101060706090116007f"},
+             {"SET_CUSTOM_ZOOM, second preset", 1, 58, 0, "0100",
+              "ffff0c41010607060901 3a00 0100a6"},
+             {"CUSTOM_SETTING, sum wraps", 1, 85, 0, "0100000100",
+              "ffff0f4101060706090155000100000100c5"},
+             {"CUSTOM_SETTING, pan, preset 7, upside down, off, custom", 1, 85, 0, "0209010003",
+              "ffff0f4101060706090155000209010003d2"},
+             {"RECEIVE_FW_INFO, 74565 bytes", 1, 16, 0, "02012345",
+              "ffff0e41010607060901100002012345e8"},
+             {"UPLOAD_FIRMWARE carries the packet number as parameter", 1, 1, 255, "ab",
+              "ffff0b410106070609 0101ff ab 15"},
+             {"bytes count as unsigned in the sum", 5, 58, 0, "ff80",
+              "ffff0c410106070609053a00ff8028"},
+             {"of the type only the low 8 bits", 0x101, 22, 0, QByteArray(),
+              "ffff0a4101060706090116007f"},
+             // 138 + 94 + 1 + 1 + 1 + 128 * 0x11 = 2411, low 8 bits 6b
+             {"128 bytes of payload, the most", 1, 1, 1, QByteArray("11").repeated(128),
+              QByteArray("ffff8a410106070609010101") + QByteArray("11").repeated(128)
+                  + QByteArray("6b")}});
     }
 
     void buildsTheFrameOfEachRequest()
@@ -98,17 +90,14 @@ private slots:
 
     void refusesWhatDoesNotFit_data()
     {
-        QTest::addColumn<bool>("hasData");
-        QTest::addColumn<int>("length");
-        QTest::addColumn<bool>("accepted");
-
-        QTest::newRow("no payload and no data") << false << 0 << true;
-        QTest::newRow("no payload") << true << 0 << true;
-        QTest::newRow("128 bytes, a frame of 141") << true << 128 << true;
-        QTest::newRow("129 bytes, a frame of 142") << true << 129 << false;
-        QTest::newRow("255 bytes") << true << 255 << false;
-        QTest::newRow("a length without data") << false << 1 << false;
-        QTest::newRow("too long and without data") << false << 129 << false;
+        addRows<bool, int, bool>({"hasData", "length", "accepted"},
+                                 {{"no payload and no data", false, 0, true},
+                                  {"no payload", true, 0, true},
+                                  {"128 bytes, a frame of 141", true, 128, true},
+                                  {"129 bytes, a frame of 142", true, 129, false},
+                                  {"255 bytes", true, 255, false},
+                                  {"a length without data", false, 1, false},
+                                  {"too long and without data", false, 129, false}});
     }
 
     void refusesWhatDoesNotFit()
