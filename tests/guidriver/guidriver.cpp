@@ -52,15 +52,14 @@ GuiDriver::~GuiDriver()
 
 bool GuiDriver::start(const QString &program, const QStringList &arguments)
 {
-    const QString socketPath = m_directory.filePath(QStringLiteral("guidriver"));
+    const QString socketPath = m_directory.filePath("guidriver");
     if (!m_server.listen(socketPath)) {
         return fail(m_server.errorString());
     }
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("QT_PLUGIN_PATH"), QStringLiteral(CORVANE_PLUGIN_PATH));
-    environment.insert(QStringLiteral("QT_QPA_GENERIC_PLUGINS"),
-                       QStringLiteral("corvaneguidriver:") + socketPath);
-    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_directory.path());
+    environment.insert("QT_PLUGIN_PATH", QStringLiteral(CORVANE_PLUGIN_PATH));
+    environment.insert("QT_QPA_GENERIC_PLUGINS", "corvaneguidriver:" + socketPath);
+    environment.insert("XDG_RUNTIME_DIR", m_directory.path());
     m_process.setProcessEnvironment(environment);
     m_process.start(program, arguments);
     if (!m_process.waitForStarted(kPatience)) {
@@ -70,18 +69,18 @@ bool GuiDriver::start(const QString &program, const QStringList &arguments)
     while (!m_server.waitForNewConnection(kPollMs)) {
         readOutput();
         if (deadline.hasExpired() || m_process.state() == QProcess::NotRunning) {
-            return fail(QStringLiteral("the program did not report: ") + output());
+            return fail("the program did not report: " + output());
         }
     }
     m_socket = m_server.nextPendingConnection();
-    return waitUntil(QStringLiteral("the main window is there"),
-                     [this] { return state()[QStringLiteral("widgets")].toObject().size() > 1; });
+    return waitUntil("the main window is there",
+                     [this] { return state()["widgets"].toObject().size() > 1; });
 }
 
 bool GuiDriver::waitUntilEnded(int limitMs)
 {
     if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(limitMs)) {
-        return fail(QStringLiteral("the program has not ended"));
+        return fail("the program has not ended");
     }
     return true;
 }
@@ -99,66 +98,6 @@ QString GuiDriver::output()
     return m_output;
 }
 
-qint64 GuiDriver::operatedProcessId()
-{
-    return state()[QStringLiteral("process")].toInt(-1);
-}
-
-bool GuiDriver::click(const QString &widget)
-{
-    return order({{"do", "click"}, {"widget", widget}});
-}
-
-bool GuiDriver::hover(const QString &widget)
-{
-    return order({{"do", "hover"}, {"widget", widget}});
-}
-
-bool GuiDriver::press(const QString &widget)
-{
-    return order({{"do", "press"}, {"widget", widget}});
-}
-
-bool GuiDriver::release(const QString &widget)
-{
-    return order({{"do", "release"}, {"widget", widget}});
-}
-
-bool GuiDriver::openList(const QString &widget)
-{
-    return order({{"do", "open list"}, {"widget", widget}});
-}
-
-bool GuiDriver::choose(const QString &widget, int index)
-{
-    return order({{"do", "choose"}, {"widget", widget}, {"index", index}});
-}
-
-bool GuiDriver::closeList()
-{
-    return order({{"do", "close list"}});
-}
-
-bool GuiDriver::type(const QString &widget, const QString &text)
-{
-    return order({{"do", "type"}, {"widget", widget}, {"text", text}});
-}
-
-bool GuiDriver::answerDialog()
-{
-    return order({{"do", "answer"}});
-}
-
-bool GuiDriver::dismiss()
-{
-    return order({{"do", "dismiss"}});
-}
-
-bool GuiDriver::close()
-{
-    return order({{"do", "close"}});
-}
-
 bool GuiDriver::picture(const QString &path)
 {
     // What is to be painted is on the screen when the program's event loop has gone round. Slept
@@ -170,69 +109,14 @@ bool GuiDriver::picture(const QString &path)
 QStringList GuiDriver::usableWidgets()
 {
     QStringList names;
-    const QJsonObject widgets = state()[QStringLiteral("widgets")].toObject();
+    const QJsonObject widgets = state()["widgets"].toObject();
     for (auto widget = widgets.begin(); widget != widgets.end(); ++widget) {
         const QJsonObject of = widget->toObject();
-        if (of[QStringLiteral("enabled")].toBool() && of[QStringLiteral("visible")].toBool()) {
+        if (of["enabled"].toBool() && of["visible"].toBool()) {
             names << widget.key();
         }
     }
     return names;
-}
-
-QString GuiDriver::text(const QString &widget)
-{
-    return stateOf(widget, QStringLiteral("text")).toString();
-}
-
-int GuiDriver::index(const QString &widget)
-{
-    return stateOf(widget, QStringLiteral("index")).toInt(-1);
-}
-
-int GuiDriver::value(const QString &widget)
-{
-    return stateOf(widget, QStringLiteral("value")).toInt(-1);
-}
-
-bool GuiDriver::isChecked(const QString &widget)
-{
-    return stateOf(widget, QStringLiteral("checked")).toBool();
-}
-
-bool GuiDriver::isEnabled(const QString &widget)
-{
-    return stateOf(widget, QStringLiteral("enabled")).toBool();
-}
-
-bool GuiDriver::isListOpen()
-{
-    return state()[QStringLiteral("list")].toBool();
-}
-
-QString GuiDriver::dialog()
-{
-    return state()[QStringLiteral("dialog")].toString();
-}
-
-bool GuiDriver::isBlocked()
-{
-    return state()[QStringLiteral("blocked")].toBool();
-}
-
-bool GuiDriver::watchEventLoop()
-{
-    return order({{"do", "watch event loop"}});
-}
-
-QJsonObject GuiDriver::eventLoopGaps()
-{
-    return order({{"do", "event loop gaps"}}) ? m_answer : QJsonObject();
-}
-
-bool GuiDriver::holdLimits(bool holds)
-{
-    return order({{"do", "hold limits"}, {"holds", holds}});
 }
 
 void GuiDriver::pause(int ms)
@@ -252,7 +136,7 @@ bool GuiDriver::waitUntil(const QString &description, const std::function<bool()
     const QDeadlineTimer deadline(limitMs);
     while (!condition()) {
         if (deadline.hasExpired() || m_process.state() == QProcess::NotRunning) {
-            return fail(QStringLiteral("waited in vain until ") + description);
+            return fail("waited in vain until " + description);
         }
         readOutput();
         QThread::msleep(kPollMs);
@@ -270,34 +154,23 @@ bool GuiDriver::waitForDialog(const QString &titleAndText, int limitMs)
 bool GuiDriver::waitForEnabled(const QString &widget, bool enabled, int limitMs)
 {
     return waitUntil(
-        widget + (enabled ? QLatin1String(" is enabled") : QLatin1String(" is disabled")),
+        widget + (enabled ? " is enabled" : " is disabled"),
         [this, widget, enabled] { return isEnabled(widget) == enabled; }, limitMs);
 }
 
 bool GuiDriver::order(const QJsonObject &order)
 {
     if (m_socket == nullptr || !m_socket->isOpen()) {
-        return fail(QStringLiteral("the program is not there"));
+        return fail("the program is not there");
     }
     m_socket->write(QJsonDocument(order).toJson(QJsonDocument::Compact) + '\n');
     while (!m_socket->canReadLine()) {
         if (!m_socket->waitForReadyRead(kPatience)) {
-            return fail(QStringLiteral("no answer from the program"));
+            return fail("no answer from the program");
         }
     }
     m_answer = QJsonDocument::fromJson(m_socket->readLine()).object();
-    return m_answer[QStringLiteral("ok")].toBool()
-        || fail(m_answer[QStringLiteral("error")].toString());
-}
-
-QJsonObject GuiDriver::state()
-{
-    return order({{"do", "state"}}) ? m_answer : QJsonObject();
-}
-
-QJsonValue GuiDriver::stateOf(const QString &widget, const QString &key)
-{
-    return state()[QStringLiteral("widgets")].toObject()[widget].toObject()[key];
+    return m_answer["ok"].toBool() || fail(m_answer["error"].toString());
 }
 
 // To be called again and again: a program whose output nobody reads comes to a halt.

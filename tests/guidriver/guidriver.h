@@ -41,58 +41,70 @@ public:
     /// that is operated.
     qint64 processId() const { return m_process.processId(); }
     /// The process that is operated; -1 when it does not answer.
-    qint64 operatedProcessId();
+    qint64 operatedProcessId() { return state()["process"].toInt(-1); }
     /// What the program has printed so far, standard output and error together.
     QString output();
     /// From now on at most the last @p characters of that are kept, for programs that run for long.
     void limitOutput(int characters) { m_outputLimit = characters; }
 
-    bool click(const QString &widget);
-    bool hover(const QString &widget);
+    bool click(const QString &widget) { return order({{"do", "click"}, {"widget", widget}}); }
+    bool hover(const QString &widget) { return order({{"do", "hover"}, {"widget", widget}}); }
     /// Holds the mouse button down on a widget, until release().
-    bool press(const QString &widget);
+    bool press(const QString &widget) { return order({{"do", "press"}, {"widget", widget}}); }
     /// Lets the mouse button go outside of the widget, so that nothing is clicked.
-    bool release(const QString &widget);
+    bool release(const QString &widget) { return order({{"do", "release"}, {"widget", widget}}); }
     /// Chooses an item of a combo box through its popup, or a tab.
-    bool choose(const QString &widget, int index);
+    bool choose(const QString &widget, int index)
+    {
+        return order({{"do", "choose"}, {"widget", widget}, {"index", index}});
+    }
     /// Opens the popup of a combo box, at the keyboard.
-    bool openList(const QString &widget);
+    bool openList(const QString &widget)
+    {
+        return order({{"do", "open list"}, {"widget", widget}});
+    }
     /// Closes the popup that is open, with Escape.
-    bool closeList();
+    bool closeList() { return order({{"do", "close list"}}); }
     /// Replaces what a line edit holds, ending with Return.
-    bool type(const QString &widget, const QString &text);
+    bool type(const QString &widget, const QString &text)
+    {
+        return order({{"do", "type"}, {"widget", widget}, {"text", text}});
+    }
     /// Presses Ok in the message box that is open.
-    bool answerDialog();
+    bool answerDialog() { return order({{"do", "answer"}}); }
     /// Closes the dialog or popup that is open, whatever it is, with Escape.
-    bool dismiss();
+    bool dismiss() { return order({{"do", "dismiss"}}); }
     /// Closes the main window.
-    bool close();
+    bool close() { return order({{"do", "close"}}); }
     /// Saves what the program shows on the screen.
     bool picture(const QString &path);
 
     /// The named widgets of the main window that are shown and enabled.
     QStringList usableWidgets();
-    QString text(const QString &widget);
-    int index(const QString &widget);
-    int value(const QString &widget);
-    bool isChecked(const QString &widget);
-    bool isEnabled(const QString &widget);
-    bool isListOpen();
+    QString text(const QString &widget) { return stateOf(widget, "text").toString(); }
+    int index(const QString &widget) { return stateOf(widget, "index").toInt(-1); }
+    int value(const QString &widget) { return stateOf(widget, "value").toInt(-1); }
+    bool isChecked(const QString &widget) { return stateOf(widget, "checked").toBool(); }
+    bool isEnabled(const QString &widget) { return stateOf(widget, "enabled").toBool(); }
+    bool isListOpen() { return state()["list"].toBool(); }
     /// "title: text" of the message box that is open, or nothing.
-    QString dialog();
+    QString dialog() { return state()["dialog"].toString(); }
     /// Whether a message box or another dialog keeps the main window from being used.
-    bool isBlocked();
+    bool isBlocked() { return state()["blocked"].toBool(); }
 
     /// Begins to measure for how long the program's event loop is away from its events.
-    bool watchEventLoop();
+    bool watchEventLoop() { return order({{"do", "watch event loop"}}); }
     /// Ends that.
     /// @return the loop's "turns", its gaps' "percentile 99.9 ms" and "longest ms"; empty on
     ///         failure
-    QJsonObject eventLoopGaps();
+    QJsonObject eventLoopGaps()
+    {
+        return order({{"do", "event loop gaps"}}) ? m_answer : QJsonObject();
+    }
 
     /// From now on no wait of the program for an acknowledgement ends by its limit; with false,
     /// they do again, no sooner than they would have.
-    bool holdLimits(bool holds);
+    bool holdLimits(bool holds) { return order({{"do", "hold limits"}, {"holds", holds}}); }
 
     /// Lets time pass without asking the program anything, and reads what it prints: a full pipe
     /// would hold it up.
@@ -107,8 +119,11 @@ public:
 
 private:
     bool order(const QJsonObject &order);
-    QJsonObject state();
-    QJsonValue stateOf(const QString &widget, const QString &key);
+    QJsonObject state() { return order({{"do", "state"}}) ? m_answer : QJsonObject(); }
+    QJsonValue stateOf(const QString &widget, const QString &key)
+    {
+        return state()["widgets"].toObject()[widget].toObject()[key];
+    }
     void readOutput();
     bool fail(const QString &text);
 

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QMap>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QScreen>
@@ -115,29 +116,19 @@ std::optional<QJsonObject> GuiDriverAgent::carryOut(const QJsonObject &order)
 {
     const QString action = order["do"].toString();
     const QString name = order["widget"].toString();
-    if (action == "state") {
-        return state();
-    }
-    if (action == "answer") {
-        return answerDialog();
-    }
-    if (action == "dismiss") {
-        return dismiss();
-    }
-    if (action == "picture") {
-        return picture(order["path"].toString());
-    }
-    if (action == "close list") {
-        return closeList();
-    }
-    if (action == "hold limits") {
-        return holdLimits(order["holds"].toBool());
-    }
-    if (action == "watch event loop") {
-        return watchEventLoop();
-    }
-    if (action == "event loop gaps") {
-        return eventLoopGaps();
+    using Orders = QMap<QString, std::function<std::optional<QJsonObject>()>>;
+    const Orders always{
+        {"state", [this] { return state(); }},
+        {"answer", [this] { return answerDialog(); }},
+        {"dismiss", [this] { return dismiss(); }},
+        {"picture", [&] { return picture(order["path"].toString()); }},
+        {"close list", [this] { return closeList(); }},
+        {"hold limits", [&] { return holdLimits(order["holds"].toBool()); }},
+        {"watch event loop", [this] { return watchEventLoop(); }},
+        {"event loop gaps", [this] { return eventLoopGaps(); }},
+    };
+    if (always.contains(action)) {
+        return always[action]();
     }
     if (mainWindow() == nullptr) {
         return error("there is no main window");
@@ -149,28 +140,16 @@ std::optional<QJsonObject> GuiDriverAgent::carryOut(const QJsonObject &order)
     if (widget == nullptr) {
         return error("there is no widget " + name);
     }
-    if (action == "click") {
-        return click(widget);
-    }
-    if (action == "hover") {
-        return hover(widget);
-    }
-    if (action == "press") {
-        return press(widget);
-    }
-    if (action == "release") {
-        return release(widget);
-    }
-    if (action == "open list") {
-        return openList(widget);
-    }
-    if (action == "choose") {
-        return choose(widget, order["index"].toInt());
-    }
-    if (action == "type") {
-        return pressKeys(widget, order["text"].toString());
-    }
-    return error("unknown order " + action);
+    const Orders toWidget{
+        {"click", [&] { return click(widget); }},
+        {"hover", [&] { return hover(widget); }},
+        {"press", [&] { return press(widget); }},
+        {"release", [&] { return release(widget); }},
+        {"open list", [&] { return openList(widget); }},
+        {"choose", [&] { return choose(widget, order["index"].toInt()); }},
+        {"type", [&] { return pressKeys(widget, order["text"].toString()); }},
+    };
+    return toWidget.contains(action) ? toWidget[action]() : error("unknown order " + action);
 }
 
 std::nullopt_t GuiDriverAgent::click(QWidget *widget)

@@ -37,7 +37,7 @@ qint64 privateKiBOf(const QByteArray &memoryMap)
 ProcessStatus ProcessStatus::of(qint64 processId)
 {
     const QString folder = QStringLiteral("/proc/%1/").arg(processId);
-    const QByteArray status = read(folder + QStringLiteral("stat"));
+    const QByteArray status = read(folder + "stat");
     // Counted from behind the name, which stands in brackets and may hold blanks.
     const QList<QByteArray> fields = status.mid(status.lastIndexOf(')') + 2).split(' ');
     constexpr int kUserTime = 11;
@@ -52,17 +52,15 @@ ProcessStatus ProcessStatus::of(qint64 processId)
     process.processorTimeMs = ticks * 1000 / ::sysconf(_SC_CLK_TCK);
     process.residentKiB =
         fields.value(kResidentPages).toLongLong() * ::sysconf(_SC_PAGESIZE) / 1024;
-    process.privateKiB = privateKiBOf(read(folder + QStringLiteral("smaps_rollup")));
+    process.privateKiB = privateKiBOf(read(folder + "smaps_rollup"));
     process.threads = fields.value(kThreads).toInt();
     const QFileInfoList descriptors =
-        QDir(folder + QStringLiteral("fd"))
-            .entryInfoList(QDir::Files | QDir::System | QDir::NoDotAndDotDot);
+        QDir(folder + "fd").entryInfoList(QDir::Files | QDir::System | QDir::NoDotAndDotDot);
     process.descriptors = descriptors.size();
     process.terminals = static_cast<int>(
         std::count_if(descriptors.begin(), descriptors.end(), [](const QFileInfo &descriptor) {
             const QString path = descriptor.symLinkTarget();
-            return path.startsWith(QLatin1String("/dev/pts/"))
-                || path.startsWith(QLatin1String("/dev/tty"));
+            return path.startsWith("/dev/pts/") || path.startsWith("/dev/tty");
         }));
     return process;
 }

@@ -40,51 +40,48 @@ bool ProgramFixture::start(const QStringList &simulatorOptions)
         qEnvironmentVariable("CORVANE_WRAPPER").split(QLatin1Char(' '), Qt::SkipEmptyParts);
     QStringList command;
     if (m_speed > 1) {
-        command << QStringLiteral("faketime") << QStringLiteral("-f")
-                << QStringLiteral("+0 x%1").arg(m_speed);
+        command << "faketime"
+                << "-f" << QStringLiteral("+0 x%1").arg(m_speed);
     }
-    command << CORVANE_SIMULATOR << QStringLiteral("--hex") << QStringLiteral("--control")
-            << controlSocket() << QStringLiteral("--port") << m_port << simulatorOptions
-            << QStringLiteral("--") << wrapper << CORVANE_PROGRAM;
+    command << CORVANE_SIMULATOR << "--hex"
+            << "--control" << controlSocket() << "--port" << m_port << simulatorOptions << "--"
+            << wrapper << CORVANE_PROGRAM;
     const QString first = command.takeFirst();
     return corvane.start(first, command);
 }
 
 bool ProgramFixture::connectCamera()
 {
-    return corvane.click(QStringLiteral("pushButton_connect"))
-        && corvane.waitForEnabled(QStringLiteral("tabWidget"));
+    return corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget");
 }
 
 bool ProgramFixture::pack(const QByteArray &firmware)
 {
-    QFile file(path(QStringLiteral("firmware")));
+    QFile file(path("firmware"));
     return file.open(QIODevice::WriteOnly) && file.write(firmware) == firmware.size()
         && file.flush()
         && QProcess::execute(CORVANE_IMAGE,
-                             {QStringLiteral("pack"), QStringLiteral("--protocol-version"),
-                              QStringLiteral("1.2.0.7"), QStringLiteral("--image-version"),
-                              QStringLiteral("1.0.0.6"), file.fileName(),
-                              path(QStringLiteral("image"))})
+                             {"pack", "--protocol-version", "1.2.0.7", "--image-version", "1.0.0.6",
+                              file.fileName(), path("image")})
         == 0;
 }
 
 bool ProgramFixture::startUpgrade()
 {
-    return corvane.choose(QStringLiteral("tabWidget"), 1)
-        && corvane.waitUntil(QStringLiteral("the page is shown"),
-                             [this] { return corvane.index(QStringLiteral("tabWidget")) == 1; })
-        && corvane.type(QStringLiteral("lineEdit_firmware"), path(QStringLiteral("image")))
-        && corvane.waitForEnabled(QStringLiteral("pushButton_start_upgrade"))
-        && corvane.click(QStringLiteral("pushButton_start_upgrade"));
+    return corvane.choose("tabWidget", 1)
+        && corvane.waitUntil("the page is shown",
+                             [this] { return corvane.index("tabWidget") == 1; })
+        && corvane.type("lineEdit_firmware", path("image"))
+        && corvane.waitForEnabled("pushButton_start_upgrade")
+        && corvane.click("pushButton_start_upgrade");
 }
 
 bool ProgramFixture::waitUntilComplete()
 {
-    return corvane.waitUntil(QStringLiteral("the upgrade is complete"), [this] {
-        return corvane.text(QStringLiteral("textEdit_firmware_info"))
+    return corvane.waitUntil("the upgrade is complete", [this] {
+        return corvane.text("textEdit_firmware_info")
             == QLatin1String("Update is complete. Device auto-rebooting.");
-    }) && corvane.waitForEnabled(QStringLiteral("pushButton_connect"));
+    }) && corvane.waitForEnabled("pushButton_connect");
 }
 
 bool ProgramFixture::tell(const QByteArray &command)
@@ -94,7 +91,7 @@ bool ProgramFixture::tell(const QByteArray &command)
 
 QString ProgramFixture::portItem() const
 {
-    return m_port + QLatin1String(" (USB Serial)");
+    return m_port + " (USB Serial)";
 }
 
 QByteArray ProgramFixture::contents(const QString &name) const
@@ -109,9 +106,9 @@ QStringList ProgramFixture::frames()
     QStringList frames;
     const QStringList lines = corvane.output().split(QLatin1Char('\n'));
     for (const QString &line : lines) {
-        const int bytes = line.indexOf(QLatin1String(" | "));
+        const int bytes = line.indexOf(" | ");
         const QString arrow = line.mid(kArrowOffset, 2);
-        if (bytes >= 0 && (arrow == QLatin1String("<-") || arrow == QLatin1String("->"))) {
+        if (bytes >= 0 && (arrow == "<-" || arrow == "->")) {
             frames << arrow + QLatin1Char(' ') + line.mid(bytes + 3);
         }
     }
@@ -122,5 +119,5 @@ QString ProgramFixture::explanation()
 {
     const QString error = corvane.errorText();
     std::fputs(qPrintable(corvane.output()), stderr);
-    return error + QLatin1String("; open message box: ") + corvane.dialog();
+    return error + "; open message box: " + corvane.dialog();
 }

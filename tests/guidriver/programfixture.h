@@ -57,7 +57,7 @@ public:
     GuiDriver corvane;
 
 private:
-    QString controlSocket() const { return path(QStringLiteral("control")); }
+    QString controlSocket() const { return path("control"); }
 
     QString m_port;
     QTemporaryDir m_directory;

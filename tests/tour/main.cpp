@@ -34,7 +34,7 @@ QByteArray contentsOf(const QString &path)
 }
 
 /// What a step has at hand: the program, its camera, and a folder that is gone after the tour.
-class Stage {
+class Stage : public GuiDriver {
 public:
     /// @param programArguments  what corvane gets on its command line
     bool start(const QStringList &programArguments)
@@ -44,76 +44,64 @@ public:
         QFile::copy(QStringLiteral(SAMPLE_FIRMWARE), firmware());
         QFile::copy(QStringLiteral(SAMPLE_IMAGE), image());
         // Time-outs are half of the tour, so program and camera live four times as fast.
-        return corvane.start(QStringLiteral("faketime"),
-                             QStringList{"-f", "+0 x4", CORVANE_SIMULATOR, "--control", control(),
-                                         "--settings", "0,0,0,0,0", "--save-firmware", saved(),
-                                         "--reboot-time", "2000", "--", CORVANE_PROGRAM}
-                                 + programArguments);
+        return GuiDriver::start("faketime",
+                                QStringList{"-f", "+0 x4", CORVANE_SIMULATOR, "--control",
+                                            control(), "--settings", "0,0,0,0,0", "--save-firmware",
+                                            saved(), "--reboot-time", "2000", "--", CORVANE_PROGRAM}
+                                    + programArguments);
     }
 
     bool tell(const QByteArray &command) { return tellSimulator(control(), command); }
 
-    bool shows(const QString &textEdit, const QString &text, int limitMs = 8000)
+    bool shows(const QString &textEdit, const QString &expected, int limitMs = 8000)
     {
-        return corvane.waitUntil(
-            textEdit + QLatin1String(" shows what it should"),
-            [this, textEdit, text] { return corvane.text(textEdit) == text; }, limitMs);
+        return waitUntil(
+            textEdit + " shows what it should",
+            [this, textEdit, expected] { return text(textEdit) == expected; }, limitMs);
     }
 
-    bool connectCamera()
+    bool connectCamera() { return click("pushButton_connect") && waitForEnabled("tabWidget"); }
+
+    bool showPage(int page)
     {
-        return corvane.click(QStringLiteral("pushButton_connect"))
-            && corvane.waitForEnabled(QStringLiteral("tabWidget"));
+        return choose("tabWidget", page)
+            && waitUntil("the page is shown", [this, page] { return index("tabWidget") == page; });
     }
 
-    bool showPage(int index)
+    bool showList(const QString &comboBox)
     {
-        return corvane.choose(QStringLiteral("tabWidget"), index)
-            && corvane.waitUntil(QStringLiteral("the page is shown"), [this, index] {
-                   return corvane.index(QStringLiteral("tabWidget")) == index;
-               });
+        return openList(comboBox) && waitUntil("the list is open", [this] { return isListOpen(); });
     }
 
-    bool openList(const QString &comboBox)
-    {
-        return corvane.openList(comboBox)
-            && corvane.waitUntil(QStringLiteral("the list is open"),
-                                 [this] { return corvane.isListOpen(); });
-    }
-
-    bool closeDialog() { return corvane.answerDialog() && corvane.waitForDialog({}); }
+    bool closeDialog() { return answerDialog() && waitForDialog({}); }
 
     bool chooseImage()
     {
-        return corvane.type(QStringLiteral("lineEdit_firmware"), image())
-            && corvane.waitForEnabled(QStringLiteral("pushButton_start_upgrade"));
+        return type("lineEdit_firmware", image()) && waitForEnabled("pushButton_start_upgrade");
     }
 
     bool upgradeHalfWay()
     {
         const auto hasSentHalf = [this] {
-            return corvane.value(QStringLiteral("progressBar_updating")) > kFirmwareSize / 2;
+            return value("progressBar_updating") > kFirmwareSize / 2;
         };
         // The bar still shows what the upgrade before has come to.
-        return corvane.click(QStringLiteral("pushButton_start_upgrade"))
-            && corvane.waitUntil(QStringLiteral("the bar starts anew"),
-                                 [hasSentHalf] { return !hasSentHalf(); })
-            && corvane.waitUntil(QStringLiteral("half of it is sent"), hasSentHalf,
-                                 kUpgradeLimitMs);
+        return click("pushButton_start_upgrade")
+            && waitUntil("the bar starts again", [hasSentHalf] { return !hasSentHalf(); })
+            && waitUntil("half of it is sent", hasSentHalf, kUpgradeLimitMs);
     }
 
-    static QString firmware() { return QStringLiteral("firmware.bin"); }
-    static QString image() { return QStringLiteral("sample.img"); }
-    QString saved() const { return m_scratch.filePath(QStringLiteral("received.bin")); }
+    static QString firmware() { return "firmware.bin"; }
+    static QString image() { return "sample.img"; }
+    QString saved() const { return m_scratch.filePath("received.bin"); }
 
-    GuiDriver corvane;
     /// As any program that has the port open, and its lock.
-    QLockFile portLock{QStringLiteral("/var/lock/LCK..ttyUSB0")};
+    QLockFile portLock{"/var/lock/LCK..ttyUSB0"};
 
 private:
-    QString control() const { return m_scratch.filePath(QStringLiteral("control")); }
+    QString control() const { return m_scratch.filePath("control"); }
 
-    QTemporaryDir m_scratch{QDir::tempPath() + QLatin1String("/corvane-tour-XXXXXX")};
+    QTemporaryDir m_scratch{QDir::tempPath() + "/corvane-tour-XXXXXX"};
 };
 
 struct Step {
@@ -125,41 +113,39 @@ using Steps = std::vector<Step>;
 
 Step list(const char *picture, const char *description, const char *comboBox)
 {
-    return {picture, description,
-            [comboBox](Stage &stage) { return stage.openList(QLatin1String(comboBox)); }};
+    return {picture, description, [comboBox](Stage &stage) { return stage.showList(comboBox); }};
 }
 
 Step closeTheList()
 {
-    return {nullptr, "Close it", [](Stage &stage) { return stage.corvane.closeList(); }};
+    return {nullptr, "Close it", [](Stage &stage) { return stage.closeList(); }};
 }
 
 Steps connecting()
 {
     return {
-        {"start", "Start: the adapter stands in the list of ports",
+        {"start", "Start: the adapter is in the list of ports",
          [](Stage &stage) { return stage.shows("comboBox_portlist", "ttyUSB0 (USB Serial)"); }},
         list("port-list", "Open a list: the ports", "comboBox_portlist"),
         closeTheList(),
         list("baud-rate-list", "Open a list: the only baud rate", "comboBox_baudrate"),
         closeTheList(),
         {"hover-connect", "Point at Connect",
-         [](Stage &stage) { return stage.corvane.hover("pushButton_connect"); }},
+         [](Stage &stage) { return stage.hover("pushButton_connect"); }},
         {"pressed-connect", "Press Connect, and keep it pressed",
-         [](Stage &stage) { return stage.corvane.press("pushButton_connect"); }},
+         [](Stage &stage) { return stage.press("pushButton_connect"); }},
         {"hover-about", "Let go beside it, and point at About",
          [](Stage &stage) {
-             return stage.corvane.release("pushButton_connect")
-                 && stage.corvane.hover("toolButton_about");
+             return stage.release("pushButton_connect") && stage.hover("toolButton_about");
          }},
         {"connecting", "Connect to a camera that is switched off: it is waited for",
          [](Stage &stage) {
-             return stage.corvane.hover("label_logo_title") && stage.tell("silent on")
-                 && stage.corvane.click("pushButton_connect")
-                 && stage.corvane.waitForEnabled("pushButton_connect", false);
+             return stage.hover("label_logo_title") && stage.tell("silent on")
+                 && stage.click("pushButton_connect")
+                 && stage.waitForEnabled("pushButton_connect", false);
          }},
         {"no-answer", "Five seconds later it says so",
-         [](Stage &stage) { return stage.corvane.waitForDialog("Error: Connection fail!"); }},
+         [](Stage &stage) { return stage.waitForDialog("Error: Connection fail!"); }},
         {"connect", "Switch it on, connect: the camera reports its version and settings",
          [](Stage &stage) {
              return stage.closeDialog() && stage.tell("silent off") && stage.connectCamera()
@@ -174,18 +160,16 @@ Steps changingSettings()
         list("tracking-list", "Open a list: the tracking modes", "comboBox_autotracking"),
         {"change", "Change: pan tracking, preset 7, upside down, no auto zoom, custom zoom offset",
          [](Stage &stage) {
-             GuiDriver &corvane = stage.corvane;
-             return corvane.closeList() && corvane.choose("comboBox_autotracking", 2)
-                 && corvane.waitForEnabled("comboBox_targetmissing")
-                 && corvane.choose("comboBox_targetmissing", 9)
-                 && corvane.click("radioButton_upside_down")
-                 && corvane.choose("comboBox_autozoom", 0)
-                 && corvane.choose("comboBox_zoomoffset", 3)
-                 && corvane.waitUntil("everything is chosen", [&corvane] {
-                        return corvane.index("comboBox_autotracking") == 2
-                            && corvane.index("comboBox_targetmissing") == 9
-                            && corvane.isChecked("radioButton_upside_down")
-                            && corvane.index("comboBox_zoomoffset") == 3;
+             return stage.closeList() && stage.choose("comboBox_autotracking", 2)
+                 && stage.waitForEnabled("comboBox_targetmissing")
+                 && stage.choose("comboBox_targetmissing", 9)
+                 && stage.click("radioButton_upside_down") && stage.choose("comboBox_autozoom", 0)
+                 && stage.choose("comboBox_zoomoffset", 3)
+                 && stage.waitUntil("everything is chosen", [&stage] {
+                        return stage.index("comboBox_autotracking") == 2
+                            && stage.index("comboBox_targetmissing") == 9
+                            && stage.isChecked("radioButton_upside_down")
+                            && stage.index("comboBox_zoomoffset") == 3;
                     });
          }},
         list("zoom-list", "Open a list: auto zoom", "comboBox_autozoom"),
@@ -195,37 +179,36 @@ Steps changingSettings()
         list("offset-list", "Open a list: the zoom offsets", "comboBox_zoomoffset"),
         closeTheList(),
         {"hover-apply", "Point at Apply",
-         [](Stage &stage) { return stage.corvane.hover("pushButton_apply"); }},
+         [](Stage &stage) { return stage.hover("pushButton_apply"); }},
         {"pressed-apply", "Press Apply, and keep it pressed",
-         [](Stage &stage) { return stage.corvane.press("pushButton_apply"); }},
+         [](Stage &stage) { return stage.press("pushButton_apply"); }},
         {"apply", "Let go beside it; apply: the camera acknowledges",
          [](Stage &stage) {
-             return stage.corvane.release("pushButton_apply")
-                 && stage.corvane.click("pushButton_apply")
-                 && stage.corvane.waitForDialog("Information: Apply Success.");
+             return stage.release("pushButton_apply") && stage.click("pushButton_apply")
+                 && stage.waitForDialog("Information: Apply Success.");
          }},
         {"zoom", "Set the second zoom preset: the camera reports its zoom",
          [](Stage &stage) {
-             return stage.closeDialog() && stage.corvane.click("pushButton_custom_zoom_2")
+             return stage.closeDialog() && stage.click("pushButton_custom_zoom_2")
                  && stage.shows("textEdit_device_info",
                                 "Device Version: 1.0.0.6\nSetting custom zoom: 25");
          }},
         {"apply-failed", "Apply to a camera that is switched off: five seconds later it says so",
          [](Stage &stage) {
-             return stage.tell("silent on") && stage.corvane.click("pushButton_apply")
-                 && stage.corvane.waitForDialog("Error: Apply fail!");
+             return stage.tell("silent on") && stage.click("pushButton_apply")
+                 && stage.waitForDialog("Error: Apply fail!");
          }},
         {"zoom-failed", "Set the first zoom preset: two seconds later it says that this failed",
          [](Stage &stage) {
-             return stage.closeDialog() && stage.corvane.click("pushButton_custom_zoom_1")
+             return stage.closeDialog() && stage.click("pushButton_custom_zoom_1")
                  && stage.shows("textEdit_device_info",
                                 "Device Version: 1.0.0.6\nSetting custom zoom 1 failed!")
                  && stage.tell("silent off");
          }},
         {"about", "About: the program's version",
          [](Stage &stage) {
-             return stage.corvane.click("toolButton_about")
-                 && stage.corvane.waitForDialog("about: Corvane: Version 1.0.0.5");
+             return stage.click("toolButton_about")
+                 && stage.waitForDialog("about: Corvane: Version 1.0.0.5");
          }},
     };
 }
@@ -237,18 +220,16 @@ Steps failingToUpgrade()
          [](Stage &stage) { return stage.closeDialog() && stage.showPage(1); }},
         {"choose-file", "Choose a file, from a dialog",
          [](Stage &stage) {
-             return stage.corvane.click("pushButton_choose_file")
-                 && stage.corvane.waitUntil("the dialog is open",
-                                            [&stage] { return stage.corvane.isBlocked(); });
+             return stage.click("pushButton_choose_file")
+                 && stage.waitUntil("the dialog is open", [&stage] { return stage.isBlocked(); });
          }},
         {"no-image", "Choose a file that is no firmware image: it is refused",
          [](Stage &stage) {
-             return stage.corvane.dismiss()
-                 && stage.corvane.waitUntil("the dialog is closed",
-                                            [&stage] { return !stage.corvane.isBlocked(); })
-                 && stage.corvane.type("lineEdit_firmware", stage.firmware())
+             return stage.dismiss()
+                 && stage.waitUntil("the dialog is closed", [&stage] { return !stage.isBlocked(); })
+                 && stage.type("lineEdit_firmware", stage.firmware())
                  && stage.shows("textEdit_firmware_info", "Firmware file error.")
-                 && !stage.corvane.isEnabled("pushButton_start_upgrade");
+                 && !stage.isEnabled("pushButton_start_upgrade");
          }},
         {"image", "Choose a firmware image: its versions are shown",
          [](Stage &stage) {
@@ -258,14 +239,14 @@ Steps failingToUpgrade()
          }},
         {"not-announced", "Upgrade a camera that is switched off: five seconds later it says so",
          [](Stage &stage) {
-             return stage.tell("silent on") && stage.corvane.click("pushButton_start_upgrade")
-                 && stage.corvane.waitForDialog("Error: Connection timeout!");
+             return stage.tell("silent on") && stage.click("pushButton_start_upgrade")
+                 && stage.waitForDialog("Error: Connection timeout!");
          }},
         {"stopped", "Upgrade a camera that is switched off half-way: it says so after two seconds",
          [](Stage &stage) {
              return stage.closeDialog() && stage.tell("silent off") && stage.connectCamera()
                  && stage.chooseImage() && stage.upgradeHalfWay() && stage.tell("silent on")
-                 && stage.corvane.waitForDialog("Error: Transmission stop!");
+                 && stage.waitForDialog("Error: Transmission stop!");
          }},
     };
 }
@@ -282,25 +263,23 @@ Steps upgrading()
          [](Stage &stage) {
              return stage.shows("textEdit_firmware_info",
                                 "Update is complete. Device auto-rebooting.", kUpgradeLimitMs)
-                 && stage.corvane.waitForEnabled("pushButton_connect")
-                 && stage.corvane.waitUntil("the firmware is saved", [&stage] {
+                 && stage.waitForEnabled("pushButton_connect")
+                 && stage.waitUntil("the firmware is saved", [&stage] {
                         return contentsOf(stage.saved()) == contentsOf(SAMPLE_FIRMWARE);
                     });
          }},
         {"reconnect", "Connect again when it has rebooted: it reports its new version",
          [](Stage &stage) {
-             return stage.corvane.waitUntil("it has rebooted",
-                                            [&stage] {
-                                                return stage.corvane.output().contains(
-                                                    "running version 1.0.0.7");
-                                            })
+             return stage.waitUntil(
+                        "it has rebooted",
+                        [&stage] { return stage.output().contains("running version 1.0.0.7"); })
                  && stage.connectCamera() && stage.showPage(0)
                  && stage.shows("textEdit_device_info", "Device Version: 1.0.0.7");
          }},
         {"disconnect", "Disconnect",
          [](Stage &stage) {
-             return stage.corvane.click("pushButton_disconnect")
-                 && stage.corvane.waitForEnabled("tabWidget", false);
+             return stage.click("pushButton_disconnect")
+                 && stage.waitForEnabled("tabWidget", false);
          }},
     };
 }
@@ -310,30 +289,29 @@ Steps losingThePort()
     return {
         {"locked", "Connect while another program has locked the port",
          [](Stage &stage) {
-             return stage.portLock.tryLock() && stage.corvane.click("pushButton_connect")
-                 && stage.corvane.waitForDialog("Error: Permission error while locking the device");
+             return stage.portLock.tryLock() && stage.click("pushButton_connect")
+                 && stage.waitForDialog("Error: Permission error while locking the device");
          }},
         {"unplugged", "Connect, pull the plug: the window is disconnected again",
          [](Stage &stage) {
              stage.portLock.unlock();
              return stage.closeDialog() && stage.connectCamera() && stage.tell("unplug")
-                 && stage.corvane.waitForEnabled("tabWidget", false)
-                 && stage.corvane.waitForEnabled("pushButton_connect");
+                 && stage.waitForEnabled("tabWidget", false)
+                 && stage.waitForEnabled("pushButton_connect");
          }},
         {"no-port", "Connect to the adapter that is gone",
          [](Stage &stage) {
-             return stage.corvane.click("pushButton_connect")
-                 && stage.corvane.waitForDialog("Error: No such file or directory");
+             return stage.click("pushButton_connect")
+                 && stage.waitForDialog("Error: No such file or directory");
          }},
         {"no-ports", "Open the list of ports again: it is empty",
          [](Stage &stage) {
-             return stage.closeDialog() && stage.corvane.openList("comboBox_portlist")
+             return stage.closeDialog() && stage.openList("comboBox_portlist")
                  && stage.shows("comboBox_portlist", "");
          }},
         {nullptr, "Close the window: the program ends",
          [](Stage &stage) {
-             return stage.corvane.close() && stage.corvane.waitUntilEnded()
-                 && stage.corvane.exitCode() == 0;
+             return stage.close() && stage.waitUntilEnded() && stage.exitCode() == 0;
          }},
     };
 }
@@ -375,7 +353,7 @@ int main(int argc, char *argv[])
 
     Stage stage;
     if (!stage.start(arguments)) {
-        say(QStringLiteral("Corvane has not started: ") + stage.corvane.errorText());
+        say("Corvane has not started: " + stage.errorText());
         return 100;
     }
     int number = 0;
@@ -386,14 +364,14 @@ int main(int argc, char *argv[])
         if (isDone && step.picture != nullptr) {
             const QString path = directory.filePath(
                 QStringLiteral("%1-%2.png").arg(number, 2, 10, QLatin1Char('0')).arg(step.picture));
-            isDone = stage.corvane.picture(path);
+            isDone = stage.picture(path);
         }
         if (!isDone) {
-            say(QStringLiteral("    went wrong: ") + stage.corvane.errorText());
-            say(QStringLiteral("What the programs printed:\n") + stage.corvane.output());
+            say("    went wrong: " + stage.errorText());
+            say("What the programs printed:\n" + stage.output());
             return number;
         }
     }
-    say(QStringLiteral("The pictures are in ") + directory.path());
+    say("The pictures are in " + directory.path());
     return 0;
 }
