@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "closetest.h"
+#include "stresstests.h"
 
-#include "closing.h"
 #include "dialoghandler.h"
 #include "programfixture.h"
 #include "randomfirmware.h"
@@ -24,14 +23,13 @@ Tally closeAtRandom(quint32 seed)
     QRandomGenerator random(seed);
     ProgramFixture fixture;
     DialogHandler dialogHandler(fixture);
-    RandomScenario scenario(fixture, dialogHandler, random);
     if (!fixture.start(Upload::simulatorOptions(fixture))
         || !fixture.pack(randomFirmware(kFirmwareSize, random))) {
         tally.fail(fixture.explanation(), again);
         return tally;
     }
-    const QString moment = scenario.begin();
-    tally.count(QStringLiteral("windows closed ") + moment);
+    const QString moment = beginRandomScenario(fixture, dialogHandler, random);
+    tally.count("windows closed " + moment);
     const QString problem = closeAndEnd(fixture.corvane);
     if (!problem.isEmpty()) {
         tally.fail(QStringLiteral("%1, closed %2: %3").arg(problem, moment, fixture.explanation()),

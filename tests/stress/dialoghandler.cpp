@@ -41,14 +41,14 @@ bool DialogHandler::connectCamera()
     GuiDriver &corvane = m_fixture.corvane;
     for (int attempt = 0; attempt < kConnectionAttempts; ++attempt) {
         const auto isDecided = [this] { return isConnected() || isDisconnected(); };
-        if (!waitUntil(QStringLiteral("the window is at rest"), isDecided, kConnectionLimitMs)) {
+        if (!waitUntil("the window is at rest", isDecided, kConnectionLimitMs)) {
             return false;
         }
         if (isConnected()) {
             return true;
         }
-        corvane.click(QStringLiteral("pushButton_connect"));
-        corvane.waitForEnabled(QStringLiteral("pushButton_connect"), false);
+        corvane.click("pushButton_connect");
+        corvane.waitForEnabled("pushButton_connect", false);
     }
     return false;
 }
@@ -57,8 +57,7 @@ bool DialogHandler::isDisconnected() const
 {
     GuiDriver &corvane = m_fixture.corvane;
     // Not that the pane of the device is empty: a reply that was on its way is still shown.
-    return corvane.isEnabled(QStringLiteral("pushButton_connect"))
-        && !corvane.isEnabled(QStringLiteral("tabWidget"));
+    return corvane.isEnabled("pushButton_connect") && !corvane.isEnabled("tabWidget");
 }
 
 bool DialogHandler::outlastWaits(int speed)
@@ -68,13 +67,31 @@ bool DialogHandler::outlastWaits(int speed)
     // Waits may be nested in each other, and then their boxes come one after the other.
     const int restMs = (kLongestWaitMs + 1000) / speed;
     return waitUntil(
-        QStringLiteral("all waits have ended"),
+        "all waits have ended",
         [this, &elapsed, restMs] { return elapsed.hasExpired(restMs) && isDisconnected(); },
         restMs + kConnectionLimitMs);
 }
 
 bool DialogHandler::isConnected() const
 {
-    return m_fixture.corvane.isEnabled(QStringLiteral("tabWidget"))
-        && m_fixture.corvane.isEnabled(QStringLiteral("pushButton_disconnect"));
+    return m_fixture.corvane.isEnabled("tabWidget")
+        && m_fixture.corvane.isEnabled("pushButton_disconnect");
+}
+
+QString closeAndEnd(GuiDriver &program)
+{
+    constexpr int kLimitMs = 20'000;
+    constexpr int kPauseMs = 100;
+    for (int waitedMs = 0; waitedMs < kLimitMs; waitedMs += kPauseMs) {
+        program.close();
+        if (program.waitUntilEnded(kPauseMs)) {
+            return program.exitCode() == 0
+                ? QString()
+                : QStringLiteral("the program has ended with %1").arg(program.exitCode());
+        }
+        if (program.isBlocked() || program.isListOpen()) {
+            program.dismiss();
+        }
+    }
+    return "closing the window does not end the program";
 }

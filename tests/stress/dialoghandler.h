@@ -7,7 +7,13 @@
 
 #include <functional>
 
+class GuiDriver;
 class ProgramFixture;
+
+/// Closes the program's window, again and again, and the boxes that are open, until the program has
+/// ended.
+/// @return what is wrong about its end; or nothing
+QString closeAndEnd(GuiDriver &program);
 
 /// Answers every message box that comes up and closes every list that is open,
 /// whatever else is going on.

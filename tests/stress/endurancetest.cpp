@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "endurancetest.h"
+#include "stresstests.h"
 
 #include "firmwarepacket.h"
 #include "processstatus.h"
@@ -26,11 +26,11 @@ constexpr int kOutputKept = 100'000; // characters; a packet takes about 500
 
 void note(Tally &tally, const ProcessStatus &warmedUp, const ProcessStatus &now)
 {
-    tally.highest(QStringLiteral("resident KiB"), now.residentKiB);
-    tally.highest(QStringLiteral("resident KiB more than after the warm-up"),
+    tally.highest("resident KiB", now.residentKiB);
+    tally.highest("resident KiB more than after the warm-up",
                   now.residentKiB - warmedUp.residentKiB);
-    tally.highest(QStringLiteral("threads"), now.threads);
-    tally.highest(QStringLiteral("descriptors"), now.descriptors);
+    tally.highest("threads", now.threads);
+    tally.highest("descriptors", now.descriptors);
 }
 
 } // namespace
@@ -61,13 +61,13 @@ Tally enduranceTest(const StressOptions &options)
     int packets = 0;
     int uploads = 0;
     while (packets < options.count && !tally.hasFailed()) {
-        const UploadOutcome outcome = upload.run(firmware, QStringLiteral("none"), 0,
-                                                 Upload::limitMs(perUpload, options.speed));
-        judge(tally, outcome, QStringLiteral("no faults"), false, again);
+        const UploadOutcome outcome =
+            upload.run(firmware, "none", 0, Upload::limitMs(perUpload, options.speed));
+        judge(tally, outcome, "no faults", false, again);
         const int acknowledged =
-            fixture.corvane.value(QStringLiteral("progressBar_updating")) / FirmwarePacket::kSize;
+            fixture.corvane.value("progressBar_updating") / FirmwarePacket::kSize;
         packets += acknowledged;
-        tally.count(QStringLiteral("packets acknowledged"), acknowledged);
+        tally.count("packets acknowledged", acknowledged);
         const ProcessStatus now = ProcessStatus::of(process);
         if (++uploads <= kWarmUpUploads) {
             warmedUp = now;
@@ -77,7 +77,7 @@ Tally enduranceTest(const StressOptions &options)
         note(tally, warmedUp, now);
         if (now.threads > warmedUp.threads || now.descriptors > warmedUp.descriptors
             || now.residentKiB > warmedUp.residentKiB + kFlatKiB) {
-            tally.fail(QStringLiteral("memory, threads or descriptors have become more"), again);
+            tally.fail("memory, threads or descriptors have become more", again);
         }
     }
     return tally;

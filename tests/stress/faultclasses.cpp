@@ -12,7 +12,7 @@ QStringList FaultClasses::all()
         for (int kind = Fault::Drop; kind <= Fault::HangUp; ++kind) {
             const QString name =
                 QString::fromLatin1(FaultKind::of(static_cast<Fault::Kind>(kind)).name);
-            faults << name + QLatin1String("@request") << name + QLatin1String("@reply");
+            faults << name + "@request" << name + "@reply";
         }
         return faults;
     }();
@@ -21,36 +21,18 @@ QStringList FaultClasses::all()
 
 QStringList FaultClasses::blind()
 {
-    static const QStringList kBlind{
-        // More than one byte of a packet changes.
-        QStringLiteral("burst@request"),
-        QStringLiteral("half-frame@request"),
-        QStringLiteral("insert-byte@request"),
-        QStringLiteral("swap@request"),
-        // The size is acknowledged twice.
-        QStringLiteral("duplicate@request"),
-        QStringLiteral("stale@request"),
-        QStringLiteral("duplicate@reply"),
-        QStringLiteral("stale@reply"),
-    };
-    return kBlind;
+    // More than one byte of a packet changes.
+    return {"burst@request", "half-frame@request", "insert-byte@request", "swap@request",
+            // The size is acknowledged twice.
+            "duplicate@request", "stale@request", "duplicate@reply", "stale@reply"};
 }
 
 QStringList FaultClasses::changing()
 {
-    static const QStringList kChanging{
-        QStringLiteral("corrupt@request"),
-        QStringLiteral("drop-byte@request"),
-        QStringLiteral("flip@request"),
-        QStringLiteral("foreign-type@request"),
-        QStringLiteral("trail@request"),
-        QStringLiteral("truncate@request"),
-        QStringLiteral("wrong-command@request"),
-        QStringLiteral("wrong-length@request"),
-        QStringLiteral("wrong-parameter@request"),
-        QStringLiteral("wrong-sum@request"),
-    };
-    return kChanging;
+    return {"corrupt@request",       "drop-byte@request",    "flip@request",
+            "foreign-type@request",  "trail@request",        "truncate@request",
+            "wrong-command@request", "wrong-length@request", "wrong-parameter@request",
+            "wrong-sum@request"};
 }
 
 QStringList FaultClasses::other()

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "faulttest.h"
+#include "stresstests.h"
 
 #include "faultclasses.h"
 #include "firmwarepacket.h"
@@ -56,13 +56,11 @@ QVector<Case> allCases()
             for (int byte = 0; byte < frameSize(isRequest, number); ++byte) {
                 for (const QString &kind :
                      {QStringLiteral("corrupt"), QStringLiteral("truncate")}) {
-                    cases.append(
-                        {QStringLiteral("%1@%2:%3.%4")
-                             .arg(kind,
-                                  isRequest ? QStringLiteral("request") : QStringLiteral("reply"))
-                             .arg(number)
-                             .arg(byte),
-                         false});
+                    cases.append({QStringLiteral("%1@%2:%3.%4")
+                                      .arg(kind, isRequest ? "request" : "reply")
+                                      .arg(number)
+                                      .arg(byte),
+                                  false});
                 }
             }
         }
@@ -86,7 +84,7 @@ QVector<Case> chosenCases(const StressOptions &options)
 
 Tally runSession(const QVector<Case> &cases, const StressOptions &options)
 {
-    const QString again = QStringLiteral("faults --seed %1 --speed %2 --plan %3");
+    const QString again = "faults --seed %1 --speed %2 --plan %3";
     Tally tally;
     ProgramFixture fixture;
     fixture.setSpeed(options.speed);

@@ -4,14 +4,7 @@
 // Runs one stress test of the program and prints what it has counted. Ends with 0, with 1 when
 // something happened that must not, with 2 for a command line that makes no sense.
 
-#include "closetest.h"
-#include "endurancetest.h"
-#include "faulttest.h"
-#include "monkeytest.h"
-#include "stressoptions.h"
-#include "undetectederrors.h"
-#include "unplugtest.h"
-#include "uploadtest.h"
+#include "stresstests.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -47,7 +40,7 @@ constexpr std::array<StressTest, 7> kStressTests{{
 
 QString testList()
 {
-    QString text = QStringLiteral("Tests:\n");
+    QString text = "Tests:\n";
     for (const StressTest &test : kStressTests) {
         text += QStringLiteral("  %1%2 (usually %3)\n")
                     .arg(QLatin1String(test.name), -12)
@@ -59,27 +52,18 @@ QString testList()
 
 void describe(QCommandLineParser &parser)
 {
-    parser.setApplicationDescription(
-        QStringLiteral("Tries the unmodified program with a simulated camera.\n\n")
-        + testList().trimmed());
+    parser.setApplicationDescription("Tries the unmodified program with a simulated camera.\n\n"
+                                     + testList().trimmed());
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("TEST"), QStringLiteral("Which one to run."));
+    parser.addPositionalArgument("TEST", "Which one to run.");
     parser.addOptions({
-        {QStringLiteral("count"), QStringLiteral("How many, see the test."),
-         QStringLiteral("COUNT")},
-        {QStringLiteral("seed"), QStringLiteral("The first session's (default: 1)."),
-         QStringLiteral("N"), QStringLiteral("1")},
-        {QStringLiteral("every"), QStringLiteral("Only every Kth case (default: 1)."),
-         QStringLiteral("K"), QStringLiteral("1")},
-        {QStringLiteral("jobs"), QStringLiteral("Sessions at the same time (default: 1)."),
-         QStringLiteral("N"), QStringLiteral("1")},
-        {QStringLiteral("speed"), QStringLiteral("Times as fast as the clock (default: 1)."),
-         QStringLiteral("N"), QStringLiteral("1")},
-        {QStringLiteral("plan"),
-         QStringLiteral("For faults: this plan instead, see corvane-simulator --faults help."),
-         QStringLiteral("PLAN")},
-        {QStringLiteral("blind"),
-         QStringLiteral("For uploads: faults that the protocol cannot always catch.")},
+        {"count", "How many, see the test.", "COUNT"},
+        {"seed", "The first session's (default: 1).", "N", "1"},
+        {"every", "Only every Kth case (default: 1).", "K", "1"},
+        {"jobs", "Sessions at the same time (default: 1).", "N", "1"},
+        {"speed", "Times as fast as the clock (default: 1).", "N", "1"},
+        {"plan", "For faults: this plan instead, see corvane-simulator --faults help.", "PLAN"},
+        {"blind", "For uploads: faults that the protocol cannot always catch."},
     });
 }
 
@@ -96,7 +80,7 @@ std::optional<int> number(const QCommandLineParser &parser, const QString &name,
 
 std::optional<StressOptions> optionsFrom(const QCommandLineParser &parser, const StressTest &test)
 {
-    const QString countName = QStringLiteral("count");
+    const QString countName = "count";
     const auto count = parser.isSet(countName) ? number(parser, countName, 0) : test.usualCount;
     const auto seed = number(parser, QStringLiteral("seed"), 0);
     const auto every = number(parser, QStringLiteral("every"), 1);
@@ -111,8 +95,8 @@ std::optional<StressOptions> optionsFrom(const QCommandLineParser &parser, const
     options.every = *every;
     options.jobs = *jobs;
     options.speed = *speed;
-    options.plan = parser.value(QStringLiteral("plan"));
-    options.isBlind = parser.isSet(QStringLiteral("blind"));
+    options.plan = parser.value("plan");
+    options.isBlind = parser.isSet("blind");
     return options;
 }
 
@@ -128,7 +112,7 @@ int run(const StressTest &test, const StressOptions &options)
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("corvane-stress"));
+    QCoreApplication::setApplicationName("corvane-stress");
     QCommandLineParser parser;
     describe(parser);
     parser.process(application);

@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "monkeytest.h"
+#include "stresstests.h"
 
-#include "closing.h"
 #include "dialoghandler.h"
 #include "programfixture.h"
 #include "randomfirmware.h"
@@ -34,15 +33,15 @@ public:
     {
         if (!m_fixture.start(Upload::simulatorOptions(m_fixture))
             || !m_fixture.pack(randomFirmware(kFirmwareSize, m_random))) {
-            fail(QStringLiteral("cannot start"));
+            fail("cannot start");
             return m_tally;
         }
         m_fixture.corvane.limitOutput(kOutputKept);
         for (int event = 0; event < kEvents && !m_tally.hasFailed(); ++event) {
             act();
-            m_tally.count(QStringLiteral("events"));
+            m_tally.count("events");
             if (m_fixture.corvane.operatedProcessId() < 0) {
-                fail(QStringLiteral("the program does not answer"));
+                fail("the program does not answer");
             }
             QThread::msleep(static_cast<unsigned long>(m_random.bounded(kLongestPauseMs)));
         }
@@ -66,7 +65,7 @@ private:
             // Left open for a while, so that things happen behind it.
             if (chance(40)) {
                 corvane.dismiss();
-                m_tally.count(QStringLiteral("boxes and lists dismissed"));
+                m_tally.count("boxes and lists dismissed");
             }
         } else {
             operateSomething();
@@ -86,7 +85,7 @@ private:
             m_fixture.tell("plug");
             m_fixture.tell("silent off");
         }
-        m_tally.count(QStringLiteral("events at the camera"));
+        m_tally.count("events at the camera");
     }
 
     void operateSomething()
@@ -102,11 +101,11 @@ private:
             return;
         }
         // Most widgets can only be used while connected.
-        const QString connectName = QStringLiteral("pushButton_connect");
+        const QString connectName = "pushButton_connect";
         const QString name = widgets.contains(connectName) && chance(50)
             ? connectName
             : widgets.at(m_random.bounded(widgets.size()));
-        m_tally.count(QStringLiteral("operated ") + name);
+        m_tally.count("operated " + name);
         GuiDriver &corvane = m_fixture.corvane;
         // That it does not work, because the widget has just been disabled, is nothing wrong.
         switch (kindOf(name)) {
@@ -114,9 +113,7 @@ private:
             corvane.choose(name, m_random.bounded(m_random.bounded(2) == 0 ? 2 : 10));
             break;
         case Line:
-            corvane.type(
-                name,
-                m_fixture.path(chance(80) ? QStringLiteral("image") : QStringLiteral("missing")));
+            corvane.type(name, m_fixture.path(chance(80) ? "image" : "missing"));
             break;
         case Button:
             corvane.click(name);
@@ -135,15 +132,14 @@ private:
 
     static Kind kindOf(const QString &name)
     {
-        if (name.startsWith(QLatin1String("comboBox_")) || name == QLatin1String("tabWidget")) {
+        if (name.startsWith("comboBox_") || name == "tabWidget") {
             return Choice;
         }
-        if (name.startsWith(QLatin1String("lineEdit_"))) {
+        if (name.startsWith("lineEdit_")) {
             return Line;
         }
-        const bool isButton = name.startsWith(QLatin1String("pushButton_"))
-            || name.startsWith(QLatin1String("toolButton_"))
-            || name.startsWith(QLatin1String("radioButton_"));
+        const bool isButton = name.startsWith("pushButton_") || name.startsWith("toolButton_")
+            || name.startsWith("radioButton_");
         return isButton ? Button : Passive;
     }
 
@@ -152,15 +148,15 @@ private:
         m_fixture.tell("silent off");
         m_fixture.tell("plug");
         if (chance(50)) {
-            m_tally.count(QStringLiteral("sessions that connect in the end"));
+            m_tally.count("sessions that connect in the end");
             // The list may have been opened while the adapter was gone, and is empty then.
             choosePort();
             if (!m_dialogHandler.connectCamera()) {
-                fail(QStringLiteral("cannot connect in the end"));
+                fail("cannot connect in the end");
                 return;
             }
         }
-        m_tally.count(QStringLiteral("windows closed"));
+        m_tally.count("windows closed");
         const QString problem = closeAndEnd(m_fixture.corvane);
         if (!problem.isEmpty()) {
             fail(problem);
@@ -169,9 +165,9 @@ private:
 
     void choosePort()
     {
-        const QString list = QStringLiteral("comboBox_portlist");
+        const QString list = "comboBox_portlist";
         m_dialogHandler.waitUntil(
-            QStringLiteral("the port is chosen"),
+            "the port is chosen",
             [this, list] {
                 GuiDriver &corvane = m_fixture.corvane;
                 if (corvane.text(list) == m_fixture.portItem() || !corvane.isEnabled(list)) {

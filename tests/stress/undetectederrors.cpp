@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "undetectederrors.h"
+#include "stresstests.h"
 
 #include "frameassembler.h"
 #include "randomfirmware.h"

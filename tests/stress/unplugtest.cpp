@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "unplugtest.h"
+#include "stresstests.h"
 
 #include "dialoghandler.h"
 #include "processstatus.h"
@@ -30,7 +30,6 @@ public:
     explicit PluggingSession(quint32 seed)
         : m_random(seed)
         , m_dialogHandler(m_fixture)
-        , m_scenario(m_fixture, m_dialogHandler, m_random)
         , m_again(QStringLiteral("unplug --seed %1 --count 1").arg(seed))
     {
     }
@@ -39,28 +38,27 @@ public:
     {
         if (!m_fixture.start(Upload::simulatorOptions(m_fixture))
             || !m_fixture.pack(randomFirmware(kFirmwareSize, m_random))) {
-            fail(QStringLiteral("cannot start"));
+            fail("cannot start");
             return m_tally;
         }
         m_fixture.corvane.limitOutput(kOutputKept);
         const qint64 process = m_fixture.corvane.operatedProcessId();
         // What is loaded when it is needed for the first time is no leak.
         m_dialogHandler.connectCamera();
-        m_fixture.corvane.click(QStringLiteral("pushButton_disconnect"));
+        m_fixture.corvane.click("pushButton_disconnect");
         m_dialogHandler.outlastWaits(1);
         const ProcessStatus before = ProcessStatus::of(process);
         for (int cycle = 0; cycle < kCycles && !m_tally.hasFailed(); ++cycle) {
             runCycle(process);
         }
         if (!m_dialogHandler.outlastWaits(1)) {
-            fail(QStringLiteral("the window does not come to rest"));
+            fail("the window does not come to rest");
         }
         const ProcessStatus after = ProcessStatus::of(process);
-        m_tally.highest(QStringLiteral("descriptors left over"),
-                        after.descriptors - before.descriptors);
-        m_tally.highest(QStringLiteral("threads left over"), after.threads - before.threads);
+        m_tally.highest("descriptors left over", after.descriptors - before.descriptors);
+        m_tally.highest("threads left over", after.threads - before.threads);
         if (after.descriptors > before.descriptors || after.threads > before.threads) {
-            fail(QStringLiteral("descriptors or threads are left over"));
+            fail("descriptors or threads are left over");
         }
         return m_tally;
     }
@@ -72,16 +70,16 @@ private:
     {
         m_fixture.tell("silent off");
         if (!m_isPlugged && !m_fixture.tell("plug")) {
-            fail(QStringLiteral("cannot plug"));
+            fail("cannot plug");
             return;
         }
-        const QString moment = m_scenario.begin();
+        const QString moment = beginRandomScenario(m_fixture, m_dialogHandler, m_random);
         if (moment.isEmpty()) {
-            fail(QStringLiteral("cannot connect"));
+            fail("cannot connect");
             return;
         }
-        m_tally.count(QStringLiteral("plugs pulled ") + moment);
-        m_tally.count(QStringLiteral("plugs pulled"));
+        m_tally.count("plugs pulled " + moment);
+        m_tally.count("plugs pulled");
         pullThePlug(moment);
         lookForABusyLoop(process);
     }
@@ -91,7 +89,7 @@ private:
         QElapsedTimer elapsed;
         elapsed.start();
         if (!m_fixture.tell("unplug")) {
-            fail(QStringLiteral("cannot unplug"));
+            fail("cannot unplug");
             return;
         }
         m_isPlugged = false;
@@ -100,11 +98,11 @@ private:
             m_isPlugged = m_fixture.tell("plug");
         }
         if (!m_dialogHandler.waitUntil(
-                QStringLiteral("the window is disconnected"),
-                [this] { return m_dialogHandler.isDisconnected(); }, kDisconnectLimitMs)) {
-            fail(QStringLiteral("not disconnected in time, unplugged ") + when);
+                "the window is disconnected", [this] { return m_dialogHandler.isDisconnected(); },
+                kDisconnectLimitMs)) {
+            fail("not disconnected in time, unplugged " + when);
         }
-        m_tally.highest(QStringLiteral("ms until disconnected and usable"), elapsed.elapsed());
+        m_tally.highest("ms until disconnected and usable", elapsed.elapsed());
     }
 
     void lookForABusyLoop(qint64 process)
@@ -112,7 +110,7 @@ private:
         const qint64 before = ProcessStatus::of(process).processorTimeMs;
         QThread::msleep(kIdleWindowMs);
         const qint64 used = ProcessStatus::of(process).processorTimeMs - before;
-        m_tally.highest(QStringLiteral("ms of processor in 200 ms behind it"), used);
+        m_tally.highest("ms of processor in 200 ms behind it", used);
         if (used > kIdleUseLimitMs) {
             fail(QStringLiteral("%1 ms of processor used in %2 ms of doing nothing")
                      .arg(used)
@@ -128,7 +126,6 @@ private:
     QRandomGenerator m_random;
     ProgramFixture m_fixture;
     DialogHandler m_dialogHandler;
-    RandomScenario m_scenario;
     QString m_again;
     Tally m_tally;
     bool m_isPlugged = true;

@@ -15,15 +15,14 @@ constexpr int kSettleLimitMs = 10000;
 
 QString receivedFirmware(const ProgramFixture &fixture)
 {
-    return fixture.path(QStringLiteral("received"));
+    return fixture.path("received");
 }
 
 } // namespace
 
 QStringList Upload::simulatorOptions(const ProgramFixture &fixture)
 {
-    return {QStringLiteral("--quiet"), QStringLiteral("--reboot-time"), QStringLiteral("0"),
-            QStringLiteral("--save-firmware"), receivedFirmware(fixture)};
+    return {"--quiet", "--reboot-time", "0", "--save-firmware", receivedFirmware(fixture)};
 }
 
 int Upload::limitMs(int packets, int speed)
@@ -44,27 +43,27 @@ UploadOutcome Upload::run(const QByteArray &firmware, const QString &plan, quint
 {
     m_outcome = {};
     if (!prepare(firmware)) {
-        return improper(QStringLiteral("could not be prepared"));
+        return improper("could not be prepared");
     }
     if (!connectCamera()) {
-        return improper(QStringLiteral("could not connect without faults"));
+        return improper("could not connect without faults");
     }
     const QString faults = QStringLiteral("faults %1 %2").arg(plan).arg(planSeed);
     if (!m_fixture.tell(faults.toUtf8())) {
-        return improper(QStringLiteral("the simulator refuses the plan"));
+        return improper("the simulator refuses the plan");
     }
     if (!m_fixture.startUpgrade()) {
-        return improper(QStringLiteral("could not be started"));
+        return improper("could not be started");
     }
     if (!awaitEnd(limitMs)) {
-        return improper(QStringLiteral("does not end"));
+        return improper("does not end");
     }
     if (!isAtRest()) {
-        return improper(QStringLiteral("ends with the port open or the window unusable"));
+        return improper("ends with the port open or the window unusable");
     }
     m_fixture.tell("faults none");
-    m_outcome.isIdentical = m_fixture.contents(QStringLiteral("received")) == firmware
-        && QFile::exists(receivedFirmware(m_fixture));
+    m_outcome.isIdentical =
+        m_fixture.contents("received") == firmware && QFile::exists(receivedFirmware(m_fixture));
     return m_outcome;
 }
 
@@ -84,17 +83,17 @@ bool Upload::connectCamera()
     while (m_outcome.connections < kConnectionAttempts) {
         ++m_outcome.connections;
         const auto isDecided = [&corvane] {
-            return corvane.isEnabled(QStringLiteral("tabWidget")) || !corvane.dialog().isEmpty();
+            return corvane.isEnabled("tabWidget") || !corvane.dialog().isEmpty();
         };
-        if (!corvane.click(QStringLiteral("pushButton_connect"))
-            || !corvane.waitUntil(QStringLiteral("the handshake has ended"), isDecided)) {
+        if (!corvane.click("pushButton_connect")
+            || !corvane.waitUntil("the handshake has ended", isDecided)) {
             return false;
         }
-        if (corvane.isEnabled(QStringLiteral("tabWidget"))) {
+        if (corvane.isEnabled("tabWidget")) {
             return true;
         }
-        if (corvane.dialog() != QLatin1String("Error: Connection fail!") || !corvane.answerDialog()
-            || !corvane.waitForEnabled(QStringLiteral("pushButton_connect"))) {
+        if (corvane.dialog() != "Error: Connection fail!" || !corvane.answerDialog()
+            || !corvane.waitForEnabled("pushButton_connect")) {
             return false;
         }
     }
@@ -106,33 +105,31 @@ bool Upload::awaitEnd(int limitMs)
     GuiDriver &corvane = m_fixture.corvane;
     const auto hasEnded = [this, &corvane] {
         const QString dialog = corvane.dialog();
-        const QString pane = corvane.text(QStringLiteral("textEdit_firmware_info"));
+        const QString pane = corvane.text("textEdit_firmware_info");
         if (pane == QLatin1String("Update is complete. Device auto-rebooting.")) {
             m_outcome.ending = UploadOutcome::Complete;
             m_outcome.told = pane;
             return true;
         }
-        if (dialog == QLatin1String("Error: Connection timeout!")
-            || dialog == QLatin1String("Error: Transmission stop!")) {
+        if (dialog == "Error: Connection timeout!" || dialog == "Error: Transmission stop!") {
             m_outcome.ending = UploadOutcome::Failed;
             m_outcome.told = dialog;
             return corvane.answerDialog();
         }
         return false;
     };
-    return corvane.waitUntil(QStringLiteral("the upload has ended"), hasEnded, limitMs);
+    return corvane.waitUntil("the upload has ended", hasEnded, limitMs);
 }
 
 bool Upload::isAtRest()
 {
     GuiDriver &corvane = m_fixture.corvane;
     const auto isDisconnected = [&corvane] {
-        return corvane.isEnabled(QStringLiteral("pushButton_connect")) && !corvane.isBlocked()
-            && !corvane.isEnabled(QStringLiteral("tabWidget"))
+        return corvane.isEnabled("pushButton_connect") && !corvane.isBlocked()
+            && !corvane.isEnabled("tabWidget")
             && ProcessStatus::of(corvane.operatedProcessId()).terminals == 0;
     };
-    return corvane.waitUntil(QStringLiteral("the window is disconnected"), isDisconnected,
-                             kSettleLimitMs);
+    return corvane.waitUntil("the window is disconnected", isDisconnected, kSettleLimitMs);
 }
 
 UploadOutcome Upload::improper(const QString &problem)

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "uploadtest.h"
+#include "stresstests.h"
 
 #include "faultclasses.h"
 #include "firmwarepacket.h"
@@ -74,7 +74,7 @@ QString commandFor(quint32 seed, const StressOptions &options)
     return QStringLiteral("uploads --seed %1 --count 1 --speed %2%3")
         .arg(seed)
         .arg(options.speed)
-        .arg(options.isBlind ? QStringLiteral(" --blind") : QString());
+        .arg(options.isBlind ? " --blind" : QString());
 }
 
 Tally runSession(quint32 seed, const StressOptions &options)

@@ -8,21 +8,20 @@
 void judge(Tally &tally, const UploadOutcome &outcome, const QString &plan, bool isBlind,
            const QString &again)
 {
-    tally.count(QStringLiteral("uploads"));
-    tally.highest(QStringLiteral("attempts to connect"), outcome.connections);
+    tally.count("uploads");
+    tally.highest("attempts to connect", outcome.connections);
     switch (outcome.ending) {
     case UploadOutcome::Failed:
-        tally.count(QStringLiteral("uploads failed, ") + outcome.told);
+        tally.count("uploads failed, " + outcome.told);
         break;
     case UploadOutcome::Complete:
         if (outcome.isIdentical) {
-            tally.count(QStringLiteral("uploads complete, identical firmware"));
+            tally.count("uploads complete, identical firmware");
         } else if (isBlind) {
-            tally.count(QStringLiteral("uploads called complete with a wrong firmware"));
-            tally.remark(QStringLiteral("called complete, wrong firmware: ") + plan);
+            tally.count("uploads called complete with a wrong firmware");
+            tally.remark("called complete, wrong firmware: " + plan);
         } else {
-            tally.fail(QStringLiteral("called complete with a wrong firmware under ") + plan,
-                       again);
+            tally.fail("called complete with a wrong firmware under " + plan, again);
         }
         break;
     case UploadOutcome::Improper:
