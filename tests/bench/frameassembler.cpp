@@ -5,7 +5,7 @@
 // the header with memchr and add up the bytes.
 
 #include "frameassembler.h"
-#include "acknowledgements.h"
+#include "frames.h"
 
 #include <benchmark/benchmark.h>
 
@@ -74,11 +74,11 @@ qint64 searchAndSum(const QByteArray &bytes)
 
 void searchingAndSumming(benchmark::State &state)
 {
-    const QByteArray bytes = blockOf(Acknowledgements::one());
+    const QByteArray bytes = blockOf(Frames::packetAcknowledgement());
     while (state.KeepRunning()) {
         benchmark::DoNotOptimize(searchAndSum(bytes));
     }
-    if (searchAndSum(bytes) != bytes.size() / Acknowledgements::one().size()) {
+    if (searchAndSum(bytes) != bytes.size() / Frames::packetAcknowledgement().size()) {
         state.SkipWithError("a frame was not found");
     }
     state.SetBytesProcessed(state.iterations() * bytes.size());
@@ -100,7 +100,7 @@ void assembling(benchmark::State &state, const QByteArray &pattern)
 /// Time over the length of the stream, which has to be a straight line.
 void assemblingMebibytes(benchmark::State &state)
 {
-    const QByteArray bytes = blockOf(Acknowledgements::one());
+    const QByteArray bytes = blockOf(Frames::packetAcknowledgement());
     FrameAssembler assembler;
     CountingListener listener;
     while (state.KeepRunning()) {
@@ -119,10 +119,10 @@ int main(int argc, char *argv[])
     const auto assemblingOf = [](const char *name, const QByteArray &pattern) {
         benchmark::RegisterBenchmark(name, [pattern](auto &state) { assembling(state, pattern); });
     };
-    assemblingOf("assembling/acknowledgements", Acknowledgements::one());
+    assemblingOf("assembling/acknowledgements", Frames::packetAcknowledgement());
     assemblingOf("assembling/allFF", QByteArray::fromHex("ff"));
     assemblingOf("assembling/headersOnly", QByteArray::fromHex("ffff20"));
-    assemblingOf("assembling/framesCutShort", Acknowledgements::one().left(9));
+    assemblingOf("assembling/framesCutShort", Frames::packetAcknowledgement().left(9));
     benchmark::RegisterBenchmark("assemblingMebibytes", assemblingMebibytes)
         ->RangeMultiplier(32)
         ->Range(1, 1024)

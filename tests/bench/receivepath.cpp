@@ -4,7 +4,7 @@
 // How many frames a second make it from the port to AnalyzeReceiveData(), with the log in a file as
 // an operator would keep it. The line carries 886 of these frames a second.
 
-#include "acknowledgements.h"
+#include "frames.h"
 #include "mainwindow.h"
 #include "pseudoterminal.h"
 
@@ -28,7 +28,7 @@ constexpr int kFrames = 200'000;
 /// @return the seconds that it takes all frames to arrive
 double exchange(const PseudoTerminal &line, const MainWindow &window)
 {
-    const QByteArray frames = Acknowledgements::many(kFrames);
+    const QByteArray frames = Frames::packetAcknowledgement().repeated(kFrames);
     QEventLoop loop;
     int arrived = 0;
     QObject::connect(&window, &MainWindow::receive_fw_info_ack, &loop, [&loop, &arrived] {
@@ -50,14 +50,12 @@ double exchange(const PseudoTerminal &line, const MainWindow &window)
 bool connectWindow(MainWindow &window, PseudoTerminal &line)
 {
     auto *const ports = window.findChild<QComboBox *>(QStringLiteral("comboBox_portlist"));
-    ports->addItem(line.portName() + QStringLiteral(" (benchmark)"));
+    ports->addItem(line.portName() + " (benchmark)");
     ports->setCurrentIndex(ports->count() - 1);
-    QObject::connect(&line, &PseudoTerminal::bytesReceived, &line, [&line] {
-        line.send(
-            QByteArray::fromHex("ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03 b4"));
-    });
-    window.findChild<QPushButton *>(QStringLiteral("pushButton_connect"))->click();
-    return window.findChild<QWidget *>(QStringLiteral("tabWidget"))->isEnabled();
+    QObject::connect(&line, &PseudoTerminal::bytesReceived, &line,
+                     [&line] { line.send(Frames::helloReply()); });
+    window.findChild<QPushButton *>("pushButton_connect")->click();
+    return window.findChild<QWidget *>("tabWidget")->isEnabled();
 }
 
 void receiving(benchmark::State &state)
@@ -81,7 +79,7 @@ int main(int argc, char *argv[])
 {
     const QApplication application(argc, argv);
     const QTemporaryDir folder;
-    if (std::freopen(qPrintable(folder.filePath(QStringLiteral("log"))), "w", stderr) == nullptr) {
+    if (std::freopen(qPrintable(folder.filePath("log")), "w", stderr) == nullptr) {
         return 1;
     }
     constexpr int kRuns = 5;

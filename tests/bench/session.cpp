@@ -66,10 +66,10 @@ bool waitUntilUploaded(ProgramFixture &fixture, int packets, int speed)
     fixture.corvane.limitOutput(kKeptOutput);
     fixture.corvane.pause(packets * kPollMs / speed);
     return fixture.corvane.waitUntil(
-        QStringLiteral("the upgrade is complete"),
+        "the upgrade is complete",
         [&fixture] {
             fixture.corvane.pause(kLookMs);
-            return fixture.corvane.text(QStringLiteral("textEdit_firmware_info"))
+            return fixture.corvane.text("textEdit_firmware_info")
                 == QLatin1String("Update is complete. Device auto-rebooting.");
         },
         uploadLimitMs(packets, speed));
@@ -110,8 +110,7 @@ Result upload(int packets, const QString &cyclesFile)
 {
     ProgramFixture fixture;
     if (!fixture.pack(firmwareOf(packets))
-        || !fixture.start({QStringLiteral("--record"), fixture.path(QStringLiteral("recording"))})
-        || !fixture.connectCamera()) {
+        || !fixture.start({"--record", fixture.path("recording")}) || !fixture.connectCamera()) {
         return failed(fixture);
     }
     const qint64 process = fixture.corvane.operatedProcessId();
@@ -126,7 +125,7 @@ Result upload(int packets, const QString &cyclesFile)
     }
     const qint64 after = ProcessStatus::of(process).processorTimeMs;
     const auto elapsedMs = static_cast<double>(timer.elapsed());
-    const QVector<double> times = packetTimes(fixture.contents(QStringLiteral("recording")));
+    const QVector<double> times = packetTimes(fixture.contents("recording"));
     if (times.size() != packets || !writeCycles(cyclesFile, times)) {
         std::fprintf(stderr, "%d packets were recorded, or the cycles cannot be written\n",
                      times.size());
@@ -178,13 +177,13 @@ Result growth(int packets, int speed)
     const ProcessStatus connected = ProcessStatus::of(process);
     if (!fixture.pack(firmwareOf(kFirstPackets)) || !fixture.startUpgrade()
         || !waitUntilUploaded(fixture, kFirstPackets, speed)
-        || !fixture.corvane.waitForEnabled(QStringLiteral("pushButton_connect"))) {
+        || !fixture.corvane.waitForEnabled("pushButton_connect")) {
         return failed(fixture);
     }
     const ProcessStatus first = ProcessStatus::of(process);
     if (!fixture.pack(firmwareOf(packets)) || !fixture.connectCamera() || !fixture.startUpgrade()
         || !waitUntilUploaded(fixture, packets, speed)
-        || !fixture.corvane.waitForEnabled(QStringLiteral("pushButton_connect"))) {
+        || !fixture.corvane.waitForEnabled("pushButton_connect")) {
         return failed(fixture);
     }
     const ProcessStatus last = ProcessStatus::of(process);
@@ -219,12 +218,12 @@ Result gapsOfUpload()
 Result gapsOfDeadDevice()
 {
     ProgramFixture fixture;
-    if (!fixture.start({QStringLiteral("--silent")})) {
+    if (!fixture.start({"--silent"})) {
         return failed(fixture);
     }
     return gapsDuring(fixture, [&fixture] {
-        return fixture.corvane.click(QStringLiteral("pushButton_connect"))
-            && fixture.corvane.waitForDialog(QStringLiteral("Error: Connection fail!"));
+        return fixture.corvane.click("pushButton_connect")
+            && fixture.corvane.waitForDialog("Error: Connection fail!");
     });
 }
 
@@ -235,8 +234,7 @@ Result gapsOfVanishedPort()
         return failed(fixture);
     }
     return gapsDuring(fixture, [&fixture] {
-        return fixture.tell("unplug")
-            && fixture.corvane.waitForEnabled(QStringLiteral("pushButton_connect"));
+        return fixture.tell("unplug") && fixture.corvane.waitForEnabled("pushButton_connect");
     });
 }
 
@@ -245,12 +243,12 @@ Result gapsOfLargeImage()
     ProgramFixture fixture;
     if (!fixture.pack(randomBytes(FirmwarePacket::kMaximumFirmwareSize, 1)) || !fixture.start()
         || !fixture.connectCamera() || !fixture.tell("silent on")
-        || !fixture.corvane.choose(QStringLiteral("tabWidget"), 1)) {
+        || !fixture.corvane.choose("tabWidget", 1)) {
         return failed(fixture);
     }
     return gapsDuring(fixture, [&fixture] {
         return fixture.startUpgrade()
-            && fixture.corvane.waitForDialog(QStringLiteral("Error: Connection timeout!"));
+            && fixture.corvane.waitForDialog("Error: Connection timeout!");
     });
 }
 
@@ -278,10 +276,9 @@ QByteArray floodRecording()
 Result gapsOfFlood()
 {
     ProgramFixture fixture;
-    QFile file(fixture.path(QStringLiteral("flood")));
+    QFile file(fixture.path("flood"));
     if (!file.open(QIODevice::WriteOnly) || file.write(floodRecording()) < 0 || !file.flush()
-        || !fixture.start({QStringLiteral("--replay"), file.fileName()})
-        || !fixture.connectCamera()) {
+        || !fixture.start({"--replay", file.fileName()}) || !fixture.connectCamera()) {
         return failed(fixture);
     }
     return gapsDuring(fixture, [&fixture] {
@@ -314,26 +311,26 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Measures the running program.\n\n"
-                       "upload PACKETS FILE    rate, processor share; the cycles go to FILE\n"
-                       "idle SECONDS           processor share, connected and not\n"
-                       "growth PACKETS SPEED   memory, at so many times the speed\n"
-                       "eventloop              gaps of the event loop"));
+        "Measures the running program.\n\n"
+        "upload PACKETS FILE    rate, processor share; the cycles go to FILE\n"
+        "idle SECONDS           processor share, connected and not\n"
+        "growth PACKETS SPEED   memory, at so many times the speed\n"
+        "eventloop              gaps of the event loop");
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("MEASUREMENT"), QStringLiteral("Which one."));
+    parser.addPositionalArgument("MEASUREMENT", "Which one.");
     parser.process(application);
     const QStringList arguments = parser.positionalArguments();
     const QString measurement = arguments.value(0);
     const int count = arguments.value(1).toInt();
 
     Result result;
-    if (measurement == QLatin1String("upload") && count > 1) {
+    if (measurement == "upload" && count > 1) {
         result = upload(count, arguments.value(2));
-    } else if (measurement == QLatin1String("idle") && count > 0) {
+    } else if (measurement == "idle" && count > 0) {
         result = idle(count);
-    } else if (measurement == QLatin1String("growth") && count > 0) {
+    } else if (measurement == "growth" && count > 0) {
         result = growth(count, qMax(1, arguments.value(2).toInt()));
-    } else if (measurement == QLatin1String("eventloop")) {
+    } else if (measurement == "eventloop") {
         result = eventLoop();
     } else {
         parser.showHelp(2);

@@ -5,6 +5,7 @@
 // milliseconds from the click to what the window says then, one a line behind the nominal time.
 
 #include "dialogwatcher.h"
+#include "frames.h"
 #include "mainwindow.h"
 #include "pseudoterminal.h"
 
@@ -26,7 +27,7 @@ public:
     SilentDesk()
     {
         auto *const ports = m_window.findChild<QComboBox *>(QStringLiteral("comboBox_portlist"));
-        ports->addItem(m_line.portName() + QStringLiteral(" (benchmark)"));
+        ports->addItem(m_line.portName() + " (benchmark)");
         ports->setCurrentIndex(ports->count() - 1);
         m_window.show();
     }
@@ -34,14 +35,11 @@ public:
     /// Answers the first request only.
     bool connectCamera()
     {
-        const auto answering =
-            QObject::connect(&m_line, &PseudoTerminal::bytesReceived, &m_line, [this] {
-                m_line.send(QByteArray::fromHex(
-                    "ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03 b4"));
-            });
+        const auto answering = QObject::connect(&m_line, &PseudoTerminal::bytesReceived, &m_line,
+                                                [this] { m_line.send(Frames::helloReply()); });
         button("pushButton_connect")->click();
         QObject::disconnect(answering);
-        return m_window.findChild<QWidget *>(QStringLiteral("tabWidget"))->isEnabled();
+        return m_window.findChild<QWidget *>("tabWidget")->isEnabled();
     }
 
     /// The click comes back when the wait is over, its message box shown and answered.

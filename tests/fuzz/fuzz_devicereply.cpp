@@ -7,29 +7,13 @@
 #include "devicereply.h"
 #include "fuzztarget.h"
 #include "require.h"
+#include "signedbytes.h"
 
 #include <array>
 #include <cstdlib>
 #include <string_view>
 
 namespace {
-
-/// The bytes of a frame as signed numbers, zeros behind its end. Large enough for every offset.
-class SignedBytes {
-public:
-    SignedBytes(const std::uint8_t *data, std::size_t size)
-    {
-        for (std::size_t i = 0; i < kCount && i < size; ++i) {
-            m_numbers[i] = data[i] < 128 ? data[i] : data[i] - 256;
-        }
-    }
-
-    int operator[](std::size_t offset) const { return m_numbers[offset]; }
-
-private:
-    static constexpr std::size_t kCount = 32;
-    std::array<int, kCount> m_numbers{};
-};
 
 /// Numbers as the window shows them: hexadecimal behind a minus sign, with dots between.
 template <typename... Numbers> bool isDotted(const QString &text, Numbers... numbers)
@@ -38,7 +22,6 @@ template <typename... Numbers> bool isDotted(const QString &text, Numbers... num
     std::array<char, sizeof...(numbers) * sizeof ".-80"> expected{};
     std::size_t length = 0;
     for (const int number : {numbers...}) {
-
         const auto magnitude = static_cast<std::size_t>(std::abs(number));
         if (length != 0) {
             expected[length++] = '.';

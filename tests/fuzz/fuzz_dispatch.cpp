@@ -7,6 +7,7 @@
 #include "fuzztarget.h"
 #include "mainwindow.h"
 #include "require.h"
+#include "signedbytes.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -41,24 +42,6 @@ struct Shown {
     int autoZoom = 0;
     int zoomOffset = 0;
     bool upsideDown = false;
-};
-
-/// A frame's bytes as signed numbers; zeros behind its end.
-class SignedBytes {
-public:
-    SignedBytes(const std::uint8_t *data, std::size_t size)
-        : m_data(data)
-        , m_size(size)
-    {
-    }
-    int operator[](std::size_t offset) const
-    {
-        return offset < m_size ? static_cast<std::int8_t>(m_data[offset]) : 0;
-    }
-
-private:
-    const std::uint8_t *m_data;
-    std::size_t m_size;
 };
 
 QString hexadecimal(int number)
