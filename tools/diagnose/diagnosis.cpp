@@ -19,7 +19,7 @@ using std::chrono::milliseconds;
 
 /// Corvane waits no longer for the answer to HELLO.
 constexpr milliseconds kCorvaneLimit(5000);
-/// From here on an answer is told to be late.
+/// From here on an answer counts as late.
 constexpr milliseconds kLate(1000);
 
 struct Case {
@@ -47,7 +47,7 @@ struct Rule {
 };
 
 /// The first rule that applies gives the verdict; if that is a warning, each further warning that
-/// applies is given as well. Behind the rules for ports, the port is open; behind those for
+/// applies is given as well. After the rules for ports, the port is open; after those for
 /// answers, there is none.
 const std::array<Rule, 26> kRules{{
     {"no-device", Status::BadPort, is<Kind::NoDevice>, "There is no serial port {port}.",
@@ -103,7 +103,7 @@ const std::array<Rule, 26> kRules{{
     {"answer-sum-ff", Status::Warning,
      [](const Case &of) { return isAnswered(of) && of.line.answer->sumIsHeaderByte; },
      "The camera answered, and the checksum of its answer is FF. Corvane connects, but cannot make "
-     "out the next reply behind that.",
+     "out the next reply after that.",
      "The first Apply, Zoom or Upgrade after connecting fails, the second one works: press Apply "
      "once before an upgrade. Other settings or another version have another checksum."},
     {"answer-among-others", Status::Warning,
@@ -143,7 +143,7 @@ const std::array<Rule, 26> kRules{{
      "no camera of this kind. Let only this computer and one camera be connected."},
     {"echo", Status::NoAnswer, [](const Case &of) { return of.line.ownRequests > 0; },
      "The own request came back, and no answer.",
-     "TX and RX are connected with each other, or the adapter echoes and no camera is behind it. "
+     "TX and RX are connected with each other, or the adapter echoes and no camera is connected. "
      "Look at the wiring, and whether the camera is on."},
     {"wrong-sums", Status::NoAnswer, [](const Case &of) { return of.line.wrongSums > 0; },
      "Frames came, but damaged: {sums} with a wrong sum.",

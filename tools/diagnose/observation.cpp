@@ -58,7 +58,7 @@ LineRecord Observation::record() const
     if (!m_pending.isEmpty() && bearsSignature(m_pending)) {
         ++record.brokenOff;
     }
-    // A byte can belong to two frames, when a header stands at the end of another frame.
+    // A byte can belong to two frames, when a header is at the end of another frame.
     record.strayBytes = std::max<qint64>(0, record.bytes - m_bytesInFrames);
     return record;
 }

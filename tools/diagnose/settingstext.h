@@ -21,6 +21,6 @@ bool isWholeReport(const QByteArray &frame);
 /// Whether it is long enough for the version.
 bool hasWholeVersion(const QByteArray &frame);
 
-/// All settings, in the order of the settings page. A number that the page has no word for is told
-/// as such.
+/// All settings, in the order of the settings page. A number that the page has no word for is
+/// "unknown".
 QVector<NamedSetting> namedSettings(const SettingsReport &report);

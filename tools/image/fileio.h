@@ -8,12 +8,12 @@
 
 #include <optional>
 
-/// The name that stands for the standard input or output.
+/// The name of the standard input or output.
 extern const QString kStandardStreamName;
 
 /// Reads a file, or the standard input.
 /// @param maximum  bytes; no more than one byte beyond it is read, so that an endless input ends
-///                 and a caller can tell that it is too large
+///                 and a caller sees that it is too large
 /// @param[out] error  why nothing is returned
 /// @return nothing when it cannot be opened or read
 std::optional<QByteArray> readFile(const QString &name, int maximum, QString *error);

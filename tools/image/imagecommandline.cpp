@@ -26,14 +26,14 @@ struct CommandWord {
 
 constexpr std::array<CommandWord, 4> kCommandWords{{
     {Kind::Pack, "pack", "Write an image from a firmware.", "FIRMWARE", "IMAGE"},
-    {Kind::Info, "info", "Tell what an image holds.", "IMAGE", nullptr},
+    {Kind::Info, "info", "Print what an image holds.", "IMAGE", nullptr},
     {Kind::Unpack, "unpack", "Write the bytes that would be uploaded.", "IMAGE", "FIRMWARE"},
-    {Kind::Verify, "verify", "Tell whether an image is valid.", "IMAGE", nullptr},
+    {Kind::Verify, "verify", "Check whether an image is valid.", "IMAGE", nullptr},
 }};
 
 QString uploadTimeNote()
 {
-    return QStringLiteral("The upload time that info tells is 50 ms for each packet and 50 ms for "
+    return QStringLiteral("The upload time that info prints is 50 ms for each packet and 50 ms for "
                           "the\n"
                           "announcement of the size: Corvane looks for the camera's replies every "
                           "50 ms and\n"
@@ -193,7 +193,7 @@ std::variant<ImageCommand, Information, UsageError> parseCommand(const CommandWo
 std::variant<ImageCommand, Information, UsageError>
 parseImageCommandLine(const QStringList &arguments)
 {
-    // Knows every option, so that the command is found wherever it stands.
+    // Knows every option, so that the command is found wherever it is.
     QCommandLineParser finder;
     addCommonOptions(finder);
     addPackOptions(finder);

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int kBodyOffset = FirmwareImage::kHeaderSize + FirmwareImage::kRawPrefixSize;
-// Four characters stand for three bytes; a last group of one byte takes two of them, of two bytes
+// Four characters encode three bytes; a last group of one byte takes two of them, of two bytes
 // three.
 constexpr int kGroupSize = 4;
 constexpr int kGroupBytes = 3;
@@ -124,7 +124,7 @@ const int kMaximumImageSize = kBodyOffset + kMaximumGroups * kGroupSize;
 
 std::optional<ImageFault> imageFault(const QByteArray &image)
 {
-    // A file that is no image at all is better told so than that it is too short.
+    // For a file that is no image at all, this says more than that it is too short.
     const QByteArray wanted = FirmwareImage::kMagic;
     const QByteArray magic = image.left(wanted.size());
     if (!wanted.startsWith(magic)) {

@@ -20,7 +20,7 @@ struct CameraState {
     /// Of its software. Bytes count as signed where the host shows them.
     std::array<unsigned char, 4> version{1, 0, 0, 6};
     CameraSettings settings{1, 1, false, 1, 1};
-    /// Where the lens stands when the first or second zoom preset is set. The defaults have a low
+    /// Where the lens is when the first or second zoom preset is set. The defaults have a low
     /// byte below 80, so that the host shows them as they are.
     std::array<qint16, 2> lensZoom{100, 25};
     /// The zoom presets; nothing until the host has them set.
@@ -38,8 +38,8 @@ std::optional<CameraSettings> cameraSettingsFrom(const std::array<int, 5> &value
 /// It knows frames, not lines, and keeps no time. Requests it does not understand leave the state
 /// as it is and are refused.
 ///
-/// Once a firmware has come in completely it reboots, and answers nothing until it is told that
-/// this is over. Settings and zoom presets outlive that.
+/// Once a firmware has come in completely it reboots, and answers nothing until finishReboot().
+/// Settings and zoom presets outlive that.
 class Camera {
 public:
     explicit Camera(const CameraState &state = {});

@@ -17,7 +17,7 @@ struct Request;
 /// Only text: it neither reads the clock nor writes anything.
 class ExchangeLog {
 public:
-    /// @param withHex  whether each line ends with the frame's bytes, behind " | "
+    /// @param withHex  whether each line ends with the frame's bytes, after " | "
     explicit ExchangeLog(bool withHex);
 
     /// A frame from the host.

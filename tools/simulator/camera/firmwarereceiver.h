@@ -23,7 +23,7 @@ public:
     /// @return bytes, 0 to 16777215; nothing when @p payload is not of that form
     static std::optional<int> announcedSize(const QByteArray &payload);
 
-    /// Starts anew, with the payload of UART_CTRL_CMD_RECEIVE_FW_INFO. If that is refused, what is
+    /// Starts over, with the payload of UART_CTRL_CMD_RECEIVE_FW_INFO. If that is refused, what is
     /// under way goes on.
     Answer announce(const QByteArray &payload);
     /// Takes the next packet.

@@ -115,7 +115,7 @@ QVector<FrameReader::Piece> FrameReader::cut()
 
 FrameReader::Piece FrameReader::cutFaulty(Kind kind, int size, bool moreMayCome)
 {
-    // What is behind the piece must not count: whether it is there already depends on how the bytes
+    // What follows the piece must not count: whether it is there already depends on how the bytes
     // arrive.
     const int end = headerIn(m_pending.left(size), kHeaderSize, moreMayCome);
     Piece piece{kind, m_pending.left(end)};

@@ -17,7 +17,7 @@
 ///
 /// Finding the way back after an error: when the checksum of a frame is wrong, or its end does not
 /// come, only its two header bytes are sure not to start a frame. The search for the next FF FF
-/// goes on behind them, so that a good frame inside the bad one's announced length is still found.
+/// goes on after them, so that a good frame inside the bad one's announced length is still found.
 /// An FF FF with another length byte is no header, but its second FF may be the first of one.
 ///
 /// Every byte that comes in goes out in exactly one piece, in its order.

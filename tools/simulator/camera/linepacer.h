@@ -32,7 +32,7 @@ public:
 
     /// @p count bytes from the host were seen.
     void received(int count, Time now);
-    /// Puts @p frame behind everything that is on its way.
+    /// Sends @p frame after everything that is on its way.
     /// @param delay  how long the camera thinks after the last byte seen has come in
     void send(const QByteArray &frame, Time now, Time delay = Time::zero());
     /// Takes the bytes that are due and were not taken yet.

@@ -12,7 +12,7 @@ struct Delivery {
     QByteArray bytes; ///< may be none
     /// Since the delivery before it out of the same frame, or else since the frame came.
     std::chrono::milliseconds pause{0};
-    bool hangUp = false; ///< the line is hung up behind the bytes
+    bool hangUp = false; ///< the line is hung up after the bytes
     /// Goes earlier, in one piece with what comes next in that direction.
     bool awaitsNext = false;
     /// For so long since the frame came, nothing arrives in either direction.

@@ -23,7 +23,7 @@ public:
     void add(const QVector<Delivery> &deliveries, Time now);
     /// Nothing is due before @p end.
     void holdUntil(Time end);
-    /// Takes the next delivery if it is due. A pause behind it starts now.
+    /// Takes the next delivery if it is due. A pause after it starts now.
     std::optional<Delivery> take(Time now);
     /// When the next delivery is due; nothing when there is none.
     std::optional<Time> nextDue() const;

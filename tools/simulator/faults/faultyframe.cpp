@@ -196,7 +196,7 @@ QString FaultyFrame::applyAround(Fault::Kind kind, int value)
     default: { // Trail
         const QByteArray bytes = noise(value);
         addBehind(bytes, Milliseconds::zero());
-        return QStringLiteral("put noise behind it, ") + hexadecimalText(bytes);
+        return QStringLiteral("put noise after it, ") + hexadecimalText(bytes);
     }
     }
 }

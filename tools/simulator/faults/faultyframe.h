@@ -19,7 +19,7 @@ class SeededRandom;
 /// One frame on its way through the faults that hit it.
 ///
 /// Faults that act at a byte count in the frame as the faults before them left it, without what
-/// comes before or behind it. One that cannot be applied, as to a byte that the frame does not
+/// comes before or after it. One that cannot be applied, as to a byte that the frame does not
 /// have, leaves everything as it is.
 class FaultyFrame {
 public:

@@ -16,7 +16,7 @@ namespace PreloadLibrary {
 bool isLoaded();
 
 /// Replaces this process by the same program with the same @p arguments and the library loaded,
-/// behind what is to be loaded anyway: a sanitizer's library insists on being the first.
+/// after what is to be loaded anyway: a sanitizer's library insists on being the first.
 /// @param arguments  as main() got them, up to a null pointer
 /// @return only if it fails, with the reason
 QString restartWith(char **arguments);

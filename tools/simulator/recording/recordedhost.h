@@ -16,7 +16,7 @@ public:
     explicit RecordedHost(const QVector<LineEvent> &recording);
 
     /// Takes bytes from the host.
-    /// @return a text for each recorded event in which a difference is found first. Bytes behind
+    /// @return a text for each recorded event in which a difference is found first. Bytes after
     ///         the last one recorded count as one such event.
     QStringList take(const QByteArray &bytes);
 

@@ -156,7 +156,7 @@ std::optional<QVector<LineEvent>> Recording::parse(const QByteArray &text, QStri
     const QList<QByteArray> lines = text.split('\n');
     const QByteArray firstLine = header().trimmed();
     if (lines.first().trimmed() != firstLine) {
-        // What stands there instead may be anything, also no text at all.
+        // What is there instead may be anything, even no text at all.
         *error = QStringLiteral("line 1: '%1' expected").arg(QString::fromLatin1(firstLine));
         return std::nullopt;
     }

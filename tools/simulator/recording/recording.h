@@ -32,13 +32,13 @@ struct LineEvent {
 ///     9.000210 unplugged
 ///
 /// One event a line: the seconds since the start, what happened, and the bytes in hexadecimal.
-/// Behind a # anything may stand.
+/// Anything may follow a #.
 namespace Recording {
 
 /// The line that each recording starts with, and that names the format; with a line feed.
 QByteArray header();
 
-/// The time as it stands in a line, such as 1.203451.
+/// The time as written in a line, such as 1.203451.
 QString timeText(std::chrono::microseconds time);
 
 /// @p event as a line, with a line feed.

@@ -117,7 +117,7 @@ private slots:
               "FF FF 17 41 01 06 07 06 09 05 16 00 01 00 00 69 01 00 00 00 00 01 01 01 01 FF",
               Status::Warning,
               "answer-sum-ff: The camera answered, and the checksum of its answer is FF. Corvane "
-              "connects, but cannot make out the next reply behind that."},
+              "connects, but cannot make out the next reply after that."},
              {"an answer amid noise", QByteArray("12 34 ") + Hex::helloReply() + "56",
               Status::Warning,
               "answer-amid-noise: The camera answered, but 3 bytes came outside whole frames."},
