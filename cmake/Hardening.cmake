@@ -1,16 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Corvane developers
 # SPDX-License-Identifier: MIT
 
-# The one place that says how a release is hardened: everything below is built so. Bytes from a line
-# and files from anywhere are what the programs read. script/check-hardening looks at the result.
-if(CMAKE_BUILD_TYPE STREQUAL "Release")
-    set(hardened_by_default ON)
-else()
-    set(hardened_by_default OFF)
-endif()
-option(CORVANE_HARDENED "Build as for a release to others" ${hardened_by_default})
-
-if(CORVANE_HARDENED)
+# The one place that says how the programs are hardened: bytes from a line and files from anywhere are
+# what they read. Builds for debugging do without, and so do the sanitizers, which are such builds.
+if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
     include(CheckPIESupported)
     check_pie_supported(LANGUAGES CXX)
