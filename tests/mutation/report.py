@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The Corvane developers
 # SPDX-License-Identifier: MIT
-"""Says what became of the mutants."""
+"""Says which mutants were killed, and which survived."""
 
 from __future__ import annotations
 
@@ -70,20 +70,15 @@ def summary(results: Iterable[Result]) -> str:
 
 
 def markdown(results: list[Result]) -> str:
-    parts = ["# Mutants\n", summary(results) + ".\n"]
+    parts = [summary(results) + ".\n"]
     parts.append(_table("File", results, lambda result: result.mutant.path))
     parts.append(_table("Operator", results, lambda result: result.mutant.operator))
-    survivors = [each for each in results if each.outcome.verdict == "survived"]
+    survivors = [
+        each for each in results if each.outcome.verdict == "survived" and not each.reason
+    ]
     parts.append("## Survivors\n")
-    parts += [_entry(each) for each in survivors if not each.reason] or ["None.\n"]
-    parts.append("## Survivors that change nothing observable\n")
-    parts += [_entry(each) for each in survivors if each.reason] or ["None.\n"]
-    parts.append("## Killed\n\n| Mutant | By | Seconds |\n|---|---|---:|")
-    for each in results:
-        if each.outcome.verdict == "killed":
-            by = each.outcome.by.replace("|", "\\|")
-            parts.append(f"| {each.mutant.id} | {by} | {each.outcome.seconds:.0f} |")
-    return "\n".join(parts) + "\n"
+    parts += [_entry(each) for each in survivors] or ["None.\n"]
+    return "\n".join(parts)
 
 
 def _table(title: str, results: Iterable[Result], key: Callable[[Result], str]) -> str:
@@ -97,8 +92,7 @@ def _table(title: str, results: Iterable[Result], key: Callable[[Result], str]) 
 
 
 def _entry(result: Result) -> str:
-    reason = f"{result.reason}\n\n" if result.reason else ""
-    return f"### {result.mutant.id}\n\n{reason}```diff\n{result.diff}```\n"
+    return f"### {result.mutant.id}\n\n```diff\n{result.diff}```\n"
 
 
 def _share(part: int, whole: int) -> str:
