@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Corvane developers
 # SPDX-License-Identifier: MIT
 
-# The one place that says how the programs are hardened: bytes from a line and files from anywhere are
-# what they read. Builds for debugging do without, and so do the sanitizers, which are such builds.
+# How the programs are hardened, since they read bytes from a line and files from anywhere. Debug builds,
+# which those with sanitizers are, are not hardened.
 if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
     include(CheckPIESupported)
@@ -11,7 +11,7 @@ if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     set(CMAKE_CXX_VISIBILITY_PRESET hidden)
     set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
     add_compile_options(
-        -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 # a compiler may have a level of its own
+        -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 # a compiler may set a level by default
         -fstack-protector-strong
         -fstack-clash-protection)
     add_link_options(

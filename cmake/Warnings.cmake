@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The Corvane developers
 # SPDX-License-Identifier: MIT
 
-# The one place that says what the compiler checks: every target of ours links corvane_warnings.
+# What the compiler checks: every target of ours links corvane_warnings.
 option(CORVANE_WARNINGS_AS_ERRORS
-    "Fail the build on a compiler warning; for our own checks, not for people on newer compilers" OFF)
+    "Fail the build on a compiler warning; for CI, not for users with newer compilers" OFF)
 
 add_library(corvane_warnings INTERFACE)
 target_compile_options(corvane_warnings INTERFACE
@@ -25,6 +25,6 @@ target_compile_options(corvane_warnings INTERFACE
     $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-branches>
     $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond>
     $<$<CXX_COMPILER_ID:GNU>:-Wlogical-op>
-    # QSKIP is such a macro, and is used without further arguments.
+    # QSKIP has variadic arguments, and is used without any.
     $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>
     $<$<BOOL:${CORVANE_WARNINGS_AS_ERRORS}>:-Werror>)

@@ -8,7 +8,7 @@ build() {
     if [ $# -gt 1 ]; then
         command+=(--target "${@:2}")
     fi
-    # What CMake says of presets goes to its standard output, mistakes do not.
+    # CMake writes what it says of presets to its standard output, but errors to standard error.
     cmake --preset "$1" >/dev/null
     if [ "$("${command[@]}" -- -n)" != "ninja: no work to do." ]; then
         local TIMEFORMAT='Built in %0lR; processor time %0lU + %0lS.'

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash
 
-# For scripts that try something in a new Debian of its own. It is in the folder $root, and $log gets
-# what its commands say.
+# For scripts that try something in a new Debian system. It is in the folder $root, and $log gets the
+# output of its commands.
 
 root=
 log=
@@ -23,7 +23,7 @@ step() {
     echo "- $*"
 }
 
-# Shows what a command says only when it fails.
+# Shows the output of a command only when it fails.
 quietly() {
     if ! "$@" >"$log" 2>&1; then
         tail -n 30 "$log" >&2
@@ -40,20 +40,20 @@ wait_for() {
         sleep 0.2
     done
     cat "$log" >&2
-    fail "in vain waited for: $*"
+    fail "waited in vain for: $*"
 }
 
-# Ends with 77, which CTest and others take for "skipped", where there can be no such system.
+# Ends with 77, which CTest and others take for "skipped", if this machine cannot have such a system.
 require_own_system() {
-    [ "$(id -u)" -eq 0 ] || fail "needs root, to make a system of its own"
+    [ "$(id -u)" -eq 0 ] || fail "needs root, to make a new system"
     if ! "${own[@]}" mount -t tmpfs tmpfs /mnt; then
-        echo "$(basename "$0"): nothing tried: this machine does not allow mounts and processes of" \
-            "its own (in a container: CAP_SYS_ADMIN)" >&2
+        echo "$(basename "$0"): tried nothing: this machine allows no mounts and process" \
+            "namespaces of its own (in a container: CAP_SYS_ADMIN)" >&2
         exit 77
     fi
 }
 
-# The code name of the Debian that this is.
+# The code name of this machine's Debian release.
 this_release() {
     sed -n 's/^VERSION_CODENAME=//p' /etc/os-release
 }
@@ -62,7 +62,7 @@ this_release() {
 make_system() {
     quietly debootstrap --variant=minbase "${@:2}" "$1" "$root" \
         "${DEBIAN_MIRROR:-http://deb.debian.org/debian}"
-    # How this computer reaches the archive is how the new one does.
+    # The new system reaches the archive as this one does.
     local file
     for file in /etc/hosts /etc/resolv.conf /etc/apt/apt.conf.d/99*; do
         if [ -f "$file" ]; then
@@ -74,12 +74,12 @@ make_system() {
         sed "s/\b$(this_release)\b/$1/g" "$file" >"$root$file"
         rm "$root/etc/apt/sources.list"
     fi
-    # Nobody needs it after a power failure.
+    # It need not survive a power failure.
     echo force-unsafe-io >"$root/etc/dpkg/dpkg.cfg.d/unsafe-io"
     quietly in_root useradd --create-home --shell /bin/bash "$user"
 }
 
-# What the kernel and the start of a system put there, for as long as this process's mounts exist.
+# What the kernel and a boot would provide, for as long as this process's mounts exist.
 mount_system() {
     mount -t proc proc "$root/proc"
     mount -t sysfs -o ro sysfs "$root/sys"
@@ -121,12 +121,12 @@ connect_window() {
     xdotool windowfocus --sync "$window"
     xdotool key --delay 200 Tab Tab space
     wait_for grep -q -e '-> HELLO ack' "$log"
-    wait_for grep -q 'ClientVersion: 1.0.0.6' "$log" # what the window has understood
+    wait_for grep -q 'ClientVersion: 1.0.0.6' "$log" # as the window has decoded it
     grep -E '(<-|->) HELLO|ClientVersion' "$log"
 }
 
-# Ends a session, given the process of its simulator, which passes the signal on to Corvane and has
-# its exit status.
+# Ends a session, given the process of its simulator, which passes the signal on to Corvane and exits
+# with its status.
 end_session() {
     local status=0
     kill "$1"
