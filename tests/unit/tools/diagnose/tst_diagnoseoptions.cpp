@@ -4,16 +4,10 @@
 #include "diagnoseoptions.h"
 #include "rows.h"
 
-#include <QtTest>
-
-namespace {
-
-std::variant<DiagnoseOptions, Information, UsageError> parse(const QStringList &arguments)
+static std::variant<DiagnoseOptions, Information, UsageError> parse(const QStringList &arguments)
 {
     return parseDiagnoseCommandLine(QStringList{"corvane-diagnose"} + arguments);
 }
-
-} // namespace
 
 class DiagnoseOptionsTest : public QObject {
     Q_OBJECT

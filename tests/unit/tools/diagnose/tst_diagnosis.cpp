@@ -5,30 +5,26 @@
 #include "hexframes.h"
 #include "rows.h"
 
-#include <QtTest>
-
 using Kind = PortFinding::Kind;
 using Status = DiagnosisStatus;
 using std::chrono::milliseconds;
 
-namespace {
-
-QByteArray foreignFrame()
+static QByteArray foreignFrame()
 {
     return "FF FF 0A 41 01 06 07 06 09 02 16 00 80 ";
 }
 
-QByteArray frameWithWrongSum()
+static QByteArray frameWithWrongSum()
 {
     return "FF FF 0A 41 01 06 07 06 09 05 16 00 84 ";
 }
 
-QByteArray frameBrokenOff()
+static QByteArray frameBrokenOff()
 {
     return "FF FF 17 41 01 06 07 ";
 }
 
-PortFinding openPort()
+static PortFinding openPort()
 {
     PortFinding finding;
     finding.port = "ttyUSB0";
@@ -37,7 +33,7 @@ PortFinding openPort()
     return finding;
 }
 
-PortFinding failedPort(Kind kind)
+static PortFinding failedPort(Kind kind)
 {
     PortFinding finding = openPort();
     finding.kind = kind;
@@ -50,20 +46,18 @@ PortFinding failedPort(Kind kind)
     return finding;
 }
 
-Diagnosis diagnosisOf(const QByteArray &hexadecimal, int time = 15,
-                      const PortFinding &finding = openPort())
+static Diagnosis diagnosisOf(const QByteArray &hexadecimal, int time = 15,
+                             const PortFinding &finding = openPort())
 {
     Observation observation;
     observation.take(QByteArray::fromHex(hexadecimal), milliseconds(time));
     return diagnose(finding, observation.record(), milliseconds(6000));
 }
 
-QString text(const Verdict &verdict)
+static QString text(const Verdict &verdict)
 {
     return verdict.id + ": " + verdict.sentence;
 }
-
-} // namespace
 
 Q_DECLARE_METATYPE(DiagnosisStatus)
 Q_DECLARE_METATYPE(PortFinding)

@@ -2,17 +2,11 @@
 // SPDX-License-Identifier: MIT
 
 #include "diagnosisreport.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QtTest>
+#include "rows.h"
 
 using std::chrono::milliseconds;
 
-namespace {
-
-PortFinding finding(PortFinding::Kind kind = PortFinding::Kind::Open)
+static PortFinding finding(PortFinding::Kind kind = PortFinding::Kind::Open)
 {
     PortFinding result;
     result.kind = kind;
@@ -22,37 +16,31 @@ PortFinding finding(PortFinding::Kind kind = PortFinding::Kind::Open)
     return result;
 }
 
-LineRecord record(const QByteArray &hexadecimal)
+static LineRecord record(const QByteArray &hexadecimal)
 {
     Observation observation;
     observation.take(QByteArray::fromHex(hexadecimal), milliseconds(15));
     return observation.record();
 }
 
-QByteArray answer()
+static QByteArray answer()
 {
     return "FF FF 17 41 01 06 07 06 09 05 16 00 01 00 00 06 09 00 00 01 01 01 00 00 03 A6";
 }
 
-Diagnosis diagnosis()
+static Diagnosis diagnosis()
 {
     return {DiagnosisStatus::Warning,
             {"first-id", "The first sentence.", "The first remedy."},
             {{"second-id", "The second sentence.", "The second remedy."}}};
 }
 
-QString text(const Diagnosis &diagnosis, const PortFinding &finding, const LineRecord &line)
-{
-    return textReport(diagnosis, finding, line);
-}
-
-QJsonObject json(const Diagnosis &diagnosis, const PortFinding &finding, const LineRecord &line)
+static QJsonObject json(const Diagnosis &diagnosis, const PortFinding &finding,
+                        const LineRecord &line)
 {
     const QByteArray report = jsonReport(diagnosis, finding, line);
     return report.endsWith("}\n") ? QJsonDocument::fromJson(report).object() : QJsonObject();
 }
-
-} // namespace
 
 class DiagnosisReportTest : public QObject {
     Q_OBJECT
@@ -61,7 +49,7 @@ private slots:
     void tellsEverythingInWords()
     {
         QCOMPARE(
-            text(diagnosis(), finding(), record("00 " + answer())),
+            textReport(diagnosis(), finding(), record("00 " + answer())),
             QString("The first sentence.\n"
                     "The first remedy.\n"
                     "\n"
@@ -84,7 +72,7 @@ private slots:
     void leavesOutWhatIsNotThere()
     {
         QCOMPARE(
-            text({DiagnosisStatus::Answer, {"id", "A sentence.", {}}, {}}, finding(), {}),
+            textReport({DiagnosisStatus::Answer, {"id", "A sentence.", {}}, {}}, finding(), {}),
             QString("A sentence.\n"
                     "\n"
                     "Received: bytes 0, whole frames 0, wrong sums 0, broken off 0, bytes outside "
@@ -95,29 +83,27 @@ private slots:
     void tellsTheVersionOfAnAnswerWithoutSettings()
     {
         const LineRecord line = record("FF FF 0E 41 01 06 07 06 09 05 16 00 01 02 0A 10 A4");
-        const QString report = text(diagnosis(), finding(), line);
+        const QString report = textReport(diagnosis(), finding(), line);
         QVERIFY(report.contains("\nDevice Version: 1.2.a.10\nReceived: "));
         const QJsonObject object = json(diagnosis(), finding(), line);
         QCOMPARE(object["version"].toString(), QString("1.2.a.10"));
         QVERIFY(!object.contains("settings"));
 
         const LineRecord bare = record("FF FF 0A 41 01 06 07 06 09 05 16 00 83");
-        QVERIFY(!text(diagnosis(), finding(), bare).contains("Version"));
+        QVERIFY(!textReport(diagnosis(), finding(), bare).contains("Version"));
         QVERIFY(!json(diagnosis(), finding(), bare).contains("version"));
         QCOMPARE(json(diagnosis(), finding(), bare)["answerMilliseconds"].toInt(), 15);
     }
 
     void doesNotTellOfALineThatWasNotUsed_data()
     {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<bool>("wasUsed");
-
         using Kind = PortFinding::Kind;
-        QTest::newRow("open") << static_cast<int>(Kind::Open) << true;
-        QTest::newRow("hung up") << static_cast<int>(Kind::HungUp) << true;
-        QTest::newRow("no device") << static_cast<int>(Kind::NoDevice) << false;
-        QTest::newRow("held") << static_cast<int>(Kind::Held) << false;
-        QTest::newRow("cannot open") << static_cast<int>(Kind::CannotOpen) << false;
+        addRows<int, bool>({"kind", "wasUsed"},
+                           {{"open", static_cast<int>(Kind::Open), true},
+                            {"hung up", static_cast<int>(Kind::HungUp), true},
+                            {"no device", static_cast<int>(Kind::NoDevice), false},
+                            {"held", static_cast<int>(Kind::Held), false},
+                            {"cannot open", static_cast<int>(Kind::CannotOpen), false}});
     }
 
     void doesNotTellOfALineThatWasNotUsed()
@@ -125,7 +111,7 @@ private slots:
         QFETCH(int, kind);
         QFETCH(bool, wasUsed);
         const PortFinding given = finding(static_cast<PortFinding::Kind>(kind));
-        QCOMPARE(text(diagnosis(), given, {}).contains("Received: "), wasUsed);
+        QCOMPARE(textReport(diagnosis(), given, {}).contains("Received: "), wasUsed);
         QCOMPARE(json(diagnosis(), given, {}).contains("received"), wasUsed);
     }
 

@@ -5,19 +5,13 @@
 #include "observation.h"
 #include "rows.h"
 
-#include <QtTest>
-
 using std::chrono::milliseconds;
 
-namespace {
-
-QByteArray answerWithSumFF()
+static QByteArray answerWithSumFF()
 {
     return "FF FF 17 41 01 06 07 06 09 05 16 00 "
            "01 00 00 69 01 00 00 00 00 01 01 01 01 FF ";
 }
-
-} // namespace
 
 class ObservationTest : public QObject {
     Q_OBJECT

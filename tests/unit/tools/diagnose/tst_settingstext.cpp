@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "rows.h"
 #include "settingstext.h"
-
-#include <QtTest>
 
 class SettingsTextTest : public QObject {
     Q_OBJECT
@@ -20,26 +19,25 @@ private slots:
 
     void namesEachSetting_data()
     {
-        QTest::addColumn<QByteArray>("settings"); // offsets 16 to 24
-        QTest::addColumn<QStringList>("words");
-
-        QTest::newRow("all off") << QByteArray("00 00 00 00 00 00 00 00 00")
-                                 << QStringList{"OFF", "OFF", "Upright", "OFF", "0"};
-        QTest::newRow("the usual choices")
-            << QByteArray("01 00 00 00 00 01 01 01 01")
-            << QStringList{"Auto Tracking", "ON (Home)", "Upright", "ON", "1"};
-        QTest::newRow("the last of each")
-            << QByteArray("09 00 00 01 01 00 01 01 03")
-            << QStringList{"Tilt Tracking", "Preset 7", "Upside down", "ON", "Custom"};
-        QTest::newRow("pan alone, the first preset, one direction flag")
-            << QByteArray("02 00 00 01 00 01 00 00 02")
-            << QStringList{"Pan Tracking", "Preset 0", "Upright", "OFF", "2"};
-        QTest::newRow("numbers beyond the lists")
-            << QByteArray("0A 00 00 00 00 00 00 02 04")
-            << QStringList{"OFF", "unknown (10)", "Upright", "ON", "unknown (4)"};
-        QTest::newRow("negative numbers")
-            << QByteArray("FF 00 00 00 00 00 00 80 80")
-            << QStringList{"OFF", "unknown (-1)", "Upright", "ON", "unknown (-128)"};
+        // settings: offsets 16 to 24
+        addRows<QByteArray, QStringList>(
+            {"settings", "words"},
+            {{"all off", "00 00 00 00 00 00 00 00 00", {"OFF", "OFF", "Upright", "OFF", "0"}},
+             {"the usual choices",
+              "01 00 00 00 00 01 01 01 01",
+              {"Auto Tracking", "ON (Home)", "Upright", "ON", "1"}},
+             {"the last of each",
+              "09 00 00 01 01 00 01 01 03",
+              {"Tilt Tracking", "Preset 7", "Upside down", "ON", "Custom"}},
+             {"pan alone, the first preset, one direction flag",
+              "02 00 00 01 00 01 00 00 02",
+              {"Pan Tracking", "Preset 0", "Upright", "OFF", "2"}},
+             {"numbers beyond the lists",
+              "0A 00 00 00 00 00 00 02 04",
+              {"OFF", "unknown (10)", "Upright", "ON", "unknown (4)"}},
+             {"negative numbers",
+              "FF 00 00 00 00 00 00 80 80",
+              {"OFF", "unknown (-1)", "Upright", "ON", "unknown (-128)"}}});
     }
 
     void namesEachSetting()

@@ -4,17 +4,10 @@
 #include "imagecommandline.h"
 #include "rows.h"
 
-#include <QTemporaryDir>
-#include <QtTest>
-
-namespace {
-
-std::variant<ImageCommand, Information, UsageError> parse(const QStringList &arguments)
+static std::variant<ImageCommand, Information, UsageError> parse(const QStringList &arguments)
 {
     return parseImageCommandLine(QStringList("corvane-image") + arguments);
 }
-
-} // namespace
 
 class ImageCommandLineTest : public QObject {
     Q_OBJECT
@@ -45,27 +38,25 @@ private slots:
 
     void readsTheOtherCommands_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("output");
-
         const int info = static_cast<int>(ImageCommand::Kind::Info);
         const int unpack = static_cast<int>(ImageCommand::Kind::Unpack);
         const int verify = static_cast<int>(ImageCommand::Kind::Verify);
-        QTest::newRow("info") << QStringList{"info", "a"} << info << "a" << QString();
-        QTest::newRow("verify") << QStringList{"verify", "a"} << verify << "a" << QString();
-        QTest::newRow("unpack") << QStringList{"unpack", "a", "b"} << unpack << "a"
-                                << "b";
-        QTest::newRow("standard input and output")
-            << QStringList{"unpack", "-", "-"} << unpack << "-"
-            << "-";
-        QTest::newRow("names that look like options")
-            << QStringList{"unpack", "--", "--help", "-v"} << unpack << "--help"
-            << "-v";
-        QTest::newRow("missing files, which are not the same")
-            << QStringList{"unpack", "/nowhere/a", "/nowhere/b"} << unpack << "/nowhere/a"
-            << "/nowhere/b";
+        addRows<QStringList, int, QString, QString>(
+            {"arguments", "kind", "input", "output"},
+            {{"info", {"info", "a"}, info, "a", {}},
+             {"verify", {"verify", "a"}, verify, "a", {}},
+             {"unpack", {"unpack", "a", "b"}, unpack, "a", "b"},
+             {"standard input and output", {"unpack", "-", "-"}, unpack, "-", "-"},
+             {"names that look like options",
+              {"unpack", "--", "--help", "-v"},
+              unpack,
+              "--help",
+              "-v"},
+             {"missing files, which are not the same",
+              {"unpack", "/nowhere/a", "/nowhere/b"},
+              unpack,
+              "/nowhere/a",
+              "/nowhere/b"}});
     }
 
     void readsTheOtherCommands()

@@ -4,26 +4,20 @@
 #include "imagefault.h"
 #include "rows.h"
 
-#include <QtTest>
-
 #include <optional>
 
-namespace {
-
 /// An image: header and raw prefix, 160 bytes, and the body.
-QByteArray start(const QByteArray &body = {})
+static QByteArray start(const QByteArray &body = {})
 {
     return QByteArray("KVEL\x01\x02\x00\x07\x01\x00\x00\x06", 12) + QByteArray(116, '\0')
         + "0123456789abcdef0123456789ABCDEF" + body;
 }
 
-QString faultText(const std::optional<ImageFault> &fault)
+static QString faultText(const std::optional<ImageFault> &fault)
 {
     return fault ? QString("offset %1: %2").arg(QString::number(fault->offset), fault->reason)
                  : QString("no fault");
 }
-
-} // namespace
 
 class ImageFaultTest : public QObject {
     Q_OBJECT
@@ -154,13 +148,12 @@ private slots:
 
     void limitsTheSizeToPack_data()
     {
-        QTest::addColumn<int>("size");
-        QTest::addColumn<QString>("fault");
-
-        QTest::newRow("nothing") << 0 << "no fault";
-        QTest::newRow("the largest") << 16777215 << "no fault";
-        QTest::newRow("16 MiB")
-            << 16777216 << "offset 16777215: too large: a firmware has at most 16777215 bytes";
+        addRows<int, QString>(
+            {"size", "fault"},
+            {{"nothing", 0, "no fault"},
+             {"the largest", 16777215, "no fault"},
+             {"16 MiB", 16777216,
+              "offset 16777215: too large: a firmware has at most 16777215 bytes"}});
     }
 
     void limitsTheSizeToPack()

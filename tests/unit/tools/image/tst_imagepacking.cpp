@@ -6,15 +6,11 @@
 #include "imagepacking.h"
 #include "rows.h"
 
-#include <QtTest>
-
-namespace {
-
 constexpr ImageVersion kProtocolVersion{1, 2, 0, 7};
 constexpr ImageVersion kImageVersion{1, 0, 10, 255};
 
 /// Bytes that look different at each offset and for each size.
-QByteArray someFirmware(int size)
+static QByteArray someFirmware(int size)
 {
     QByteArray firmware(size, '\0');
     quint32 state = static_cast<quint32>(size) + 1;
@@ -24,8 +20,6 @@ QByteArray someFirmware(int size)
     }
     return firmware;
 }
-
-} // namespace
 
 class ImagePackingTest : public QObject {
     Q_OBJECT

@@ -4,16 +4,12 @@
 #include "imagereport.h"
 #include "rows.h"
 
-#include <QtTest>
-
-namespace {
-
-QByteArray header()
+static QByteArray header()
 {
     return QByteArray("KVEL\x01\x02\x0A\xFF\x80\x00\x10\x63", 12) + QByteArray(116, '\0');
 }
 
-QString lineOf(const QString &report, const QString &name)
+static QString lineOf(const QString &report, const QString &name)
 {
     const QStringList lines = report.split('\n');
     for (const QString &line : lines) {
@@ -23,8 +19,6 @@ QString lineOf(const QString &report, const QString &name)
     }
     return "no such line";
 }
-
-} // namespace
 
 class ImageReportTest : public QObject {
     Q_OBJECT

@@ -3,23 +3,18 @@
 
 #include "controlsocket.h"
 #include "patience.h"
+#include "rows.h"
 
-#include <QFile>
 #include <QLocalSocket>
-#include <QTemporaryDir>
 
 #include <memory>
 
-namespace {
-
-QByteArray answerTo(QLocalSocket &client, const QByteArray &text)
+static QByteArray answerTo(QLocalSocket &client, const QByteArray &text)
 {
     client.write(text);
     const bool answered = QTest::qWaitFor([&client] { return client.canReadLine(); }, kPatience);
     return answered ? client.readLine() : "no answer";
 }
-
-} // namespace
 
 class ControlSocketTest : public QObject {
     Q_OBJECT
@@ -34,9 +29,7 @@ private slots:
 
     void answersEachCommand()
     {
-        const auto control = serve();
-        QString error;
-        QVERIFY2(control->listen(m_path, &error), qPrintable(error));
+        const auto control = listening();
         QLocalSocket client;
         client.connectToServer(m_path);
         QCOMPARE(answerTo(client, "silent  on \r\n"), QByteArray("ok\n"));
@@ -46,9 +39,7 @@ private slots:
 
     void waitsForTheWholeLine()
     {
-        const auto control = serve();
-        QString error;
-        QVERIFY2(control->listen(m_path, &error), qPrintable(error));
+        const auto control = listening();
         QLocalSocket first;
         first.connectToServer(m_path);
         first.write("on");
@@ -65,9 +56,7 @@ private slots:
 
     void servesSeveralClients()
     {
-        const auto control = serve();
-        QString error;
-        QVERIFY2(control->listen(m_path, &error), qPrintable(error));
+        const auto control = listening();
         QLocalSocket first;
         first.connectToServer(m_path);
         QCOMPARE(answerTo(first, "one\n"), QByteArray("ok\n"));
@@ -89,9 +78,7 @@ private slots:
         }
         QVERIFY(QFile::exists(m_path));
 
-        const auto control = serve();
-        QString error;
-        QVERIFY2(control->listen(m_path, &error), qPrintable(error));
+        const auto control = listening();
         QLocalSocket client;
         client.connectToServer(m_path);
         QCOMPARE(answerTo(client, "one\n"), QByteArray("ok\n"));
@@ -99,10 +86,7 @@ private slots:
 
     void leavesAlone_data()
     {
-        QTest::addColumn<bool>("isServed");
-
-        QTest::newRow("a socket that is served") << true;
-        QTest::newRow("a file") << false;
+        addRows<bool>({"isServed"}, {{"a socket that is served", true}, {"a file", false}});
     }
 
     void leavesAlone()
@@ -136,9 +120,7 @@ private slots:
     void removesTheSocketInTheEnd()
     {
         {
-            const auto control = serve();
-            QString error;
-            QVERIFY2(control->listen(m_path, &error), qPrintable(error));
+            const auto control = listening();
             QVERIFY(QFile::exists(m_path));
         }
         QVERIFY(!QFile::exists(m_path));
@@ -152,6 +134,16 @@ private:
             m_commands << command;
             return command == "bad" ? QString("it is bad") : QString();
         });
+    }
+
+    std::unique_ptr<ControlSocket> listening()
+    {
+        auto control = serve();
+        QString error;
+        if (!control->listen(m_path, &error)) {
+            qFatal("%s", qPrintable(error));
+        }
+        return control;
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;

@@ -6,21 +6,17 @@
 #include "request.h"
 #include "rows.h"
 
-#include <QtTest>
-
 #include <algorithm>
 
 Q_DECLARE_METATYPE(CameraState)
 
-namespace {
-
-Answer answerTo(Camera &camera, const QByteArray &frame)
+static Answer answerTo(Camera &camera, const QByteArray &frame)
 {
     return camera.answer(Request::fromFrame(QByteArray::fromHex(frame)).value());
 }
 
 // The only frame of the answer in hexadecimal; anything else as a text that no test expects.
-QByteArray replyTo(Camera &camera, const QByteArray &frame)
+static QByteArray replyTo(Camera &camera, const QByteArray &frame)
 {
     const Answer answer = answerTo(camera, frame);
     if (answer.frames.size() != 1 || !answer.refusal.isEmpty()) {
@@ -29,8 +25,6 @@ QByteArray replyTo(Camera &camera, const QByteArray &frame)
     }
     return answer.frames.first().toHex(' ').toUpper();
 }
-
-} // namespace
 
 class CameraTest : public QObject {
     Q_OBJECT
@@ -178,16 +172,14 @@ private slots:
 
     void raisesItsVersionByAReboot_data()
     {
-        QTest::addColumn<QByteArray>("before");
-        QTest::addColumn<QByteArray>("after");
-
-        QTest::newRow("last part") << QByteArray("01 00 00 06") << QByteArray("01 00 00 07");
-        QTest::newRow("above 127") << QByteArray("01 00 00 7F") << QByteArray("01 00 00 80");
-        QTest::newRow("up to 255") << QByteArray("01 00 00 FE") << QByteArray("01 00 00 FF");
-        QTest::newRow("one carry") << QByteArray("01 00 00 FF") << QByteArray("01 00 01 00");
-        QTest::newRow("two carries") << QByteArray("01 02 FF FF") << QByteArray("01 03 00 00");
-        QTest::newRow("three carries") << QByteArray("01 FF FF FF") << QByteArray("02 00 00 00");
-        QTest::newRow("no part left") << QByteArray("FF FF FF FF") << QByteArray("00 00 00 00");
+        addRows<QByteArray, QByteArray>({"before", "after"},
+                                        {{"last part", "01 00 00 06", "01 00 00 07"},
+                                         {"above 127", "01 00 00 7F", "01 00 00 80"},
+                                         {"up to 255", "01 00 00 FE", "01 00 00 FF"},
+                                         {"one carry", "01 00 00 FF", "01 00 01 00"},
+                                         {"two carries", "01 02 FF FF", "01 03 00 00"},
+                                         {"three carries", "01 FF FF FF", "02 00 00 00"},
+                                         {"no part left", "FF FF FF FF", "00 00 00 00"}});
     }
 
     void raisesItsVersionByAReboot()

@@ -6,16 +6,10 @@
 #include "request.h"
 #include "rows.h"
 
-#include <QtTest>
-
-namespace {
-
-QTime someTime()
+static QTime someTime()
 {
     return {9, 5, 1, 34};
 }
-
-} // namespace
 
 class ExchangeLogTest : public QObject {
     Q_OBJECT

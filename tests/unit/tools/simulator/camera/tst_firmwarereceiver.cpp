@@ -5,8 +5,6 @@
 #include "hexframes.h"
 #include "rows.h"
 
-#include <QtTest>
-
 #include <array>
 
 namespace {
@@ -52,19 +50,18 @@ class FirmwareReceiverTest : public QObject {
 private slots:
     void readsTheAnnouncedSize_data()
     {
-        QTest::addColumn<QByteArray>("payload");
-        QTest::addColumn<int>("size"); // -1 for none
-
-        QTest::newRow("nothing") << QByteArray("02 00 00 00") << 0;
-        QTest::newRow("low byte") << QByteArray("02 00 00 FF") << 255;
-        QTest::newRow("two bytes") << QByteArray("02 00 01 2C") << 300;
-        QTest::newRow("three bytes") << QByteArray("02 01 23 45") << 74565;
-        QTest::newRow("highest bit") << QByteArray("02 80 00 00") << 8388608;
-        QTest::newRow("largest") << QByteArray("02 FF FF FF") << 16777215;
-        QTest::newRow("starts with another number") << QByteArray("01 00 01 2C") << -1;
-        QTest::newRow("too short") << QByteArray("02 01 2C") << -1;
-        QTest::newRow("too long") << QByteArray("02 00 00 01 2C") << -1;
-        QTest::newRow("empty") << QByteArray() << -1;
+        // size: -1 for none
+        addRows<QByteArray, int>({"payload", "size"},
+                                 {{"nothing", "02 00 00 00", 0},
+                                  {"low byte", "02 00 00 FF", 255},
+                                  {"two bytes", "02 00 01 2C", 300},
+                                  {"three bytes", "02 01 23 45", 74565},
+                                  {"highest bit", "02 80 00 00", 8388608},
+                                  {"largest", "02 FF FF FF", 16777215},
+                                  {"starts with another number", "01 00 01 2C", -1},
+                                  {"too short", "02 01 2C", -1},
+                                  {"too long", "02 00 00 01 2C", -1},
+                                  {"empty", {}, -1}});
     }
 
     void readsTheAnnouncedSize()
@@ -195,11 +192,9 @@ private slots:
 
     void refusesAPacketWhenItIsComplete_data()
     {
-        QTest::addColumn<Packet>("packet");
-
-        QTest::newRow("one more") << Packet{2, 128};
-        QTest::newRow("an empty one") << Packet{2, 0};
-        QTest::newRow("the last one again") << Packet{1, 128};
+        addRows<Packet>(
+            {"packet"},
+            {{"one more", {2, 128}}, {"an empty one", {2, 0}}, {"the last one again", {1, 128}}});
     }
 
     void refusesAPacketWhenItIsComplete()

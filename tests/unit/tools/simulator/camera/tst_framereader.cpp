@@ -5,13 +5,8 @@
 #include "hexframes.h"
 #include "rows.h"
 
-#include <QStringList>
-#include <QtTest>
-
-namespace {
-
 // A row's stream: bytes in hexadecimal; "|" separates what arrives separately.
-QVector<QByteArray> arrivals(const QByteArray &stream)
+static QVector<QByteArray> arrivals(const QByteArray &stream)
 {
     QVector<QByteArray> parts;
     const QList<QByteArray> hexadecimals = stream.split('|');
@@ -21,7 +16,7 @@ QVector<QByteArray> arrivals(const QByteArray &stream)
     return parts;
 }
 
-QStringList described(const QVector<FrameReader::Piece> &pieces)
+static QStringList described(const QVector<FrameReader::Piece> &pieces)
 {
     static const QStringList kKinds{"frame", "bad", "incomplete", "noise"};
     QStringList texts;
@@ -30,8 +25,6 @@ QStringList described(const QVector<FrameReader::Piece> &pieces)
     }
     return texts;
 }
-
-} // namespace
 
 class FrameReaderTest : public QObject {
     Q_OBJECT

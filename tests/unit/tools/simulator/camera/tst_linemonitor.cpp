@@ -6,26 +6,26 @@
 #include "patience.h"
 #include "rows.h"
 
-#include <QSignalSpy>
-
-namespace {
-
-QByteArray bytes(const char *hexadecimal)
+static QByteArray bytes(const char *hexadecimal)
 {
     return QByteArray::fromHex(hexadecimal);
 }
 
-// The lines without the time in front.
-QStringList events(const QSignalSpy &logged)
-{
-    QStringList texts;
-    for (const QList<QVariant> &arguments : logged) {
-        texts << arguments.at(0).toString().mid(14);
+/// A monitor and what it says.
+struct Monitored {
+    // The lines without the time in front.
+    QStringList events() const
+    {
+        QStringList texts;
+        for (const QList<QVariant> &arguments : logged) {
+            texts << arguments.at(0).toString().mid(14);
+        }
+        return texts;
     }
-    return texts;
-}
 
-} // namespace
+    LineMonitor monitor{ExchangeLog(false)};
+    QSignalSpy logged{&monitor, &LineMonitor::logged};
+};
 
 class LineMonitorTest : public QObject {
     Q_OBJECT
@@ -50,36 +50,33 @@ private slots:
     void makesALineOfWhatPasses()
     {
         QFETCH(QByteArray, passing);
-        LineMonitor monitor{ExchangeLog(false)};
-        QSignalSpy logged(&monitor, &LineMonitor::logged);
-        monitor.fromHost(passing);
-        QCOMPARE(logged.size(), 1);
-        QTEST(events(logged).at(0), "fromHost");
-        monitor.fromCamera(passing);
-        QCOMPARE(logged.size(), 2);
-        QTEST(events(logged).at(1), "fromCamera");
+        Monitored line;
+        line.monitor.fromHost(passing);
+        QCOMPARE(line.logged.size(), 1);
+        QTEST(line.events().at(0), "fromHost");
+        line.monitor.fromCamera(passing);
+        QCOMPARE(line.logged.size(), 2);
+        QTEST(line.events().at(1), "fromCamera");
     }
 
     void keepsTheDirectionsApart()
     {
-        LineMonitor monitor{ExchangeLog(false)};
-        QSignalSpy logged(&monitor, &LineMonitor::logged);
-        monitor.fromHost(bytes("FF FF 0A 41 01 06 07"));
-        monitor.fromCamera(bytes("FF FF 0A 41 01 06 07 06 09 05"));
-        monitor.fromHost(bytes("06 09 01 16 00 7F"));
-        monitor.fromCamera(bytes("10 00 7D"));
-        QCOMPARE(events(logged), (QStringList{"<- HELLO", "-> RECEIVE_FW_INFO ack"}));
+        Monitored line;
+        line.monitor.fromHost(bytes("FF FF 0A 41 01 06 07"));
+        line.monitor.fromCamera(bytes("FF FF 0A 41 01 06 07 06 09 05"));
+        line.monitor.fromHost(bytes("06 09 01 16 00 7F"));
+        line.monitor.fromCamera(bytes("10 00 7D"));
+        QCOMPARE(line.events(), (QStringList{"<- HELLO", "-> RECEIVE_FW_INFO ack"}));
     }
 
     void givesUpOnAFrameThatStalls()
     {
-        LineMonitor monitor{ExchangeLog(false)};
-        QSignalSpy logged(&monitor, &LineMonitor::logged);
-        monitor.fromHost(bytes("FF FF 0A 41"));
-        monitor.fromCamera(bytes("FF FF 0A 41 01"));
-        QVERIFY(logged.isEmpty());
-        QTRY_COMPARE(logged.size(), 2);
-        QStringList lines = events(logged);
+        Monitored line;
+        line.monitor.fromHost(bytes("FF FF 0A 41"));
+        line.monitor.fromCamera(bytes("FF FF 0A 41 01"));
+        QVERIFY(line.logged.isEmpty());
+        QTRY_COMPARE(line.logged.size(), 2);
+        QStringList lines = line.events();
         lines.sort();
         QCOMPARE(lines,
                  (QStringList{"-> (incomplete)         FF FF 0A 41 01",
@@ -88,12 +85,11 @@ private slots:
 
     void givesUpOnAFrameWhenTheLineIsLost()
     {
-        LineMonitor monitor{ExchangeLog(false)};
-        QSignalSpy logged(&monitor, &LineMonitor::logged);
-        monitor.fromHost(bytes("FF FF 0A 41"));
-        monitor.fromCamera(bytes("FF FF 0A 41 01"));
-        monitor.lineLost();
-        QCOMPARE(events(logged),
+        Monitored line;
+        line.monitor.fromHost(bytes("FF FF 0A 41"));
+        line.monitor.fromCamera(bytes("FF FF 0A 41 01"));
+        line.monitor.lineLost();
+        QCOMPARE(line.events(),
                  (QStringList{"<- (incomplete)         FF FF 0A 41",
                               "-> (incomplete)         FF FF 0A 41 01"}));
     }

@@ -2,17 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 #include "linepacer.h"
-
-#include <QtTest>
+#include "rows.h"
 
 using namespace std::chrono_literals;
 
-namespace {
-
 // At 10,000 baud a byte takes 1 ms, which keeps the numbers readable.
 constexpr int kBaud = 10'000;
-
-} // namespace
 
 class LinePacerTest : public QObject {
     Q_OBJECT
@@ -20,16 +15,14 @@ class LinePacerTest : public QObject {
 private slots:
     void bytesBecomeDueOneByOne_data()
     {
-        QTest::addColumn<qint64>("microseconds");
-        QTest::addColumn<QByteArray>("due");
-
-        QTest::newRow("at once") << qint64(0) << QByteArray();
-        QTest::newRow("before the first byte is through") << qint64(999) << QByteArray();
-        QTest::newRow("first byte") << qint64(1000) << QByteArray("a");
-        QTest::newRow("still one byte") << qint64(1999) << QByteArray("a");
-        QTest::newRow("third byte") << qint64(3000) << QByteArray("abc");
-        QTest::newRow("last byte") << qint64(5000) << QByteArray("abcde");
-        QTest::newRow("long after") << qint64(3'600'000'000) << QByteArray("abcde");
+        addRows<qint64, QByteArray>({"microseconds", "due"},
+                                    {{"at once", 0, {}},
+                                     {"before the first byte is through", 999, {}},
+                                     {"first byte", 1000, "a"},
+                                     {"still one byte", 1999, "a"},
+                                     {"third byte", 3000, "abc"},
+                                     {"last byte", 5000, "abcde"},
+                                     {"long after", qint64(3'600'000'000), "abcde"}});
     }
 
     void bytesBecomeDueOneByOne()
@@ -43,14 +36,12 @@ private slots:
 
     void aByteTakesTenBits_data()
     {
-        QTest::addColumn<int>("baud");
-        QTest::addColumn<qint64>("nanoseconds");
-
-        // 26 bytes are 260 bits.
-        QTest::newRow("115200 baud") << 115'200 << qint64(2'256'945);
-        QTest::newRow("9600 baud") << 9600 << qint64(27'083'334);
-        QTest::newRow("1 baud") << 1 << qint64(260'000'000'000);
-        QTest::newRow("4 megabaud") << 4'000'000 << qint64(65'000);
+        addRows<int, qint64>({"baud", "nanoseconds"},
+                             {// 26 bytes are 260 bits.
+                              {"115200 baud", 115'200, qint64(2'256'945)},
+                              {"9600 baud", 9600, qint64(27'083'334)},
+                              {"1 baud", 1, qint64(260'000'000'000)},
+                              {"4 megabaud", 4'000'000, qint64(65'000)}});
     }
 
     void aByteTakesTenBits()

@@ -5,8 +5,6 @@
 #include "request.h"
 #include "rows.h"
 
-#include <QtTest>
-
 class RequestTest : public QObject {
     Q_OBJECT
 
@@ -35,14 +33,13 @@ private slots:
 
     void needsTheSignature_data()
     {
-        QTest::addColumn<QByteArray>("frame");
-
-        QTest::newRow("first byte") << QByteArray("FF FF 0A 42 01 06 07 06 09 01 16 00 80");
-        QTest::newRow("second byte") << QByteArray("FF FF 0A 41 00 06 07 06 09 01 16 00 7E");
-        QTest::newRow("third byte") << QByteArray("FF FF 0A 41 01 07 07 06 09 01 16 00 80");
-        QTest::newRow("fourth byte") << QByteArray("FF FF 0A 41 01 06 06 06 09 01 16 00 7E");
-        QTest::newRow("fifth byte") << QByteArray("FF FF 0A 41 01 06 07 07 09 01 16 00 80");
-        QTest::newRow("last byte") << QByteArray("FF FF 0A 41 01 06 07 06 08 01 16 00 7E");
+        addRows<QByteArray>({"frame"},
+                            {{"first byte", "FF FF 0A 42 01 06 07 06 09 01 16 00 80"},
+                             {"second byte", "FF FF 0A 41 00 06 07 06 09 01 16 00 7E"},
+                             {"third byte", "FF FF 0A 41 01 07 07 06 09 01 16 00 80"},
+                             {"fourth byte", "FF FF 0A 41 01 06 06 06 09 01 16 00 7E"},
+                             {"fifth byte", "FF FF 0A 41 01 06 07 07 09 01 16 00 80"},
+                             {"last byte", "FF FF 0A 41 01 06 07 06 08 01 16 00 7E"}});
     }
 
     void needsTheSignature()

@@ -7,9 +7,7 @@
 
 using namespace std::chrono_literals;
 
-namespace {
-
-Delivery bytes(const char *text, std::chrono::milliseconds pause = 0ms)
+static Delivery bytes(const char *text, std::chrono::milliseconds pause = 0ms)
 {
     Delivery delivery;
     delivery.bytes = text;
@@ -17,7 +15,7 @@ Delivery bytes(const char *text, std::chrono::milliseconds pause = 0ms)
     return delivery;
 }
 
-Delivery waiting(const char *text, std::chrono::milliseconds pause)
+static Delivery waiting(const char *text, std::chrono::milliseconds pause)
 {
     Delivery delivery = bytes(text, pause);
     delivery.awaitsNext = true;
@@ -25,13 +23,11 @@ Delivery waiting(const char *text, std::chrono::milliseconds pause)
 }
 
 // What is due, or a text that no test expects.
-QByteArray taken(DeliveryQueue &queue, DeliveryQueue::Time now)
+static QByteArray taken(DeliveryQueue &queue, DeliveryQueue::Time now)
 {
     const auto delivery = queue.take(now);
     return delivery ? delivery->bytes : QByteArray("nothing");
 }
-
-} // namespace
 
 class DeliveryQueueTest : public QObject {
     Q_OBJECT

@@ -5,8 +5,6 @@
 #include "hexframes.h"
 #include "rows.h"
 
-#include <QtTest>
-
 namespace {
 
 QString described(const Delivery &delivery)
@@ -195,12 +193,10 @@ private slots:
 
     void theOtherDirectionIsSpared_data()
     {
-        QTest::addColumn<QString>("plan");
-        QTest::addColumn<int>("direction");
-
-        QTest::newRow("replies dropped") << "drop@reply:all" << int(Fault::Request);
-        QTest::newRow("requests dropped") << "drop@request:all" << int(Fault::Reply);
-        QTest::newRow("replies silent") << "silence@reply:all" << int(Fault::Request);
+        addRows<QString, int>({"plan", "direction"},
+                              {{"replies dropped", "drop@reply:all", int(Fault::Request)},
+                               {"requests dropped", "drop@request:all", int(Fault::Reply)},
+                               {"replies silent", "silence@reply:all", int(Fault::Request)}});
     }
 
     void theOtherDirectionIsSpared()
@@ -369,13 +365,12 @@ private slots:
 
     void theSameSeedGivesTheSameBytes_data()
     {
-        QTest::addColumn<QString>("kind");
+        addRows<QString>({"kind"}, {{"probability", "drop@reply:50%,drop"}});
         for (const char *kind :
              {"drop-byte", "insert-byte", "insert-byte=7", "corrupt", "corrupt=1", "flip", "flip=1",
               "burst", "swap", "truncate", "gap", "noise", "wrong-length", "trail", "hang-up"}) {
             QTest::newRow(kind) << kind;
         }
-        QTest::newRow("probability") << "drop@reply:50%,drop";
     }
 
     void theSameSeedGivesTheSameBytes()
@@ -408,14 +403,13 @@ private slots:
 
     void randomBytesAreDifferentFromTheOldOnes_data()
     {
-        QTest::addColumn<QString>("plan");
-        QTest::addColumn<int>("changes"); // bytes of a frame
-
-        QTest::newRow("corrupt") << "corrupt@reply:all" << 1;
-        QTest::newRow("flip") << "flip@reply:all" << 1;
-        QTest::newRow("burst") << "burst=13@reply:all" << -1;
-        QTest::newRow("swap") << "swap@reply:all" << 2;
-        QTest::newRow("wrong-length") << "wrong-length@reply:all" << 1;
+        // changes: bytes of a frame
+        addRows<QString, int>({"plan", "changes"},
+                              {{"corrupt", "corrupt@reply:all", 1},
+                               {"flip", "flip@reply:all", 1},
+                               {"burst", "burst=13@reply:all", -1},
+                               {"swap", "swap@reply:all", 2},
+                               {"wrong-length", "wrong-length@reply:all", 1}});
     }
 
     void randomBytesAreDifferentFromTheOldOnes()
@@ -443,20 +437,19 @@ private slots:
 
     void randomBytesReachTheWholeFrame_data()
     {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QSet<int>>("bytes");
-
         const QSet<int> all{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
         const QSet<int> inside{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
-        QTest::newRow("drop-byte") << "drop-byte" << all;
-        QTest::newRow("insert-byte") << "insert-byte" << all;
-        QTest::newRow("corrupt") << "corrupt" << all;
-        QTest::newRow("flip") << "flip" << all;
-        // The first two bytes are equal, and the last one has no neighbour.
-        QTest::newRow("swap") << "swap" << QSet<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
-        QTest::newRow("truncate") << "truncate" << inside;
-        QTest::newRow("gap") << "gap" << inside;
-        QTest::newRow("hang-up") << "hang-up" << inside;
+        addRows<QString, QSet<int>>(
+            {"kind", "bytes"},
+            {{"drop-byte", "drop-byte", all},
+             {"insert-byte", "insert-byte", all},
+             {"corrupt", "corrupt", all},
+             {"flip", "flip", all},
+             // The first two bytes are equal, and the last one has no neighbour.
+             {"swap", "swap", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}},
+             {"truncate", "truncate", inside},
+             {"gap", "gap", inside},
+             {"hang-up", "hang-up", inside}});
     }
 
     void randomBytesReachTheWholeFrame()

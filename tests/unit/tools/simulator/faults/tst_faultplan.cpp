@@ -4,11 +4,7 @@
 #include "faultplan.h"
 #include "rows.h"
 
-#include <QtTest>
-
 #include <algorithm>
-
-namespace {
 
 const QStringList &kindNames()
 {
@@ -28,8 +24,6 @@ const QStringList &kindNames()
                                     "hang-up"};
     return kNames;
 }
-
-} // namespace
 
 class FaultPlanTest : public QObject {
     Q_OBJECT
@@ -266,15 +260,13 @@ private slots:
 
     void readsASeed_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<qint64>("seed");
-
-        QTest::newRow("lowest") << "0" << qint64(0);
-        QTest::newRow("highest") << "4294967295" << qint64(4'294'967'295);
-        QTest::newRow("too high") << "4294967296" << qint64(-1);
-        QTest::newRow("negative") << "-1" << qint64(-1);
-        QTest::newRow("empty") << "" << qint64(-1);
-        QTest::newRow("no number") << "x" << qint64(-1);
+        addRows<QString, qint64>({"text", "seed"},
+                                 {{"lowest", "0", 0},
+                                  {"highest", "4294967295", qint64(4'294'967'295)},
+                                  {"too high", "4294967296", -1},
+                                  {"negative", "-1", -1},
+                                  {"empty", "", -1},
+                                  {"no number", "x", -1}});
     }
 
     void readsASeed()

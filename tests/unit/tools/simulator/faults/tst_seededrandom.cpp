@@ -4,8 +4,6 @@
 #include "rows.h"
 #include "seededrandom.h"
 
-#include <QtTest>
-
 class SeededRandomTest : public QObject {
     Q_OBJECT
 
@@ -36,12 +34,8 @@ private slots:
 
     void reachesBothEndsOfARange_data()
     {
-        QTest::addColumn<int>("minimum");
-        QTest::addColumn<int>("maximum");
-
-        QTest::newRow("one number") << 7 << 7;
-        QTest::newRow("a bit") << 0 << 7;
-        QTest::newRow("from 1") << 1 << 20;
+        addRows<int, int>({"minimum", "maximum"},
+                          {{"one number", 7, 7}, {"a bit", 0, 7}, {"from 1", 1, 20}});
     }
 
     void reachesBothEndsOfARange()

@@ -7,8 +7,6 @@
 #include "patience.h"
 #include "rows.h"
 
-#include <QSignalSpy>
-
 using namespace std::chrono_literals;
 
 namespace {

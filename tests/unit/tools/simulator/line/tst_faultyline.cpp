@@ -6,8 +6,6 @@
 #include "memoryline.h"
 #include "patience.h"
 
-#include <QSignalSpy>
-
 namespace {
 
 /// A plugged line with faults.
@@ -16,8 +14,7 @@ public:
     explicit Line(const QString &plan, quint32 seed = 0)
         : faulty(inner)
     {
-        QString error;
-        faulty.plug(&error);
+        plug();
         setFaults(plan, seed);
         QObject::connect(&faulty, &CameraLine::bytesReceived, &faulty,
                          [this](const QByteArray &bytes) {
@@ -27,6 +24,11 @@ public:
         QObject::connect(&faulty, &FaultyLine::faultApplied, &faulty,
                          [this](const QString &text) { notes << text; });
         clock.start();
+    }
+    bool plug()
+    {
+        QString error;
+        return faulty.plug(&error);
     }
     void setFaults(const QString &planText, quint32 seed = 0)
     {
@@ -80,8 +82,7 @@ private slots:
     {
         Line line("drop@request:2");
         line.inner.receive(Hex::hello() + Hex::packetReply() + Hex::hello());
-        const QStringList expected{QString(Hex::hello()), QString(Hex::hello())};
-        QTRY_COMPARE(line.requests, expected);
+        QTRY_COMPARE(line.requests, (QStringList{QString(Hex::hello()), QString(Hex::hello())}));
         QCOMPARE(line.notes, QStringList{"request 2: dropped"});
     }
 
@@ -93,8 +94,8 @@ private slots:
         line.inner.receive("FF FF 0A 41 01 06 07 06 09 01 16 00 80");
         line.inner.receive(Hex::hello());
         line.inner.receive("56");
-        const QStringList requests{"12 34", "FF FF 0A 41 01 06 07 06 09 01 16 00 80", "56"};
-        QTRY_COMPARE(line.requests, requests);
+        QTRY_COMPARE(line.requests,
+                     (QStringList{"12 34", "FF FF 0A 41 01 06 07 06 09 01 16 00 80", "56"}));
         line.reply("12");
         QTRY_COMPARE(line.inner.pieces(), QStringList{"12"});
         QCOMPARE(line.notes, QStringList{"request 1: dropped"});
@@ -129,24 +130,24 @@ private slots:
         Line line("corrupt=2@request:1.3,stale@reply:2");
         line.inner.receive(Hex::hello());
         line.inner.receive(Hex::hello());
-        const QStringList requests{"FF FF 0A 43 01 06 07 06 09 01 16 00 7F", QString(Hex::hello())};
-        QTRY_COMPARE(line.requests, requests);
+        QTRY_COMPARE(
+            line.requests,
+            (QStringList{"FF FF 0A 43 01 06 07 06 09 01 16 00 7F", QString(Hex::hello())}));
         line.reply(Hex::packetReply());
         line.reply(Hex::packetReply());
-        const QStringList replies{QString(Hex::packetReply()),
-                                  QString(Hex::packetReply() + ' ' + Hex::packetReply())};
-        QTRY_COMPARE(line.inner.pieces(), replies);
-        const QStringList notes{"request 1: corrupted byte 3, 41 became 43",
-                                "reply 2: put the previous frame before it"};
-        QCOMPARE(line.notes, notes);
+        QTRY_COMPARE(line.inner.pieces(),
+                     (QStringList{QString(Hex::packetReply()),
+                                  QString(Hex::packetReply() + ' ' + Hex::packetReply())}));
+        QCOMPARE(line.notes,
+                 (QStringList{"request 1: corrupted byte 3, 41 became 43",
+                              "reply 2: put the previous frame before it"}));
     }
 
     void pausesInsideAFrame()
     {
         Line line("gap=40@request:1.3,gap=60@request:1.12");
         line.inner.receive(Hex::hello());
-        const QStringList expected{"FF FF 0A", "41 01 06 07 06 09 01 16 00", "7F"};
-        QTRY_COMPARE(line.requests, expected);
+        QTRY_COMPARE(line.requests, (QStringList{"FF FF 0A", "41 01 06 07 06 09 01 16 00", "7F"}));
         // Whole milliseconds on a clock of its own: up to one less.
         VERIFY_AT_LEAST(line.requestTimes.at(1), 39);
         VERIFY_AT_LEAST(line.requestTimes.at(2), 99);
@@ -227,8 +228,7 @@ private slots:
         QSignalSpy hungUp(&line.faulty, &FaultyLine::hungUp);
         line.reply(Hex::packetReply());
         QVERIFY(hungUp.wait(kPatience));
-        QString error;
-        QVERIFY(line.faulty.plug(&error));
+        QVERIFY(line.plug());
         QVERIFY(line.inner.isPlugged());
         line.reply(Hex::packetReply());
         line.reply(Hex::packetReply());
@@ -245,8 +245,7 @@ private slots:
         line.inner.receive("FF FF 0A 41 01 06");
         line.faulty.unplug();
         QVERIFY(!line.inner.isPlugged());
-        QString error;
-        QVERIFY(line.faulty.plug(&error));
+        QVERIFY(line.plug());
         line.reply(Hex::packetReply());
         QTRY_COMPARE(line.inner.pieces(), QStringList{Hex::packetReply()});
         line.inner.receive("07 06 09 01 16 00 7F");
@@ -258,13 +257,11 @@ private slots:
         Line line("drop@reply:2");
         line.faulty.unplug();
         line.reply(Hex::packetReply());
-        QString error;
-        QVERIFY(line.faulty.plug(&error));
+        QVERIFY(line.plug());
         line.reply(Hex::packetReply());
         line.reply(Hex::packetReply());
         line.reply("12");
-        const QStringList expected{QString(Hex::packetReply()), "12"};
-        QTRY_COMPARE(line.inner.pieces(), expected);
+        QTRY_COMPARE(line.inner.pieces(), (QStringList{QString(Hex::packetReply()), "12"}));
     }
 
     void tellsWhyItCannotBePlugged()

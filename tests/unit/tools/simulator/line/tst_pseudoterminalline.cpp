@@ -4,9 +4,6 @@
 #include "patience.h"
 #include "pseudoterminalline.h"
 
-#include <QFile>
-#include <QSignalSpy>
-
 #include <array>
 
 #include <fcntl.h>

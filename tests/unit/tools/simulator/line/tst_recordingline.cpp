@@ -5,9 +5,6 @@
 #include "patience.h"
 #include "recordingline.h"
 
-#include <QSignalSpy>
-#include <QTemporaryDir>
-
 #include <csignal>
 
 #include <sys/resource.h>
@@ -48,88 +45,79 @@ private slots:
     {
         m_folder = std::make_unique<QTemporaryDir>();
         m_path = m_folder->filePath("recording");
-        m_error.clear();
+        m_line.reset();
+        m_inner = std::make_unique<MemoryLine>();
+        m_line = RecordingLine::create(*m_inner, m_path, &m_error);
+        QVERIFY2(m_line, qPrintable(m_error));
     }
 
     void startsTheFileWithItsFormatAndTheTime()
     {
-        MemoryLine inner;
-        const QDateTime before = QDateTime::currentDateTimeUtc();
-        const auto line = RecordingLine::create(inner, m_path, &m_error);
-        QVERIFY2(line, qPrintable(m_error));
+        const QDateTime now = QDateTime::currentDateTimeUtc();
         const QList<QByteArray> lines = contents().split('\n');
         QCOMPARE(lines.size(), 3);
         QCOMPARE(lines.at(0), QByteArray("# Corvane line recording 1"));
         QVERIFY(lines.at(1).startsWith("# started "));
         const auto time =
             QDateTime::fromString(QString::fromUtf8(lines.at(1).mid(10)), Qt::ISODate);
-        QVERIFY2(qAbs(before.secsTo(time)) < 60, lines.at(1).constData());
+        QVERIFY2(qAbs(now.secsTo(time)) < 60, lines.at(1).constData());
         QCOMPARE(lines.at(2), QByteArray());
     }
 
     void passesEverythingOn()
     {
-        MemoryLine inner;
-        const auto line = RecordingLine::create(inner, m_path, &m_error);
-        QVERIFY2(line, qPrintable(m_error));
-        QSignalSpy received(line.get(), &CameraLine::bytesReceived);
-        QVERIFY(!line->isPlugged());
-        QVERIFY(line->plug(&m_error));
-        QVERIFY(inner.isPlugged());
-        QVERIFY(line->isPlugged());
-        line->write("AB");
-        QCOMPARE(inner.written(), QByteArray("41 42"));
-        inner.receive("01 02");
+        QSignalSpy received(m_line.get(), &CameraLine::bytesReceived);
+        QVERIFY(!m_line->isPlugged());
+        QVERIFY(m_line->plug(&m_error));
+        QVERIFY(m_inner->isPlugged());
+        QVERIFY(m_line->isPlugged());
+        m_line->write("AB");
+        QCOMPARE(m_inner->written(), QByteArray("41 42"));
+        m_inner->receive("01 02");
         QCOMPARE(received.size(), 1);
         QCOMPARE(received.at(0).at(0).toByteArray(), QByteArray("\x01\x02"));
-        line->unplug();
-        QVERIFY(!inner.isPlugged());
-        QVERIFY(!line->isPlugged());
-        inner.breakDown();
-        QVERIFY(!line->plug(&m_error));
+        m_line->unplug();
+        QVERIFY(!m_inner->isPlugged());
+        QVERIFY(!m_line->isPlugged());
+        m_inner->breakDown();
+        QVERIFY(!m_line->plug(&m_error));
         QCOMPARE(m_error, QString("broken"));
     }
 
     void keepsEachEventAtOnceInItsOrder()
     {
-        MemoryLine inner;
-        const auto line = RecordingLine::create(inner, m_path, &m_error);
-        QVERIFY2(line, qPrintable(m_error));
         // A camera that answers at once.
-        connect(line.get(), &CameraLine::bytesReceived, line.get(),
-                [&line](const QByteArray &bytes) { line->write("re: " + bytes); });
-        QVERIFY(line->plug(&m_error));
+        connect(m_line.get(), &CameraLine::bytesReceived, m_line.get(),
+                [this](const QByteArray &bytes) { m_line->write("re: " + bytes); });
+        QVERIFY(m_line->plug(&m_error));
         QStringList expected{"plugged"};
         QCOMPARE(events(), expected);
-        inner.receive("FF 0A");
+        m_inner->receive("FF 0A");
         expected << "host   FF 0A"
                  << "camera 72 65 3A 20 FF 0A";
         QCOMPARE(events(), expected);
-        line->write(QByteArray(1, '\0'));
+        m_line->write(QByteArray(1, '\0'));
         expected << "camera 00";
         QCOMPARE(events(), expected);
-        line->unplug();
+        m_line->unplug();
         expected << "unplugged";
         QCOMPARE(events(), expected);
-        QVERIFY(line->plug(&m_error));
+        QVERIFY(m_line->plug(&m_error));
         expected << "plugged";
         QCOMPARE(events(), expected);
     }
 
     void tellsTheTimeSinceTheFirstEvent()
     {
-        MemoryLine inner;
-        const auto line = RecordingLine::create(inner, m_path, &m_error);
-        QVERIFY2(line, qPrintable(m_error));
         QElapsedTimer timer;
         timer.start();
         QTRY_VERIFY(timer.hasExpired(300));
         timer.start();
-        QVERIFY(line->plug(&m_error));
+        QVERIFY(m_line->plug(&m_error));
         QElapsedTimer sincePlug;
         sincePlug.start();
         QTRY_VERIFY(sincePlug.hasExpired(50));
-        line->write("x");
+        m_line->write("x");
         const qint64 elapsed = timer.nsecsElapsed() / 1000;
         const auto recorded = Recording::parse(contents(), &m_error);
         QVERIFY2(recorded, qPrintable(m_error));
@@ -141,67 +129,61 @@ private slots:
 
     void doesNotKeepWhatDoesNotPass()
     {
-        MemoryLine inner;
-        const auto line = RecordingLine::create(inner, m_path, &m_error);
-        QVERIFY2(line, qPrintable(m_error));
-        line->write("unplugged");
-        line->unplug();
+        m_line->write("unplugged");
+        m_line->unplug();
         QCOMPARE(events(), QStringList());
-        inner.breakDown();
-        QVERIFY(!line->plug(&m_error));
+        m_inner->breakDown();
+        QVERIFY(!m_line->plug(&m_error));
         QCOMPARE(events(), QStringList());
     }
 
     void leavesAFileAloneThatExists()
     {
-        QFile old(m_path);
+        const QString path = m_folder->filePath("old");
+        QFile old(path);
         QVERIFY(old.open(QIODevice::WriteOnly));
         QCOMPARE(old.write("of yesterday"), qint64(12));
         old.close();
-        MemoryLine inner;
-        QVERIFY(!RecordingLine::create(inner, m_path, &m_error));
+        QVERIFY(!RecordingLine::create(*m_inner, path, &m_error));
         QCOMPARE(
             m_error,
-            QString("cannot record in %1: it exists, and what is in it would be lost").arg(m_path));
-        QCOMPARE(contents(), QByteArray("of yesterday"));
+            QString("cannot record in %1: it exists, and what is in it would be lost").arg(path));
+        QCOMPARE(contents(path), QByteArray("of yesterday"));
     }
 
     void refusesAFileThatCannotBeMade()
     {
-        MemoryLine inner;
-        const QString path = m_folder->filePath("no/such/folder");
-        QVERIFY(!RecordingLine::create(inner, path, &m_error));
+        QString path = m_folder->filePath("no/such/folder");
+        QVERIFY(!RecordingLine::create(*m_inner, path, &m_error));
         QCOMPARE(m_error, QString("cannot record in %1: No such file or directory").arg(path));
 
         const FileSizeLimit limit(10);
-        QVERIFY(!RecordingLine::create(inner, m_path, &m_error));
-        QCOMPARE(m_error, QString("cannot record in %1: File too large").arg(m_path));
-        QVERIFY(!QFile::exists(m_path));
+        path = m_folder->filePath("full");
+        QVERIFY(!RecordingLine::create(*m_inner, path, &m_error));
+        QCOMPARE(m_error, QString("cannot record in %1: File too large").arg(path));
+        QVERIFY(!QFile::exists(path));
     }
 
     void saysOnceThatTheFileCannotBeWrittenAndGoesOn()
     {
-        MemoryLine inner;
-        const auto line = RecordingLine::create(inner, m_path, &m_error);
-        QVERIFY2(line, qPrintable(m_error));
-        QSignalSpy failed(line.get(), &RecordingLine::failed);
-        QSignalSpy received(line.get(), &CameraLine::bytesReceived);
-        QVERIFY(line->plug(&m_error));
+        QSignalSpy failed(m_line.get(), &RecordingLine::failed);
+        QSignalSpy received(m_line.get(), &CameraLine::bytesReceived);
+        QVERIFY(m_line->plug(&m_error));
         const QByteArray before = contents();
         {
             // Room for part of an event.
             const FileSizeLimit limit(before.size() + 10);
-            line->write("lost");
+            m_line->write("lost");
             QCOMPARE(failed.size(), 1);
             QCOMPARE(failed.at(0).at(0).toString(),
                      QString("cannot go on recording in %1: File too large").arg(m_path));
         }
-        inner.receive("01");
-        line->unplug();
+        m_inner->receive("01");
+        m_line->unplug();
         QCOMPARE(failed.size(), 1);
-        QCOMPARE(inner.written(), QByteArray("6C 6F 73 74"));
+        QCOMPARE(m_inner->written(), QByteArray("6C 6F 73 74"));
         QCOMPARE(received.size(), 1);
-        QVERIFY(!inner.isPlugged());
+        QVERIFY(!m_inner->isPlugged());
         QCOMPARE(contents(), before);
     }
 
@@ -219,14 +201,17 @@ private:
         return events;
     }
 
-    QByteArray contents() const
+    QByteArray contents() const { return contents(m_path); }
+    static QByteArray contents(const QString &path)
     {
-        QFile file(m_path);
+        QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_path;
+    std::unique_ptr<MemoryLine> m_inner;
+    std::unique_ptr<RecordingLine> m_line;
     QString m_error;
 };
 

@@ -6,8 +6,6 @@
 #include "patience.h"
 #include "replayingcamera.h"
 
-#include <QSignalSpy>
-
 namespace {
 
 QVector<LineEvent> recording(const QByteArray &lines)
@@ -30,6 +28,11 @@ struct Replay {
     {
     }
 
+    void start()
+    {
+        timer.start();
+        camera.start();
+    }
     // The lines of the log without the time in front.
     QStringList events() const
     {
@@ -46,6 +49,7 @@ struct Replay {
     QSignalSpy logged;
     QSignalSpy plugDue;
     QSignalSpy unplugDue;
+    QElapsedTimer timer;
 };
 
 } // namespace
@@ -57,7 +61,7 @@ private slots:
     void sendsNothingBeforeAsManyBytesHaveComeAsRecorded()
     {
         Replay replay("0 plugged\n0 host 01 02 03\n0 camera AA\n0 host 04\n0 camera BB\n");
-        replay.camera.start();
+        replay.start();
         replay.line.receive("01 02");
         QCOMPARE(replay.line.written(), QByteArray());
         replay.line.receive("03");
@@ -71,58 +75,50 @@ private slots:
     {
         // An hour, which is the host's.
         Replay replay("0 plugged\n3600 host 01\n3600.050 camera AA\n3600.090 camera BB\n");
-        replay.camera.start();
-        QElapsedTimer timer;
-        timer.start();
+        replay.start();
         replay.line.receive("01");
         QCOMPARE(replay.line.written(), QByteArray());
         QTRY_VERIFY(!replay.line.written().isEmpty());
-        VERIFY_AT_LEAST(timer.elapsed(), 50);
+        VERIFY_AT_LEAST(replay.timer.elapsed(), 50);
         QTRY_COMPARE(replay.line.written(), QByteArray("AA BB"));
-        VERIFY_AT_LEAST(timer.elapsed(), 90);
+        VERIFY_AT_LEAST(replay.timer.elapsed(), 90);
     }
 
     void countsTheTimeFromWhenTheEventBeforeHappened()
     {
         // The host takes longer than it did.
         Replay replay("0 plugged\n0.010 host 01\n0.110 camera AA\n");
-        replay.camera.start();
-        QElapsedTimer timer;
-        timer.start();
-        QTRY_VERIFY(timer.hasExpired(150));
-        timer.start();
+        replay.start();
+        QTRY_VERIFY(replay.timer.hasExpired(150));
+        replay.timer.start();
         replay.line.receive("01");
         QCOMPARE(replay.line.written(), QByteArray());
         QTRY_COMPARE(replay.line.written(), QByteArray("AA"));
-        VERIFY_AT_LEAST(timer.elapsed(), 100);
+        VERIFY_AT_LEAST(replay.timer.elapsed(), 100);
     }
 
     void countsTheTimeFromTheRecordedPlug()
     {
         Replay replay("100 plugged\n100.050 camera AA\n");
-        QElapsedTimer timer;
-        timer.start();
-        replay.camera.start();
+        replay.start();
         QCOMPARE(replay.line.written(), QByteArray());
         QTRY_COMPARE(replay.line.written(), QByteArray("AA"));
-        VERIFY_AT_LEAST(timer.elapsed(), 50);
+        VERIFY_AT_LEAST(replay.timer.elapsed(), 50);
         QCOMPARE(replay.plugDue.size(), 0);
     }
 
     void sendsByItselfWhatWasSentUnasked()
     {
         Replay replay("0.050 camera AA\n");
-        QElapsedTimer timer;
-        timer.start();
-        replay.camera.start();
+        replay.start();
         QTRY_COMPARE(replay.line.written(), QByteArray("AA"));
-        VERIFY_AT_LEAST(timer.elapsed(), 50);
+        VERIFY_AT_LEAST(replay.timer.elapsed(), 50);
     }
 
     void goesOnByCountWhenTheHostSendsOtherBytes()
     {
         Replay replay("0 plugged\n1.5 host 01 02\n1.5 camera AA\n2.5 host 03\n2.5 camera BB\n");
-        replay.camera.start();
+        replay.start();
         replay.line.receive("01 12");
         QCOMPARE(replay.line.written(), QByteArray("AA"));
         QVERIFY(replay.events().contains(
@@ -135,20 +131,18 @@ private slots:
     void countsBytesThatComeAhead()
     {
         Replay replay("0 plugged\n0 host 01\n0.050 camera AA\n9 host 02\n9.050 camera BB\n");
-        replay.camera.start();
-        QElapsedTimer timer;
-        timer.start();
+        replay.start();
         replay.line.receive("01 02");
         QTRY_COMPARE(replay.line.written(), QByteArray("AA BB"));
         // The second answer waits for its own time, behind the first.
-        VERIFY_AT_LEAST(timer.elapsed(), 100);
+        VERIFY_AT_LEAST(replay.timer.elapsed(), 100);
     }
 
     void waitsForAllRecordedBytesOfTheHost()
     {
         // Two requests, the first of which was not answered.
         Replay replay("0 plugged\n0 host 01\n0 host 02\n0 camera BB\n");
-        replay.camera.start();
+        replay.start();
         replay.line.receive("01");
         QCOMPARE(replay.line.written(), QByteArray());
         replay.line.receive("02");
@@ -158,17 +152,15 @@ private slots:
     void plugsAndUnplugsAsRecorded()
     {
         Replay replay("0 plugged\n0 host 01\n0.050 unplugged\n0.100 plugged\n0.100 camera AA\n");
-        replay.camera.start();
-        QElapsedTimer timer;
-        timer.start();
+        replay.start();
         replay.line.receive("01");
         QCOMPARE(replay.unplugDue.size(), 0);
         QTRY_COMPARE(replay.unplugDue.size(), 1);
-        VERIFY_AT_LEAST(timer.elapsed(), 50);
+        VERIFY_AT_LEAST(replay.timer.elapsed(), 50);
         QCOMPARE(replay.plugDue.size(), 0);
         QCOMPARE(replay.line.written(), QByteArray());
         QTRY_COMPARE(replay.plugDue.size(), 1);
-        VERIFY_AT_LEAST(timer.elapsed(), 100);
+        VERIFY_AT_LEAST(replay.timer.elapsed(), 100);
         QCOMPARE(replay.line.written(), QByteArray("AA"));
         QCOMPARE(replay.unplugDue.size(), 1);
     }
@@ -176,14 +168,14 @@ private slots:
     void unplugsAtTheStartIfRecordedSo()
     {
         Replay replay("0 unplugged\n");
-        replay.camera.start();
+        replay.start();
         QCOMPARE(replay.unplugDue.size(), 1);
     }
 
     void saysOnceThatTheRecordingHasEnded()
     {
         Replay replay("0 plugged\n0 host 01\n0.050 camera AA\n");
-        replay.camera.start();
+        replay.start();
         replay.line.receive("01");
         QVERIFY(!replay.isOver());
         QTRY_VERIFY(replay.isOver());
@@ -194,7 +186,7 @@ private slots:
         QCOMPARE(replay.events().filter("nothing more is recorded").size(), 1);
 
         Replay empty("");
-        empty.camera.start();
+        empty.start();
         QVERIFY(empty.isOver());
     }
 
@@ -203,7 +195,7 @@ private slots:
         Replay replay("0 host FF FF 0C 41 01 06 07 06 09 01 3A 00 01 00 A6\n"
                       "0 camera FF FF 0C 41 01 06 07 06 09\n"
                       "0 camera 05 3A 00 01 10 BA\n");
-        replay.camera.start();
+        replay.start();
         replay.line.receive(Hex::zoom2());
         QCOMPARE(replay.events(),
                  (QStringList{"<- SET_CUSTOM_ZOOM      zoom 2", "-> SET_CUSTOM_ZOOM ack  value 272",
@@ -213,7 +205,7 @@ private slots:
     void givesUpOnAFrameWhenTheLineIsLost()
     {
         Replay replay("0 host FF FF 0C 41\n9 camera AA\n");
-        replay.camera.start();
+        replay.start();
         replay.line.receive("FF FF 0C 41");
         replay.camera.lineLost();
         QCOMPARE(replay.events(), QStringList{"<- (incomplete)         FF FF 0C 41"});

@@ -4,12 +4,8 @@
 #include "recordedhost.h"
 #include "rows.h"
 
-#include <QtTest>
-
-namespace {
-
 // Of the host: 01 02 03 04, then 05 06.
-RecordedHost recordedHost()
+static RecordedHost recordedHost()
 {
     const auto event = [](qint64 microseconds, LineEvent::Kind kind, const char *hexadecimal) {
         return LineEvent{std::chrono::microseconds(microseconds), kind,
@@ -20,8 +16,6 @@ RecordedHost recordedHost()
          event(1'500'000, LineEvent::Camera, "AA BB"), event(2'000'007, LineEvent::Host, "05 06"),
          event(3'000'000, LineEvent::Unplugged, "")});
 }
-
-} // namespace
 
 class RecordedHostTest : public QObject {
     Q_OBJECT

@@ -4,22 +4,18 @@
 #include "recording.h"
 #include "rows.h"
 
-#include <QtTest>
-
-namespace {
-
-QByteArray bytes(const char *hexadecimal)
+static QByteArray bytes(const char *hexadecimal)
 {
     return QByteArray::fromHex(hexadecimal);
 }
 
-LineEvent at(qint64 microseconds, LineEvent::Kind kind, const char *hexadecimal = "")
+static LineEvent at(qint64 microseconds, LineEvent::Kind kind, const char *hexadecimal = "")
 {
     return {std::chrono::microseconds(microseconds), kind, bytes(hexadecimal)};
 }
 
 // What is behind the first line.
-QVector<LineEvent> parsed(const QByteArray &lines)
+static QVector<LineEvent> parsed(const QByteArray &lines)
 {
     QString error;
     const auto events = Recording::parse("# Corvane line recording 1\n" + lines, &error);
@@ -28,8 +24,6 @@ QVector<LineEvent> parsed(const QByteArray &lines)
     }
     return events.value_or(QVector<LineEvent>());
 }
-
-} // namespace
 
 Q_DECLARE_METATYPE(LineEvent)
 
@@ -98,11 +92,10 @@ private slots:
 
     void skipsWhatIsNoEvent_data()
     {
-        QTest::addColumn<QByteArray>("lines");
-
-        QTest::newRow("nothing") << QByteArray();
-        QTest::newRow("empty lines") << QByteArray("\n\r\n  \t\n");
-        QTest::newRow("comments") << QByteArray("# 1.5 host FF\n   # and so on\n#");
+        addRows<QByteArray>({"lines"},
+                            {{"nothing", {}},
+                             {"empty lines", "\n\r\n  \t\n"},
+                             {"comments", "# 1.5 host FF\n   # and so on\n#"}});
     }
 
     void skipsWhatIsNoEvent()
