@@ -9,6 +9,7 @@
 //                              device is still there, "failed"
 //     serialhost watch         prints "watching", then what udev tells about terminals, until ended
 
+#include "hexframes.h"
 #include "patience.h"
 
 #include <QCoreApplication>
@@ -39,7 +40,7 @@ int list()
 int hello(QSerialPort &port)
 {
     constexpr int kReplySize = 26;
-    port.write(QByteArray::fromHex("FF FF 0A 41 01 06 07 06 09 01 16 00 7F"));
+    port.write(QByteArray::fromHex(Hex::hello()));
     QByteArray reply;
     while (reply.size() < kReplySize && port.waitForReadyRead(kPatience)) {
         reply += port.readAll();

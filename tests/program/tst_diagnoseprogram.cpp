@@ -1,16 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "hexframes.h"
 #include "patience.h"
+#include "rows.h"
+#include "runningprogram.h"
 
-#include <QFile>
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QLocalSocket>
-#include <QProcess>
-#include <QTemporaryDir>
 
 #include <array>
 #include <cstdlib>
@@ -26,101 +22,23 @@
 
 namespace {
 
-QByteArray helloRequest()
-{
-    return "FF FF 0A 41 01 06 07 06 09 01 16 00 7F";
-}
-
-QByteArray helloAnswer()
-{
-    return "FF FF 17 41 01 06 07 06 09 05 16 00 "
-           "01 00 00 06 01 00 00 00 00 01 01 01 01 9C";
-}
-
-/// A program that runs beside the test, and is ended with it.
-class Companion {
-public:
-    Companion() = default;
-    Companion(const QString &program, const QStringList &arguments)
-    {
-        m_process.start(program, arguments);
-    }
-    Companion(const Companion &) = delete;
-    Companion &operator=(const Companion &) = delete;
-    ~Companion()
-    {
-        m_process.terminate();
-        m_process.waitForFinished(kPatience);
-    }
-
-    QProcess &process() { return m_process; }
-    /// The next line of its output, or a text that no test expects.
-    QString line()
-    {
-        while (!m_process.canReadLine()) {
-            if (!m_process.waitForReadyRead(kPatience)) {
-                return "no more lines; errors: "
-                    + QString::fromLocal8Bit(m_process.readAllStandardError());
-            }
-        }
-        return QString::fromLocal8Bit(m_process.readLine()).trimmed();
-    }
-
-private:
-    QProcess m_process;
-};
-
-/// The simulated camera on a pseudo-terminal.
-class Simulator : public Companion {
-public:
-    explicit Simulator(const QStringList &arguments)
-        : Companion(SIMULATOR_PROGRAM, QStringList{"--pty"} + arguments)
-    {
-    }
-    QString portName()
-    {
-        const QString text = line();
-        return text.startsWith("Port: ") ? text.mid(6) : "no port in: " + text;
-    }
-    /// The next line of its log without the time in front.
-    QString event() { return line().mid(14); }
-};
-
-/// The program that is tested, telling its result as JSON.
-class Diagnosis {
+/// The program that is tested, with its result as JSON.
+class Diagnosis : public RunningProgram {
 public:
     /// @param wrapper  a command that runs the rest of its arguments
-    explicit Diagnosis(const QStringList &arguments, const QStringList &wrapper = {})
+    explicit Diagnosis(const QStringList &arguments, const QStringList &wrapper = {}, int speed = 1)
     {
+        speedUp(speed);
         QStringList command = wrapper + QStringList{DIAGNOSE_PROGRAM, "--json"} + arguments;
         const QString program = command.takeFirst();
-        m_process.start(program, command);
-    }
-    Diagnosis(const Diagnosis &) = delete;
-    Diagnosis &operator=(const Diagnosis &) = delete;
-    ~Diagnosis()
-    {
-        m_process.kill();
-        m_process.waitForFinished(kPatience);
+        process.start(program, command);
     }
 
-    bool hasEnded(int patience = kPatience)
-    {
-        return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(patience);
-    }
-    /// Waits for its end.
-    int exitCode()
-    {
-        if (!hasEnded()) {
-            return -1;
-        }
-        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -2;
-    }
     /// Only once it has ended, likewise below.
     const QJsonObject &report()
     {
         if (m_report.isEmpty()) {
-            m_report = QJsonDocument::fromJson(m_process.readAllStandardOutput()).object();
+            m_report = QJsonDocument::fromJson(process.readAllStandardOutput()).object();
         }
         return m_report;
     }
@@ -139,7 +57,6 @@ public:
     int received(const QString &what) { return report()["received"][what].toInt(-1); }
 
 private:
-    QProcess m_process;
     QJsonObject m_report;
 };
 
@@ -201,7 +118,7 @@ private:
 /// Sends bytes back once the request has come in.
 void answerWith(FarEnd &farEnd, const QByteArray &hexadecimal)
 {
-    QTRY_COMPARE(farEnd.received(), helloRequest());
+    QTRY_COMPARE(farEnd.received(), Hex::hello());
     farEnd.write(QByteArray::fromHex(hexadecimal));
 }
 
@@ -213,6 +130,13 @@ constexpr int kTooLate = std::numeric_limits<int>::max();
 // A busy machine may keep a camera from being as fast as a row has it. The diagnosis is then made
 // once more, with twice the wait.
 constexpr int kAttempts = 9;
+
+// Time passes so many times as fast in both programs, less with each attempt.
+constexpr int kSpeed = 8;
+int speedOf(int attempt)
+{
+    return qMax(1, kSpeed >> (attempt - 1));
+}
 
 /// Whether the report is about a camera all of whose bytes came within the wait, its answer in
 /// time.
@@ -239,14 +163,6 @@ QStringList asNobodyIn(const QString &group)
     return {"setpriv", "--reuid=nobody", "--regid=" + group, "--clear-groups"};
 }
 
-bool isSuccessful(const QStringList &command)
-{
-    QProcess process;
-    process.start(command.first(), command.mid(1));
-    return process.waitForFinished(kPatience) && process.exitStatus() == QProcess::NormalExit
-        && process.exitCode() == 0;
-}
-
 // What stands in the way of running the program as another user; empty when nothing does.
 QString obstacleToOtherUsers()
 {
@@ -254,7 +170,9 @@ QString obstacleToOtherUsers()
         return "only root can run a program as another user";
     }
     const QStringList command = asNobodyIn("nogroup") + QStringList{DIAGNOSE_PROGRAM, "--version"};
-    return isSuccessful(command) ? QString() : "user nobody cannot run the program where it is";
+    return RunningProgram(command.first(), command.mid(1)).exitCode() == 0
+        ? QString()
+        : "user nobody cannot run the program where it is";
 }
 
 bool give(const FarEnd &farEnd, const char *owner, const char *group, mode_t mode)
@@ -281,61 +199,65 @@ private slots:
 
     void judgesACamera_data()
     {
-        QTest::addColumn<QStringList>("camera");
-        QTest::addColumn<double>("wait");
-        QTest::addColumn<int>("bytes");
-        QTest::addColumn<int>("latest");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("verdicts");
-
         const auto fault = [](const char *plan) { return QStringList{"--faults", plan}; };
-        QTest::newRow("in order") << QStringList{} << 20.0 << 26 << kInTime << 0 << "answer";
-        QTest::newRow("a reply byte by byte")
-            << fault("split@reply:1") << 20.0 << 26 << kInTime << 0 << "answer";
-        QTest::newRow("a slow camera")
-            << QStringList{"--delay", "1100"} << 20.0 << 26 << kLate << 1 << "answer-late";
-        QTest::newRow("a camera slower than Corvane waits")
-            << QStringList{"--delay", "5100"} << 20.0 << 26 << kTooLate << 4 << "answer-too-late";
-        QTest::newRow("a camera slower than the wait")
-            << QStringList{"--delay", "20000"} << 0.3 << 0 << kInTime << 4 << "silent";
-        QTest::newRow("switched off")
-            << QStringList{"--silent"} << 0.3 << 0 << kInTime << 4 << "silent";
-        QTest::newRow("the request lost")
-            << fault("drop@request:1") << 0.3 << 0 << kInTime << 4 << "silent";
-        QTest::newRow("a wrong sum")
-            << fault("wrong-sum@reply:1") << 0.3 << 26 << kInTime << 4 << "wrong-sums";
-        QTest::newRow("a damaged bit")
-            << fault("corrupt=0x10@reply:1.15") << 0.3 << 26 << kInTime << 4 << "wrong-sums";
-        QTest::newRow("a damaged header")
-            << fault("corrupt=0x20@reply:1.0") << 0.3 << 26 << kInTime << 4 << "no-frame";
-        QTest::newRow("cut short")
-            << fault("truncate@reply:1.20") << 0.3 << 20 << kInTime << 4 << "broken-off";
-        QTest::newRow("a byte lost")
-            << fault("drop-byte@reply:1.14") << 0.3 << 25 << kInTime << 4 << "broken-off";
-        QTest::newRow("the reply to another command") << fault("wrong-command@reply:1") << 0.3 << 26
-                                                      << kInTime << 4 << "other-acknowledgements";
-        QTest::newRow("a frame of the reserved type")
-            << fault("foreign-type@reply:1") << 0.3 << 26 << kInTime << 4 << "foreign-frames";
-        QTest::newRow("somebody else's request")
-            << fault("foreign-type=1@reply:1") << 0.3 << 26 << kInTime << 4 << "foreign-frames";
-        QTest::newRow("two replies") << fault("duplicate=100@reply:1") << 20.0 << 52 << kInTime << 1
-                                     << "answer-among-others";
-        QTest::newRow("noise before the reply")
-            << fault("noise@reply:1") << 20.0 << 34 << kInTime << 1 << "answer-amid-noise";
-        QTest::newRow("noise behind the reply")
-            << fault("trail@reply:1") << 20.0 << 34 << kInTime << 1 << "answer-amid-noise";
-        QTest::newRow("half a reply before the reply")
-            << fault("half-frame@reply:1") << 20.0 << 39 << kInTime << 1 << "answer-amid-noise";
-        QTest::newRow("a version that makes the sum FF")
-            << QStringList{"--camera-version", "1.0.0.105"} << 20.0 << 26 << kInTime << 1
-            << "answer-sum-ff";
-        QTest::newRow("a slow camera amid noise")
-            << QStringList{"--delay", "1100", "--faults", "noise@reply:1"} << 20.0 << 34 << kLate
-            << 1 << "answer-amid-noise answer-late";
-        QTest::newRow("hung up within the reply")
-            << fault("hang-up@reply:1.5") << 20.0 << 0 << kInTime << 3 << "hung-up";
-        QTest::newRow("hung up before the reply")
-            << fault("hang-up@reply:1.0") << 20.0 << 0 << kInTime << 3 << "hung-up";
+        addRows<QStringList, double, int, int, int, QString>(
+            {"camera", "wait", "bytes", "latest", "exitCode", "verdicts"},
+            {{"in order", {}, 20, 26, kInTime, 0, "answer"},
+             {"a reply byte by byte", fault("split@reply:1"), 20, 26, kInTime, 0, "answer"},
+             {"a slow camera", {"--delay", "1100"}, 20, 26, kLate, 1, "answer-late"},
+             {"a camera slower than Corvane waits",
+              {"--delay", "5100"},
+              20,
+              26,
+              kTooLate,
+              4,
+              "answer-too-late"},
+             {"a camera slower than the wait",
+              {"--delay", "3600000"},
+              0.3,
+              0,
+              kInTime,
+              4,
+              "silent"},
+             {"switched off", {"--silent"}, 0.3, 0, kInTime, 4, "silent"},
+             {"the request lost", fault("drop@request:1"), 0.3, 0, kInTime, 4, "silent"},
+             {"a wrong sum", fault("wrong-sum@reply:1"), 0.3, 26, kInTime, 4, "wrong-sums"},
+             {"a damaged bit", fault("corrupt=0x10@reply:1.15"), 0.3, 26, kInTime, 4, "wrong-sums"},
+             {"a damaged header", fault("corrupt=0x20@reply:1.0"), 0.3, 26, kInTime, 4, "no-frame"},
+             {"cut short", fault("truncate@reply:1.20"), 0.3, 20, kInTime, 4, "broken-off"},
+             {"a byte lost", fault("drop-byte@reply:1.14"), 0.3, 25, kInTime, 4, "broken-off"},
+             {"the reply to another command", fault("wrong-command@reply:1"), 0.3, 26, kInTime, 4,
+              "other-acknowledgements"},
+             {"a frame of the reserved type", fault("foreign-type@reply:1"), 0.3, 26, kInTime, 4,
+              "foreign-frames"},
+             {"somebody else's request", fault("foreign-type=1@reply:1"), 0.3, 26, kInTime, 4,
+              "foreign-frames"},
+             {"two replies", fault("duplicate=100@reply:1"), 20, 52, kInTime, 1,
+              "answer-among-others"},
+             {"noise before the reply", fault("noise@reply:1"), 20, 34, kInTime, 1,
+              "answer-amid-noise"},
+             {"noise behind the reply", fault("trail@reply:1"), 20, 34, kInTime, 1,
+              "answer-amid-noise"},
+             {"half a reply before the reply", fault("half-frame@reply:1"), 20, 39, kInTime, 1,
+              "answer-amid-noise"},
+             {"a version that makes the sum FF",
+              {"--camera-version", "1.0.0.105"},
+              20,
+              26,
+              kInTime,
+              1,
+              "answer-sum-ff"},
+             {"a slow camera amid noise",
+              {"--delay", "1100", "--faults", "noise@reply:1"},
+              20,
+              34,
+              kLate,
+              1,
+              "answer-amid-noise answer-late"},
+             {"hung up within the reply", fault("hang-up@reply:1.5"), 600, 0, kInTime, 3,
+              "hung-up"},
+             {"hung up before the reply", fault("hang-up@reply:1.0"), 600, 0, kInTime, 3,
+              "hung-up"}});
     }
 
     void judgesACamera()
@@ -345,8 +267,9 @@ private slots:
         QFETCH(int, bytes);
         QFETCH(int, latest);
         for (int attempt = 1;; ++attempt, wait *= 2) {
-            Simulator simulator(QStringList{"--quiet"} + camera);
-            Diagnosis diagnosis({"--wait", QString::number(wait), simulator.portName()});
+            Simulator simulator(QStringList{"--pty", "--quiet"} + camera, speedOf(attempt));
+            Diagnosis diagnosis({"--wait", QString::number(wait), simulator.portName()}, {},
+                                speedOf(attempt));
             QVERIFY(diagnosis.hasEnded());
             if (attempt == kAttempts || isAsFastAs(bytes, latest, diagnosis.report())) {
                 QTEST(diagnosis.exitCode(), "exitCode");
@@ -358,20 +281,20 @@ private slots:
 
     void asksOnceForHelloAndNothingElse()
     {
-        Simulator simulator({"--hex", "--delay", "1000"});
-        Diagnosis diagnosis({"--wait", "600", simulator.portName()});
+        Simulator simulator({"--pty", "--hex", "--delay", "1000"}, kSpeed);
+        Diagnosis diagnosis({"--wait", "600", simulator.portName()}, {}, kSpeed);
         QVERIFY(diagnosis.hasEnded());
-        QVERIFY(simulator.event().endsWith("| " + helloRequest()));
+        QVERIFY(simulator.event().endsWith("| " + Hex::hello()));
         QVERIFY(simulator.event().startsWith("-> HELLO ack "));
-        simulator.process().terminate();
-        QVERIFY(simulator.process().waitForFinished(kPatience));
-        QCOMPARE(simulator.process().readAllStandardOutput(), QByteArray());
+        simulator.sendSignal(SIGTERM);
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.output(), QString());
     }
 
     void tellsVersionAndSettings()
     {
         Simulator simulator(
-            {"--quiet", "--camera-version", "1.2.10.16", "--settings", "2,9,1,0,3"});
+            {"--pty", "--quiet", "--camera-version", "1.2.10.16", "--settings", "2,9,1,0,3"});
         const QString port = simulator.portName();
         Diagnosis diagnosis({"--wait", "600", port});
         QVERIFY(diagnosis.hasEnded());
@@ -391,38 +314,34 @@ private slots:
 
     void tellsTheSameToPeople()
     {
-        Simulator simulator({"--quiet", "--silent"});
+        Simulator simulator({"--pty", "--quiet", "--silent"});
         const QString port = simulator.portName();
-        QProcess process;
-        process.start(DIAGNOSE_PROGRAM, {"--wait", "0.3", port});
-        QVERIFY(process.waitForFinished(kPatience));
-        QCOMPARE(process.exitCode(), 4);
-        const QString output = QString::fromLocal8Bit(process.readAllStandardOutput());
+        RunningProgram program(DIAGNOSE_PROGRAM, {"--wait", "0.3", port});
+        QCOMPARE(program.exitCode(), 4);
+        const QString output = program.output();
         QVERIFY2(output.startsWith("Nothing at all came back within 0.3 s.\nIs the camera on? Is "
                                    + port + " the right adapter? "),
                  qPrintable(output));
         QVERIFY2(output.endsWith("\nVerdict on " + port + ": silent\n"), qPrintable(output));
-        QCOMPARE(process.readAllStandardError(),
-                 "Asking the camera at " + port.toLocal8Bit() + ", for up to 0.3 seconds ...\n");
+        QCOMPARE(program.errors(),
+                 "Asking the camera at " + port + ", for up to 0.3 seconds ...\n");
     }
 
     void judgesAnAdapter_data()
     {
-        QTest::addColumn<QStringList>("camera");
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<int>("bytes");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("sentence");
-
         const QString port = uniquePortName();
         const QStringList noise{"--faults", "noise@reply:1"};
-        QTest::newRow("by its name") << noise << port << 34 << 1 << "The camera answered, but ";
-        QTest::newRow("by its path")
-            << noise << "/dev/" + port << 34 << 1 << "The camera answered, but ";
-        QTest::newRow("by another name")
-            << QStringList{} << port + "x" << 0 << 3 << "There is no serial port " + port + "x.";
-        QTest::newRow("that hangs up") << QStringList{"--faults", "hang-up@reply:1.5"} << port << 0
-                                       << 3 << port + " failed while the camera was asked: ";
+        addRows<QStringList, QString, int, int, QString>(
+            {"camera", "port", "bytes", "exitCode", "sentence"},
+            {{"by its name", noise, port, 34, 1, "The camera answered, but "},
+             {"by its path", noise, "/dev/" + port, 34, 1, "The camera answered, but "},
+             {"by another name", {}, port + "x", 0, 3, "There is no serial port " + port + "x."},
+             {"that hangs up",
+              {"--faults", "hang-up@reply:1.5"},
+              port,
+              0,
+              3,
+              port + " failed while the camera was asked: "}});
     }
 
     void judgesAnAdapter()
@@ -432,14 +351,14 @@ private slots:
         QFETCH(int, bytes);
         QFETCH(QString, sentence);
         for (int attempt = 1;; ++attempt) {
-            Companion simulator(SIMULATOR_PROGRAM,
-                                QStringList{"--quiet", "--port", uniquePortName()} + camera
-                                    + QStringList{"--", DIAGNOSE_PROGRAM, "--json", port});
-            QVERIFY(simulator.process().waitForFinished(kPatience));
+            RunningProgram simulator(SIMULATOR_PROGRAM,
+                                     QStringList{"--quiet", "--port", uniquePortName()} + camera
+                                         + QStringList{"--", DIAGNOSE_PROGRAM, "--json", port});
+            QVERIFY(simulator.hasEnded());
             const QJsonObject report =
-                QJsonDocument::fromJson(simulator.process().readAllStandardOutput()).object();
+                QJsonDocument::fromJson(simulator.process.readAllStandardOutput()).object();
             if (attempt == kAttempts || isAsFastAs(bytes, kLate, report)) {
-                QTEST(simulator.process().exitCode(), "exitCode");
+                QTEST(simulator.exitCode(), "exitCode");
                 QVERIFY2(report["sentence"].toString().startsWith(sentence),
                          qPrintable(report["sentence"].toString()));
                 QCOMPARE(report["ports"].toArray(), QJsonArray{uniquePortName() + " (USB Serial)"});
@@ -451,16 +370,14 @@ private slots:
     void listsThePorts()
     {
         const QStringList adapter{"--quiet", "--port", uniquePortName(), "--", DIAGNOSE_PROGRAM};
-        Companion text(SIMULATOR_PROGRAM, adapter + QStringList{"--list"});
-        QVERIFY(text.process().waitForFinished(kPatience));
-        QCOMPARE(text.process().exitCode(), 0);
+        RunningProgram text(SIMULATOR_PROGRAM, adapter + QStringList{"--list"});
+        QCOMPARE(text.exitCode(), 0);
         QCOMPARE(text.line(), uniquePortName() + " (USB Serial)");
-        QCOMPARE(text.process().readAllStandardOutput(), QByteArray());
+        QCOMPARE(text.output(), QString());
 
-        Companion json(SIMULATOR_PROGRAM, adapter + QStringList{"--list", "--json"});
-        QVERIFY(json.process().waitForFinished(kPatience));
-        QCOMPARE(json.process().exitCode(), 0);
-        QCOMPARE(QJsonDocument::fromJson(json.process().readAllStandardOutput()).object(),
+        RunningProgram json(SIMULATOR_PROGRAM, adapter + QStringList{"--list", "--json"});
+        QCOMPARE(json.exitCode(), 0);
+        QCOMPARE(QJsonDocument::fromJson(json.process.readAllStandardOutput()).object(),
                  (QJsonObject{{"ports", QJsonArray{uniquePortName() + " (USB Serial)"}}}));
     }
 
@@ -468,7 +385,7 @@ private slots:
     {
         const QTemporaryDir folder;
         const QString controlPath = folder.filePath("control");
-        Simulator simulator({"--silent", "--control", controlPath});
+        Simulator simulator({"--pty", "--silent", "--control", controlPath});
         Diagnosis diagnosis({"--wait", "600", simulator.portName()});
         QVERIFY(simulator.event().startsWith("<- HELLO "));
         QLocalSocket control;
@@ -484,27 +401,21 @@ private slots:
 
     void judgesWhatAFarEndSends_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("verdicts");
-        QTest::addColumn<QString>("sentence");
-
-        QTest::newRow("what was sent") << helloRequest() << 4 << "echo"
-                                       << "The own request came back, and no answer.";
-        QTest::newRow("what was sent, and an answer")
-            << helloRequest() + helloAnswer() << 1 << "answer-among-others"
-            << "The camera answered, but other frames came as well: 1 of the own request.";
-        QTest::newRow("another device's prompt")
-            << QByteArray("6C 6F 67 69 6E 3A 20") << 4 << "no-frame"
-            << "7 bytes came, but no frame. The first: 6C 6F 67 69 6E 3A 20, as text \"login: \".";
-        QTest::newRow("bytes at another speed")
-            << QByteArray("80 78 F8 00") << 4 << "no-frame"
-            << "4 bytes came, but no frame. The first: 80 78 F8 00.";
-        QTest::newRow("an answer without settings")
-            << QByteArray("FF FF 0E 41 01 06 07 06 09 05 16 00 01 00 00 06 8E") << 1
-            << "answer-short"
-            << "The camera answered, but its answer is too short: 17 bytes instead of 26. Corvane "
-               "connects and takes for 0 what is missing.";
+        addRows<QByteArray, int, QString, QString>(
+            {"bytes", "exitCode", "verdicts", "sentence"},
+            {{"what was sent", Hex::hello(), 4, "echo",
+              "The own request came back, and no answer."},
+             {"what was sent, and an answer", Hex::hello() + Hex::helloReply(), 1,
+              "answer-among-others",
+              "The camera answered, but other frames came as well: 1 of the own request."},
+             {"another device's prompt", "6C 6F 67 69 6E 3A 20", 4, "no-frame",
+              "7 bytes came, but no frame. The first: 6C 6F 67 69 6E 3A 20, as text \"login: \"."},
+             {"bytes at another speed", "80 78 F8 00", 4, "no-frame",
+              "4 bytes came, but no frame. The first: 80 78 F8 00."},
+             {"an answer without settings", "FF FF 0E 41 01 06 07 06 09 05 16 00 01 00 00 06 8E", 1,
+              "answer-short",
+              "The camera answered, but its answer is too short: 17 bytes instead of 26. Corvane "
+              "connects and takes for 0 what is missing."}});
     }
 
     void judgesWhatAFarEndSends()
@@ -513,7 +424,8 @@ private slots:
         double wait = 0.3;
         for (int attempt = 1;; ++attempt, wait *= 2) {
             FarEnd farEnd;
-            Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
+            Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()}, {},
+                                speedOf(attempt));
             answerWith(farEnd, bytes);
             QVERIFY(diagnosis.hasEnded());
             const int size = QByteArray::fromHex(bytes).size();
@@ -528,14 +440,12 @@ private slots:
 
     void endsWhateverKeepsComing_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<double>("wait");
-        QTest::addColumn<QString>("verdict");
-
-        QTest::newRow("noise") << QByteArray("00 12 FF 34 80") << 0.5 << "no-frame";
-        QTest::newRow("FF") << QByteArray("FF") << 0.5 << "no-frame";
-        QTest::newRow("headers") << QByteArray("FF FF 0A") << 0.5 << "no-frame";
-        QTest::newRow("answers") << helloAnswer() << 600.0 << "answer-among-others";
+        addRows<QByteArray, double, QString>(
+            {"bytes", "wait", "verdict"},
+            {{"noise", "00 12 FF 34 80", 0.5, "no-frame"},
+             {"FF", "FF", 0.5, "no-frame"},
+             {"headers", "FF FF 0A", 0.5, "no-frame"},
+             {"answers", Hex::helloReply(), 600.0, "answer-among-others"}});
     }
 
     // At full speed, for as long as the program runs.
@@ -546,8 +456,9 @@ private slots:
         constexpr int kMany = 1000;
         for (int attempt = 1;; ++attempt, wait *= 2) {
             FarEnd farEnd;
-            Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
-            QTRY_COMPARE(farEnd.received(), helloRequest());
+            Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()}, {},
+                                speedOf(attempt));
+            QTRY_COMPARE(farEnd.received(), Hex::hello());
             const QByteArray many = QByteArray::fromHex(bytes).repeated(100);
             QElapsedTimer clock;
             clock.start();
@@ -575,7 +486,7 @@ private slots:
         settings.c_lflag |= static_cast<tcflag_t>(ECHO | ICANON);
         farEnd.setSettings(settings);
         Diagnosis diagnosis({"--wait", "600", farEnd.portName()});
-        QTRY_COMPARE(farEnd.received(), helloRequest());
+        QTRY_COMPARE(farEnd.received(), Hex::hello());
         settings = farEnd.settings();
         QCOMPARE(::cfgetispeed(&settings), speed_t{B115200});
         QCOMPARE(::cfgetospeed(&settings), speed_t{B115200});
@@ -583,30 +494,22 @@ private slots:
         QCOMPARE(settings.c_cflag & static_cast<tcflag_t>(PARENB | CSTOPB | CRTSCTS), 0U);
         QCOMPARE(settings.c_iflag & static_cast<tcflag_t>(IXON | IXOFF | ICRNL), 0U);
         QCOMPARE(settings.c_lflag & static_cast<tcflag_t>(ECHO | ICANON), 0U);
-        farEnd.write(QByteArray::fromHex(helloAnswer()));
+        farEnd.write(QByteArray::fromHex(Hex::helloReply()));
         QVERIFY(diagnosis.hasEnded());
         QCOMPARE(diagnosis.received("bytes"), 26);
     }
 
     void judgesWhatIsNoPort_data()
     {
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<QString>("verdict");
-        QTest::addColumn<QString>("sentence");
-
-        QTest::newRow("a file") << SERIAL_HOST_PROGRAM << "not-serial"
-                                << "is no serial port but a file.";
-        QTest::newRow("a folder") << "/"
-                                  << "not-serial"
-                                  << "is no serial port but a folder.";
-        QTest::newRow("another device") << "/dev/null"
-                                        << "not-serial"
-                                        << "is no serial port but another kind of device.";
-        QTest::newRow("nothing") << "/nowhere"
-                                 << "no-device"
-                                 << "There is no serial port";
-        QTest::newRow("below a file") << QString(SERIAL_HOST_PROGRAM "/x") << "no-device"
-                                      << "There is no serial port";
+        addRows<QString, QString, QString>(
+            {"target", "verdict", "sentence"},
+            {{"a file", SERIAL_HOST_PROGRAM, "not-serial", "is no serial port but a file."},
+             {"a folder", "/", "not-serial", "is no serial port but a folder."},
+             {"another device", "/dev/null", "not-serial",
+              "is no serial port but another kind of device."},
+             {"nothing", "/nowhere", "no-device", "There is no serial port"},
+             {"below a file", QString(SERIAL_HOST_PROGRAM "/x"), "no-device",
+              "There is no serial port"}});
     }
 
     void judgesWhatIsNoPort()
@@ -627,7 +530,7 @@ private slots:
     void namesTheProgramThatHasThePort()
     {
         const FarEnd farEnd;
-        Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
+        RunningProgram holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
         QCOMPARE(holder.line(), QString("open"));
         Diagnosis diagnosis({farEnd.portName()});
         QCOMPARE(diagnosis.exitCode(), 3);
@@ -635,17 +538,15 @@ private slots:
         QCOMPARE(diagnosis.sentence(),
                  QString("Another program has %1 open: serialhost (process %2).")
                      .arg(farEnd.portName())
-                     .arg(holder.process().processId()));
+                     .arg(holder.process.processId()));
     }
 
     void namesTheProgramThatSharesThePort_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("verdict");
-
-        QTest::newRow("with an answer") << helloAnswer() << 1 << "answer-shared";
-        QTest::newRow("without") << QByteArray() << 4 << "shared";
+        addRows<QByteArray, int, QString>(
+            {"bytes", "exitCode", "verdict"},
+            {{"with an answer", Hex::helloReply(), 1, "answer-shared"},
+             {"without", {}, 4, "shared"}});
     }
 
     void namesTheProgramThatSharesThePort()
@@ -654,18 +555,19 @@ private slots:
         double wait = 0.3;
         for (int attempt = 1;; ++attempt, wait *= 2) {
             FarEnd farEnd;
-            Companion holder;
-            holder.process().setStandardInputFile(farEnd.portName());
-            holder.process().start("sleep", {"600"});
-            QVERIFY(holder.process().waitForStarted(kPatience));
-            Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()});
+            RunningProgram holder;
+            holder.process.setStandardInputFile(farEnd.portName());
+            holder.process.start("sleep", {"600"});
+            QVERIFY(holder.process.waitForStarted(kPatience));
+            Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()}, {},
+                                speedOf(attempt));
             answerWith(farEnd, bytes);
             QVERIFY(diagnosis.hasEnded());
             const int size = QByteArray::fromHex(bytes).size();
             if (attempt == kAttempts || isAsFastAs(size, kInTime, diagnosis.report())) {
                 QTEST(diagnosis.exitCode(), "exitCode");
                 QTEST(diagnosis.verdicts(), "verdict");
-                const auto pid = static_cast<int>(holder.process().processId());
+                const auto pid = static_cast<int>(holder.process.processId());
                 QCOMPARE(diagnosis.report()["holders"].toArray(),
                          (QJsonArray{QJsonObject{{"name", "sleep"}, {"pid", pid}}}));
                 return;
@@ -681,14 +583,14 @@ private slots:
         }
         const FarEnd farEnd;
         QVERIFY(give(farEnd, "root", "root", 0666));
-        Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
+        RunningProgram holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
         QCOMPARE(holder.line(), QString("open"));
         Diagnosis diagnosis({farEnd.portName()}, asNobodyIn("nogroup"));
         QCOMPARE(diagnosis.exitCode(), 3);
         QCOMPARE(diagnosis.verdicts(), QString("held"));
-        QVERIFY2(diagnosis.sentence().endsWith(
-                     QString("(process %1).").arg(holder.process().processId())),
-                 qPrintable(diagnosis.sentence()));
+        QVERIFY2(
+            diagnosis.sentence().endsWith(QString("(process %1).").arg(holder.process.processId())),
+            qPrintable(diagnosis.sentence()));
     }
 
     void tellsOfAProgramThatItMayNotSee()
@@ -699,7 +601,7 @@ private slots:
         }
         const FarEnd farEnd;
         QVERIFY(give(farEnd, "root", "root", 0666));
-        Companion holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
+        RunningProgram holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
         QCOMPARE(holder.line(), QString("open"));
         // Not every program locks its port.
         QVERIFY(QFile::remove(farEnd.lockPath()));
@@ -711,10 +613,10 @@ private slots:
     void tellsALockLeftBehind()
     {
         const FarEnd farEnd;
-        Companion ended("true", {});
-        QVERIFY(ended.process().waitForStarted(kPatience));
-        const qint64 pid = ended.process().processId();
-        QVERIFY(ended.process().waitForFinished(kPatience));
+        RunningProgram ended("true", {});
+        QVERIFY(ended.process.waitForStarted(kPatience));
+        const qint64 pid = ended.process.processId();
+        QVERIFY(ended.hasEnded());
         QFile lock(farEnd.lockPath());
         if (!lock.open(QIODevice::WriteOnly)) {
             QSKIP("the lock files of serial ports cannot be written");
@@ -748,29 +650,20 @@ private slots:
 
     void tellsWhichGroupWouldHelp_data()
     {
-        QTest::addColumn<QString>("ownGroup");
-        QTest::addColumn<QByteArray>("owner");
-        QTest::addColumn<QByteArray>("group");
-        QTest::addColumn<int>("mode");
-        QTest::addColumn<QString>("verdict");
-        QTest::addColumn<QString>("sentence");
-
-        QTest::newRow("a group to join")
-            << "nogroup" << QByteArray("root") << QByteArray("dialout") << 0660 << "not-in-group"
-            << "You may not open %1: it is for the group dialout, and nobody is not in it.";
-        QTest::newRow("a group joined, but not in this session")
-            << "daemon" << QByteArray("root") << QByteArray("nogroup") << 0660 << "login-missing"
-            << "You may not open %1 yet: nobody has joined the group nogroup, but not logged in "
-               "since.";
-        QTest::newRow("a group that may only read")
-            << "nogroup" << QByteArray("root") << QByteArray("dialout") << 0640 << "not-permitted"
-            << "You may not open %1: it belongs to root, and joining a group would not help.";
-        QTest::newRow("a group that is kept out")
-            << "dialout" << QByteArray("root") << QByteArray("dialout") << 0606 << "not-permitted"
-            << "You may not open %1: it belongs to root, and joining a group would not help.";
-        QTest::newRow("an owner who is kept out")
-            << "nogroup" << QByteArray("nobody") << QByteArray("dialout") << 0066 << "not-permitted"
-            << "You may not open %1: it belongs to nobody, and joining a group would not help.";
+        addRows<QString, QByteArray, QByteArray, int, QString, QString>(
+            {"ownGroup", "owner", "group", "mode", "verdict", "sentence"},
+            {{"a group to join", "nogroup", "root", "dialout", 0660, "not-in-group",
+              "You may not open %1: it is for the group dialout, and nobody is not in it."},
+             {"a group joined, but not in this session", "daemon", "root", "nogroup", 0660,
+              "login-missing",
+              "You may not open %1 yet: nobody has joined the group nogroup, but not logged in "
+              "since."},
+             {"a group that may only read", "nogroup", "root", "dialout", 0640, "not-permitted",
+              "You may not open %1: it belongs to root, and joining a group would not help."},
+             {"a group that is kept out", "dialout", "root", "dialout", 0606, "not-permitted",
+              "You may not open %1: it belongs to root, and joining a group would not help."},
+             {"an owner who is kept out", "nogroup", "nobody", "dialout", 0066, "not-permitted",
+              "You may not open %1: it belongs to nobody, and joining a group would not help."}});
     }
 
     void tellsWhichGroupWouldHelp()
@@ -794,23 +687,19 @@ private slots:
 
     void stopsWithABadCommandLine()
     {
-        QProcess process;
-        process.start(DIAGNOSE_PROGRAM, QStringList{});
-        QVERIFY(process.waitForFinished(kPatience));
-        QCOMPARE(process.exitCode(), 2);
-        QCOMPARE(process.readAllStandardError(),
-                 QByteArray("corvane-diagnose: the name of a port is needed; --list shows them\n"
-                            "Try --help.\n"));
-        QCOMPARE(process.readAllStandardOutput(), QByteArray());
+        RunningProgram program(DIAGNOSE_PROGRAM, {});
+        QCOMPARE(program.exitCode(), 2);
+        QCOMPARE(program.errors(),
+                 QString("corvane-diagnose: the name of a port is needed; --list shows them\n"
+                         "Try --help.\n"));
+        QCOMPARE(program.output(), QString());
     }
 
     void informs()
     {
-        QProcess process;
-        process.start(DIAGNOSE_PROGRAM, {"--version"});
-        QVERIFY(process.waitForFinished(kPatience));
-        QCOMPARE(process.exitCode(), 0);
-        QCOMPARE(process.readAllStandardOutput(), QByteArray("corvane-diagnose 1.0.0.5\n"));
+        RunningProgram program(DIAGNOSE_PROGRAM, {"--version"});
+        QCOMPARE(program.exitCode(), 0);
+        QCOMPARE(program.output(), QString("corvane-diagnose 1.0.0.5\n"));
     }
 };
 

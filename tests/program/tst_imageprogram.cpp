@@ -2,11 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
-
-#include <QFile>
-#include <QFileInfo>
-#include <QProcess>
-#include <QTemporaryDir>
+#include "rows.h"
 
 #include <memory>
 
@@ -79,23 +75,18 @@ private slots:
 
     void obeysEachCommand_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<QByteArray>("output");
-
         const QByteArray none;
-        QTest::newRow("pack") << pack("firmware", "-") << none << image();
-        QTest::newRow("pack a pipe") << pack("-", "-") << firmware() << image();
-        QTest::newRow("info") << QStringList{"info", "good.img"} << none << report();
-        QTest::newRow("info on a pipe") << QStringList{"info", "-"} << image() << report();
-        QTest::newRow("unpack") << QStringList{"unpack", "good.img", "-"} << none << firmware();
-        QTest::newRow("unpack a pipe") << QStringList{"unpack", "-", "-"} << image() << firmware();
-        QTest::newRow("unpack nothing")
-            << QStringList{"unpack", "-", "-"} << image().left(128) << none;
-        QTest::newRow("verify") << QStringList{"verify", "good.img"} << none
-                                << QByteArray("good.img: valid\n");
-        QTest::newRow("verify a pipe")
-            << QStringList{"verify", "-"} << image() << QByteArray("-: valid\n");
+        addRows<QStringList, QByteArray, QByteArray>(
+            {"arguments", "input", "output"},
+            {{"pack", pack("firmware", "-"), none, image()},
+             {"pack a pipe", pack("-", "-"), firmware(), image()},
+             {"info", {"info", "good.img"}, none, report()},
+             {"info on a pipe", {"info", "-"}, image(), report()},
+             {"unpack", {"unpack", "good.img", "-"}, none, firmware()},
+             {"unpack a pipe", {"unpack", "-", "-"}, image(), firmware()},
+             {"unpack nothing", {"unpack", "-", "-"}, image().left(128), none},
+             {"verify", {"verify", "good.img"}, none, "good.img: valid\n"},
+             {"verify a pipe", {"verify", "-"}, image(), "-: valid\n"}});
     }
 
     void obeysEachCommand()
@@ -110,16 +101,12 @@ private slots:
 
     void writesAFile_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<QByteArray>("contents");
-
-        QTest::newRow("pack") << pack("firmware", "new") << QByteArray() << image();
-        QTest::newRow("pack a pipe") << pack("-", "new") << firmware() << image();
-        QTest::newRow("unpack") << QStringList{"unpack", "good.img", "new"} << QByteArray()
-                                << firmware();
-        QTest::newRow("unpack a pipe")
-            << QStringList{"unpack", "-", "new"} << image() << firmware();
+        addRows<QStringList, QByteArray, QByteArray>(
+            {"arguments", "input", "contents"},
+            {{"pack", pack("firmware", "new"), {}, image()},
+             {"pack a pipe", pack("-", "new"), firmware(), image()},
+             {"unpack", {"unpack", "good.img", "new"}, {}, firmware()},
+             {"unpack a pipe", {"unpack", "-", "new"}, image(), firmware()}});
     }
 
     void writesAFile()
@@ -190,20 +177,17 @@ private slots:
 
     void tellsFilesItCannotRead_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("errors");
-
-        QTest::newRow("missing") << QStringList{"info", "none.img"}
-                                 << QByteArray(
-                                        "corvane-image: none.img: No such file or directory\n");
-        QTest::newRow("missing firmware")
-            << pack("none", "old")
-            << QByteArray("corvane-image: none: No such file or directory\n");
-        QTest::newRow("folder") << QStringList{"verify", "."}
-                                << QByteArray("corvane-image: .: file to open is a directory\n");
-        QTest::newRow("fails while it is read")
-            << QStringList{"unpack", "/proc/self/mem", "old"}
-            << QByteArray("corvane-image: /proc/self/mem: Input/output error\n");
+        addRows<QStringList, QByteArray>(
+            {"arguments", "errors"},
+            {{"missing",
+              {"info", "none.img"},
+              "corvane-image: none.img: No such file or directory\n"},
+             {"missing firmware", pack("none", "old"),
+              "corvane-image: none: No such file or directory\n"},
+             {"folder", {"verify", "."}, "corvane-image: .: file to open is a directory\n"},
+             {"fails while it is read",
+              {"unpack", "/proc/self/mem", "old"},
+              "corvane-image: /proc/self/mem: Input/output error\n"}});
     }
 
     void tellsFilesItCannotRead()
@@ -219,14 +203,12 @@ private slots:
 
     void tellsFilesItCannotWrite_data()
     {
-        QTest::addColumn<QString>("output");
-        QTest::addColumn<QByteArray>("errors");
-
-        QTest::newRow("folder") << "." << QByteArray("corvane-image: .: is no regular file\n");
-        QTest::newRow("in a folder that is missing")
-            << "none/new" << QByteArray("corvane-image: none/new: No such file or directory\n");
-        QTest::newRow("in a file")
-            << "good.img/new" << QByteArray("corvane-image: good.img/new: Not a directory\n");
+        addRows<QString, QByteArray>(
+            {"output", "errors"},
+            {{"folder", ".", "corvane-image: .: is no regular file\n"},
+             {"in a folder that is missing", "none/new",
+              "corvane-image: none/new: No such file or directory\n"},
+             {"in a file", "good.img/new", "corvane-image: good.img/new: Not a directory\n"}});
     }
 
     void tellsFilesItCannotWrite()
@@ -273,19 +255,15 @@ private slots:
 
     void stopsReadingAnEndlessInput_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("errors");
-
         const QByteArray tooLarge =
             "offset 16777215: too large: a firmware has at most 16777215 bytes\n";
-        QTest::newRow("pack the standard input")
-            << pack("-", "new") << "corvane-image: -: " + tooLarge;
-        QTest::newRow("pack a device")
-            << pack("/dev/zero", "new") << "corvane-image: /dev/zero: " + tooLarge;
-        QTest::newRow("verify the standard input")
-            << QStringList{"verify", "-"}
-            << QByteArray("corvane-image: -: offset 0: the magic is \"....\" (00 00 00 00), not "
-                          "\"KVEL\"\n");
+        addRows<QStringList, QByteArray>(
+            {"arguments", "errors"},
+            {{"pack the standard input", pack("-", "new"), "corvane-image: -: " + tooLarge},
+             {"pack a device", pack("/dev/zero", "new"), "corvane-image: /dev/zero: " + tooLarge},
+             {"verify the standard input",
+              {"verify", "-"},
+              "corvane-image: -: offset 0: the magic is \"....\" (00 00 00 00), not \"KVEL\"\n"}});
     }
 
     void stopsReadingAnEndlessInput()
@@ -324,14 +302,11 @@ private slots:
 
     void informs_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("part");
-
-        QTest::newRow("help") << QStringList{"--help"}
-                              << QByteArray("Exit codes:\n  0  all is well\n");
-        QTest::newRow("help of a command")
-            << QStringList{"pack", "--help"} << QByteArray("--protocol-version <A.B.C.D>");
-        QTest::newRow("version") << QStringList{"--version"} << QByteArray("corvane-image 1.");
+        addRows<QStringList, QByteArray>(
+            {"arguments", "part"},
+            {{"help", {"--help"}, "Exit codes:\n  0  all is well\n"},
+             {"help of a command", {"pack", "--help"}, "--protocol-version <A.B.C.D>"},
+             {"version", {"--version"}, "corvane-image 1."}});
     }
 
     void informs()

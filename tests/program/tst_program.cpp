@@ -3,9 +3,8 @@
 
 #include "processstatus.h"
 #include "programfixture.h"
+#include "rows.h"
 #include "step.h"
-
-#include <QRandomGenerator>
 
 #include <csignal>
 
@@ -210,14 +209,12 @@ private slots:
 
     void closingTheWindowEndsTheProgram_data()
     {
-        QTest::addColumn<bool>("connects");
-        QTest::addColumn<QString>("clicked");
-
-        QTest::newRow("while disconnected") << false << "";
-        QTest::newRow("while connected") << true << "";
-        QTest::newRow("during the handshake") << false << "pushButton_connect";
-        QTest::newRow("while settings are applied") << true << "pushButton_apply";
-        QTest::newRow("while a zoom is set") << true << "pushButton_custom_zoom_1";
+        addRows<bool, QString>({"connects", "clicked"},
+                               {{"while disconnected", false, ""},
+                                {"while connected", true, ""},
+                                {"during the handshake", false, "pushButton_connect"},
+                                {"while settings are applied", true, "pushButton_apply"},
+                                {"while a zoom is set", true, "pushButton_custom_zoom_1"}});
     }
 
     void closingTheWindowEndsTheProgram()

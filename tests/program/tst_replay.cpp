@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
+#include "rows.h"
 #include "step.h"
-
-#include <QFile>
-#include <QRegularExpression>
 
 namespace {
 
@@ -144,15 +142,15 @@ class ReplayTest : public QObject {
 private slots:
     void drivesTheProgramThroughTheSameStatusLines_data()
     {
-        QTest::addColumn<Session>("session");
-
-        QTest::newRow("settings and a zoom") << Session{{"--zoom-2", "272"}, changeSettings};
-        QTest::newRow("an unanswered request") << Session{{}, askASilentCamera};
-        QTest::newRow("a late reply") << Session{{"--delay", "3500"}, askALateCamera};
-        QTest::newRow("a pulled adapter") << Session{{}, pullTheAdapterOut};
-        // Recorded from a replay, because the simulated camera would not make such a reply.
-        QTest::newRow("a corrupted reply")
-            << Session{{"--replay", OPERATOR_SESSION_RECORDING}, seeACorruptedReply};
+        addRows<Session>(
+            {"session"},
+            {{"settings and a zoom", {{"--zoom-2", "272"}, changeSettings}},
+             {"an unanswered request", {{}, askASilentCamera}},
+             {"a late reply", {{"--delay", "3500"}, askALateCamera}},
+             {"a pulled adapter", {{}, pullTheAdapterOut}},
+             // Recorded from a replay, because the simulated camera would not make such a reply.
+             {"a corrupted reply",
+              {{"--replay", OPERATOR_SESSION_RECORDING}, seeACorruptedReply}}});
     }
 
     void drivesTheProgramThroughTheSameStatusLines()
