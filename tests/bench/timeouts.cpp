@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // How long the window really waits for a silent camera: prints, for each of its time-outs, the
-// milliseconds from the click to what the window says then, one a line behind the nominal time.
+// milliseconds from the click to what the window says then, one a line after the nominal time.
 
 #include "dialogwatcher.h"
 #include "frames.h"

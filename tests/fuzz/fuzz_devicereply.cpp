@@ -15,7 +15,7 @@
 
 namespace {
 
-/// Numbers as the window shows them: hexadecimal behind a minus sign, with dots between.
+/// Numbers as the window shows them: hexadecimal after a minus sign, with dots between.
 template <typename... Numbers> bool isDotted(const QString &text, Numbers... numbers)
 {
     constexpr std::string_view kDigits = "0123456789abcdef";

@@ -5,7 +5,7 @@
 // firmware. Whatever a file holds: an image without a fault is one that packing gives.
 //
 // The first byte of an input says which of the two, and in the second case whether the rest is a
-// whole file or what stands behind a header.
+// whole file or what follows a header.
 
 #include "firmwareimage.h"
 #include "fuzztarget.h"

@@ -39,7 +39,7 @@ bool replay(const std::filesystem::path &path)
     // Printed first, so that the last line before a crash names the culprit.
     std::printf("%s\n", path.c_str());
     std::fflush(stdout);
-    // Without spare capacity, so that the address sanitizer sees a read behind the end.
+    // Without spare capacity, so that the address sanitizer sees a read beyond the end.
     bytes.shrink_to_fit();
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(bytes.data()), bytes.size());
     return true;

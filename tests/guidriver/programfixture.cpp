@@ -50,11 +50,6 @@ bool ProgramFixture::start(const QStringList &simulatorOptions)
     return corvane.start(first, command);
 }
 
-bool ProgramFixture::connectCamera()
-{
-    return corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget");
-}
-
 bool ProgramFixture::pack(const QByteArray &firmware)
 {
     QFile file(path("firmware"));
@@ -84,16 +79,6 @@ bool ProgramFixture::waitUntilComplete()
     }) && corvane.waitForEnabled("pushButton_connect");
 }
 
-bool ProgramFixture::tell(const QByteArray &command)
-{
-    return tellSimulator(controlSocket(), command);
-}
-
-QString ProgramFixture::portItem() const
-{
-    return m_port + " (USB Serial)";
-}
-
 QByteArray ProgramFixture::contents(const QString &name) const
 {
     QFile file(path(name));
@@ -102,7 +87,7 @@ QByteArray ProgramFixture::contents(const QString &name) const
 
 QStringList ProgramFixture::frames()
 {
-    constexpr int kArrowOffset = 14; // behind the time, "12:00:01.234  "
+    constexpr int kArrowOffset = 14; // after the time, "12:00:01.234  "
     QStringList frames;
     const QStringList lines = corvane.output().split(QLatin1Char('\n'));
     for (const QString &line : lines) {

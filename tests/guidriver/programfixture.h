@@ -16,7 +16,7 @@
 /// a memory checker for example.
 ///
 /// Several may stand side by side, also in threads. Its functions fail as those of GuiDriver do,
-/// and explanation() tells why.
+/// and explanation() says why.
 class ProgramFixture {
 public:
     ProgramFixture();
@@ -32,7 +32,10 @@ public:
     void setPort(const QString &name) { m_port = name; }
 
     bool start(const QStringList &simulatorOptions = {});
-    bool connectCamera();
+    bool connectCamera()
+    {
+        return corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget");
+    }
     /// Makes the image that startUpgrade() uses.
     bool pack(const QByteArray &firmware);
     /// From the connected state.
@@ -40,11 +43,11 @@ public:
     /// The window is disconnected then.
     bool waitUntilComplete();
     /// Gives the simulator a command of its control socket.
-    bool tell(const QByteArray &command);
+    bool tell(const QByteArray &command) { return tellSimulator(controlSocket(), command); }
 
     QString portName() const { return m_port; }
-    /// The adapter as it stands in the list of ports.
-    QString portItem() const;
+    /// The adapter as it is in the list of ports.
+    QString portItem() const { return m_port + " (USB Serial)"; }
     /// A file of this fixture's own folder.
     QString path(const QString &name) const { return m_directory.filePath(name); }
     /// What is in such a file; nothing when it is not there.

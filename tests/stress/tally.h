@@ -14,7 +14,7 @@ public:
     void count(const QString &name, qint64 number = 1);
     /// Keeps the highest @p value that there was.
     void highest(const QString &name, qint64 value);
-    /// A line of text that stands before the figures.
+    /// A line of text before the figures.
     void remark(const QString &text) { m_remarks << text; }
     /// Something that must not happen.
     /// @param command  the arguments that show it again

@@ -19,7 +19,7 @@ constexpr int kFirstHit = UARTFrame::kLengthOffset + 1;
 constexpr int kBits = 8;
 
 /// Notices when a frame of the right length is accepted. An error that makes FF FF can make
-/// another, shorter one of what is behind it; that is no undetected error in this one.
+/// another, shorter one of what follows it; that is no undetected error in this one.
 class Acceptance : public FrameAssembler::Listener {
 public:
     explicit Acceptance(int size)

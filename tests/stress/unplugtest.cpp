@@ -110,7 +110,7 @@ private:
         const qint64 before = ProcessStatus::of(process).processorTimeMs;
         QThread::msleep(kIdleWindowMs);
         const qint64 used = ProcessStatus::of(process).processorTimeMs - before;
-        m_tally.highest("ms of processor in 200 ms behind it", used);
+        m_tally.highest("ms of processor in 200 ms after it", used);
         if (used > kIdleUseLimitMs) {
             fail(QStringLiteral("%1 ms of processor used in %2 ms of doing nothing")
                      .arg(used)

@@ -24,16 +24,6 @@ WidgetRecorder::WidgetRecorder(const QWidget *window)
     }
 }
 
-void WidgetRecorder::note(const QString &text)
-{
-    m_changes << text;
-}
-
-void WidgetRecorder::clear()
-{
-    m_changes.clear();
-}
-
 bool WidgetRecorder::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::EnabledChange) {

@@ -21,8 +21,8 @@ public:
 
     QStringList changes() const { return m_changes; }
     /// Adds a remark of the test's own, to see what came before and what after it.
-    void note(const QString &text);
-    void clear();
+    void note(const QString &text) { m_changes << text; }
+    void clear() { m_changes.clear(); }
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -304,7 +304,7 @@ private slots:
         QCOMPARE(paneAtTheFullBar, QString(kVersionLines));
     }
 
-    // Events are delivered once behind each packet's progress, and what comes then ends no wait.
+    // Events are delivered once after each packet's progress, and what comes then ends no wait.
     void anAcknowledgementBeforeTheWaitIsLost()
     {
         Upgrade upgrade(300);
@@ -421,7 +421,7 @@ private slots:
         upgrade.start();
         QCOMPARE(upgrade.dialogs.texts(), QStringList{"Error: Transmission stop!"});
         QCOMPARE(upgrade.dialogs.seen().constFirst().icon, QMessageBox::Critical);
-        // Not sent again, and nothing behind it.
+        // Not sent again, and nothing after it.
         QCOMPARE(upgrade.frames.size(), 1 + packet);
         QCOMPARE(upgrade.pane(), QString(kVersionLines));
         QTEST(upgrade.progress(), "progress");
@@ -452,7 +452,7 @@ private slots:
         QVERIFY(upgrade.isDisconnected());
     }
 
-    // An acknowledgement carries no packet number, so nothing tells whose it is.
+    // An acknowledgement carries no packet number, so nothing says whose it is.
     void aDoubledAcknowledgementCountsForTheNextPacket()
     {
         Upgrade upgrade(300);

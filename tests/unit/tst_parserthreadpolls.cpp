@@ -98,7 +98,7 @@ private slots:
             parser.startParser(&buffer);
             QTRY_VERIFY(buffer.isEmpty());
         }
-        // At most the polls behind the last byte.
+        // At most the polls after the last byte.
         QVERIFY2(pauseLog().count() < kBytes / 10, qPrintable(QString::number(pauseLog().count())));
     }
 };

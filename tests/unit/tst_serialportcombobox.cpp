@@ -29,7 +29,7 @@ public:
     MockedMachine &operator=(const MockedMachine &) = delete;
     ~MockedMachine() { g_object_unref(m_testbed); }
 
-    /// A USB adapter. The model stands in udev's form, with "_" for a blank, or is empty.
+    /// A USB adapter. The model is in udev's form, with "_" for a blank, or is empty.
     void plug(const QByteArray &name, const QByteArray &model)
     {
         const QByteArray device = "/devices/" + name + "-adapter";

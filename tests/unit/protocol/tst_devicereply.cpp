@@ -81,33 +81,14 @@ private slots:
         QTest::addColumn<QString>("version");
         QTest::addColumn<QString>("summary");
 
-        const QString nothing = QStringLiteral("0.0.0.0.0.0.0");
-        for (int size = 0; size <= 12; ++size) {
-            QTest::addRow("%d bytes", size) << size << "0.0.0.0" << nothing;
-        }
-        QTest::newRow("13 bytes") << 13 << "1.0.0.0" << nothing;
-        QTest::newRow("14 bytes") << 14 << "1.2.0.0" << nothing;
-        QTest::newRow("15 bytes") << 15 << "1.2.3.0" << nothing;
-        QTest::newRow("16 bytes") << 16 << "1.2.3.4" << nothing;
-        QTest::newRow("17 bytes") << 17 << "1.2.3.4"
-                                  << "5.0.0.0.0.0.0";
-        QTest::newRow("18 bytes") << 18 << "1.2.3.4"
-                                  << "5.0.0.0.0.0.0";
-        QTest::newRow("19 bytes") << 19 << "1.2.3.4"
-                                  << "5.0.0.0.0.0.0";
-        QTest::newRow("20 bytes") << 20 << "1.2.3.4"
-                                  << "5.8.0.0.0.0.0";
-        QTest::newRow("21 bytes") << 21 << "1.2.3.4"
-                                  << "5.8.9.0.0.0.0";
-        QTest::newRow("22 bytes") << 22 << "1.2.3.4"
-                                  << "5.8.9.a.0.0.0";
-        QTest::newRow("23 bytes") << 23 << "1.2.3.4"
-                                  << "5.8.9.a.b.0.0";
-        QTest::newRow("24 bytes") << 24 << "1.2.3.4"
-                                  << "5.8.9.a.b.c.0";
-        for (int size = 25; size <= 30; ++size) {
-            QTest::addRow("%d bytes", size) << size << "1.2.3.4"
-                                            << "5.8.9.a.b.c.d";
+        // From 12 and from 16 bytes on, one more for each byte.
+        const QStringList versions{"0.0.0.0", "1.0.0.0", "1.2.0.0", "1.2.3.0", "1.2.3.4"};
+        const QStringList summaries{
+            "0.0.0.0.0.0.0", "5.0.0.0.0.0.0", "5.0.0.0.0.0.0", "5.0.0.0.0.0.0", "5.8.0.0.0.0.0",
+            "5.8.9.0.0.0.0", "5.8.9.a.0.0.0", "5.8.9.a.b.0.0", "5.8.9.a.b.c.0", "5.8.9.a.b.c.d"};
+        for (int size = 0; size <= 30; ++size) {
+            QTest::addRow("%d bytes", size) << size << versions.at(qBound(0, size - 12, 4))
+                                            << summaries.at(qBound(0, size - 16, 9));
         }
     }
 

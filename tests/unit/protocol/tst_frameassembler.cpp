@@ -3,30 +3,21 @@
 
 #include "frameassembler.h"
 
-#include <QtTest>
+#include "frames.h"
 
 namespace {
 
-// A HELLO reply, version 1.0.a.10, and what the assembler delivers of it.
+// In hexadecimal, as the rows are.
 QByteArray longFrame()
 {
-    return "ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03 b4";
+    return Frames::helloReply().toHex();
 }
-QByteArray deliveredLongFrame()
-{
-    return "ffff17410106070609051600 01000a10 03 0000 0101 0100 00 03";
-}
-// A setting acknowledgement without payload.
 QByteArray shortFrame()
 {
-    return "ffff0a410106070609055500c2";
-}
-QByteArray deliveredShortFrame()
-{
-    return "ffff0a410106070609055500";
+    return Frames::settingsAcknowledgement().toHex();
 }
 
-/// Writes down what it is told, frames as "frame ..." in hexadecimal.
+/// Writes down each event, frames as "frame ..." in hexadecimal.
 class Recorder : public FrameAssembler::Listener {
 public:
     void lengthReceived(quint32 length) override
@@ -64,8 +55,8 @@ private slots:
         QTest::addColumn<QByteArray>("stream");
         QTest::addColumn<QStringList>("events");
 
-        const QString reply = accepted(23, deliveredLongFrame());
-        const QString shortReply = accepted(10, deliveredShortFrame());
+        const QString reply = accepted(23, longFrame().chopped(2));
+        const QString shortReply = accepted(10, shortFrame().chopped(2));
 
         QTest::newRow("nothing") << QByteArray() << QStringList();
         QTest::newRow("a reply is delivered without its checksum")
@@ -80,8 +71,8 @@ private slots:
                 + longFrame() << QStringList{"length 10", shortReply, "length 23", reply};
         QTest::newRow("the end of a frame without its begin is ignored")
             << longFrame().mid(6) + shortFrame() << QStringList{"length 10", shortReply};
+        // 11 + 94 + 5 + 58 + 200 = 368, low 8 bits 70
         QTest::newRow("a sum above 255 wraps")
-            // 11 + 94 + 5 + 58 + 200 = 368, low 8 bits 70
             << QByteArray("ffff0b410106070609053a00c870")
             << QStringList{"length 11", accepted(11, "ffff0b410106070609053a00c8")};
         QTest::newRow("a wrong checksum drops the frame and names the unreduced sum")
@@ -100,16 +91,16 @@ private slots:
             << QByteArray("ffff1741010607060905") << QStringList{"length 23"};
         QTest::newRow("a truncated frame is abandoned at the next header")
             << "ffff174101" + shortFrame() << QStringList{"length 23", "length 10", shortReply};
+        // 3 + 41 hex + 01 = 69
         QTest::newRow("FF FF in a payload starts a new frame with the byte behind it as length")
-            // 3 + 41 hex + 01 = 69
             << "ffff0f410106070609053a00ffff03410145" + shortFrame()
             << QStringList{"length 15", "length 3", accepted(3, "ffff034101"), "length 10",
                            shortReply};
         QTest::newRow("FF FF in the signature starts a new frame")
             << "ffff0affff" + shortFrame().mid(4)
-            << QStringList{"length 10", "length 10", accepted(10, deliveredShortFrame())};
+            << QStringList{"length 10", "length 10", accepted(10, shortFrame().chopped(2))};
+        // 04 + 01 + ff + ff = 203 hex, so the length byte 03 is the right checksum too.
         QTest::newRow("the byte behind FF FF first completes the abandoned frame")
-            // 04 + 01 + ff + ff = 203 hex, so the length byte 03 is the right checksum too.
             << QByteArray("ffff0401ffff03 aabb68")
             << QStringList{"length 4", accepted(4, "ffff0401ffff"), "length 3",
                            accepted(3, "ffff03aabb")};
@@ -121,14 +112,14 @@ private slots:
                 + shortFrame().mid(4) << QStringList{"length 255", "length 10", shortReply};
         QTest::newRow("a run of FF: every pair announces, the byte behind it is its length")
             << QByteArray("ffffffffffff") << QStringList{"length 255", "length 255"};
+        // 11 + 94 + 5 + 58 + 87 = 255. The next frame's second FF is then a length of 255, and
+        // the frame is lost; the one after it is found again.
         QTest::newRow("a checksum of FF takes the next frame's first header byte for its own pair")
-            // 11 + 94 + 5 + 58 + 87 = 255. The next frame's second FF is then a length of 255, and
-            // the frame is lost; the one behind it is found again.
             << "ffff0b410106070609053a0057ff" + shortFrame() + longFrame()
             << QStringList{"length 11", accepted(11, "ffff0b410106070609053a0057"), "length 255",
                            "length 23", reply};
+        // 138 + 94 + 5 + 1 + 128 * 1 = 366, low 8 bits 6e
         QTest::newRow("138 is the longest frame")
-            // 138 + 94 + 5 + 1 + 128 * 1 = 366, low 8 bits 6e
             << "ffff8a410106070609050100" + QByteArray("01").repeated(128) + "6e"
             << QStringList{
                    "length 138",
@@ -136,8 +127,8 @@ private slots:
         QTest::newRow("139 is dropped, even with a right sum")
             << "ffff8b410106070609050100" + QByteArray("01").repeated(129) + "70" + shortFrame()
             << QStringList{"length 139", "length 10", shortReply};
+        // 255 + 254 * 1 = 509, low 8 bits fd
         QTest::newRow("255 is dropped, even with a right sum")
-            // 255 + 254 * 1 = 509, low 8 bits fd
             << "ffffff" + QByteArray("01").repeated(254) + "fd" + shortFrame()
             << QStringList{"length 255", "length 10", shortReply};
         QTest::newRow("a length too long ends the collection of the frame before it")
