@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
+#include "rows.h"
 
 #include <QFile>
 #include <QLocalSocket>
@@ -28,27 +29,26 @@ private slots:
 
     void reportsOutputThatCannotBeWritten_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<int>("exitCode");
-
-        QTest::newRow("image help") << "corvane-image --help" << 3;
-        QTest::newRow("image help of a command") << "corvane-image pack --help" << 3;
-        QTest::newRow("image version") << "corvane-image --version" << 3;
-        QTest::newRow("image pack")
-            << "corvane-image pack --protocol-version 1.2.3.4 --image-version 1.2.3.4 good.img -"
-            << 3;
-        QTest::newRow("image info") << "corvane-image info good.img" << 3;
-        QTest::newRow("image unpack") << "corvane-image unpack good.img -" << 3;
-        QTest::newRow("image verify") << "corvane-image verify good.img" << 3;
-        QTest::newRow("diagnose help") << "corvane-diagnose --help" << 5;
-        QTest::newRow("diagnose version") << "corvane-diagnose --version" << 5;
-        QTest::newRow("diagnose list") << "corvane-diagnose --list" << 5;
-        QTest::newRow("diagnose list as JSON") << "corvane-diagnose --list --json" << 5;
-        QTest::newRow("diagnose") << "corvane-diagnose /nowhere" << 5;
-        QTest::newRow("diagnose as JSON") << "corvane-diagnose --json /nowhere" << 5;
-        QTest::newRow("simulator help") << "corvane-simulator --help" << 1;
-        QTest::newRow("simulator version") << "corvane-simulator --version" << 1;
-        QTest::newRow("simulator help of faults") << "corvane-simulator --faults help" << 1;
+        addRows<QString, int>(
+            {"command", "exitCode"},
+            {{"image help", "corvane-image --help", 3},
+             {"image help of a command", "corvane-image pack --help", 3},
+             {"image version", "corvane-image --version", 3},
+             {"image pack",
+              "corvane-image pack --protocol-version 1.2.3.4 --image-version 1.2.3.4 good.img -",
+              3},
+             {"image info", "corvane-image info good.img", 3},
+             {"image unpack", "corvane-image unpack good.img -", 3},
+             {"image verify", "corvane-image verify good.img", 3},
+             {"diagnose help", "corvane-diagnose --help", 5},
+             {"diagnose version", "corvane-diagnose --version", 5},
+             {"diagnose list", "corvane-diagnose --list", 5},
+             {"diagnose list as JSON", "corvane-diagnose --list --json", 5},
+             {"diagnose", "corvane-diagnose /nowhere", 5},
+             {"diagnose as JSON", "corvane-diagnose --json /nowhere", 5},
+             {"simulator help", "corvane-simulator --help", 1},
+             {"simulator version", "corvane-simulator --version", 1},
+             {"simulator help of faults", "corvane-simulator --faults help", 1}});
     }
 
     void reportsOutputThatCannotBeWritten()
@@ -82,26 +82,26 @@ private slots:
 
     void worksWithClosedStreams_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QByteArray>("output");
-        QTest::addColumn<QByteArray>("errors");
-
-        const QByteArray none;
-        QTest::newRow("image without input")
-            << "corvane-image info - <&-" << 3 << none
-            << QByteArray("corvane-image: -: Bad file descriptor\n");
-        QTest::newRow("image without any, for a file")
-            << "corvane-image unpack good.img new <&- >&- 2>&-; s=$?; cat new; exit $s" << 0
-            << QByteArray(32, 'x') << none;
-        QTest::newRow("image without a place for errors")
-            << "corvane-image verify missing 2>&-" << 3 << none << none;
-        QTest::newRow("diagnose without any")
-            << "corvane-diagnose /nowhere <&- >&- 2>&-" << 5 << none << none;
-        QTest::newRow("simulator without any")
-            << "corvane-simulator --quiet -- sh -c 'for n in 0 1 2; do readlink /proc/$PPID/fd/$n; "
-               "done >&3' 3>&1 <&- >&- 2>&-"
-            << 0 << QByteArray("/dev/null\n/dev/null\n/dev/null\n") << none;
+        addRows<QString, int, QByteArray, QByteArray>(
+            {"command", "exitCode", "output", "errors"},
+            {{"image without input",
+              "corvane-image info - <&-",
+              3,
+              {},
+              "corvane-image: -: Bad file descriptor\n"},
+             {"image without any, for a file",
+              "corvane-image unpack good.img new <&- >&- 2>&-; s=$?; cat new; exit $s",
+              0,
+              QByteArray(32, 'x'),
+              {}},
+             {"image without a place for errors", "corvane-image verify missing 2>&-", 3, {}, {}},
+             {"diagnose without any", "corvane-diagnose /nowhere <&- >&- 2>&-", 5, {}, {}},
+             {"simulator without any",
+              "corvane-simulator --quiet -- sh -c 'for n in 0 1 2; do readlink /proc/$PPID/fd/$n; "
+              "done >&3' 3>&1 <&- >&- 2>&-",
+              0,
+              "/dev/null\n/dev/null\n/dev/null\n",
+              {}}});
     }
 
     void worksWithClosedStreams()
@@ -115,15 +115,14 @@ private slots:
 
     void escapesNamesFromOutside_data()
     {
-        QTest::addColumn<QString>("command");
-
-        QTest::newRow("image missing") << "corvane-image verify '\x1b'";
-        QTest::newRow("image valid") << "corvane-image verify '\x1bgood.img'";
-        QTest::newRow("image usage error") << "corvane-image '\x1b'";
-        QTest::newRow("diagnose") << "ln -s /dev/null '\x1b'; corvane-diagnose './\x1b'";
-        QTest::newRow("diagnose usage error") << "corvane-diagnose --wait '\x1b' none";
-        QTest::newRow("simulator") << "corvane-simulator --pty --replay '\x1b'";
-        QTest::newRow("simulator usage error") << "corvane-simulator --pty --baud '\x1b'";
+        addRows<QString>({"command"},
+                         {{"image missing", "corvane-image verify '\x1b'"},
+                          {"image valid", "corvane-image verify '\x1bgood.img'"},
+                          {"image usage error", "corvane-image '\x1b'"},
+                          {"diagnose", "ln -s /dev/null '\x1b'; corvane-diagnose './\x1b'"},
+                          {"diagnose usage error", "corvane-diagnose --wait '\x1b' none"},
+                          {"simulator", "corvane-simulator --pty --replay '\x1b'"},
+                          {"simulator usage error", "corvane-simulator --pty --baud '\x1b'"}});
     }
 
     void escapesNamesFromOutside()
@@ -137,16 +136,15 @@ private slots:
 
     void printsHelpWithinEightyColumns_data()
     {
-        QTest::addColumn<QString>("command");
-
-        QTest::newRow("image") << "corvane-image --help";
-        QTest::newRow("image pack") << "corvane-image pack --help";
-        QTest::newRow("image info") << "corvane-image info --help";
-        QTest::newRow("image unpack") << "corvane-image unpack --help";
-        QTest::newRow("image verify") << "corvane-image verify --help";
-        QTest::newRow("diagnose") << "corvane-diagnose --help";
-        QTest::newRow("simulator") << "corvane-simulator --help";
-        QTest::newRow("simulator faults") << "corvane-simulator --faults help";
+        addRows<QString>({"command"},
+                         {{"image", "corvane-image --help"},
+                          {"image pack", "corvane-image pack --help"},
+                          {"image info", "corvane-image info --help"},
+                          {"image unpack", "corvane-image unpack --help"},
+                          {"image verify", "corvane-image verify --help"},
+                          {"diagnose", "corvane-diagnose --help"},
+                          {"simulator", "corvane-simulator --help"},
+                          {"simulator faults", "corvane-simulator --faults help"}});
     }
 
     void printsHelpWithinEightyColumns()
