@@ -24,7 +24,9 @@ LogCapture::~LogCapture()
 QList<LogCapture::Line> LogCapture::lines() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_lines;
+    auto copy = m_lines;
+    copy.detach(); // what a copy shares with the original would be left without the lock
+    return copy;
 }
 
 QStringList LogCapture::texts() const
