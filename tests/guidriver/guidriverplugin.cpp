@@ -118,11 +118,11 @@ std::optional<QJsonObject> GuiDriverAgent::carryOut(const QJsonObject &order)
     const QString name = order["widget"].toString();
     using Orders = QMap<QString, std::function<std::optional<QJsonObject>()>>;
     const Orders always{
-        {"state", [this] { return state(); }},
+        {"state", [] { return state(); }},
         {"answer", [this] { return answerDialog(); }},
         {"dismiss", [this] { return dismiss(); }},
         {"picture", [&] { return picture(order["path"].toString()); }},
-        {"close list", [this] { return closeList(); }},
+        {"close list", [] { return closeList(); }},
         {"hold limits", [&] { return holdLimits(order["holds"].toBool()); }},
         {"watch event loop", [this] { return watchEventLoop(); }},
         {"event loop gaps", [this] { return eventLoopGaps(); }},
