@@ -9,7 +9,7 @@
 //                              device is still there, "failed"
 //     serialhost watch         prints "watching", then what udev tells about terminals, until ended
 
-#include "hexframes.h"
+#include "frames.h"
 #include "patience.h"
 
 #include <QCoreApplication>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Corvane developers
 // SPDX-License-Identifier: MIT
 
-#include "hexframes.h"
+#include "frames.h"
 #include "patience.h"
 #include "rows.h"
 #include "runningprogram.h"

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "diagnosis.h"
-#include "hexframes.h"
+#include "frames.h"
 #include "rows.h"
 
 using Kind = PortFinding::Kind;

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "exchangelog.h"
-#include "hexframes.h"
+#include "frames.h"
 #include "request.h"
 #include "rows.h"
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "firmwarereceiver.h"
-#include "hexframes.h"
+#include "frames.h"
 #include "rows.h"
 
 #include <array>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "framereader.h"
-#include "hexframes.h"
+#include "frames.h"
 #include "rows.h"
 
 // A row's stream: bytes in hexadecimal; "|" separates what arrives separately.

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "faultyline.h"
-#include "hexframes.h"
+#include "frames.h"
 #include "memoryline.h"
 #include "patience.h"
 
