@@ -147,7 +147,7 @@ private:
     RingBuffer m_ringBuffer;         ///< from readData() to the parser thread
     ParserThread m_parser;           ///< destroyed before the ring buffer that it reads
     QString m_deviceVersion;         ///< the last that the camera reported
-    QString m_customZoom;            ///< likewise, decimal
+    QString m_customZoom;            ///< decimal
     /// Guards against a second start, which is an addition of our own: a line that hung up enables
     /// the button again while the first upgrade still waits for its time-out.
     bool m_isUpgrading = false;

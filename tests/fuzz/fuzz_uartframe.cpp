@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // Whatever is to be sent: the frame that UARTFrame builds has every byte in its place, and
-// FrameAssembler takes it for one frame, unless two FF stand inside it.
+// FrameAssembler takes it for one frame, unless it has two FF inside.
 
 #include "frameassembler.h"
 #include "fuzztarget.h"
@@ -77,7 +77,7 @@ public:
     QByteArray last;
 };
 
-/// Whether two FF stand where a receiver cannot but take them for the next header: the byte behind
+/// Whether two FF are where a receiver cannot but take them for the next header: the byte after
 /// them belongs to the frame too, and is not yet its checksum.
 bool isCutShort(const unsigned char *frame, std::size_t size)
 {

@@ -13,7 +13,7 @@ constexpr std::size_t kHeaderSize = 2;
 // 141 bytes in all, less the header and the length byte.
 constexpr int kLargestLength = 138;
 
-/// The index of the length byte behind the first header from an index on, or size when there is
+/// The index of the length byte after the first header from an index on, or size when there is
 /// none. Headers do not overlap, so a search that goes on at the length byte finds the next.
 std::size_t lengthByte(const unsigned char *stream, std::size_t size, std::size_t from)
 {

@@ -173,7 +173,7 @@ bool GuiDriver::order(const QJsonObject &order)
     return m_answer["ok"].toBool() || fail(m_answer["error"].toString());
 }
 
-// To be called again and again: a program whose output nobody reads comes to a halt.
+// To be called again and again: a program whose output is not read comes to a halt.
 void GuiDriver::readOutput()
 {
     m_process.waitForReadyRead(0);

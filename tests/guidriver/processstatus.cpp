@@ -38,7 +38,7 @@ ProcessStatus ProcessStatus::of(qint64 processId)
 {
     const QString folder = QStringLiteral("/proc/%1/").arg(processId);
     const QByteArray status = read(folder + "stat");
-    // Counted from behind the name, which stands in brackets and may hold blanks.
+    // Counted from after the name, which is in brackets and may hold blanks.
     const QList<QByteArray> fields = status.mid(status.lastIndexOf(')') + 2).split(' ');
     constexpr int kUserTime = 11;
     constexpr int kSystemTime = 12;

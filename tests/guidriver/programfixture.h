@@ -15,7 +15,7 @@
 /// The environment variable CORVANE_WRAPPER, if set, holds a command under which the program runs,
 /// a memory checker for example.
 ///
-/// Several may stand side by side, also in threads. Its functions fail as those of GuiDriver do,
+/// Several may exist side by side, also in threads. Its functions fail as those of GuiDriver do,
 /// and explanation() says why.
 class ProgramFixture {
 public:

@@ -167,7 +167,7 @@ class _Finder:
         return self._text(*span) if span else ""
 
     def _statement_span(self, cursor: Cursor) -> tuple[int, int] | None:
-        """Likewise, with the emit that stands before it as a macro of its own."""
+        """Likewise, with the emit before it as a macro of its own."""
         span = self._span(cursor)
         if span is None:
             return None
@@ -262,7 +262,7 @@ class _Finder:
                     self._change(function, "integer", *span, str(other))
 
     def _binary_operator(self, cursor: Cursor) -> tuple[str, int, int] | None:
-        """The operator between two operands and where it stands. libclang itself does not tell."""
+        """The operator between two operands and where it is. libclang itself does not say."""
         if cursor.kind not in (Kind.BINARY_OPERATOR, Kind.COMPOUND_ASSIGNMENT_OPERATOR) and not (
             cursor.kind == Kind.CALL_EXPR and cursor.spelling.startswith("operator")
         ):

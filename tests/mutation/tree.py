@@ -342,7 +342,7 @@ class Tree:
 class _Watch:
     """Reads along what CTest prints.
 
-    QtTest goes on behind a failed function and CTest tells only at a test's end, so it is the
+    QtTest goes on after a failed function and CTest reports only at a test's end, so it is the
     tests' own output that counts.
     """
 

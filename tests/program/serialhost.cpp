@@ -7,7 +7,7 @@
 //     serialhost hello PORT    sends a HELLO, prints the reply in hexadecimal
 //     serialhost stay PORT     opens the port, prints "open", and once it fails "gone" or, if its
 //                              device is still there, "failed"
-//     serialhost watch         prints "watching", then what udev tells about terminals, until ended
+//     serialhost watch         prints "watching", then what udev says about terminals, until ended
 
 #include "frames.h"
 #include "patience.h"

@@ -17,7 +17,7 @@ public:
 };
 
 /// A step of the fixture "fixture". One that does not work ends the test with the GUI driver's own
-/// words, behind all that was printed.
+/// words, after all that was printed.
 #define DO(step)                                                                                   \
     do {                                                                                           \
         if (!(step)) {                                                                             \

@@ -163,7 +163,7 @@ QStringList asNobodyIn(const QString &group)
     return {"setpriv", "--reuid=nobody", "--regid=" + group, "--clear-groups"};
 }
 
-// What stands in the way of running the program as another user; empty when nothing does.
+// What prevents running the program as another user; empty when nothing does.
 QString obstacleToOtherUsers()
 {
     if (!isRoot()) {
@@ -192,7 +192,7 @@ class DiagnoseProgramTest : public QObject {
 private slots:
     void initTestCase()
     {
-        // The simulator's preload library stands in front of a sanitizer's runtime library, which
+        // The simulator's preload library comes before a sanitizer's runtime library, which
         // does no harm here and is reported all the same.
         qputenv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":verify_asan_link_order=0");
     }
@@ -236,7 +236,7 @@ private slots:
               "answer-among-others"},
              {"noise before the reply", fault("noise@reply:1"), 20, 34, kInTime, 1,
               "answer-amid-noise"},
-             {"noise behind the reply", fault("trail@reply:1"), 20, 34, kInTime, 1,
+             {"noise after the reply", fault("trail@reply:1"), 20, 34, kInTime, 1,
               "answer-amid-noise"},
              {"half a reply before the reply", fault("half-frame@reply:1"), 20, 39, kInTime, 1,
               "answer-amid-noise"},
@@ -503,10 +503,10 @@ private slots:
     {
         addRows<QString, QString, QString>(
             {"target", "verdict", "sentence"},
-            {{"a file", SERIAL_HOST_PROGRAM, "not-serial", "is no serial port but a file."},
-             {"a folder", "/", "not-serial", "is no serial port but a folder."},
+            {{"a file", SERIAL_HOST_PROGRAM, "not-serial", "is not a serial port but a file."},
+             {"a folder", "/", "not-serial", "is not a serial port but a folder."},
              {"another device", "/dev/null", "not-serial",
-              "is no serial port but another kind of device."},
+              "is not a serial port but another kind of device."},
              {"nothing", "/nowhere", "no-device", "There is no serial port"},
              {"below a file", QString(SERIAL_HOST_PROGRAM "/x"), "no-device",
               "There is no serial port"}});
@@ -622,7 +622,7 @@ private slots:
             QSKIP("the lock files of serial ports cannot be written");
         }
         // Of another computer's name, as it was called otherwise then: a lock of this one would be
-        // removed by whoever comes next.
+        // removed by the next program.
         lock.write(QByteArray::number(pid) + "\nminicom\nother-name\n");
         lock.close();
         Diagnosis diagnosis({farEnd.portName()});

@@ -35,8 +35,8 @@ public:
     {
         return corvane.click(QStringLiteral("pushButton_custom_zoom_%1").arg(preset));
     }
-    /// Sets a zoom preset, and waits until the status channel has told the camera's value. What the
-    /// window shows may be gone again in a moment, when the camera is a replay.
+    /// Sets a zoom preset, and waits until the status channel has shown the camera's value. What
+    /// the window shows may be gone again in a moment, when the camera is a replay.
     bool zoom(int preset, int value)
     {
         const QString line = QStringLiteral("UART_CTRL_CMD_SET_CUSTOM_ZOOM Received %1").arg(value);
@@ -74,7 +74,7 @@ public:
 struct Session {
     QStringList cameraOptions; ///< of the simulator, when it is recorded
     /// What the operator does, and sees.
-    /// @param isReplay  false: the camera misbehaves only if it is told to
+    /// @param isReplay  false: the camera misbehaves only if it is asked to
     std::function<bool(RecordedFixture &fixture, bool isReplay)> operate;
 };
 

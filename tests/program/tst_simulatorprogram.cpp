@@ -149,7 +149,7 @@ class SimulatorProgramTest : public QObject {
 private slots:
     void initTestCase()
     {
-        // The preload library stands in front of a sanitizer's runtime library, which does no harm
+        // The preload library comes before a sanitizer's runtime library, which does no harm
         // here and is reported all the same. For the simulator and the programs that it runs.
         qputenv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":verify_asan_link_order=0");
     }
@@ -384,7 +384,7 @@ private slots:
     {
         const QString portName = uniquePortName();
         const QString list = QString("'%1' list; echo end; read line;").arg(SERIAL_HOST_PROGRAM);
-        // The program's input is this test's end of a pipe, so that it goes on as told.
+        // The program's input is this test's end of a pipe, so that it goes on when the test says.
         Simulator simulator(
             {"--quiet", "--control", m_controlPath, "--port", portName, "--", "sh", "-c",
              list + list + list + QString("'%1' hello %2").arg(SERIAL_HOST_PROGRAM, portName)});

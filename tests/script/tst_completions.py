@@ -36,7 +36,7 @@ class Completing(unittest.TestCase):
         self.folder = Path(folder.name)
         for name in ("camera.img", "camera.bin"):
             (self.folder / name).touch()
-        # Where bash-completion looks for the completion of the program behind the simulator.
+        # Where bash-completion looks for the completion of the program after the simulator.
         loadable = self.folder / "share" / "bash-completion"
         loadable.mkdir(parents=True)
         (loadable / "completions").symlink_to(COMPLETIONS)
@@ -92,7 +92,7 @@ class Completing(unittest.TestCase):
             "corvane-simulator --faults drop@": {"drop@request:", "drop@reply:"},
             "corvane-simulator --faults drop@rep": {"drop@reply:"},
             "corvane-simulator --faults drop@reply:": set(),
-            # Only what is behind the last = or : is replaced.
+            # Only what is after the last = or : is replaced.
             "corvane-simulator --faults drop@reply:3,sw": {"3,swap@"},
             "corvane-simulator --faults late=60@reply:3,drop@req": {"3,drop@request:"},
             "corvane-simulator --pty --he": {"--help", "--hex"},

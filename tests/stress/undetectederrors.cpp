@@ -112,7 +112,7 @@ QByteArray randomFrame(int payloadSize, QRandomGenerator &random)
                              static_cast<unsigned char>(payloadSize));
 }
 
-// Two bits in different bytes cancel out in the sum when they stand in the same place and one rises
+// Two bits in different bytes cancel out in the sum when they are in the same place and one rises
 // while the other falls, which is every second such pair; in the highest place every pair does.
 double twoBitShare(int payloadSize)
 {

@@ -108,12 +108,12 @@ bool Upload::awaitEnd(int limitMs)
         const QString pane = corvane.text("textEdit_firmware_info");
         if (pane == QLatin1String("Update is complete. Device auto-rebooting.")) {
             m_outcome.ending = UploadOutcome::Complete;
-            m_outcome.told = pane;
+            m_outcome.message = pane;
             return true;
         }
         if (dialog == "Error: Connection timeout!" || dialog == "Error: Transmission stop!") {
             m_outcome.ending = UploadOutcome::Failed;
-            m_outcome.told = dialog;
+            m_outcome.message = dialog;
             return corvane.answerDialog();
         }
         return false;

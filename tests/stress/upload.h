@@ -9,7 +9,7 @@
 
 class ProgramFixture;
 
-/// How one upload went: what the operator was told, and what the camera has.
+/// How one upload went: what the operator read, and what the camera has.
 struct UploadOutcome {
     enum Ending {
         Complete, ///< the pane says so
@@ -17,7 +17,7 @@ struct UploadOutcome {
         Improper, ///< neither, see problem
     };
     Ending ending = Improper;
-    QString told;             ///< the pane's last text, or the message box's
+    QString message;          ///< the pane's last text, or the message box's
     bool isIdentical = false; ///< the camera holds what was packed, byte for byte
     int connections = 0;      ///< attempts that it took to connect, without faults
     QString problem;          ///< why it is improper; else empty

@@ -12,7 +12,7 @@ void judge(Tally &tally, const UploadOutcome &outcome, const QString &plan, bool
     tally.highest("attempts to connect", outcome.connections);
     switch (outcome.ending) {
     case UploadOutcome::Failed:
-        tally.count("uploads failed, " + outcome.told);
+        tally.count("uploads failed, " + outcome.message);
         break;
     case UploadOutcome::Complete:
         if (outcome.isIdentical) {

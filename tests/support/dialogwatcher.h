@@ -6,7 +6,7 @@
 #include <QMessageBox>
 #include <QObject>
 
-/// Sees every message box of the program, remembers it, and answers it when told to.
+/// Sees every message box of the program, remembers it, and answers it on request.
 class DialogWatcher : public QObject {
     Q_OBJECT
 

@@ -127,18 +127,18 @@ private slots:
     {
         Sender sender;
         auto during = AcknowledgementWait::TimedOut;
-        auto behind = AcknowledgementWait::TimedOut;
-        QTimer::singleShot(0, this, [&sender, &during, &behind] {
+        auto afterwards = AcknowledgementWait::TimedOut;
+        QTimer::singleShot(0, this, [&sender, &during, &afterwards] {
             AcknowledgementWait wait(&sender, SIGNAL(acknowledged()));
             QTimer::singleShot(1ms, QCoreApplication::instance(), &QCoreApplication::quit);
             during = wait.waitFor(5000ms);
-            behind = wait.waitFor(5000ms);
+            afterwards = wait.waitFor(5000ms);
         });
         QElapsedTimer timer;
         timer.start();
         QCoreApplication::exec();
         QCOMPARE(during, AcknowledgementWait::ProgramEnding);
-        QCOMPARE(behind, AcknowledgementWait::ProgramEnding);
+        QCOMPARE(afterwards, AcknowledgementWait::ProgramEnding);
         QVERIFY(timer.elapsed() < 5000);
     }
 

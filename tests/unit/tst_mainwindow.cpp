@@ -196,13 +196,13 @@ private slots:
         const QWidgetList before = QApplication::allWidgets();
         MainWindow window;
         window.show();
-        window.showStatusMessage("seen by nobody");
+        window.showStatusMessage("never shown");
         QLabel *label = nullptr;
         const auto widgets = QApplication::allWidgets();
         for (QWidget *widget : widgets) {
             auto *const candidate = qobject_cast<QLabel *>(widget);
             if (!before.contains(widget) && candidate != nullptr
-                && candidate->text() == QLatin1String("seen by nobody")) {
+                && candidate->text() == QLatin1String("never shown")) {
                 label = candidate;
             }
         }

@@ -126,9 +126,9 @@ private slots:
         QTest::newRow("a reply at once") << QList<QByteArray>{reply};
         QTest::newRow("a reply in pieces of one byte") << bytes;
         QTest::newRow("two replies at once") << QList<QByteArray>{reply + reply};
-        QTest::newRow("a reply behind noise")
+        QTest::newRow("a reply after noise")
             << QList<QByteArray>{QByteArray::fromHex("00ff41"), reply};
-        QTest::newRow("a good reply behind one with a wrong checksum")
+        QTest::newRow("a good reply after one with a wrong checksum")
             << QList<QByteArray>{reply.chopped(1) + '\x00', reply};
     }
 
@@ -219,7 +219,7 @@ private slots:
         QTest::addColumn<QString>("item");
         QTest::addColumn<QString>("text");
 
-        // Opening a port locks its name for the whole machine. Only a name that nobody else tries
+        // Opening a port locks its name for the whole machine. Only a name that no one else tries
         // gives the same text every time.
         QTest::newRow("no such device")
             << QStringLiteral("/dev/no-port-%1 (test)").arg(QCoreApplication::applicationPid())

@@ -23,7 +23,7 @@ public:
         isActive = QTest::qWaitForWindowActive(&window);
     }
 
-    /// A key as the window system delivers it: whoever has the focus gets it.
+    /// A key as the window system delivers it: to the widget with the focus.
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
         QTest::keyClick(window.windowHandle(), key, modifiers);
@@ -164,7 +164,7 @@ private slots:
         QStringList missed;
         const auto widgets = fixture.window.findChildren<QWidget *>();
         for (const QWidget *widget : widgets) {
-            // Of the radio buttons, the one that is checked stands for both.
+            // Of the radio buttons, the one that is checked takes the focus for both.
             const auto *const radio = qobject_cast<const QRadioButton *>(widget);
             const bool isStation = widget->isVisible() && widget->isEnabled() && isForUse(widget)
                 && (radio == nullptr || radio->isChecked());

@@ -6,8 +6,9 @@
 #include <QLabel>
 #include <QtTest>
 
-/// Runs without the suppression of the status label, which stands for everything that the window's
-/// constructor allocates: under the leak sanitizer whatever else it leaves behind is reported here.
+/// Runs without the suppression of the status label, which would hide everything that the window's
+/// constructor allocates: under the leak sanitizer anything else that it does not free is reported
+/// here.
 
 class MainWindowLeaksTest : public QObject {
     Q_OBJECT

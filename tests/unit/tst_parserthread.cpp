@@ -219,7 +219,7 @@ private slots:
             watchEnd(parser);
             parser.startParser(&buffer);
         }
-        // Nobody reads any more.
+        // There is no reader any more.
         buffer.append("a");
         QVERIFY(!buffer.isEmpty());
     }

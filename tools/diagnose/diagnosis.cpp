@@ -53,7 +53,7 @@ const std::array<Rule, 26> kRules{{
     {"no-device", Status::BadPort, is<Kind::NoDevice>, "There is no serial port {port}.",
      "{ports} If the adapter is plugged in and not among them, the end of what \"sudo dmesg\" "
      "prints says why."},
-    {"not-serial", Status::BadPort, is<Kind::NotSerial>, "{port} is no serial port but {thing}.",
+    {"not-serial", Status::BadPort, is<Kind::NotSerial>, "{port} is not a serial port but {thing}.",
      "Give the name of a port, such as ttyUSB0. {ports}"},
     {"not-in-group", Status::BadPort, is<Kind::NotInGroup>,
      "You may not open {port}: it is for the group {group}, and {user} is not in it.",

@@ -103,7 +103,7 @@ QString firstSet(const QCommandLineParser &parser, const std::array<const char *
     return found == names.end() ? QString() : option(*found);
 }
 
-/// Why not both what the options say about the camera can be, or an empty text.
+/// Why these options conflict; empty if they do not.
 QString conflictOfSources(const QCommandLineParser &parser)
 {
     const bool isReplay = parser.isSet(option("replay"));

@@ -35,7 +35,7 @@ private slots:
                                    {"the magic and more", header(), true},
                                    {"lower case", header("kvel"), false},
                                    {"one letter other", header("KVEM"), false},
-                                   {"behind a blank", header(" KVEL"), false},
+                                   {"after a blank", header(" KVEL"), false},
                                    {"three letters", "KVE", false},
                                    {"three letters and a NUL", QByteArray("KVE\0", 4), false},
                                    {"a NUL in front", QByteArray("\0KVEL", 5), false},
@@ -134,7 +134,7 @@ private slots:
         QTest::newRow("an empty path") << "";
         QTest::newRow("a missing file") << "missing";
         QTest::newRow("a directory") << "directory";
-        QTest::newRow("a pipe that nobody writes to") << "pipe";
+        QTest::newRow("a pipe without a writer") << "pipe";
         QTest::newRow("a link to nowhere") << "link";
         QTest::newRow("a file that cannot be held in memory") << "huge";
     }

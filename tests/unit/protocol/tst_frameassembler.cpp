@@ -77,7 +77,7 @@ private slots:
             << QStringList{"length 11", accepted(11, "ffff0b410106070609053a00c8")};
         QTest::newRow("a wrong checksum drops the frame and names the unreduced sum")
             << QByteArray("ffff0b410106070609053a00c871") << QStringList{"length 11", "sum 368"};
-        QTest::newRow("a frame behind a wrong checksum is found") << "ffff0b410106070609053a00c871"
+        QTest::newRow("a frame after a wrong checksum is found") << "ffff0b410106070609053a00c871"
                 + shortFrame() << QStringList{"length 11", "sum 368", "length 10", shortReply};
         QTest::newRow("neither signature nor type nor command are looked at")
             << QByteArray("ffff03aabb68") << QStringList{"length 3", accepted(3, "ffff03aabb")};
@@ -92,7 +92,7 @@ private slots:
         QTest::newRow("a truncated frame is abandoned at the next header")
             << "ffff174101" + shortFrame() << QStringList{"length 23", "length 10", shortReply};
         // 3 + 41 hex + 01 = 69
-        QTest::newRow("FF FF in a payload starts a new frame with the byte behind it as length")
+        QTest::newRow("FF FF in a payload starts a new frame with the byte after it as length")
             << "ffff0f410106070609053a00ffff03410145" + shortFrame()
             << QStringList{"length 15", "length 3", accepted(3, "ffff034101"), "length 10",
                            shortReply};
@@ -100,17 +100,17 @@ private slots:
             << "ffff0affff" + shortFrame().mid(4)
             << QStringList{"length 10", "length 10", accepted(10, shortFrame().chopped(2))};
         // 04 + 01 + ff + ff = 203 hex, so the length byte 03 is the right checksum too.
-        QTest::newRow("the byte behind FF FF first completes the abandoned frame")
+        QTest::newRow("the byte after FF FF first completes the abandoned frame")
             << QByteArray("ffff0401ffff03 aabb68")
             << QStringList{"length 4", accepted(4, "ffff0401ffff"), "length 3",
                            accepted(3, "ffff03aabb")};
-        QTest::newRow("the byte behind FF FF may fail the abandoned frame")
+        QTest::newRow("the byte after FF FF may fail the abandoned frame")
             << QByteArray("ffff0401ffff0a") << QStringList{"length 4", "sum 515", "length 10"};
         QTest::newRow("three FF are a pair and a length of 255")
             << QByteArray("ffffff") << QStringList{"length 255"};
         QTest::newRow("the third FF is also the first of another pair") << "ffffffff"
                 + shortFrame().mid(4) << QStringList{"length 255", "length 10", shortReply};
-        QTest::newRow("a run of FF: every pair announces, the byte behind it is its length")
+        QTest::newRow("a run of FF: every pair announces, the byte after it is its length")
             << QByteArray("ffffffffffff") << QStringList{"length 255", "length 255"};
         // 11 + 94 + 5 + 58 + 87 = 255. The next frame's second FF is then a length of 255, and
         // the frame is lost; the one after it is found again.

@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds kOpenPause(250);
 
 bool openAndEmpty(QSerialPort &port)
 {
-    // What came before is not for whoever opens the line now.
+    // What came before is not for the program that opens the line now.
     return port.open(QIODevice::ReadWrite) && port.clear();
 }
 

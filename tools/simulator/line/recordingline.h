@@ -15,7 +15,7 @@
 /// A line that passes everything on to another one, and keeps what happens on that in a file.
 ///
 /// Each event is written at once, so that it outlives a crash of this process. Bytes that are
-/// written to an unplugged line have not passed and are not kept. That nobody has the line open
+/// written to an unplugged line have not passed and are not kept. That no program has the line open
 /// cannot be seen from here: what is written then is kept.
 class RecordingLine : public CameraLine {
     Q_OBJECT

@@ -23,7 +23,7 @@ private slots:
               "/dev/ttyUSB0",
               250,
               true},
-             {"options behind the port",
+             {"options after the port",
               {"ttyUSB0", "--wait", "2", "--json"},
               "ttyUSB0",
               2000,

@@ -115,7 +115,7 @@ private slots:
              {"an answer amid noise", QByteArray("12 34 ") + Hex::helloReply() + "56",
               Status::Warning,
               "answer-amid-noise: The camera answered, but 3 bytes came outside whole frames."},
-             {"an answer behind everything else there is",
+             {"an answer after everything else there is",
               Hex::hello() + foreignFrame() + Hex::zoomReply() + Hex::helloReply()
                   + Hex::helloReply(),
               Status::Warning,
@@ -189,7 +189,7 @@ private slots:
              {"no device at all", alone, "no-device: There is no serial port ttyUSB0.",
               "This computer has no serial port at all. If the adapter is plugged in"},
              {"not serial", failedPort(Kind::NotSerial),
-              "not-serial: ttyUSB0 is no serial port but a folder.",
+              "not-serial: ttyUSB0 is not a serial port but a folder.",
               "Give the name of a port, such as ttyUSB0. The ports that there are: ttyS0, "},
              {"not in the group", failedPort(Kind::NotInGroup),
               "not-in-group: You may not open ttyUSB0: it is for the group dialout, and anna is "

@@ -82,7 +82,7 @@ private slots:
              {"the first of two foreign characters", start("QU-_"),
               R"(offset 162: "-" (2d) is not a base64 character)"},
              {"high byte", start("QUJ\xC4"), R"(offset 163: "." (c4) is not a base64 character)"},
-             {"foreign character behind padding", start("QUI=D"),
+             {"foreign character after padding", start("QUI=D"),
               R"(offset 163: a "=" that is not at the end of the encoded body)"},
              {"padding in the middle", start("QQ==QUI="),
               R"(offset 162: a "=" that is not at the end of the encoded body)"},

@@ -94,7 +94,7 @@ private slots:
         addRows<QStringList, QStringList, bool>(
             {"arguments", "programArguments", "withHex"},
             {{"none", {"--", "sh"}, {}, false},
-             {"behind --",
+             {"after --",
               {"--hex", "--", "sh", "--help", "-x", "--", "y"},
               {"--help", "-x", "--", "y"},
               true},

@@ -85,7 +85,7 @@ private slots:
              {"a lone header", "FF FF", {"incomplete FF FF"}},
              {"half a frame", "FF FF 0F 41 01 | 06 07", {"incomplete FF FF 0F 41 01 06 07"}},
              {"a last FF is not split off", "FF FF 0F 41 FF", {"incomplete FF FF 0F 41 FF"}},
-             {"a frame behind half a frame",
+             {"a frame after half a frame",
               "FF FF 40 41 01 06 | " + Hex::hello(),
               {"incomplete FF FF 40 41 01 06", "frame " + Hex::hello()}},
              {"a frame between two halves",

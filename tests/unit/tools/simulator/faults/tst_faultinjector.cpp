@@ -261,15 +261,15 @@ private slots:
     {
         addRows<QString, QString>(
             {"plan", "deliveries"},
-            {{"a checksum made wrong behind a command", "wrong-command@reply:1,wrong-sum@reply:1",
+            {{"a checksum made wrong after a command", "wrong-command@reply:1,wrong-sum@reply:1",
               "FF FF 0A 41 01 06 07 06 09 05 7E 00 EC"},
              {"a checksum made right again by a command", "wrong-sum@reply:1,wrong-command@reply:1",
               "FF FF 0A 41 01 06 07 06 09 05 7E 00 EB"},
              {"a checksum made right over a wrong length",
               "wrong-length=11@reply:1,foreign-type=9@reply:1",
               "FF FF 0B 41 01 06 07 06 09 09 10 00 82"},
-             {"a byte counted behind one that is missing",
-              "drop-byte@reply:1.0,drop-byte@reply:1.0", "0A 41 01 06 07 06 09 05 10 00 7D"},
+             {"a byte counted after one that is missing", "drop-byte@reply:1.0,drop-byte@reply:1.0",
+              "0A 41 01 06 07 06 09 05 10 00 7D"},
              {"a copy as it was before", "duplicate=5@reply:1,truncate@reply:1.2",
               "FF FF | 5 ms FF FF 0A 41 01 06 07 06 09 05 10 00 7D"},
              {"a copy as it is now", "truncate@reply:1.2,duplicate=5@reply:1",
@@ -283,14 +283,14 @@ private slots:
               "18 ms FF FF 0A 41 01 06 07 06 09 05 10 00 7D"},
              {"a gap in a split frame", "truncate@reply:1.3,split=2@reply:1,gap=7@reply:1.1",
               "FF | 9 ms FF | 2 ms 0A"},
-             {"a gap behind noise", "ff-run=1@reply:1,gap=7@reply:1.0",
+             {"a gap after noise", "ff-run=1@reply:1,gap=7@reply:1.0",
               "FF | 7 ms FF FF 0A 41 01 06 07 06 09 05 10 00 7D"},
              {"a standstill without a frame", "drop@reply:1,pause=9@reply:1", "standstill 9"},
              {"one piece has no pauses",
               "truncate@reply:1.2,gap=7@reply:1.1,duplicate=3@reply:1,delay=2@reply:1,join=4@reply:"
               "1",
               "6 ms FF FF FF FF and next"},
-             {"nothing behind a hang-up", "duplicate=5@reply:1,hang-up@reply:1.2,ff-run=1@reply:1",
+             {"nothing after a hang-up", "duplicate=5@reply:1,hang-up@reply:1.2,ff-run=1@reply:1",
               "FF FF FF | 20 ms hang up"},
              {"a late hang-up before anything", "delay=5@reply:1,hang-up@reply:1.0",
               "5 ms | 20 ms hang up"}});
@@ -474,7 +474,7 @@ private slots:
 
         for (const int size : {1, 2, 3, 200}) {
             QTest::addRow("%d bytes before", size) << "noise" << size;
-            QTest::addRow("%d bytes behind", size) << "trail" << size;
+            QTest::addRow("%d bytes after", size) << "trail" << size;
         }
     }
 

@@ -78,7 +78,7 @@ private:
     QSignalSpy m_spy;
 };
 
-// Bytes that a terminal would echo, translate or act upon, unless told not to.
+// Bytes that a terminal would echo, translate or act upon, unless set not to.
 QByteArray allBytes()
 {
     QByteArray bytes;

@@ -134,7 +134,7 @@ private slots:
         replay.start();
         replay.line.receive("01 02");
         QTRY_COMPARE(replay.line.written(), QByteArray("AA BB"));
-        // The second answer waits for its own time, behind the first.
+        // The second answer waits for its own time, after the first.
         VERIFY_AT_LEAST(replay.timer.elapsed(), 100);
     }
 

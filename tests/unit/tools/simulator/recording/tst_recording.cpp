@@ -14,7 +14,7 @@ static LineEvent at(qint64 microseconds, LineEvent::Kind kind, const char *hexad
     return {std::chrono::microseconds(microseconds), kind, bytes(hexadecimal)};
 }
 
-// What is behind the first line.
+// What follows the first line.
 static QVector<LineEvent> parsed(const QByteArray &lines)
 {
     QString error;
@@ -72,8 +72,7 @@ private slots:
               at(999'999'999'999'999, LineEvent::Plugged)},
              {"blanks and tabs", "  1.5\thost \t FF  0A ", at(1'500'000, LineEvent::Host, "FF 0A")},
              {"from another system", "1.5 host FF\r", at(1'500'000, LineEvent::Host, "FF")},
-             {"a comment behind", "1.5 host FF # that late",
-              at(1'500'000, LineEvent::Host, "FF")}});
+             {"a comment after", "1.5 host FF # that late", at(1'500'000, LineEvent::Host, "FF")}});
     }
 
     void readsALineAsAnEvent()
@@ -148,7 +147,7 @@ private slots:
                "line 2: a time in seconds, such as 1.203451, expected, not '1.0000001'");
         addRow("a decimal comma", "1,5 plugged",
                "line 2: a time in seconds, such as 1.203451, expected, not '1,5'");
-        addRow("nothing behind the point", "1. plugged",
+        addRow("nothing after the point", "1. plugged",
                "line 2: a time in seconds, such as 1.203451, expected, not '1.'");
         addRow("a time far away", "1000000000 plugged",
                "line 2: a time in seconds, such as 1.203451, expected, not '1000000000'");
