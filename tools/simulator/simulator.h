@@ -13,6 +13,7 @@
 #include <QObject>
 #include <QString>
 
+#include <csignal>
 #include <memory>
 
 class CameraLine;
@@ -67,5 +68,5 @@ private:
     std::unique_ptr<CameraEnd> m_camera;            ///< null before start()
     ChildProgram m_program;
     ControlSocket m_control;
-    TerminationSignals m_signals;
+    TerminationSignals m_signals{{SIGINT, SIGTERM}};
 };

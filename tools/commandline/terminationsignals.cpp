@@ -6,14 +6,11 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <initializer_list>
 
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace {
-
-constexpr std::initializer_list<int> kSignals{SIGINT, SIGTERM};
 
 // The handler may do hardly more than write into a pipe, at whose other end the event loop reads.
 std::array<int, 2> pipeEnds{-1, -1};
@@ -34,8 +31,9 @@ void handle(int number, siginfo_t *info, void * /*context*/)
 
 } // namespace
 
-TerminationSignals::TerminationSignals(QObject *parent)
+TerminationSignals::TerminationSignals(const QVector<int> &numbers, QObject *parent)
     : QObject(parent)
+    , m_numbers(numbers)
 {
     if (::pipe2(pipeEnds.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         qFatal("cannot make a pipe: %s", qPrintable(qt_error_string(errno)));
@@ -46,14 +44,14 @@ TerminationSignals::TerminationSignals(QObject *parent)
     struct sigaction action = {};
     action.sa_sigaction = handle;
     action.sa_flags = SA_SIGINFO | SA_RESTART;
-    for (const int number : kSignals) {
+    for (const int number : numbers) {
         ::sigaction(number, &action, nullptr);
     }
 }
 
 TerminationSignals::~TerminationSignals()
 {
-    for (const int number : kSignals) {
+    for (const int number : qAsConst(m_numbers)) {
         ::signal(number, SIG_DFL);
     }
     m_notifier->setEnabled(false);

@@ -5,18 +5,21 @@
 
 #include <QObject>
 #include <QSocketNotifier>
+#include <QVector>
 
-/// Brings SIGINT and SIGTERM into the event loop. There can be only one such object at a time.
+/// Brings signals that would end the program into the event loop. There can be only one such object
+/// at a time.
 class TerminationSignals : public QObject {
     Q_OBJECT
 
 public:
-    explicit TerminationSignals(QObject *parent = nullptr);
+    /// @param numbers  such as SIGINT
+    explicit TerminationSignals(const QVector<int> &numbers, QObject *parent = nullptr);
     /// Gives the signals their usual effect back.
     ~TerminationSignals() override;
 
 signals:
-    /// @param number          SIGINT or SIGTERM
+    /// @param number          one of those
     /// @param isFromTerminal  the user has pressed Ctrl+C, by which the terminal has already sent
     ///                        it to every program in the foreground
     void received(int number, bool isFromTerminal);
@@ -24,5 +27,6 @@ signals:
 private:
     void read();
 
+    QVector<int> m_numbers;
     QSocketNotifier *m_notifier = nullptr;
 };
