@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <utility>
 
 FirmwareImage::FirmwareImage(QByteArray contents)
@@ -43,8 +44,11 @@ QString FirmwareImage::imageVersion() const
 
 QByteArray FirmwareImage::firmware() const
 {
+    // Without a copy of the body, which takes as long as decoding it.
+    const int bodyOffset = std::min(kHeaderSize + kRawPrefixSize, m_contents.size());
+    const QByteArray body = QByteArray::fromRawData(m_contents.constData() + bodyOffset,
+                                                    m_contents.size() - bodyOffset);
     // The decoder skips "=" as it does any character that is not of the alphabet, so that padding
     // makes no difference.
-    return m_contents.mid(kHeaderSize, kRawPrefixSize)
-        + QByteArray::fromBase64(m_contents.mid(kHeaderSize + kRawPrefixSize));
+    return QByteArray::fromBase64(body).prepend(m_contents.mid(kHeaderSize, kRawPrefixSize));
 }
