@@ -8,7 +8,7 @@
 
 int main(int argc, char *argv[])
 {
-    // Keeps Qt from loading OpenGL: nothing here is drawn with it, and loading it takes half of the
+    // Keeps Qt from loading OpenGL: nothing here is drawn with it, and loading it takes much of the
     // time until the window shows.
     qputenv("QT_XCB_GL_INTEGRATION", "none");
     const QApplication application(argc, argv);
