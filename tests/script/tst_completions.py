@@ -7,16 +7,21 @@ from __future__ import annotations
 
 import os
 import subprocess
+import sys
 import tempfile
 import unittest
 from pathlib import Path
+
+sys.dont_write_bytecode = True
+
+from programtexts import options_of
 
 BASH_COMPLETION = Path("/usr/share/bash-completion/bash_completion")
 COMPLETIONS = Path(__file__).resolve().parents[2] / "packaging" / "completions"
 PROGRAMS = Path(os.environ.get("CORVANE_PROGRAMS", "build/dev/bin")).resolve()
 
-# Breaks the line into words as readline does it, and asks for the last of them. bash-completion
-# takes @ out of readline's break characters.
+# Breaks the line into words as readline does it, and asks the function that is registered for the
+# program for the last of them. bash-completion takes @ out of readline's break characters.
 COMPLETE = r"""
 COMP_WORDBREAKS=$' \t\n"\'@><=;|&(:' # as in an interactive shell
 source "$1"; source "$2/$3"
@@ -24,7 +29,9 @@ COMP_LINE=$4; COMP_POINT=${#4}; COMP_TYPE=9; COMP_KEY=9
 mapfile -t COMP_WORDS < <(grep -oE '[=:]+|[^=: ]+' <<<"$4")
 if [[ $4 == *" " ]]; then COMP_WORDS+=(""); fi
 COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
-"_${3//-/_}" "$3" "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
+registered=$(complete -p "$3")
+[[ $registered =~ -F\ ([^\ ]+) ]] || exit
+"${BASH_REMATCH[1]}" "$3" "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
 printf '%s\n' "${COMPREPLY[@]}"
 """
 
@@ -103,6 +110,28 @@ class Completing(unittest.TestCase):
         }.items():
             with self.subTest(line):
                 self.assertEqual(self.completions(line), expected)
+
+    def test_every_option_of_the_help_is_completed(self) -> None:
+        for program, command in {
+            "corvane-diagnose": "",
+            "corvane-image": "pack ",
+            "corvane-simulator": "",
+        }.items():
+            options = options_of(program)
+            names = set(options) | ({"--"} if program == "corvane-simulator" else set())
+            with self.subTest(program):
+                self.assertEqual(self.completions(f"{program} {command}--"), names)
+            for name, option in options.items():
+                before = f"{program} {command}{name}"
+                with self.subTest(before):
+                    files = {"camera.img", "camera.bin", "share"}
+                    if option.value in ("FILE", "PATH", "PORT"):
+                        self.assertEqual(self.completions(f"{before} "), files)
+                    elif option.value and option.value != "PLAN":
+                        self.assertEqual(self.completions(f"{before} "), set())
+                    # A word that is no value begins the program's command line.
+                    value = " 1" if option.value else ""
+                    self.assertEqual(self.completions(f"{before}{value} --"), names)
 
     def test_the_ports_that_there_are_are_offered(self) -> None:
         port = f"ttyUSB{os.getpid()}"
