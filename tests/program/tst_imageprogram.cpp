@@ -224,16 +224,27 @@ private slots:
         QCOMPARE(QDir(m_folder->path()).entryList(), before);
     }
 
+    void keepsWhatWasThereWhenTheDiskIsFull_data()
+    {
+        addRows<int, int>({"size", "room"},
+                          {{"far too large", 1000000, 32768},
+                           {"larger than what is buffered", 40000, 32768},
+                           {"smaller than what is buffered", 1000, 500},
+                           {"by its last byte", 35, 163}});
+    }
+
     void keepsWhatWasThereWhenTheDiskIsFull()
     {
-        put("large", QByteArray(1000000, 'x'));
+        QFETCH(int, size);
+        QFETCH(int, room);
+        put("large", QByteArray(size, 'x'));
         put("old", "precious");
         const QStringList before = QDir(m_folder->path()).entryList();
         QProcess process;
         process.setWorkingDirectory(m_folder->path());
         // A limit on the size of files stands in for a full disk; its signal would kill the
         // program.
-        const QString limited = R"(trap "" XFSZ; ulimit -f 64; exec "$@")";
+        const QString limited = QString(R"(trap "" XFSZ; exec prlimit --fsize=%1 "$@")").arg(room);
         process.start("sh", QStringList{"-c", limited, "sh", IMAGE_PROGRAM} + pack("large", "old"));
         const Outcome outcome = finish(process);
         QCOMPARE(outcome.errors, QByteArray("corvane-image: old: File too large\n"));

@@ -13,7 +13,7 @@
 namespace {
 
 /// A write that comes to the end of the disk is only short; the reason is known to the next one.
-bool writeAll(QIODevice &file, const QByteArray &contents)
+bool writeAll(QSaveFile &file, const QByteArray &contents)
 {
     int size = 0;
     while (size < contents.size()) {
@@ -22,6 +22,11 @@ bool writeAll(QIODevice &file, const QByteArray &contents)
             return false;
         }
         size += static_cast<int>(written);
+    }
+    // commit() does not notice when only a part of the buffer fits.
+    if (!file.flush()) {
+        file.flush();
+        return false;
     }
     return true;
 }

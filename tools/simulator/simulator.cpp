@@ -3,6 +3,7 @@
 
 #include "simulator.h"
 
+#include "fileio.h"
 #include "forwardingcamera.h"
 #include "mockedadapterline.h"
 #include "pseudoterminalline.h"
@@ -10,7 +11,6 @@
 #include "replayingcamera.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <QTime>
 
 #include <csignal>
@@ -191,13 +191,11 @@ void Simulator::lineLost()
 
 void Simulator::saveFirmware(const QByteArray &firmware)
 {
-    QSaveFile file(m_options.firmwarePath);
-    if (file.open(QIODevice::WriteOnly) && file.write(firmware) == firmware.size()
-        && file.commit()) {
-        return;
+    QString error;
+    if (!writeFile(m_options.firmwarePath, firmware, &error)) {
+        noteFailure(QStringLiteral("cannot save the firmware as %1: %2")
+                        .arg(m_options.firmwarePath, error));
     }
-    noteFailure(QStringLiteral("cannot save the firmware as %1: %2")
-                    .arg(m_options.firmwarePath, file.errorString()));
 }
 
 // Returns why it could not, or an empty text.
