@@ -6,6 +6,8 @@
 #include "memoryline.h"
 #include "patience.h"
 
+using namespace std::chrono_literals;
+
 namespace {
 
 /// A plugged line with faults.
@@ -105,7 +107,8 @@ private slots:
     {
         Line line("drop@request:1");
         line.inner.receive("FF FF 0A 41 01 06 07 06");
-        QTRY_COMPARE(line.requests, QStringList{"FF FF 0A 41 01 06 07 06"});
+        QVERIFY(happensWithin(120ms, [&line] { return !line.requests.isEmpty(); }));
+        QCOMPARE(line.requests, QStringList{"FF FF 0A 41 01 06 07 06"});
         VERIFY_AT_LEAST(line.requestTimes.at(0), 90);
         line.inner.receive("09 01 16 00 7F");
         QTRY_COMPARE(line.requests.size(), 2);
@@ -159,6 +162,7 @@ private slots:
         line.inner.receive("FF FF 0A 41 01 06 07 06 09 01 01 00 6A");
         line.inner.receive(Hex::hello());
         line.inner.receive("12");
+        QVERIFY(happensWithin(85ms, [&line] { return !line.requests.isEmpty(); }));
         const QStringList expected = QStringList{"FF FF 0A 41 01 06 07 06 09 01 01 00 6A"}
             + QString(Hex::hello()).split(' ') + QStringList{"12"};
         QTRY_COMPARE(line.requests, expected);

@@ -107,7 +107,8 @@ private slots:
         Host host(m_line->portName());
         QVERIFY(host.isOpen());
         QVERIFY(host.write(allBytes()));
-        QTRY_COMPARE(received.bytes(), allBytes());
+        QVERIFY(happensWithin(std::chrono::milliseconds(20),
+                              [&received] { return received.bytes() == allBytes(); }));
         QCOMPARE(host.read(), QByteArray());
         m_line->write(allBytes());
         QTRY_COMPARE(host.read(), allBytes());
