@@ -3,6 +3,7 @@
 
 #include "frames.h"
 #include "patience.h"
+#include "pseudoterminal.h"
 #include "rows.h"
 #include "runningprogram.h"
 
@@ -13,6 +14,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace {
@@ -39,6 +41,12 @@ public:
     {
         pollfd state{m_descriptor, 0, 0};
         return ::poll(&state, 1, 0) == 1 && (state.revents & POLLHUP) != 0;
+    }
+    termios settings() const
+    {
+        termios result{};
+        ::tcgetattr(m_descriptor, &result);
+        return result;
     }
     QByteArray ask(const QByteArray &hexadecimal, int replySize) const
     {
@@ -318,6 +326,16 @@ private slots:
         QTRY_VERIFY(QFile::exists(ended));
     }
 
+    void leavesNothingInTheTemporaryFolder()
+    {
+        Simulator simulator;
+        simulator.setEnvironment("TMPDIR", m_folder->path());
+        simulator.process.start(SIMULATOR_PROGRAM, {"--", "/bin/true"});
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(QDir(m_folder->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList());
+    }
+
     void listsOneAdapter()
     {
         Simulator simulator({"--", SERIAL_HOST_PROGRAM, "list"});
@@ -403,6 +421,34 @@ private slots:
         QCOMPARE(simulator.exitCode(), 0);
     }
 
+    void refusesACommandWithMoreAfterIt()
+    {
+        Simulator simulator({"--pty", "--quiet", "--control", m_controlPath});
+        const QString portName = simulator.portName();
+        Control control(m_controlPath);
+        for (const char *command : {"unplug now", "plug now", "silent on now", "silent off now",
+                                    "quit now", "Quit", "fault none", "unplugged", ""}) {
+            QCOMPARE(control.obey(command), QByteArray("error: unknown command '") + command + "'");
+        }
+        QCOMPARE(control.obey("faults none 3 4"),
+                 QByteArray("error: the seed is a number from 0 to 4294967295, not '3 4'"));
+        Host host(portName);
+        QCOMPARE(host.ask(Hex::hello(), 26), Hex::helloReply());
+    }
+
+    void printsOnlyThePortWhenQuiet()
+    {
+        Simulator simulator({"--pty", "--quiet", "--control", m_controlPath});
+        simulator.portName();
+        Control control(m_controlPath);
+        QCOMPARE(control.obey("unplug"), QByteArray("ok"));
+        QCOMPARE(control.obey("plug"), QByteArray("ok"));
+        QVERIFY(simulator.portName().startsWith("/dev/"));
+        QCOMPARE(control.obey("quit"), QByteArray("ok"));
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.output(), QString());
+    }
+
     void quitsOnCommand()
     {
         {
@@ -462,7 +508,7 @@ private slots:
         QVERIFY(old.open(QIODevice::WriteOnly));
         QCOMPARE(old.write("of yesterday"), qint64(12));
         old.close();
-        Simulator simulator({"--pty", "--quiet", "--save-firmware", path});
+        Simulator simulator({"--pty", "--quiet", "--reboot-time", "0", "--save-firmware", path});
         Host host(simulator.portName());
         QCOMPARE(host.ask(Hex::announcement(), 13), Hex::announcementReply());
         for (const QByteArray &packet :
@@ -471,9 +517,38 @@ private slots:
             QCOMPARE(host.ask(packet, 13), Hex::packetReply());
         }
         QCOMPARE(contents(path), Hex::firmware());
+        // Once it has rebooted, the next one.
+        QTRY_COMPARE(host.ask(Hex::hello(), 26), Hex::raisedHelloReply());
+        QCOMPARE(host.ask(Hex::smallAnnouncement(), 13), Hex::announcementReply());
+        QCOMPARE(host.ask(Hex::smallPacket(), 13), Hex::packetReply());
+        QCOMPARE(contents(path), QByteArray("\1\2\3"));
         simulator.sendSignal(SIGTERM);
         QCOMPARE(simulator.exitCode(), 0);
         QCOMPARE(simulator.errors(), QString());
+    }
+
+    void savesAFirmwareWholeOrNotAtAll()
+    {
+        const QString path = m_folder->filePath("firmware");
+        QVERIFY(write(path, "of yesterday"));
+        const QStringList before = QDir(m_folder->path()).entryList();
+        Simulator simulator;
+        // No file grows beyond 200 bytes, as on a disk that is full.
+        simulator.process.start("sh",
+                                {"-c", R"(trap '' XFSZ; exec prlimit --fsize=200 "$0" "$@")",
+                                 SIMULATOR_PROGRAM, "--pty", "--reboot-time", "0",
+                                 "--save-firmware", path});
+        Host host(simulator.portName());
+        QCOMPARE(host.ask(Hex::announcement(), 13), Hex::announcementReply());
+        for (const QByteArray &packet :
+             {Hex::firstPacket(), Hex::secondPacket(), Hex::thirdPacket()}) {
+            QCOMPARE(host.ask(packet, 13), Hex::packetReply());
+        }
+        QCOMPARE(
+            simulator.errorLine(),
+            QString("corvane-simulator: cannot save the firmware as %1: File too large").arg(path));
+        QCOMPARE(contents(path), QByteArray("of yesterday"));
+        QCOMPARE(QDir(m_folder->path()).entryList(), before);
     }
 
     void savesNothingOfAnIncompleteFirmware()
@@ -782,6 +857,27 @@ private slots:
         QStringList replies = events.mid(2);
         QCOMPARE(replies.replaceInStrings("camera ", QString()).join(' '),
                  QString(Hex::helloReply()));
+    }
+
+    void opensTheRealPortAsCorvaneDoes()
+    {
+        PseudoTerminal camera;
+        const Host observer(camera.portName());
+        // For whoever had the port open before.
+        camera.send("old");
+        Simulator simulator({"--pty", "--through", camera.portName()});
+        Host host(simulator.portName());
+        const termios settings = observer.settings();
+        QCOMPARE(::cfgetispeed(&settings), speed_t{B115200});
+        QCOMPARE(::cfgetospeed(&settings), speed_t{B115200});
+        QCOMPARE(settings.c_cflag & tcflag_t{CSIZE}, tcflag_t{CS8});
+        QCOMPARE(settings.c_cflag & static_cast<tcflag_t>(PARENB | CSTOPB | CRTSCTS), 0U);
+        QCOMPARE(settings.c_iflag & static_cast<tcflag_t>(IXON | IXOFF | ICRNL), 0U);
+        QVERIFY(host.write(Hex::hello()));
+        QTRY_COMPARE(camera.received(), QByteArray::fromHex(Hex::hello()));
+        camera.send(QByteArray::fromHex(Hex::helloReply()));
+        QCOMPARE(host.read(26), Hex::helloReply());
+        QCOMPARE(simulator.event(), QString("<- HELLO"));
     }
 
     void isUnpluggedTogetherWithTheRealPort()

@@ -45,6 +45,17 @@ private slots:
         QTEST(options->asJson, "asJson");
     }
 
+    void sayingTheDefaultWaitChangesNothing()
+    {
+        const auto help = parse({"--help"});
+        static const QRegularExpression kDefault("--wait <SECONDS>[^-]*\\(default: ([^)]*)\\)");
+        const QString text = std::get<Information>(help).text;
+        const QString wait = kDefault.match(text).captured(1);
+        const auto given = parse({"ttyUSB0", "--wait", wait});
+        QVERIFY(std::get<DiagnoseOptions>(given).wait
+                == std::get<DiagnoseOptions>(parse({"ttyUSB0"})).wait);
+    }
+
     void refusesWhatMakesNoSense_data()
     {
         const QString noPort = "the name of a port is needed; --list shows them";

@@ -9,6 +9,8 @@
 
 #include <memory>
 
+#include <sys/stat.h>
+
 static QByteArray answerTo(QLocalSocket &client, const QByteArray &text)
 {
     client.write(text);
@@ -82,6 +84,34 @@ private slots:
         QLocalSocket client;
         client.connectToServer(m_path);
         QCOMPARE(answerTo(client, "one\n"), QByteArray("ok\n"));
+    }
+
+    // Whatever the user lets others do with new files.
+    void isForItsOwnerAlone()
+    {
+        const mode_t mask = ::umask(0);
+        const auto control = listening();
+        ::umask(mask);
+        QCOMPARE(QFile::permissions(m_path)
+                     & (QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther
+                        | QFile::WriteOther | QFile::ExeOther),
+                 QFile::Permissions());
+        QLocalSocket client;
+        client.connectToServer(m_path);
+        QCOMPARE(answerTo(client, "one\n"), QByteArray("ok\n"));
+    }
+
+    void leavesALinkAlone()
+    {
+        {
+            QLocalServer killed;
+            QVERIFY(killed.listen(m_folder->filePath("killed")));
+            QVERIFY(QFile::rename(m_folder->filePath("killed"), m_folder->filePath("leftover")));
+        }
+        QVERIFY(QFile::link(m_folder->filePath("leftover"), m_path));
+        QString error;
+        QVERIFY(!serve()->listen(m_path, &error));
+        QVERIFY(QFileInfo(m_path).isSymLink());
     }
 
     void leavesAlone_data()

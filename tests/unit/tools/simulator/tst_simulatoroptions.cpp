@@ -89,6 +89,36 @@ private slots:
         QCOMPARE(options.recordingPath, QString("/tmp/x"));
     }
 
+    void sayingADefaultChangesNothing_data()
+    {
+        QTest::addColumn<QString>("option");
+        const QString help = std::get<Information>(parse({"--help"})).text.simplified();
+        static const QRegularExpression kDefault(
+            "(--[a-z0-9-]+) <[^>]*>(?:(?! --[a-z]).)*?\\(default: ([^)]*)\\)");
+        auto matches = kDefault.globalMatch(help);
+        while (matches.hasNext()) {
+            const auto match = matches.next();
+            QTest::newRow(qPrintable(match.captured(1)))
+                << QString("%1=%2").arg(match.captured(1), match.captured(2));
+        }
+    }
+
+    void sayingADefaultChangesNothing()
+    {
+        QFETCH(QString, option);
+        const auto given = std::get<SimulatorOptions>(parse({option, "--pty"}));
+        const auto expected = std::get<SimulatorOptions>(parse({"--pty"}));
+        const auto values = [](const SimulatorOptions &options) {
+            const CameraSettings &settings = options.camera.settings;
+            return std::make_tuple(options.camera.version, options.camera.lensZoom,
+                                   settings.autoTracking, settings.targetMissing,
+                                   settings.upsideDown, settings.autoZoom, settings.zoomOffset,
+                                   options.behaviour.baud, options.behaviour.rebootTime,
+                                   options.portName, options.seed);
+        };
+        QVERIFY(values(given) == values(expected));
+    }
+
     void leavesTheProgramItsArguments_data()
     {
         addRows<QStringList, QStringList, bool>(
@@ -151,6 +181,8 @@ private slots:
               "--baud is a number from 0 to 4000000, not '4000001'"},
              {"negative delay", "--pty --delay=-1",
               "--delay is a number from 0 to 3600000, not '-1'"},
+             {"delay too long", "--pty --delay 3600001",
+              "--delay is a number from 0 to 3600000, not '3600001'"},
              {"negative reboot time", "--pty --reboot-time=-1",
               "--reboot-time is a number from 0 to 3600000, not '-1'"},
              {"reboot time too long", "--pty --reboot-time 3600001",
@@ -161,10 +193,18 @@ private slots:
               "--zoom-2 is a number from -32768 to 32767, not '-32769'"},
              {"too few settings", "--pty --settings 1,1,0,1",
               "--settings is five numbers with commas, not '1,1,0,1'"},
+             {"too many settings", "--pty --settings 1,1,0,1,1,1",
+              "--settings is five numbers with commas, not '1,1,0,1,1,1'"},
+             {"an empty setting", "--pty --settings 1,1,,1,1",
+              "--settings is five numbers with commas, not '1,1,,1,1'"},
              {"a setting out of range", "--pty --settings 1,10,0,1,1",
               "--settings: target missing is 10, not 0 to 9"},
              {"port with a slash", "--port ../x sh",
               "--port is a name of letters and digits, not '../x'"},
+             {"port that begins with a digit", "--port 0tty sh",
+              "--port is a name of letters and digits, not '0tty'"},
+             {"port with another character", "--port tty_0 sh",
+              "--port is a name of letters and digits, not 'tty_0'"},
              {"empty port", "--port= sh", "--port is a name of letters and digits, not ''"},
              {"bad faults", "--pty --faults dorp@reply:1",
               "--faults: fault 'dorp@reply:1': there is no kind 'dorp', see --faults help"},
