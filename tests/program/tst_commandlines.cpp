@@ -19,8 +19,8 @@ private slots:
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();
-        for (const char *const name : {"good.img", "\x1bgood.img"}) {
-            QFile image(m_folder->filePath(name));
+        for (const char *const name : {"good.img", "\x1bgood.img", "Grüße ☂.img"}) {
+            QFile image(m_folder->filePath(QString::fromUtf8(name)));
             QVERIFY(image.open(QIODevice::WriteOnly));
             // A header and the raw 32 bytes.
             QCOMPARE(image.write("KVEL" + QByteArray(156, 'x')), 160);
@@ -132,6 +132,26 @@ private slots:
         const QByteArray text = outcome.output + outcome.errors;
         QVERIFY2(text.contains(R"(\x1b)"), text.constData());
         QVERIFY2(!text.contains('\x1b'), text.constData());
+    }
+
+    void printsNamesInAnyLetters_data()
+    {
+        addRows<QString>({"command"},
+                         {{"image missing", "corvane-image verify 'Grüße ☂'"},
+                          {"image valid", "corvane-image verify 'Grüße ☂.img'"},
+                          {"image made", "corvane-image unpack good.img 'Grüße ☂' && ls"},
+                          {"image usage error", "corvane-image 'Grüße ☂'"},
+                          {"diagnose", "corvane-diagnose './Grüße ☂.img'"},
+                          {"diagnose as JSON", "corvane-diagnose --json './Grüße ☂.img'"},
+                          {"simulator", "corvane-simulator --pty --replay 'Grüße ☂'"}});
+    }
+
+    void printsNamesInAnyLetters()
+    {
+        QFETCH(QString, command);
+        const Outcome outcome = run("export LC_ALL=C.UTF-8; " + command);
+        const QByteArray text = outcome.output + outcome.errors;
+        QVERIFY2(text.contains("Grüße ☂"), text.constData());
     }
 
     void printsHelpWithinEightyColumns_data()

@@ -34,10 +34,10 @@ public:
         process.start(program, command);
     }
 
-    /// Only once it has ended, likewise below.
+    /// Only once it has ended, likewise below. Without a verdict when it has printed anything else.
     const QJsonObject &report()
     {
-        if (m_report.isEmpty()) {
+        if (m_report.isEmpty() && errors().isEmpty()) {
             m_report = QJsonDocument::fromJson(process.readAllStandardOutput()).object();
         }
         return m_report;
@@ -279,6 +279,33 @@ private slots:
         }
     }
 
+    void stopsWhenTheTimeIsOver_data()
+    {
+        addRows<QStringList, double, QString>(
+            {"camera", "wait", "verdict"},
+            {{"before an answer after the wait", {"--delay", "5000"}, 0.3, "silent"},
+             {"before another answer long after the first",
+              {"--faults", "duplicate=5000@reply:1"},
+              20,
+              "answer"}});
+    }
+
+    // A machine that stands still for seconds may have both at once, but not each time.
+    void stopsWhenTheTimeIsOver()
+    {
+        QFETCH(QStringList, camera);
+        QFETCH(double, wait);
+        QFETCH(QString, verdict);
+        QString verdicts;
+        for (int attempt = 1; attempt <= kAttempts && verdicts != verdict; ++attempt) {
+            Simulator simulator(QStringList{"--pty", "--quiet"} + camera);
+            Diagnosis diagnosis({"--wait", QString::number(wait), simulator.portName()});
+            QVERIFY(diagnosis.hasEnded());
+            verdicts = diagnosis.verdicts();
+        }
+        QCOMPARE(verdicts, verdict);
+    }
+
     void asksOnceForHelloAndNothingElse()
     {
         Simulator simulator({"--pty", "--hex", "--delay", "1000"}, kSpeed);
@@ -379,6 +406,26 @@ private slots:
         QCOMPARE(json.exitCode(), 0);
         QCOMPARE(QJsonDocument::fromJson(json.process.readAllStandardOutput()).object(),
                  (QJsonObject{{"ports", QJsonArray{uniquePortName() + " (USB Serial)"}}}));
+    }
+
+    void tellsThatThereIsNoPort()
+    {
+        const QTemporaryDir folder;
+        const QString controlPath = folder.filePath("control");
+        RunningProgram program(SIMULATOR_PROGRAM,
+                               {"--quiet", "--control", controlPath, "--", "sh", "-c",
+                                "echo ready; read line; \"$0\" --list && \"$0\" --list --json",
+                                DIAGNOSE_PROGRAM});
+        QCOMPARE(program.line(), QString("ready"));
+        QLocalSocket control;
+        control.connectToServer(controlPath);
+        control.write("unplug\n");
+        QVERIFY(control.waitForReadyRead(kPatience));
+        program.process.write("\n");
+        QCOMPARE(program.line(), QString("This computer has no serial port at all."));
+        QCOMPARE(program.exitCode(), 0);
+        QCOMPARE(QJsonDocument::fromJson(program.process.readAllStandardOutput()).object(),
+                 (QJsonObject{{"ports", QJsonArray{}}}));
     }
 
     void noticesThatTheAdapterIsPulledOut()
@@ -518,7 +565,7 @@ private slots:
         QFETCH(QString, sentence);
         // Under a name of its own, because what can be opened is locked by its name.
         const QTemporaryDir folder;
-        const QString port = folder.filePath("port");
+        const QString port = folder.filePath("Anschluß ☂");
         QVERIFY(QFile::link(target, port));
         Diagnosis diagnosis({port});
         QCOMPARE(diagnosis.exitCode(), 3);
@@ -573,6 +620,60 @@ private slots:
                 return;
             }
         }
+    }
+
+    void namesEveryProgramThatSharesThePort_data()
+    {
+        const QString folder = QString("Prüfstand ☂ %1").arg(QCoreApplication::applicationPid());
+        addRows<QString>({"port"},
+                         {{"by a path from here", "./" + folder + "/port"},
+                          {"by a path from the folder above", "../" + folder + "/port"}});
+    }
+
+    void namesEveryProgramThatSharesThePort()
+    {
+        QFETCH(QString, port);
+        const QTemporaryDir folder;
+        const QString place = folder.filePath(port.section('/', 1, 1));
+        QVERIFY(QDir().mkpath(place));
+        const FarEnd farEnd;
+        const FarEnd other;
+        QVERIFY(QFile::link(farEnd.portName(), place + "/port"));
+        const QString sleeper = folder.filePath("schläfer");
+        QVERIFY(QFile::copy(QStandardPaths::findExecutable("sleep"), sleeper));
+
+        // One has another terminal open, and one has opened this port after other files.
+        std::array<RunningProgram, 3> programs;
+        programs[0].process.setStandardInputFile(farEnd.portName());
+        programs[0].process.start("sleep", {"600"});
+        programs[1].process.setStandardInputFile(other.portName());
+        programs[1].process.start("sleep", {"600"});
+        programs[2].process.start(
+            "sh", {"-c", "exec 5<\"$1\"; echo open; exec \"$0\" 600", sleeper, farEnd.portName()});
+        QCOMPARE(programs[2].line(), QString("open"));
+        const auto nameOf = [](const RunningProgram &program) {
+            QFile file(QString("/proc/%1/comm").arg(program.process.processId()));
+            return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed()
+                                                  : QString();
+        };
+        QTRY_COMPARE(nameOf(programs[0]), QString("sleep"));
+        QTRY_COMPARE(nameOf(programs[1]), QString("sleep"));
+        QTRY_COMPARE(nameOf(programs[2]), QString("schläfer"));
+
+        const QString here = port.startsWith("../") ? place : folder.path();
+        Diagnosis diagnosis({"--wait", "0.1", port}, {"env", "-C", here});
+        QCOMPARE(diagnosis.exitCode(), 4);
+        QCOMPARE(diagnosis.verdicts(), QString("shared"));
+        QCOMPARE(diagnosis.report()["device"].toString(), port);
+        QSet<QString> holders;
+        const QJsonArray found = diagnosis.report()["holders"].toArray();
+        for (const auto &holder : found) {
+            holders << QString("%1 %2").arg(holder["pid"].toInt()).arg(holder["name"].toString());
+        }
+        QCOMPARE(holders,
+                 (QSet<QString>{QString("%1 sleep").arg(programs[0].process.processId()),
+                                QString("%1 schläfer").arg(programs[2].process.processId())}));
+        QCOMPARE(found.size(), 2);
     }
 
     void namesTheProgramOfAnotherUserByItsLock()
