@@ -100,6 +100,20 @@ class CheckDocuments(unittest.TestCase):
                 self.assertEqual(len(found), 1)
                 self.assertIn("unexpected EOF", found[0])
 
+    def test_every_document_of_git_is_read(self) -> None:
+        subprocess.run(["git", "init", "--quiet"], cwd=self.root, check=True)
+        for name in ("a.md", "folder/b.md"):
+            page = self.root / name
+            page.parent.mkdir(exist_ok=True)
+            page.write_text("[a](gone.md)\n", encoding="utf-8")
+        subprocess.run(["git", "add", "a.md"], cwd=self.root, check=True)
+        call = [sys.executable, CHECKER, "--root", self.root]
+        result = subprocess.run(call, capture_output=True, text=True, check=False)
+        self.assertEqual(result.returncode, 1)
+        found = sorted(result.stdout.splitlines())
+        expected = ["a.md:1: there is no gone.md", "folder/b.md:1: there is no gone.md"]
+        self.assertEqual(found, expected)
+
     def test_shellcheck_reads_shell_blocks(self) -> None:
         found = self.mistakes("```sh\nfor a in 1; do echo $(ls $a)\n```\n")
         self.assertEqual(len(found), 1)

@@ -121,13 +121,39 @@ class FindingNothing(unittest.TestCase):
     def test_lint_fails_without_files(self) -> None:
         shutil.copytree(PROJECT / "script" / "lib", self.folder / "script" / "lib")
         shutil.copy(PROJECT / "script" / "lint", self.folder / "script")
-        bootstrap = self.folder / "script" / "bootstrap"
-        bootstrap.write_text("#!/bin/sh\n", encoding="utf-8")
-        bootstrap.chmod(0o755)
+        bin_ = self.folder / "bin"
+        bin_.mkdir()
+        # What is not tested here takes anything.
+        for path in (self.folder / "script" / "bootstrap", bin_ / "clang-format", bin_ / "reuse"):
+            path.write_text("#!/bin/sh\n", encoding="utf-8")
+            path.chmod(0o755)
+        environment = {**os.environ, "PATH": f"{bin_}:{os.environ['PATH']}"}
         self.run_here("git", "init", "--quiet")
-        result = self.run_here("script/lint")
-        self.assertEqual(result.returncode, 1)
-        self.assertIn("lint: git has no file called *.cpp *.h", result.stderr)
+        for tracked, steps, message in (
+            (None, ["clang-format"], "lint: git has no file called *.cpp *.h"),
+            ("main.cpp", ["clang-format", "reuse", "shellcheck"], "No files specified"),
+            (
+                "good",
+                ["clang-format", "reuse", "shellcheck"],
+                "lint: git has no file called packaging/completions/*",
+            ),
+        ):
+            if tracked is not None:
+                text = "" if tracked.endswith(".cpp") else "#!/bin/bash\n"
+                (self.folder / tracked).write_text(text, encoding="utf-8")
+                self.run_here("git", "add", tracked)
+            with self.subTest(message):
+                result = subprocess.run(
+                    ["script/lint"],
+                    cwd=self.folder,
+                    env=environment,
+                    capture_output=True,
+                    text=True,
+                    check=False,
+                )
+                self.assertNotEqual(result.returncode, 0)
+                self.assertEqual(result.stdout.splitlines()[: len(steps) + 1], steps)
+                self.assertIn(message, result.stderr)
 
     def test_documents_are_not_right_without_any(self) -> None:
         self.run_here("git", "init", "--quiet")
