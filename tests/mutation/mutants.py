@@ -195,6 +195,7 @@ class _Finder:
     def _walk_definition(self, cursor: Cursor) -> None:
         name = _qualified_name(cursor)
         self._change_texts(cursor, name)
+        self._restart_timers(cursor, name)
         for child in cursor.get_children():
             self._walk(child, name, cursor)
 
@@ -206,6 +207,18 @@ class _Finder:
                 extent = token.extent
                 self._change(function, "text", extent.start.offset, extent.end.offset, changed)
 
+    def _restart_timers(self, cursor: Cursor, function: str) -> None:
+        """Has a method begin with a restart of each timer of its object that it does not start."""
+        body = [each for each in cursor.get_children() if each.kind == Kind.COMPOUND_STMT]
+        span = self._span(body[0]) if cursor.kind == Kind.CXX_METHOD and body else None
+        if span is None:
+            return
+        for field in cursor.semantic_parent.get_children():
+            is_timer = field.kind == Kind.FIELD_DECL and field.type.spelling == "QTimer"
+            if is_timer and f"{field.spelling}.start(" not in self._text(*span):
+                start = span[0] + 1
+                self._change(function, "restart", start, start, f" {field.spelling}.start();")
+
     # Expressions and statements
 
     def _walk(self, cursor: Cursor, function: str, definition: Cursor) -> None:
@@ -214,7 +227,10 @@ class _Finder:
         span = self._span(cursor)
         if span is not None:
             self._change_expression(cursor, span, function, definition)
-        for child in cursor.get_children():
+        children = list(cursor.get_children())
+        if cursor.kind == Kind.CASE_STMT:
+            del children[0]  # another label is mostly one that the switch has already
+        for child in children:
             self._walk(child, function, definition)
 
     def _change_expression(
@@ -238,6 +254,13 @@ class _Finder:
             self._change_return(cursor, function, definition)
         if kind == Kind.CALL_EXPR and not re.match("operator|min$|max$", cursor.spelling):
             self._swap_arguments(_typed_arguments(cursor), function)
+        if kind == Kind.CALL_EXPR:
+            self._change_call(cursor, span, function)
+        if kind == Kind.CXX_NEW_EXPR:
+            self._forget_parent(cursor, function)
+        if kind == Kind.DECL_REF_EXPR:
+            self._change_enumerator(cursor, span, function)
+        self._reset_member(cursor, function)
         if kind == Kind.INIT_LIST_EXPR:
             elements = [(each, _plain(each.type)) for each in cursor.get_children()]
             self._swap_arguments(elements, function)
@@ -300,6 +323,55 @@ class _Finder:
         elif text.startswith("-") and not text[1:].isdigit():
             self._change(function, "arithmetic", *span, text[1:])
 
+    def _change_call(self, call: Cursor, span: tuple[int, int], function: str) -> None:
+        """Forgets the owner of what is created or shown, a translation, or the operator's input."""
+        text = self._text(*span)
+        translated = re.fullmatch(r"tr\((\".*\")\)", text, re.DOTALL)
+        if translated:
+            self._change(function, "untranslated", *span, f"QStringLiteral({translated[1]})")
+        if re.fullmatch(r".*(?:\bprocessEvents|[lL]oop\.exec)\(\)", text, re.DOTALL):
+            flag = "QEventLoop::ExcludeUserInputEvents"
+            self._change(function, "events", span[1] - 1, span[1] - 1, flag)
+        if call.spelling == "connect":
+            return
+        for argument in call.get_arguments():
+            where = self._span(argument)
+            if where and self._text(*where) == "this":
+                self._change(function, "parent", *where, "nullptr")
+
+    def _forget_parent(self, new: Cursor, function: str) -> None:
+        for call in new.get_children():
+            arguments = list(call.get_arguments()) if call.kind == Kind.CALL_EXPR else []
+            where = self._span(arguments[0]) if len(arguments) == 1 else None
+            if where and arguments[0].type.get_canonical().kind == cindex.TypeKind.POINTER:
+                self._change(function, "parent", *where, "nullptr")
+
+    def _change_enumerator(self, cursor: Cursor, span: tuple[int, int], function: str) -> None:
+        enumerator = cursor.referenced
+        if enumerator is None or enumerator.kind != Kind.ENUM_CONSTANT_DECL:
+            return
+        others = [
+            each
+            for each in enumerator.semantic_parent.get_children()
+            if each.kind == Kind.ENUM_CONSTANT_DECL
+        ]
+        at = [each.spelling for each in others].index(enumerator.spelling)
+        for other in others[at + 1 :] + others[:at]:
+            if other.enum_value != enumerator.enum_value:
+                text = self._text(*span)
+                changed = text[: len(text) - len(enumerator.spelling)] + other.spelling
+                self._change(function, "enumerator", *span, changed)
+                return
+
+    def _reset_member(self, cursor: Cursor, function: str) -> None:
+        """Has a member lose its value where it is given one."""
+        operands = list(cursor.get_children())
+        if not _is_assignment(cursor) or operands[0].kind != Kind.MEMBER_REF_EXPR:
+            return
+        value = self._span(operands[-1])
+        if value and self._text(*value) not in ("{}", "0", "false", "nullptr"):
+            self._change(function, "reset", *value, "{}")
+
     def _negate(self, condition: Cursor, function: str) -> None:
         span = self._span(condition)
         if span and condition.kind.is_expression() and not self._negates_itself(condition):
@@ -329,6 +401,9 @@ class _Finder:
             )
             if is_expression or (leaves and not is_last):
                 self._change(function, "drop", *span, "")
+            text = self._text(*span)
+            if is_expression and re.match(r"emit\s|(?:QObject::)?connect\(", text):
+                self._change(function, "repeat", *span, f"{text}; {text}")
             if is_expression and previous is not None:
                 self._swap_statements(previous, statement, function)
             previous = statement if is_expression else None

@@ -103,11 +103,11 @@ class FindingMutants(unittest.TestCase):
 
     def test_an_emit_goes_with_its_signal(self) -> None:
         code = "#define emit\nvoid a();\nvoid f() { emit a(); }"
-        self.assertEqual(self.changes(code), {("drop", "emit a()", "")})
+        self.assertIn(("drop", "emit a()", ""), self.changes(code))
 
     def test_assignments_that_commute_are_not_swapped(self) -> None:
         code = "struct S { int x; int y; }; void f(S &s, int v) { s.x = v; s.y = v; }"
-        self.assertEqual({change[0] for change in self.changes(code)}, {"drop"})
+        self.assertNotIn("swap-statements", {change[0] for change in self.changes(code)})
 
     def test_arguments_of_one_type_are_swapped(self) -> None:
         self.assertEqual(
@@ -122,6 +122,57 @@ class FindingMutants(unittest.TestCase):
     def test_texts_change_inside_macros_too(self) -> None:
         code = '#define TEXT(x) x\nconst char *const kText = TEXT("ab\\n");'
         self.assertEqual(self.changes(code), {("text", '"ab\\n"', '"ac\\n"')})
+
+    def test_connections_and_signals_come_twice(self) -> None:
+        code = "#define emit\nvoid connect(int); void a();\nvoid f() { connect(1); emit a(); }"
+        self.assertLessEqual(
+            {
+                ("repeat", "connect(1)", "connect(1); connect(1)"),
+                ("repeat", "emit a()", "emit a(); emit a()"),
+            },
+            self.changes(code),
+        )
+
+    def test_what_is_created_or_shown_loses_its_owner(self) -> None:
+        code = """struct Part { Part(Part *owner); };
+            void show(Part *owner); void connect(Part *receiver);
+            struct Whole : Part { void f() { new Part(this); show(this); connect(this); } };"""
+        parents = {change for change in self.changes(code) if change[0] == "parent"}
+        self.assertEqual(parents, {("parent", "this", "nullptr")})
+        self.assertEqual(len([each for each in self.find(code) if each.operator == "parent"]), 2)
+
+    def test_a_translation_is_forgotten(self) -> None:
+        code = 'int tr(const char *); int f() { return tr("text"); }'
+        self.assertIn(("untranslated", 'tr("text")', 'QStringLiteral("text")'), self.changes(code))
+
+    def test_waiting_for_events_excludes_the_operator(self) -> None:
+        code = """struct Loop { int exec(int = 0); }; void processEvents(int = 0);
+            void f() { Loop m_loop; m_loop.exec(); processEvents(); processEvents(1); }"""
+        events = [each for each in self.find(code) if each.operator == "events"]
+        self.assertEqual(len(events), 2)
+        changed = events[0].apply(code.encode()).decode()
+        self.assertIn("m_loop.exec(QEventLoop::ExcludeUserInputEvents)", changed)
+
+    def test_an_enumerator_becomes_the_next_but_not_as_a_label(self) -> None:
+        code = """enum Kind { One, Same = One, Other };
+            int f(Kind kind) { switch (kind) { case One: break; } return g(One); }"""
+        code = "int g(int);\n" + code
+        self.assertEqual(
+            [change for change in self.changes(code) if change[0] == "enumerator"],
+            [("enumerator", "One", "Other")],
+        )
+
+    def test_a_member_loses_its_value(self) -> None:
+        code = "struct S { int m; int n; void f(int v) { m = v; n = 0; } };"
+        resets = {change for change in self.changes(code) if change[0] == "reset"}
+        self.assertEqual(resets, {("reset", "v", "{}")})
+
+    def test_a_timer_is_restarted_where_it_is_not_started(self) -> None:
+        code = """struct QTimer { void start(); }; void g();
+            struct S { QTimer m_timer; void f() { g(); } void h() { m_timer.start(); } };"""
+        restarts = [each for each in self.find(code) if each.operator == "restart"]
+        self.assertEqual([each.function for each in restarts], ["S::f"])
+        self.assertIn("f() { m_timer.start(); g(); }", restarts[0].apply(code.encode()).decode())
 
     def test_an_id_outlives_changes_elsewhere(self) -> None:
         line = "int f(int a) { return a + a; }"
