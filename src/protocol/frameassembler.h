@@ -48,6 +48,8 @@ public:
     void take(unsigned char byte, Listener &listener);
 
 private:
+    friend class FrameAssemblerState; // a test's, which visits every state
+
     void begin(unsigned char length, Listener &listener);
     void collect(unsigned char byte, Listener &listener);
     void finish(unsigned char lastByte, Listener &listener);
