@@ -22,6 +22,24 @@ QByteArray rawPrefix()
     return "0123456789abcdefghijklmnopqrstuv";
 }
 
+/// Base64 once more, bit by bit.
+QByteArray decoded(const QByteArray &text)
+{
+    const QByteArray alphabet("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
+    QByteArray bits;
+    for (const char character : text) {
+        const int value = alphabet.indexOf(character);
+        if (value >= 0) {
+            bits += QByteArray::number(value, 2).rightJustified(6, '0');
+        }
+    }
+    QByteArray bytes;
+    for (int bit = 0; bit + 8 <= bits.size(); bit += 8) {
+        bytes += static_cast<char>(bits.mid(bit, 8).toInt(nullptr, 2));
+    }
+    return bytes;
+}
+
 } // namespace
 
 class FirmwareImageTest : public QObject {
@@ -107,6 +125,20 @@ private slots:
         QCOMPARE(FirmwareImage(contents).firmware().toHex(), firmware.toHex());
     }
 
+    void takesEveryByteAtEachPlaceOfAGroup()
+    {
+        for (const QByteArray group : {"QUJD", "QUJDREVG", "QUJDR", "QUJDRA", "QUJDREU", "QUI="}) {
+            for (int place = 0; place < 4; ++place) {
+                for (int byte = 0; byte < 256; ++byte) {
+                    QByteArray body = group;
+                    body[place] = static_cast<char>(byte);
+                    const FirmwareImage image(header() + rawPrefix() + body);
+                    QCOMPARE(image.firmware().toHex(), (rawPrefix() + decoded(body)).toHex());
+                }
+            }
+        }
+    }
+
     void readsAFileAsItIs()
     {
         QTemporaryFile file;
@@ -117,6 +149,25 @@ private slots:
         QVERIFY(image.has_value());
         QVERIFY(image->hasMagic());
         QCOMPARE(image->firmware(), rawPrefix() + "ABCDEF");
+    }
+
+    void readsAFileOfAnyName_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("outside ASCII") << QString::fromUtf8("Bündel-カメラ.img");
+        QTest::newRow("blanks around") << " image ";
+        QTest::newRow("longer than usual") << QString(200, 'n');
+    }
+
+    void readsAFileOfAnyName()
+    {
+        QFETCH(QString, name);
+        const QTemporaryDir directory;
+        QFile file(directory.filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(header());
+        file.close();
+        QVERIFY(FirmwareImage::read(directory.filePath(name)).has_value());
     }
 
     void readsAFileOfTheLargestSize()

@@ -46,6 +46,25 @@ private slots:
         QCOMPARE(int(FirmwarePacket::at(312, 40000).length), 64);
     }
 
+    // No QCOMPARE for each of the 67 million packets: that would take most of the time.
+    void everySizeOfUpTo131072BytesIsCovered()
+    {
+        for (int size = 0; size <= 131072; ++size) {
+            const int count = FirmwarePacket::count(size);
+            int end = 0;
+            bool isRight = true;
+            for (int i = 0; i < count; ++i) {
+                const FirmwarePacket packet = FirmwarePacket::at(i, size);
+                const bool isLast = i + 1 == count;
+                isRight = isRight && packet.offset == end && packet.number == (i + 1) % 256
+                    && packet.length >= 1 && packet.length <= 128
+                    && (isLast || packet.length == 128);
+                end += packet.length;
+            }
+            QVERIFY2(isRight && end == size, QByteArray::number(size).constData());
+        }
+    }
+
     void theLargestFirmwareIsWhatTheSizeFieldCanSay()
     {
         QCOMPARE(FirmwarePacket::kMaximumFirmwareSize, 16777215);

@@ -75,6 +75,30 @@ private slots:
         QTEST(int(report.zoomOffset), "zoomOffset");
     }
 
+    void readsEveryByteOfTheSettingsBlock()
+    {
+        // Which byte of the payload each field is.
+        const std::array<int, 7> places{4, 7, 8, 9, 10, 11, 12};
+        for (int place = 0; place < 13; ++place) {
+            for (int byte = 0; byte < 256; ++byte) {
+                QByteArray payload(13, '\x01');
+                payload[place] = static_cast<char>(byte);
+                const auto report = DeviceReply(delivered(payload.toHex())).settings();
+                const std::array<int, 7> fields{
+                    report.targetMissing, report.firstDirectionFlag, report.secondDirectionFlag,
+                    report.panTracking,   report.tiltTracking,       report.autoZoom,
+                    report.zoomOffset};
+                for (std::size_t i = 0; i < fields.size(); ++i) {
+                    const int expected = byte < 128 ? byte : byte - 256;
+                    QCOMPARE(fields[i], places[i] == place ? expected : 1);
+                }
+                QCOMPARE(report.isUpsideDown(), byte != 0 || (place != 7 && place != 8));
+                const int modeWithoutTheFlag = place == 9 ? 3 : (place == 10 ? 2 : 1);
+                QCOMPARE(report.autoTracking(), byte != 0 ? 1 : modeWithoutTheFlag);
+            }
+        }
+    }
+
     void missingBytesReadAsZero_data()
     {
         QTest::addColumn<int>("size");
@@ -127,6 +151,19 @@ private slots:
     {
         QFETCH(QByteArray, payload);
         QTEST(DeviceReply(delivered(payload)).customZoom(), "zoom");
+    }
+
+    void combinesEveryPairOfBytes()
+    {
+        QByteArray frame = delivered("0000");
+        for (int high = 0; high < 256; ++high) {
+            for (int low = 0; low < 256; ++low) {
+                frame[12] = static_cast<char>(high);
+                frame[13] = static_cast<char>(low);
+                QCOMPARE(DeviceReply(frame).customZoom(),
+                         high * 256 + low - (high < 128 ? 0 : 65536) - (low < 128 ? 0 : 256));
+            }
+        }
     }
 };
 

@@ -38,6 +38,22 @@ private slots:
         QTEST(cameraSettingsPayload(settings).toHex(' '), "payload");
     }
 
+    void everyByteTravelsInItsPlace()
+    {
+        for (int byte = 0; byte < 256; ++byte) {
+            const QByteArray hex = QByteArray(1, static_cast<char>(byte)).toHex();
+            CameraSettings settings{byte, 0, false, 0, 0};
+            QCOMPARE(cameraSettingsPayload(settings).toHex(' '), hex + " 00 00 00 00");
+            settings = {0, byte, false, 0, 0};
+            QCOMPARE(cameraSettingsPayload(settings).toHex(' '), "00 " + hex + " 00 00 00");
+            settings = {0, 0, false, byte, 0};
+            QCOMPARE(cameraSettingsPayload(settings).toHex(' '), "00 00 00 " + hex + " 00");
+            settings = {0, 0, false, 0, byte};
+            QCOMPARE(cameraSettingsPayload(settings).toHex(' '), "00 00 00 00 " + hex);
+            QCOMPARE(customZoomPayload(static_cast<unsigned char>(byte)).toHex(' '), hex + " 00");
+        }
+    }
+
     void whatIsNotSetIsOff()
     {
         QCOMPARE(cameraSettingsPayload(CameraSettings()).toHex(' '), QByteArray("00 00 00 00 00"));
@@ -63,6 +79,16 @@ private slots:
     {
         QFETCH(int, size);
         QTEST(firmwareSizePayload(size).toHex(' '), "payload");
+    }
+
+    void everySizeOfUpTo131072BytesTravels()
+    {
+        for (int size = 0; size <= 131072; ++size) {
+            const QByteArray payload = firmwareSizePayload(size);
+            QCOMPARE(payload.size(), 4);
+            QCOMPARE(payload.at(0), '\x02');
+            QCOMPARE(payload.mid(1).toHex().toInt(nullptr, 16), size);
+        }
     }
 };
 
