@@ -11,6 +11,8 @@ int main(int argc, char *argv[])
     // Keeps Qt from loading OpenGL: nothing here is drawn with it, and loading it takes much of the
     // time until the window shows.
     qputenv("QT_XCB_GL_INTEGRATION", "none");
+    // Also for pictures of twice the size, which lie beside the others as NAME@2x.png.
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     const QApplication application(argc, argv);
     QApplication::setDesktopFileName(QStringLiteral(CORVANE_APPLICATION_ID));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/logo.png")));

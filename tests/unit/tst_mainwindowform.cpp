@@ -555,6 +555,12 @@ private slots:
             const QImage image(QStringLiteral(":/images/%1.png").arg(QLatin1String(name)), "PNG");
             QVERIFY2(!image.isNull(), name);
         }
+        // Those that the form draws are there for screens of twice the density too.
+        for (const char *name :
+             {"main_banner", "abiut_link", "abiut_hover", "lag_link", "lag_hover", "down_arrow"}) {
+            const QString path = QStringLiteral(":/images/%1%2.png").arg(QLatin1String(name));
+            QCOMPARE(QImage(path.arg("@2x")).size(), QImage(path.arg("")).size() * 2);
+        }
     }
 
     void retranslatesEveryTextInTreeOrder()
