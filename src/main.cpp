@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "mainwindow.h"
+#include "readablelook.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -16,6 +17,7 @@ int main(int argc, char *argv[])
     const QApplication application(argc, argv);
     QApplication::setDesktopFileName(QStringLiteral(CORVANE_APPLICATION_ID));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/logo.png")));
+    QApplication::setPalette(readablePalette());
     MainWindow window;
     window.show();
     return QApplication::exec();

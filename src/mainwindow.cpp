@@ -3,12 +3,13 @@
 
 #include "mainwindow.h"
 
-#include "acknowledgementwait.h"
 #include "devicereply.h"
 #include "firmwareimage.h"
 #include "firmwarepacket.h"
 #include "hangupdetector.h"
+#include "readablelook.h"
 #include "requestpayload.h"
+#include "resultannouncer.h"
 #include "ui_mainwindow.h"
 #include "version.h"
 
@@ -18,7 +19,6 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QScopedValueRollback>
-#include <QStyledItemDelegate>
 #include <QThread>
 
 using namespace std::chrono_literals;
@@ -37,11 +37,9 @@ MainWindow::MainWindow(QWidget *parent)
     ui->pushButton_cancel_upgrade->hide();
     ui->comboBox_baudrate->addItem(QStringLiteral("115200"), 115200);
     updateSettings();
-    // With its own delegate, Fusion highlights rows in the field's colours: black on black.
-    const auto boxes = findChildren<QComboBox *>();
-    for (QComboBox *const box : boxes) {
-        box->setItemDelegate(new QStyledItemDelegate(box));
-    }
+    new ResultAnnouncer(ui->textEdit_device_info);
+    new ResultAnnouncer(ui->textEdit_firmware_info);
+    markFocusAndChoice(this);
 
     m_statusLabel = new QLabel;
     m_ringBuffer.clear();

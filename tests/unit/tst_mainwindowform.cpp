@@ -75,6 +75,15 @@ struct Enabled {
 struct Flat {
     bool flat = false;
 };
+/// What a screen reader speaks besides the text.
+struct Spoken {
+    const char *spokenName = "";
+    const char *description = "";
+};
+/// The control that a label names.
+struct Buddy {
+    const char *buddy = "";
+};
 struct Layout {
     int spacing = 0;
     int margin = 0; ///< on all four sides
@@ -100,7 +109,7 @@ template <typename... Settings> struct Row : Settings... {
     const char *className;
 };
 using Part = Row<In, Geometry, Text, Font, Style, Rules, Policy, Minimum, Maximum, IconSize,
-                 Enabled, Flat, Layout, Spacer>;
+                 Enabled, Flat, Spoken, Buddy, Layout, Spacer>;
 
 constexpr auto kFixed = QSizePolicy::Fixed;
 constexpr auto kMinimum = QSizePolicy::Minimum;
@@ -210,14 +219,15 @@ std::vector<Part> partsOf(const Form &form)
          Text{"Corvane"}},
         {PART(centralWidget), "QWidget", In{"MainWindow"}},
         {PART(groupBox_serialport), "QGroupBox", In{"centralWidget"}, Geometry{{20, 100, 960, 80}},
-         Policy{kFixed, kFixed}, kSerialGroupStyle},
+         Policy{kFixed, kFixed}, kSerialGroupStyle, Spoken{"Connection"}},
         {PART(horizontalLayout), "QHBoxLayout", In{"groupBox_serialport"}, Layout{6, 11}},
         label(PART(label_port), In{"horizontalLayout"}, Text{"Port :"},
-              Policy{kMaximum, kPreferred}),
+              Policy{kMaximum, kPreferred}, Buddy{"comboBox_portlist"}),
         {PART(comboBox_portlist), "SerialPortComboBox", In{"horizontalLayout"}, Text{nullptr},
          Minimum{{95, 25}}, kFont12, kSerialComboBoxRules, IconSize{{50, 50}}},
         {"gap before the baud rate", nullptr, "QSpacerItem", In{"horizontalLayout"}, kGap},
-        label(PART(label_baudrate), In{"horizontalLayout"}, Text{"Baudrate:"}),
+        label(PART(label_baudrate), In{"horizontalLayout"}, Text{"Baudrate:"},
+              Buddy{"comboBox_baudrate"}),
         {PART(comboBox_baudrate), "QComboBox", In{"horizontalLayout"}, Policy{kPreferred, kFixed},
          Minimum{{95, 25}}, kFont12, kSerialComboBoxRules, IconSize{{50, 50}}},
         {"gap before Connect", nullptr, "QSpacerItem", In{"horizontalLayout"}, kGap},
@@ -234,13 +244,14 @@ std::vector<Part> partsOf(const Form &form)
         {"stretch that pushes the tool buttons to the right", nullptr, "QSpacerItem",
          In{"horizontalLayout_2"}, kStretch},
         {PART(toolButton_about), "QToolButton", In{"horizontalLayout_2"}, Text{"About"}, kFont12,
-         kAboutRules, IconSize{{34, 34}}},
+         kAboutRules, IconSize{{34, 34}}, Spoken{"", "Shows the version of Corvane"}},
         {PART(toolButton_language), "QToolButton", In{"horizontalLayout_2"}, Text{"Language"},
          kFont12, kLanguageRules, IconSize{{34, 34}}},
 
         {PART(tabWidget), "QTabWidget", In{"centralWidget"}, Geometry{{20, 180, 960, 500}}, kFont12,
-         kTabWidgetRules},
-        {PART(tab_control), "QWidget", In{"qt_tabwidget_stackedwidget"}, Minimum{{959, 469}}},
+         kTabWidgetRules, Spoken{"Pages"}},
+        {PART(tab_control), "QWidget", In{"qt_tabwidget_stackedwidget"}, Minimum{{959, 469}},
+         Spoken{"Camera Setting"}},
         {PART(gridLayout), "QGridLayout", In{"tab_control"}, Layout{5, 12}},
         {PART(groupBox_button), "QGroupBox", In{"gridLayout", 4, 1}, Maximum{{460, 120}},
          kButtonGroupStyle},
@@ -248,78 +259,92 @@ std::vector<Part> partsOf(const Form &form)
         {"gap above Default and Apply", nullptr, "QSpacerItem", In{"gridLayout_2", 0, 0, 1, 2},
          kVerticalGap},
         pushButton(PART(pushButton_default), In{"gridLayout_2", 1, 0}, Text{"Default"},
-                   Minimum{{132, 30}}, kArialBlack12, Flat{true}),
+                   Minimum{{132, 30}}, kArialBlack12, Flat{true},
+                   Spoken{"", "Fills in the usual settings and sends nothing"}),
         pushButton(PART(pushButton_apply), In{"gridLayout_2", 1, 1}, Text{"Apply"},
-                   Minimum{{132, 30}}, kArialBlack12, Flat{true}),
+                   Minimum{{132, 30}}, kArialBlack12, Flat{true},
+                   Spoken{"", "Sends all settings to the camera"}),
         {"gap below Default and Apply", nullptr, "QSpacerItem", In{"gridLayout_2", 2, 0, 1, 2},
          kVerticalGap},
         {PART(groupBox_autozoom), "QGroupBox", In{"gridLayout", 0, 1}, Minimum{{0, 25}},
          kSettingGroupStyle},
         {PART(verticalLayout_2), "QVBoxLayout", In{"groupBox_autozoom"}, Layout{5, 12}},
-        label(PART(label_autozoom), In{"verticalLayout_2"}, Text{"Auto Zoom :"}),
+        label(PART(label_autozoom), In{"verticalLayout_2"}, Text{"Auto Zoom :"},
+              Buddy{"comboBox_autozoom"}),
         settingComboBox(PART(comboBox_autozoom), In{"verticalLayout_2"}, Text{"OFF|ON"}),
         {PART(groupBox_zoomoffset), "QGroupBox", In{"gridLayout", 1, 1}, Minimum{{0, 25}},
          kSettingGroupStyle},
         {PART(verticalLayout_3), "QVBoxLayout", In{"groupBox_zoomoffset"}, Layout{5, 12}},
-        label(PART(label_autozoom_2), In{"verticalLayout_3"}, Text{"Zoom Offset:"}),
+        label(PART(label_autozoom_2), In{"verticalLayout_3"}, Text{"Zoom Offset:"},
+              Buddy{"comboBox_zoomoffset"}),
         settingComboBox(PART(comboBox_zoomoffset), In{"verticalLayout_3"}, Text{"0|1|2|Custom"}),
         {PART(groupBox_targetmissing), "QGroupBox", In{"gridLayout", 1, 0}, kSettingGroupStyle},
         {PART(verticalLayout_4), "QVBoxLayout", In{"groupBox_targetmissing"}, Layout{5, 12}},
         label(PART(label_targetmissing), In{"verticalLayout_4"},
-              Text{"Target Missing Compensation :"}),
+              Text{"Target Missing Compensation :"}, Buddy{"comboBox_targetmissing"}),
         settingComboBox(PART(comboBox_targetmissing), In{"verticalLayout_4"},
                         Text{"OFF|ON (Home)|Preset 0|Preset 1|Preset 2"
                              "|Preset 3|Preset 4|Preset 5|Preset 6|Preset 7"}),
         {PART(groupBox_autotracking), "QGroupBox", In{"gridLayout", 0, 0}, kSettingGroupStyle},
         {PART(verticalLayout), "QVBoxLayout", In{"groupBox_autotracking"}, Layout{5, 12}},
-        {PART(label_autotracking), "QLabel", In{"verticalLayout"}, Text{"Auto Tracking :"},
-         kFont12},
+        {PART(label_autotracking), "QLabel", In{"verticalLayout"}, Text{"Auto Tracking :"}, kFont12,
+         Buddy{"comboBox_autotracking"}},
         settingComboBox(PART(comboBox_autotracking), In{"verticalLayout"},
                         Text{"OFF|Auto Tracking|Pan Tracking|Tilt Tracking"}),
         {PART(groupBox_camera_settings), "QGroupBox", In{"gridLayout", 3, 0}, kCameraGroupStyle},
         {PART(verticalLayout_5), "QVBoxLayout", In{"groupBox_camera_settings"}, Layout{5, 12}},
         label(PART(label_camera_settings), In{"verticalLayout_5"},
               Text{"Camera Installed direction :"}, Policy{kMinimum, kMinimum}),
-        {PART(groupBox_Cam_Install), "QGroupBox", In{"verticalLayout_5"}, kFramedGroupStyle},
+        {PART(groupBox_Cam_Install), "QGroupBox", In{"verticalLayout_5"}, kFramedGroupStyle,
+         Spoken{"Camera Installed direction"}},
         {PART(horizontalLayout_3), "QHBoxLayout", In{"groupBox_Cam_Install"}, Layout{6, 11}},
         {PART(radioButton_upright), "QRadioButton", In{"horizontalLayout_3"}, Text{"Upright"},
          kFont12, IconSize{{25, 25}}},
         {PART(radioButton_upside_down), "QRadioButton", In{"horizontalLayout_3"},
          Text{"Upside down"}, kFont12},
         {PART(textEdit_device_info), "QTextEdit", In{"gridLayout", 4, 0},
-         Policy{kPreferred, kPreferred}, Maximum{{460, 120}}, kFont12, kDeviceInfoStyle},
+         Policy{kPreferred, kPreferred}, Maximum{{460, 120}}, kFont12, kDeviceInfoStyle,
+         Spoken{"Device information", "The version of the camera and the last zoom preset"}},
         {PART(groupBox_camera_custom_zoom), "QGroupBox", In{"gridLayout", 3, 1}, kCameraGroupStyle},
         {PART(verticalLayout_6), "QVBoxLayout", In{"groupBox_camera_custom_zoom"}, Layout{5, 12}},
         label(PART(label_camera_custom_zoom), In{"verticalLayout_6"}, Text{"Camera Custom Zoom :"}),
-        {PART(groupBox_Cam_Custom_Zoom), "QGroupBox", In{"verticalLayout_6"}, kFramedGroupStyle},
+        {PART(groupBox_Cam_Custom_Zoom), "QGroupBox", In{"verticalLayout_6"}, kFramedGroupStyle,
+         Spoken{"Camera Custom Zoom"}},
         {PART(horizontalLayout_4), "QHBoxLayout", In{"groupBox_Cam_Custom_Zoom"}, Layout{6, 11}},
         pushButton(PART(pushButton_custom_zoom_1), In{"horizontalLayout_4"}, Text{"Zoom 1"},
-                   Minimum{{132, 30}}, kArial12, Flat{true}),
+                   Minimum{{132, 30}}, kArial12, Flat{true},
+                   Spoken{"", "Lets the camera set its first zoom preset"}),
         pushButton(PART(pushButton_custom_zoom_2), In{"horizontalLayout_4"}, Text{"Zoom 2"},
-                   Minimum{{132, 30}}, kArial12, Flat{true}),
+                   Minimum{{132, 30}}, kArial12, Flat{true},
+                   Spoken{"", "Lets the camera set its second zoom preset"}),
 
-        {PART(tab_firmware_update), "QWidget", In{"qt_tabwidget_stackedwidget"}},
+        {PART(tab_firmware_update), "QWidget", In{"qt_tabwidget_stackedwidget"},
+         Spoken{"Firmware Update"}},
         {PART(gridLayout_6), "QGridLayout", In{"tab_firmware_update"}, Layout{10, 20}},
         {PART(groupBox), "QGroupBox", In{"gridLayout_6", 1, 0}, Text{"Step 2:"}, kFont12},
         {PART(gridLayout_8), "QGridLayout", In{"groupBox"}, Layout{12, 12}},
         pushButton(PART(pushButton_start_upgrade), In{"gridLayout_8", 0, 0}, Text{"Upgrade"},
-                   Enabled{false}, Minimum{{132, 35}}, kFont12),
+                   Enabled{false}, Minimum{{132, 35}}, kFont12,
+                   Spoken{"", "Sends the firmware to the camera"}),
         pushButton(PART(pushButton_cancel_upgrade), In{"gridLayout_8", 0, 1}, Text{"Cancel"},
                    Enabled{false}, Minimum{{132, 35}}, kFont12),
         {"stretch beside Cancel", nullptr, "QSpacerItem", In{"gridLayout_8", 0, 2}, kStretch},
         {PART(progressBar_updating), "QProgressBar", In{"gridLayout_8", 1, 0, 1, 3}, kFont12,
-         kProgressBarStyle},
+         kProgressBarStyle, Spoken{"Upload"}},
         {PART(groupBox_step1), "QGroupBox", In{"gridLayout_6", 0, 0}, Text{"Step 1:"}, kFont12},
         {PART(gridLayout_7), "QGridLayout", In{"groupBox_step1"}, Layout{12, 12}},
         pushButton(PART(pushButton_choose_file), In{"gridLayout_7", 0, 0}, Text{"Choose file"},
-                   Minimum{{132, 35}}, kFont12),
+                   Minimum{{132, 35}}, kFont12, Spoken{"", "Chooses the firmware image"}),
         {"stretch beside Choose file", nullptr, "QSpacerItem", In{"gridLayout_7", 0, 1}, kStretch},
         {PART(lineEdit_firmware), "QLineEdit", In{"gridLayout_7", 1, 0, 1, 2},
-         Policy{kPreferred, kMaximum}, Minimum{{0, 25}}},
+         Policy{kPreferred, kMaximum}, Minimum{{0, 25}},
+         Spoken{"Firmware image", "The path of the file"}},
         {PART(textEdit_firmware_info), "QTextEdit", In{"gridLayout_6", 2, 0}, kFont12,
-         kFirmwareInfoStyle},
+         kFirmwareInfoStyle,
+         Spoken{"Firmware information",
+                "The versions of the image and the outcome of the upgrade"}},
 
-        {PART(statusBar), "QStatusBar", In{"MainWindow"}},
+        {PART(statusBar), "QStatusBar", In{"MainWindow"}, Maximum{{QWIDGETSIZE_MAX, 20}}},
     };
 #undef PART
 }
@@ -807,6 +832,13 @@ private:
         }
         if (const auto *button = qobject_cast<const QPushButton *>(widget)) {
             QVERIFY(!button->isCheckable());
+        }
+
+        QCOMPARE(widget->accessibleName(), QLatin1String(part.spokenName));
+        QCOMPARE(widget->accessibleDescription(), QLatin1String(part.description));
+        if (const auto *label = qobject_cast<const QLabel *>(widget)) {
+            const QWidget *const buddy = label->buddy();
+            QCOMPARE(buddy ? buddy->objectName() : QString(), QLatin1String(part.buddy));
         }
 
         if (!part.geometry.isNull()) {

@@ -175,6 +175,43 @@ private slots:
         QCOMPARE(missed, QStringList());
     }
 
+    void theFocusIsFramed_data()
+    {
+        addRows<int, QByteArray>({"page", "control"},
+                                 {{"a button", 0, "pushButton_disconnect"},
+                                  {"a button that is flat", 0, "pushButton_apply"},
+                                  {"on the banner", 0, "toolButton_about"},
+                                  {"the tabs", 0, kTabBar},
+                                  {"a list", 0, "comboBox_autotracking"},
+                                  {"a direction", 0, "radioButton_upright"},
+                                  {"a pane", 0, "textEdit_device_info"},
+                                  {"the path", 1, "lineEdit_firmware"}});
+    }
+
+    void theFocusIsFramed()
+    {
+        QFETCH(int, page);
+        QFETCH(QByteArray, control);
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.isActive);
+        QVERIFY(fixture.connectCamera());
+        fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(page);
+        QWidget *const widget = fixture.widget(control);
+        const QPoint beside = widget->mapTo(&fixture.window, QPoint(-1, widget->height() / 2));
+        const QPoint outside = beside - QPoint(2, 0);
+        fixture.window.focusWidget()->clearFocus();
+        QVERIFY(fixture.window.grab().toImage().pixelColor(beside) != QColor(Qt::black));
+
+        // Black can be seen on the window's ground, white on the banner's.
+        widget->setFocus();
+        const QImage framed = fixture.window.grab().toImage();
+        QCOMPARE(framed.pixelColor(beside), QColor(Qt::black));
+        QCOMPARE(framed.pixelColor(outside), QColor(Qt::white));
+
+        widget->clearFocus();
+        QVERIFY(fixture.window.grab().toImage().pixelColor(beside) != QColor(Qt::black));
+    }
+
     void aTextPaneKeepsTabButNotTheOthers()
     {
         WindowAtTheKeyboard fixture;
