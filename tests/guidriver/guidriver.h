@@ -102,6 +102,15 @@ public:
         return order({{"do", "event loop gaps"}}) ? m_answer : QJsonObject();
     }
 
+    /// From now on what a screen reader would speak without being asked is kept.
+    bool listen() { return order({{"do", "listen"}}); }
+    /// The "objects" that a screen reader finds, the "contrasts" of the texts by their widgets, and
+    /// what was "heard"; see accessibility.h. Empty on failure.
+    QJsonObject accessibility()
+    {
+        return order({{"do", "accessibility"}}) ? m_answer : QJsonObject();
+    }
+
     /// From now on no wait of the program for an acknowledgement ends by its limit; with false,
     /// they do again, no sooner than they would have.
     bool holdLimits(bool holds) { return order({{"do", "hold limits"}, {"holds", holds}}); }

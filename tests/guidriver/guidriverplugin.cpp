@@ -3,6 +3,8 @@
 
 #include "guidriverplugin.h"
 
+#include "accessibility.h"
+
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
@@ -126,6 +128,7 @@ std::optional<QJsonObject> GuiDriverAgent::carryOut(const QJsonObject &order)
         {"hold limits", [&] { return holdLimits(order["holds"].toBool()); }},
         {"watch event loop", [this] { return watchEventLoop(); }},
         {"event loop gaps", [this] { return eventLoopGaps(); }},
+        {"listen", [] { return listen(); }},
     };
     if (always.contains(action)) {
         return always[action]();
@@ -135,6 +138,12 @@ std::optional<QJsonObject> GuiDriverAgent::carryOut(const QJsonObject &order)
     }
     if (action == "close") {
         return answerFirst(this, [] { mainWindow()->close(); });
+    }
+    if (action == "accessibility") {
+        return QJsonObject{{"ok", true},
+                           {"objects", Accessibility::objects(mainWindow())},
+                           {"contrasts", Accessibility::contrasts(mainWindow())},
+                           {"heard", Accessibility::heard()}};
     }
     auto *const widget = mainWindow()->findChild<QWidget *>(name);
     if (widget == nullptr) {
@@ -268,8 +277,12 @@ QJsonObject GuiDriverAgent::picture(const QString &path)
             area = area.united(window->frameGeometry());
         }
     }
-    const QPixmap picture = QGuiApplication::primaryScreen()->grabWindow(
-        0, area.x(), area.y(), area.width(), area.height());
+    QPixmap picture = QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(),
+                                                                   area.width(), area.height());
+    if (picture.isNull()) {
+        // Without a display, only the window itself can be looked at.
+        picture = mainWindow()->grab();
+    }
     return picture.save(path) ? ok() : error("cannot write " + path);
 }
 
@@ -293,6 +306,12 @@ QJsonObject GuiDriverAgent::state()
         state["dialog"] = dialog->windowTitle() + ": " + dialog->text();
     }
     return state;
+}
+
+QJsonObject GuiDriverAgent::listen()
+{
+    Accessibility::listen();
+    return ok();
 }
 
 QJsonObject GuiDriverAgent::holdLimits(bool holds)

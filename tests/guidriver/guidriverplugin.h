@@ -48,6 +48,7 @@ private:
     std::optional<QJsonObject> dismiss();
     static QJsonObject picture(const QString &path);
     static QJsonObject state();
+    static QJsonObject listen();
     QJsonObject holdLimits(bool holds);
     QJsonObject watchEventLoop();
     QJsonObject eventLoopGaps();
