@@ -38,8 +38,9 @@ bool DialogWatcher::eventFilter(QObject *watched, QEvent *event)
 {
     auto *const box = qobject_cast<QMessageBox *>(watched);
     if (box != nullptr && event->type() == QEvent::Show) {
-        m_seen << Seen{box->icon(), box->windowTitle(), box->text(), box->standardButtons(),
-                       box->parentWidget() != nullptr};
+        m_seen << Seen{box->icon(),         box->windowTitle(),
+                       box->text(),         box->standardButtons(),
+                       box->parentWidget(), box->windowModality()};
         if (m_answersAtOnce) {
             QTimer::singleShot(0, box, [box] { box->button(QMessageBox::Ok)->click(); });
         }

@@ -16,7 +16,8 @@ public:
         QString title;
         QString text;
         QMessageBox::StandardButtons buttons;
-        bool hasParent;
+        const QWidget *parent; ///< not to be used after its end
+        Qt::WindowModality modality;
     };
 
     /// @param answersAtOnce  whether each box is closed by its Ok button as soon as it is shown

@@ -7,6 +7,9 @@ namespace {
 
 LogCapture *current = nullptr;
 
+/// What status lines name as their source.
+const char *const kStatusSource = "mainwindow";
+
 } // namespace
 
 LogCapture::LogCapture()
@@ -44,7 +47,7 @@ QStringList LogCapture::statusTexts() const
     QStringList texts;
     const auto all = lines();
     for (const Line &line : all) {
-        if (line.file == QLatin1String("mainwindow")) {
+        if (line.file == QLatin1String(kStatusSource)) {
             texts << line.text;
         }
     }
@@ -59,15 +62,19 @@ void LogCapture::clear()
 
 void LogCapture::handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
+    QString text = message.trimmed();
     {
-        QString text = message.trimmed();
         if (text.size() >= 2 && text.startsWith(QLatin1Char('"'))
             && text.endsWith(QLatin1Char('"'))) {
             text = text.mid(1, text.size() - 2);
         }
         const std::lock_guard lock(current->m_mutex);
-        current->m_lines << Line{text, QString::fromLatin1(context.file), context.line,
-                                 QString::fromLatin1(context.function)};
+        current->m_lines << Line{type,         message,
+                                 text,         QString::fromLatin1(context.file),
+                                 context.line, QString::fromLatin1(context.function)};
     }
     current->m_previous(type, context, message);
+    if (current->atStatus && qstrcmp(context.file, kStatusSource) == 0) {
+        current->atStatus(text);
+    }
 }

@@ -5,6 +5,7 @@
 
 #include <QStringList>
 
+#include <functional>
 #include <mutex>
 
 /// Takes over the debug log while it lives, and remembers every line of it. Any thread may log.
@@ -12,6 +13,8 @@
 class LogCapture {
 public:
     struct Line {
+        QtMsgType type;
+        QString printed;
         QString text; ///< as printed, but without the quotes that QDebug puts around a string
         QString file;
         int line;
@@ -28,6 +31,9 @@ public:
     /// The lines that name "mainwindow" as their source: what the status channel carried.
     QStringList statusTexts() const;
     void clear();
+
+    /// Called with the text of each status line, at the moment at which the program writes it.
+    std::function<void(const QString &)> atStatus;
 
 private:
     static void handle(QtMsgType type, const QMessageLogContext &context, const QString &message);

@@ -43,6 +43,17 @@ void WaitLimits::passWhen(const QString &description, const std::function<bool()
     m_poll.start();
 }
 
+bool WaitLimits::runsAfter(int count) const
+{
+    return m_asked.size() == count + 1 && runs(m_waits.constLast());
+}
+
+int WaitLimits::timerId() const
+{
+    return !m_waits.isEmpty() && runs(m_waits.constLast()) ? m_waits.constLast().timer->timerId()
+                                                           : 0;
+}
+
 int WaitLimits::take(QTimer *timer, int limit)
 {
     // Only a wait for an acknowledgement is that particular about its end.
@@ -61,11 +72,15 @@ void WaitLimits::passIfDue()
            && (m_waits.constLast().timer == nullptr || !m_waits.constLast().timer->isActive())) {
         m_waits.removeLast();
     }
-    // Outside of its loop, a timer is left over from a wait that has ended.
-    const bool runs =
-        !m_waits.isEmpty() && QThread::currentThread()->loopLevel() > m_waits.constLast().loopLevel;
-    if (runs && m_condition()) {
+    if (!m_waits.isEmpty() && runs(m_waits.constLast()) && m_condition()) {
         m_poll.stop();
         m_waits.takeLast().timer->setInterval(0);
     }
+}
+
+bool WaitLimits::runs(const Wait &wait) const
+{
+    // Outside of its loop, a timer is left over from a wait that has ended.
+    return wait.timer != nullptr && wait.timer->isActive()
+        && QThread::currentThread()->loopLevel() > wait.loopLevel;
 }

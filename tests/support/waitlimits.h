@@ -27,6 +27,11 @@ public:
     QList<int> asked() const { return m_asked; }
     void clear() { m_asked.clear(); }
 
+    /// Whether a wait runs that has begun after @p count others since clear().
+    bool runsAfter(int count) const;
+    /// Of the innermost wait's timer: another after each start, 0 when none runs.
+    int timerId() const;
+
     /// Lets one limit pass, that of the innermost wait, as soon as @p condition holds while a wait
     /// runs.
     /// @param description  of the condition, for a test that fails
@@ -42,6 +47,7 @@ private:
     };
 
     void passIfDue();
+    bool runs(const Wait &wait) const;
 
     QList<int> m_asked;
     QList<Wait> m_waits; ///< the innermost last; some may have ended

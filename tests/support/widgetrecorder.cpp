@@ -5,8 +5,10 @@
 
 #include <QComboBox>
 #include <QEvent>
+#include <QLineEdit>
 #include <QProgressBar>
 #include <QRadioButton>
+#include <QTabWidget>
 #include <QTextEdit>
 #include <QWidget>
 
@@ -58,6 +60,11 @@ void WidgetRecorder::watchContents(QWidget *widget)
         connect(text, &QTextEdit::textChanged, this, [note, text] {
             note(text->toPlainText().replace(QLatin1Char('\n'), QLatin1Char('|')));
         });
+    } else if (auto *const line = qobject_cast<QLineEdit *>(widget)) {
+        connect(line, &QLineEdit::textChanged, this, note);
+    } else if (auto *const tabs = qobject_cast<QTabWidget *>(widget)) {
+        connect(tabs, &QTabWidget::currentChanged, this,
+                [note](int index) { note(QString::number(index)); });
     } else if (auto *const bar = qobject_cast<QProgressBar *>(widget)) {
         connect(bar, &QProgressBar::valueChanged, this,
                 [note](int value) { note(QString::number(value)); });

@@ -3,6 +3,8 @@
 
 #include "mainwindow.h"
 
+#include "patience.h"
+#include "recordingtranslator.h"
 #include "rows.h"
 #include "windowfixture.h"
 
@@ -10,7 +12,7 @@
 #include <QApplication>
 #include <QImage>
 #include <QLabel>
-#include <QtTest>
+#include <QStatusBar>
 
 class MainWindowTest : public QObject {
     Q_OBJECT
@@ -70,6 +72,7 @@ private slots:
         QVERIFY(port != nullptr);
         QCOMPARE(port->parent(), &window);
         QVERIFY(!port->isOpen());
+        QCOMPARE(port->readBufferSize(), 0); // no limit
         const QList<QPair<const char *, bool>> states{
             {"pushButton_connect", true}, {"pushButton_disconnect", false},
             {"comboBox_portlist", true},  {"comboBox_baudrate", true},
@@ -178,6 +181,26 @@ private slots:
         QCOMPARE(fixture.port()->baudRate(), 115200);
     }
 
+    void connectsWithTheSettingsAsTheyWereLastBuilt()
+    {
+        WindowFixture fixture;
+        {
+            const QSignalBlocker blocker(fixture.combo("comboBox_portlist"));
+            fixture.choosePort("ttyNone9 (USB Serial)");
+        }
+        QVERIFY(fixture.connectCamera());
+        QCOMPARE("/dev/" + fixture.port()->portName(), fixture.line.portName());
+    }
+
+    void takesTheBaudRateFromTheItemsData()
+    {
+        WindowFixture fixture;
+        fixture.combo("comboBox_baudrate")->setItemText(0, "9600");
+        fixture.call("updateSettings");
+        QVERIFY(fixture.connectCamera());
+        QCOMPARE(fixture.port()->baudRate(), 115200);
+    }
+
     void statusMessagesEndInTheLogUnderTheirOwnName()
     {
         MainWindow window;
@@ -185,7 +208,8 @@ private slots:
         window.showStatusMessage("some \"text\"");
         QCOMPARE(log.lines().size(), 1);
         const LogCapture::Line line = log.lines().constFirst();
-        QCOMPARE(line.text, QString("some \\\"text\\\""));
+        QCOMPARE(line.type, QtDebugMsg);
+        QCOMPARE(line.printed, QString("\"some \\\"text\\\"\""));
         QCOMPARE(line.file, QString("mainwindow"));
         QCOMPARE(line.line, 473);
         QCOMPARE(line.function, QString("void MainWindow::showStatusMessage(const QString &)"));
@@ -216,7 +240,6 @@ private slots:
         WindowFixture fixture;
         fixture.click("toolButton_about");
         QCOMPARE(fixture.dialogs.texts(), QStringList{"about: Corvane: Version 1.0.0.5"});
-        QVERIFY(fixture.dialogs.seen().constFirst().hasParent);
         QCOMPARE(fixture.log.statusTexts(), QStringList());
     }
 
@@ -283,13 +306,144 @@ private slots:
         QCOMPARE(log.statusTexts(), QStringList{"Disconnected"});
     }
 
-    void isDestroyedWithinOnePoll()
+    // Everything that an operator can come to read, in a language that wraps it in brackets.
+    void translatesWhatAnOperatorReadsAndNothingElse()
     {
-        auto window = std::make_unique<MainWindow>();
-        window->show();
-        const QPointer<MainWindow> guard(window.get());
-        window.reset();
-        QVERIFY(guard.isNull());
+        RecordingTranslator translator;
+        QCoreApplication::installTranslator(&translator);
+        QStringList panes; // outlives the window, which clears its panes at its end
+        WindowFixture fixture;
+        QCOMPARE(fixture.window.windowTitle(), QString("[Corvane]"));
+        translator.texts.clear();
+        for (const char *const name : {"textEdit_device_info", "textEdit_firmware_info"}) {
+            const auto *const pane = fixture.child<QTextEdit>(name);
+            connect(pane, &QTextEdit::textChanged, pane,
+                    [pane, &panes] { panes << pane->toPlainText(); });
+        }
+        const auto fail = [&fixture](const char *slot) {
+            fixture.letLimitPass();
+            fixture.call(slot);
+        };
+
+        fixture.choosePort("/dev/null (test)");
+        fixture.click("pushButton_connect");
+        const QString openError = fixture.port()->errorString();
+        fixture.choosePort(fixture.line.portName() + " (test line)");
+        fail("on_pushButton_connect_clicked");
+        QVERIFY(fixture.connectCamera());
+        fail("on_pushButton_apply_clicked");
+        fixture.replyWith(Frames::settingsAcknowledgement());
+        fixture.click("pushButton_apply");
+        fail("on_pushButton_custom_zoom_1_clicked");
+        fail("on_pushButton_custom_zoom_2_clicked");
+        fixture.replyWith(QByteArray::fromHex(Hex::zoomReply()));
+        fixture.click("pushButton_custom_zoom_1");
+        fixture.click("toolButton_about");
+        QString caption;
+        QTimer closer;
+        closer.callOnTimeout([&caption] {
+            if (QWidget *const dialog = QApplication::activeModalWidget()) {
+                caption = dialog->windowTitle();
+                dialog->close();
+            }
+        });
+        closer.start(10);
+        fixture.click("pushButton_choose_file");
+        closer.stop();
+        upgradeInEveryWay(fixture);
+
+        QCOMPARE(caption, QString("[Open File]"));
+        QCOMPARE(fixture.dialogs.texts(),
+                 QStringList({"[Error]: " + openError, "[Error]: [Connection fail!]",
+                              "[Error]: [Apply fail!]", "[Information]: [Apply Success.]",
+                              "[about]: Corvane: Version 1.0.0.5", "[Error]: [Connection timeout!]",
+                              "[Error]: [Transmission stop!]"}));
+        QCOMPARE(panesOfInterest(panes),
+                 QStringList({"[Device Version: ]1.0.a.10",
+                              "[Device Version: ]1.0.a.10|[Setting custom zoom 1 failed!]",
+                              "[Device Version: ]1.0.a.10|[Setting custom zoom 2 failed!]",
+                              "[Device Version: ]1.0.a.10|[Setting custom zoom: ]100",
+                              "[Firmware file error.]", "Protocol version: 0.0.0.0",
+                              "Protocol version: 0.0.0.0|Image version: 0.0.0.0",
+                              "Protocol version: 0.0.0.0|Image version: 0.0.0.0|"
+                              "Current version: 1.0.a.10",
+                              "[Update is complete. Device auto-rebooting.]"}));
+        QStringList translated = translator.texts;
+        translated.removeDuplicates();
+        translated.sort();
+        QCOMPARE(translated,
+                 QStringList({"Apply Success.", "Apply fail!", "Connection fail!",
+                              "Connection timeout!", "Device Version: ", "Error",
+                              "Firmware file error.", "Information", "Open File", "Open error",
+                              "Setting custom zoom 1 failed!", "Setting custom zoom 2 failed!",
+                              "Setting custom zoom: ", "Transmission stop!",
+                              "Update is complete. Device auto-rebooting.", "about"}));
+        QCOMPARE(fixture.log.statusTexts().filter("["), QStringList());
+
+        // Whatever has happened, these are as they were.
+        QCOMPARE(fixture.window.windowTitle(), QString("[Corvane]"));
+        QCOMPARE(fixture.child<QStatusBar>("statusBar")->currentMessage(), QString());
+        for (const char *const name : {"textEdit_device_info", "textEdit_firmware_info"}) {
+            QVERIFY(!fixture.child<QTextEdit>(name)->isReadOnly());
+        }
+        const QList<QMessageBox::Icon> icons{QMessageBox::Critical, QMessageBox::Critical,
+                                             QMessageBox::Critical, QMessageBox::Information,
+                                             QMessageBox::NoIcon,   QMessageBox::Critical,
+                                             QMessageBox::Critical};
+        for (int i = 0; i < icons.size(); ++i) {
+            const DialogWatcher::Seen box = fixture.dialogs.seen().at(i);
+            QCOMPARE(box.icon, icons.at(i));
+            QCOMPARE(box.parent, &fixture.window);
+            QCOMPARE(box.modality, Qt::ApplicationModal);
+            // The Ok of QMessageBox::about() does not count as a standard button.
+            QCOMPARE(box.buttons,
+                     box.icon == QMessageBox::NoIcon ? QMessageBox::NoButton : QMessageBox::Ok);
+        }
+    }
+
+private:
+    /// A file that is none, then one whose upgrade fails at the size, at the packet and not at all,
+    /// and which is none any more at the last start.
+    static void upgradeInEveryWay(WindowFixture &fixture)
+    {
+        ImageFile image("kvel");
+        fixture.enterFirmwarePath(image.fileName());
+        image.seek(0);
+        image.write(QByteArray("KVEL").leftJustified(160, '\0'));
+        image.flush();
+        fixture.enterFirmwarePath(image.fileName());
+
+        for (const int answered : {0, 1, 2}) {
+            QVERIFY(fixture.port()->isOpen() || fixture.connectCamera());
+            QByteArrayList replies{Frames::sizeAcknowledgement(), Frames::packetAcknowledgement()};
+            replies = replies.mid(0, answered);
+            QObject context;
+            connect(&fixture.line, &PseudoTerminal::bytesReceived, &context, [&] {
+                if (!replies.isEmpty()) {
+                    fixture.line.send(replies.takeFirst());
+                }
+            });
+            fixture.limits.clear();
+            if (answered < 2) {
+                fixture.limits.passWhen("the last reply has come", [&fixture, answered] {
+                    return fixture.limits.runsAfter(answered);
+                });
+            }
+            fixture.call("on_pushButton_start_upgrade_clicked");
+        }
+        image.seek(0);
+        image.write("kvel");
+        image.flush();
+        fixture.call("on_pushButton_start_upgrade_clicked");
+    }
+
+    /// Each once, in the order of their first appearance, without what is empty.
+    static QStringList panesOfInterest(QStringList panes)
+    {
+        panes.replaceInStrings("\n", "|");
+        panes.removeDuplicates();
+        panes.removeAll(QString());
+        return panes;
     }
 };
 

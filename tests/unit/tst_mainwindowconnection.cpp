@@ -6,9 +6,27 @@
 #include "widgetrecorder.h"
 #include "windowfixture.h"
 
+#include <QProgressBar>
+#include <QTabWidget>
+
 namespace {
 
 const char *const kFail = "Error: Connection fail!";
+
+/// Puts what is no business of a connection into a state that it does not start in.
+void chooseEverything(const WindowFixture &fixture)
+{
+    for (const char *const name : {"comboBox_autotracking", "comboBox_targetmissing",
+                                   "comboBox_autozoom", "comboBox_zoomoffset"}) {
+        fixture.combo(name)->setCurrentIndex(1);
+    }
+    fixture.child<QAbstractButton>("radioButton_upside_down")->setChecked(true);
+    fixture.child<QTabWidget>("tabWidget")->setCurrentIndex(1);
+    fixture.child<QProgressBar>("progressBar_updating")->setValue(50);
+    fixture.child<QLineEdit>("lineEdit_firmware")->setText("/some/where.img");
+    fixture.child<QTextEdit>("textEdit_device_info")->setPlainText("typed by the operator");
+    fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("from before");
+}
 
 } // namespace
 
@@ -48,7 +66,7 @@ private slots:
         WindowFixture fixture;
         fixture.widget("pushButton_default")->setEnabled(false);
         fixture.widget("pushButton_apply")->setEnabled(false);
-        fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("from before");
+        chooseEverything(fixture);
         WidgetRecorder recorder(&fixture.window);
         connect(fixture.port(), &QSerialPort::aboutToClose, &recorder,
                 [&recorder] { recorder.note("the port closes"); });
@@ -65,6 +83,7 @@ private slots:
                  QStringList({"textEdit_firmware_info = ", "pushButton_disconnect on",
                               "tabWidget on", "pushButton_default on", "pushButton_apply on"}));
 
+        chooseEverything(fixture);
         recorder.clear();
         fixture.click("pushButton_disconnect");
         QCOMPARE(recorder.changes(),
@@ -88,6 +107,73 @@ private slots:
         QCOMPARE(fixture.port()->parity(), QSerialPort::NoParity);
         QCOMPARE(fixture.port()->stopBits(), QSerialPort::OneStop);
         QCOMPARE(fixture.port()->flowControl(), QSerialPort::NoFlowControl);
+        QCOMPARE(fixture.port()->openMode(), QIODevice::ReadWrite);
+    }
+
+    void saysWhatItConnectsToBeforeItSends()
+    {
+        WindowFixture fixture;
+        qint64 unsent = -1;
+        fixture.log.atStatus = [&](const QString &line) {
+            if (line.startsWith("Connected to ")) {
+                unsent = fixture.port()->bytesToWrite();
+            }
+        };
+        QVERIFY(fixture.connectCamera());
+        fixture.log.atStatus = nullptr;
+        QCOMPARE(unsent, 0);
+    }
+
+    void takesEverythingThatHasArrivedAtOnce_data()
+    {
+        addRows<int>({"size"}, {{"200 bytes", 200}, {"5,000 bytes", 5000}, {"9,000 bytes", 9000}});
+    }
+
+    void takesEverythingThatHasArrivedAtOnce()
+    {
+        QFETCH(int, size);
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        const QByteArray frame = Frames::rebootAcknowledgement();
+        const int count = size / frame.size();
+        const QByteArray burst = QByteArray(size % frame.size(), 'x') + frame.repeated(count);
+        {
+            // Until all of it is there.
+            const QSignalBlocker blocker(fixture.port());
+            constexpr int kPiece = 2000;
+            for (int sent = 0; sent < size; sent += kPiece) {
+                fixture.line.send(burst.mid(sent, kPiece));
+                QTRY_COMPARE(fixture.port()->bytesAvailable(), qMin(sent + kPiece, size));
+            }
+        }
+        QVERIFY(QMetaObject::invokeMethod(fixture.port(), "readyRead"));
+        QCOMPARE(fixture.port()->bytesAvailable(), 0);
+        QTRY_COMPARE(fixture.log.statusTexts().filter("REBOOT").size(), count);
+    }
+
+    void bytesThatWaitedForThePortAreTaken()
+    {
+        WindowFixture fixture;
+        fixture.line.send(Frames::rebootAcknowledgement());
+        fixture.replyWith(Frames::helloReply());
+        fixture.click("pushButton_connect");
+        QVERIFY(fixture.isEnabled("tabWidget"));
+        QCOMPARE(fixture.log.statusTexts().filter("_CMD_"),
+                 QStringList({"UART_CTRL_CMD_REBOOT Received", "UART_CTRL_CMD_HELLO Received"}));
+    }
+
+    void bytesThatWaitForTheParserOutliveADisconnect()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        {
+            const QSignalBlocker blocker(fixture.port());
+            fixture.line.send(Frames::rebootAcknowledgement());
+            QTRY_COMPARE(fixture.port()->bytesAvailable(), 13);
+        }
+        fixture.call("readData");
+        fixture.click("pushButton_disconnect");
+        QTRY_VERIFY(fixture.log.texts().contains("UART_CTRL_CMD_REBOOT Received"));
     }
 
     void setsTheLineParametersInOrderBeforeItOpens()
@@ -171,12 +257,23 @@ private slots:
         fixture.replyWith(reply);
         fixture.letLimitPassAfter(lastLine.isEmpty() ? "Connected to " + fixture.line.portName()
                                                      : lastLine);
+        chooseEverything(fixture);
+        WidgetRecorder recorder(&fixture.window);
         fixture.click("pushButton_connect");
+
+        QStringList changes = recorder.changes();
+        if (changes.removeAll("textEdit_device_info = Device Version: ") > 0) {
+            changes.removeOne("textEdit_device_info = ");
+        }
+        QCOMPARE(
+            changes,
+            QStringList({"pushButton_connect off", "comboBox_portlist off", "comboBox_baudrate off",
+                         "pushButton_connect on", "comboBox_portlist on", "comboBox_baudrate on",
+                         "textEdit_device_info = "}));
 
         QCOMPARE(fixture.dialogs.texts(), QStringList{kFail});
         QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Critical);
         QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
-        QVERIFY(fixture.dialogs.seen().constFirst().hasParent);
         QCOMPARE(fixture.log.statusTexts().constFirst(), "Connected to " + fixture.line.portName());
         QCOMPARE(fixture.log.statusTexts().constLast(), QString("Disconnected"));
         QVERIFY(!fixture.port()->isOpen());
@@ -233,7 +330,7 @@ private slots:
         QFETCH(QString, item);
         WindowFixture fixture;
         fixture.choosePort(item);
-        fixture.child<QTextEdit>("textEdit_device_info")->setPlainText("typed by the operator");
+        chooseEverything(fixture);
         WidgetRecorder recorder(&fixture.window);
         fixture.log.clear();
         fixture.click("pushButton_connect");

@@ -32,10 +32,14 @@ private slots:
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
         fixture.replyWith(zoomReply());
+        WidgetRecorder recorder(&fixture.window);
         fixture.click(QTest::currentDataTag());
         QTEST(fixture.line.received(), "frame");
-        QCOMPARE(fixture.text("textEdit_device_info"),
-                 QString("Device Version: 1.0.a.10\nSetting custom zoom: 272"));
+        QCOMPARE(recorder.changes(),
+                 QStringList(
+                     {"textEdit_device_info = ", "textEdit_device_info = Device Version: 1.0.a.10",
+                      "textEdit_device_info = Device Version: 1.0.a.10|"
+                      "Setting custom zoom: 272"}));
         QCOMPARE(fixture.dialogs.texts(), QStringList());
         QCOMPARE(fixture.log.statusTexts().constLast(),
                  QString("UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 272"));
@@ -56,8 +60,12 @@ private slots:
         QVERIFY(fixture.connectCamera());
         fixture.child<QTextEdit>("textEdit_device_info")->append("typed by the operator");
         fixture.letLimitPass();
+        WidgetRecorder recorder(&fixture.window);
         fixture.click(QTest::currentDataTag());
         QTEST(fixture.text("textEdit_device_info"), "pane");
+        const QStringList changes = recorder.changes();
+        QCOMPARE(changes.filter("textEdit_device_info = "), changes);
+        QCOMPARE(changes.size(), 3);
         QCOMPARE(fixture.dialogs.texts(), QStringList());
         QCOMPARE(fixture.log.texts(), QStringList());
         QCOMPARE(fixture.line.received().size(), 15);

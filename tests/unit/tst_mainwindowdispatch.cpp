@@ -36,6 +36,9 @@ class MainWindowDispatchTest : public QObject {
     Q_OBJECT
 
 private slots:
+    // No number is shown with the separators of a language.
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); }
+
     void answersEachKindOfFrame_data()
     {
         const QString ack = QStringLiteral("UART_COMM_TYPE_ACK Received");
@@ -71,6 +74,13 @@ private slots:
               delivered(5, 58, "0190"),
               {"AnalyzeReceiveData 14", ack, "receive_custom_zoom_ack",
                "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 144"}},
+             {"custom zoom of more than 999",
+              delivered(5, 58, "7f7f"),
+              {"AnalyzeReceiveData 14", ack, "receive_custom_zoom_ack",
+               "UART_CTRL_CMD_SET_CUSTOM_ZOOM Received 32639"}},
+             {"more than 999 bytes",
+              delivered(2, 22, QByteArray("00").repeated(1000)),
+              {"AnalyzeReceiveData 1012"}},
              {"custom zoom of -1",
               delivered(5, 58, "00ff"),
               {"AnalyzeReceiveData 14", ack, "receive_custom_zoom_ack",
@@ -257,6 +267,32 @@ private slots:
             QCOMPARE(fixture.combo("comboBox_targetmissing")->isEnabled(), autoTracking != 0);
             QCOMPARE(fixture.combo("comboBox_autozoom")->isEnabled(), autoTracking != 0);
             QVERIFY(fixture.combo("comboBox_zoomoffset")->isEnabled());
+        }
+    }
+
+    void showsEveryByteOfTheSettings()
+    {
+        WindowFixture fixture;
+        fixture.widget("tabWidget")->setEnabled(true);
+        // As a combo box shows what it does not have.
+        const auto indexOf = [](int byte, int count) { return byte < count ? byte : -1; };
+        for (int place = 4; place < 13; ++place) {
+            for (int byte = 0; byte < 256; ++byte) {
+                QByteArray payload = QByteArray::fromHex("01000005 01 0000 0101 0101 01 01");
+                payload[place] = static_cast<char>(byte);
+                fixture.deliver(delivered(5, 22, payload.toHex()));
+                const bool isZero = byte == 0;
+                QCOMPARE(fixture.combo("comboBox_targetmissing")->currentIndex(),
+                         place == 4 ? indexOf(byte, 10) : 1);
+                QCOMPARE(fixture.child<QRadioButton>("radioButton_upside_down")->isChecked(),
+                         !(isZero && (place == 7 || place == 8)));
+                QCOMPARE(fixture.combo("comboBox_autotracking")->currentIndex(),
+                         isZero && place == 9 ? 3 : (isZero && place == 10 ? 2 : 1));
+                QCOMPARE(fixture.combo("comboBox_autozoom")->currentIndex(),
+                         isZero && place == 11 ? 0 : 1);
+                QCOMPARE(fixture.combo("comboBox_zoomoffset")->currentIndex(),
+                         place == 12 ? indexOf(byte, 4) : 1);
+            }
         }
     }
 

@@ -25,6 +25,8 @@ public:
     QString caption;
     QString directory;
     QStringList filters;
+    QFileDialog::Options options;
+    const QWidget *parent = nullptr;
 
 private:
     void answer()
@@ -37,6 +39,8 @@ private:
         caption = dialog->windowTitle();
         directory = dialog->directory().path();
         filters = dialog->nameFilters();
+        options = dialog->options();
+        parent = dialog->parentWidget();
         if (m_path.isEmpty()) {
             dialog->reject();
             return;
@@ -148,6 +152,8 @@ private slots:
         QCOMPARE(answer.caption, QString("Open File"));
         QCOMPARE(answer.directory, QString("/"));
         QCOMPARE(answer.filters, QStringList{"firmware files(*.img)"});
+        QCOMPARE(answer.options, QFileDialog(&fixture.window).options());
+        QCOMPARE(answer.parent, &fixture.window);
         QCOMPARE(fixture.child<QLineEdit>("lineEdit_firmware")->text(), file.fileName());
         QCOMPARE(fixture.text("textEdit_firmware_info"), ImageFile::versions());
         QVERIFY(fixture.isEnabled("pushButton_start_upgrade"));
@@ -163,6 +169,7 @@ private slots:
         const FileDialogAnswer answer{QString()};
         fixture.click("pushButton_choose_file");
         QCOMPARE(answer.caption, QString("Open File"));
+        QCOMPARE(answer.directory, QString("/"));
         QCOMPARE(fixture.child<QLineEdit>("lineEdit_firmware")->text(),
                  QString("/nowhere/at-all.img"));
         QCOMPARE(fixture.text("textEdit_firmware_info"), QString("typed by the operator"));

@@ -3,12 +3,12 @@
 
 #include "logcapture.h"
 #include "patience.h"
+#include "recordingtranslator.h"
 #include "rows.h"
 #include "ui_mainwindow.h"
 
 #include <QAbstractItemView>
 #include <QPointer>
-#include <QTranslator>
 
 #include <algorithm>
 #include <optional>
@@ -378,23 +378,6 @@ struct BuildRecorder : QObject {
     QHash<const QObject *, QSize> minimumSizes;
 };
 
-/// Stands in for a language: wraps each text in brackets.
-struct RecordingTranslator : QTranslator {
-    bool isEmpty() const override { return false; }
-
-    QString translate(const char *context, const char *sourceText, const char *disambiguation,
-                      int n) const override
-    {
-        const bool isPlain = !qstrcmp(context, "MainWindow") && !disambiguation && n == -1;
-        const QString text = QString::fromUtf8(sourceText);
-        texts.append(isPlain ? text : QStringLiteral("%1 of %2").arg(text, context));
-        return QStringLiteral("[%1]").arg(text);
-    }
-
-    /// In the order of the requests; translate() is const in Qt's interface.
-    mutable QStringList texts;
-};
-
 /// A window with slots that the form binds by name, as the real window has.
 class WindowWithSlots : public QMainWindow {
     Q_OBJECT
@@ -603,9 +586,10 @@ private slots:
         {
             RecordingTranslator translator;
             QCoreApplication::installTranslator(&translator);
-            translator.texts.clear(); // Qt's own request
+            translator.foreignTexts.clear(); // Qt's own request
             form.retranslateUi(&form.window);
             QCOMPARE(translator.texts, inTreeOrder);
+            QCOMPARE(translator.foreignTexts, QStringList());
         }
 
         for (const Part &part : partsOf(form)) {

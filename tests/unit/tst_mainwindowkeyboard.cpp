@@ -10,6 +10,8 @@
 #include <QTabBar>
 #include <QTabWidget>
 
+#include <thread>
+
 namespace {
 
 /// The window with the focus on it, and a hand on the keyboard.
@@ -68,6 +70,21 @@ public:
 };
 
 const char *const kTabBar = "qt_tabwidget_tabbar";
+
+// From a thread other than the GUI's, these wait for their turn, as what a display sends does.
+void pressSpace(QWindow *window, const QPoint &)
+{
+    qt_handleKeyEvent(window, QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, " ");
+    qt_handleKeyEvent(window, QEvent::KeyRelease, Qt::Key_Space, Qt::NoModifier, " ");
+}
+void click(QWindow *window, const QPoint &at)
+{
+    const QPoint global = window->mapToGlobal(at);
+    qt_handleMouseEvent(window, at, global, Qt::LeftButton, Qt::LeftButton,
+                        QEvent::MouseButtonPress, Qt::NoModifier, 1);
+    qt_handleMouseEvent(window, at, global, Qt::NoButton, Qt::LeftButton,
+                        QEvent::MouseButtonRelease, Qt::NoModifier, 2);
+}
 
 bool isForUse(const QWidget *widget)
 {
@@ -246,6 +263,59 @@ private slots:
         QVERIFY(!fixture.port()->isOpen());
     }
 
+    void keysAndClicksDuringAWaitTakeEffectBeforeItsEnd_data()
+    {
+        QTest::addColumn<QByteArray>("slot");
+        QTest::addColumn<int>("waitsBefore");
+        QTest::addColumn<bool>("isKey");
+        for (const bool isKey : {true, false}) {
+            const auto addRow = [isKey](const char *wait, const char *slot, int waitsBefore = 0) {
+                QTest::addRow("%s while waiting for %s", isKey ? "a key" : "a click", wait)
+                    << QByteArray(slot) << waitsBefore << isKey;
+            };
+            addRow("HELLO", "on_pushButton_connect_clicked");
+            addRow("settings", "on_pushButton_apply_clicked");
+            addRow("a zoom", "on_pushButton_custom_zoom_1_clicked");
+            addRow("a firmware's size", "on_pushButton_start_upgrade_clicked");
+            addRow("a packet", "on_pushButton_start_upgrade_clicked", 1);
+        }
+    }
+
+    void keysAndClicksDuringAWaitTakeEffectBeforeItsEnd()
+    {
+        QFETCH(QByteArray, slot);
+        QFETCH(int, waitsBefore);
+        QFETCH(bool, isKey);
+        const ImageFile image(QByteArray("KVEL").leftJustified(160, '\0'));
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.isActive);
+        fixture.enterFirmwarePath(image.fileName());
+        fixture.limits.clear();
+        auto *const about = fixture.widget("toolButton_about");
+        about->setFocus();
+        const QPoint middle = about->mapTo(&fixture.window, about->rect().center());
+
+        std::thread hand;
+        QTimer poll;
+        poll.callOnTimeout([&] {
+            if (!hand.joinable() && fixture.limits.runsAfter(waitsBefore)) {
+                hand =
+                    std::thread(isKey ? pressSpace : click, fixture.window.windowHandle(), middle);
+            } else if (!hand.joinable()
+                       || (!fixture.dialogs.texts().isEmpty() && !fixture.dialogs.isOpen())) {
+                for (const int command : {22, 85, 58, 16}) {
+                    fixture.deliver(Frames::hex("ffff0a410106070609 05")
+                                    + static_cast<char>(command) + '\0');
+                }
+            }
+        });
+        poll.start(1);
+        fixture.call(slot);
+        QVERIFY(hand.joinable());
+        hand.join();
+        QCOMPARE(fixture.dialogs.texts().value(0), QString("about: Corvane: Version 1.0.0.5"));
+    }
+
     void spacePressesTheButtonsOfThePage_data()
     {
         QTest::addColumn<QByteArray>("button");
@@ -387,7 +457,9 @@ private slots:
         QVERIFY(fixture.connectCamera());
         fixture.showFirmwarePage();
         QVERIFY(fixture.goTo("lineEdit_firmware", Qt::Key_Backtab));
+        fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("from before");
         QTest::keyClicks(fixture.window.focusWidget(), image.fileName());
+        QCOMPARE(fixture.text("textEdit_firmware_info"), QString("from before"));
         fixture.press(key);
         QCOMPARE(fixture.text("textEdit_firmware_info"), ImageFile::versions());
         QVERIFY(fixture.isEnabled("pushButton_start_upgrade"));

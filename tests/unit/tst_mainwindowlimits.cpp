@@ -3,44 +3,8 @@
 
 #include "patience.h"
 #include "rows.h"
+#include "threadclock.h"
 #include "windowfixture.h"
-
-namespace {
-
-/// The pauses of the GUI thread.
-struct Asked {
-    QList<unsigned long> pauses; ///< how long they were meant to last, in milliseconds
-    /// Bytes that have been written to the port, when there is one, at each of the pauses. None
-    /// leaves for the line before the event loop runs again.
-    QList<qint64> writtenAtPauses;
-    const QSerialPort *port = nullptr;
-};
-
-Asked &asked()
-{
-    static Asked all;
-    return all;
-}
-
-bool isGuiThread()
-{
-    return QThread::currentThread() == QCoreApplication::instance()->thread();
-}
-
-} // namespace
-
-// The linker prefers this one to that in Qt's library. How long a pause really takes is the
-// machine's affair, so the test looks at what is asked for.
-void QThread::msleep(unsigned long msec)
-{
-    if (isGuiThread()) {
-        asked().pauses << msec;
-        if (asked().port != nullptr) {
-            asked().writtenAtPauses << asked().port->bytesToWrite();
-        }
-    }
-    usleep(1000);
-}
 
 namespace {
 
@@ -54,6 +18,35 @@ public:
         QTimer::start();
     }
 };
+
+/// As the parser delivers it, without payload.
+QByteArray replyOf(int type, int command)
+{
+    return Frames::hex("ffff0a410106070609") + static_cast<char>(type) + static_cast<char>(command)
+        + '\0';
+}
+
+/// All that a camera can say except what is waited for, and waits until the window has seen it.
+void sendEverythingBut(const QList<int> &commands, WindowFixture &fixture)
+{
+    for (int value = 0; value < 256; ++value) {
+        if (!commands.contains(value)) {
+            fixture.deliver(replyOf(5, value));
+        }
+        if (value != 5) {
+            fixture.deliver(replyOf(value, commands.constFirst()));
+        }
+    }
+    QByteArray reply = replyOf(5, commands.constFirst());
+    fixture.deliver(reply.left(10));
+    reply += static_cast<char>(10 + 94 + 5 + commands.constFirst());
+    const QByteArray broken = reply.chopped(1) + static_cast<char>(reply.back() + 1);
+    const QByteArray cutShort = reply.chopped(1);
+    fixture.log.clear();
+    fixture.line.send(QByteArray(100, '\x16') + broken + broken + cutShort
+                      + Frames::rebootAcknowledgement());
+    QTRY_VERIFY(fixture.log.texts().contains("UART_CTRL_CMD_REBOOT Received"));
+}
 
 int sendHello(MainWindow &window, unsigned char times)
 {
@@ -113,17 +106,77 @@ private slots:
         QCOMPARE(fixture.limits.asked(), QList<int>({5000, 2000, 2000}));
     }
 
+    void nothingElseEndsAWaitOrChangesItsEnd_data()
+    {
+        addRows<QByteArray, QList<int>, int>(
+            {"slot", "own", "waitsBefore"},
+            {{"for HELLO", "on_pushButton_connect_clicked", {22}, 0},
+             {"for the settings", "on_pushButton_apply_clicked", {85}, 0},
+             {"for a zoom", "on_pushButton_custom_zoom_1_clicked", {58}, 0},
+             {"for the firmware's size", "on_pushButton_start_upgrade_clicked", {16, 1}, 0},
+             {"for a packet", "on_pushButton_start_upgrade_clicked", {1, 16}, 1}});
+    }
+
+    void nothingElseEndsAWaitOrChangesItsEnd()
+    {
+        QFETCH(QByteArray, slot);
+        QFETCH(QList<int>, own);
+        QFETCH(int, waitsBefore);
+        const ImageFile image(QByteArray("KVEL").leftJustified(160, '\0')); // one packet
+        WindowFixture fixture;
+        if (slot != "on_pushButton_connect_clicked") {
+            QVERIFY(fixture.connectCamera());
+        }
+        fixture.enterFirmwarePath(image.fileName());
+        fixture.limits.clear();
+
+        int timer = 0;
+        bool isChecked = false;
+        bool isStillWaiting = false;
+        QTimer poll;
+        poll.callOnTimeout([&] {
+            if (timer == 0 && fixture.limits.runsAfter(waitsBefore)) {
+                poll.stop();
+                timer = fixture.limits.timerId();
+                sendEverythingBut(own, fixture);
+                poll.start();
+                return;
+            }
+            if (timer != 0 && !isChecked) {
+                isChecked = true;
+                isStillWaiting = fixture.limits.timerId() == timer;
+            }
+            fixture.deliver(replyOf(5, own.constFirst()));
+        });
+        poll.start(1);
+        fixture.call(slot);
+        QVERIFY(isStillWaiting);
+    }
+
+    // Destroyed while the parser pauses, it waits for the end of that pause and for no other.
+    void isDestroyedWithinOnePoll()
+    {
+        ThreadClock clock;
+        clock.holdOthers();
+        auto window = std::make_unique<MainWindow>();
+        window->show();
+        QTRY_VERIFY(clock.isHolding());
+        clock.clear();
+        window.reset();
+        QCOMPARE(clock.pauses(), QList<unsigned long>());
+    }
+
     void pausesForAFifthOfASecondBetweenRepetitions()
     {
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
-        asked() = {};
-        asked().port = fixture.port();
+        ThreadClock clock;
+        // None leaves for the line before the event loop runs again.
+        QList<qint64> writtenAtPauses;
+        clock.atOwnPause = [&] { writtenAtPauses << fixture.port()->bytesToWrite(); };
         QCOMPARE(sendHello(fixture.window, 3), 0);
-        asked().port = nullptr;
-        QCOMPARE(asked().pauses, QList<unsigned long>({200, 200}));
-        QCOMPARE(asked().writtenAtPauses,
-                 QList<qint64>({13, 26})); // frames of 13 bytes; no pause last
+        QCOMPARE(clock.ownPauses(), QList<unsigned long>({200, 200}));
+        QCOMPARE(writtenAtPauses, QList<qint64>({13, 26})); // frames of 13 bytes; no pause last
         QTRY_COMPARE(fixture.line.received().toHex(), Frames::helloRequest().repeated(3).toHex());
     }
 
@@ -131,9 +184,9 @@ private slots:
     {
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
-        asked() = {};
+        ThreadClock clock;
         QCOMPARE(sendHello(fixture.window, 0), 0);
-        QCOMPARE(asked().pauses.size(), 255);
+        QCOMPARE(clock.ownPauses().size(), 255);
         QTRY_COMPARE(fixture.line.received().size(), 256 * 13);
         QCOMPARE(fixture.line.received(), Frames::helloRequest().repeated(256));
     }

@@ -111,11 +111,13 @@ private slots:
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
         fixture.replyWith(longReply());
+        WidgetRecorder recorder(&fixture.window);
         fixture.click("pushButton_apply");
+        // Nothing is disabled meanwhile.
+        QCOMPARE(recorder.changes().filter(" off"), QStringList());
         QCOMPARE(fixture.dialogs.texts(), QStringList{"Information: Apply Success."});
         QCOMPARE(fixture.dialogs.seen().constFirst().icon, QMessageBox::Information);
         QCOMPARE(fixture.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
-        QVERIFY(fixture.dialogs.seen().constFirst().hasParent);
         QVERIFY(fixture.port()->isOpen());
     }
 
@@ -161,7 +163,12 @@ private slots:
     {
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
-        fixture.click("pushButton_default");
+        // Not the defaults, and the other page's own.
+        for (const char *const name : {"comboBox_autotracking", "comboBox_targetmissing",
+                                       "comboBox_autozoom", "comboBox_zoomoffset"}) {
+            fixture.combo(name)->setCurrentIndex(fixture.combo(name)->count() - 1);
+        }
+        fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("from before");
         WidgetRecorder recorder(&fixture.window);
         fixture.letLimitPass();
         fixture.click("pushButton_apply");
@@ -199,6 +206,7 @@ private slots:
     {
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
+        fixture.limits.clear();
         QTimer::singleShot(0, &fixture.window, [&fixture] {
             QVERIFY(fixture.isEnabled("pushButton_apply"));
             QVERIFY(fixture.isEnabled("pushButton_default"));
@@ -207,6 +215,7 @@ private slots:
             fixture.click("pushButton_apply");
         });
         fixture.click("pushButton_apply");
+        QCOMPARE(fixture.limits.asked(), QList<int>({5000, 5000}));
         // One acknowledgement ends both waits.
         QCOMPARE(fixture.dialogs.texts(),
                  QStringList({"Information: Apply Success.", "Information: Apply Success."}));

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "patience.h"
+#include "recordingtranslator.h"
 #include "rows.h"
 #include "widgetrecorder.h"
 #include "windowfixture.h"
@@ -63,6 +64,7 @@ public:
         child<QTabWidget>("tabWidget")->setCurrentIndex(1);
         enterFirmwarePath(path());
         connect(&line, &PseudoTerminal::bytesReceived, this, &Upgrade::receive);
+        limits.clear();
         log.clear();
     }
 
@@ -141,13 +143,35 @@ private:
             line.send(bytes);
             return;
         }
-        // Not before the window waits for it.
-        QTimer::singleShot(5, &window, [this, bytes] { deliver(bytes.chopped(1)); });
+        deliverDuringTheWait(bytes);
+    }
+    void deliverDuringTheWait(const QByteArray &bytes)
+    {
+        if (limits.asked().size() == frames.size()) {
+            deliver(bytes.chopped(1));
+        } else {
+            QTimer::singleShot(1, &window, [this, bytes] { deliverDuringTheWait(bytes); });
+        }
     }
 
     QTemporaryDir m_directory;
     QByteArray m_unread;
 };
+
+/// What changes on the window when an upgrade fails, with what changes on the bar.
+QStringList changesOfAFailure(const QStringList &progress)
+{
+    const QStringList versions = QString(kVersionLines).split('\n');
+    return QStringList{"pushButton_disconnect off",
+                       "tabWidget off",
+                       "textEdit_firmware_info = ",
+                       "textEdit_firmware_info = " + versions.mid(0, 1).join('|'),
+                       "textEdit_firmware_info = " + versions.mid(0, 2).join('|'),
+                       "textEdit_firmware_info = " + versions.join('|')}
+    + progress
+        + QStringList{"pushButton_connect on", "comboBox_portlist on", "comboBox_baudrate on",
+                      "textEdit_device_info = "};
+}
 
 } // namespace
 
@@ -155,6 +179,9 @@ class MainWindowUpgradeTest : public QObject {
     Q_OBJECT
 
 private slots:
+    // No number is shown with the separators of a language.
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); }
+
     void putsTheseBytesOnTheWire()
     {
         Upgrade upgrade(33);
@@ -188,13 +215,14 @@ private slots:
         QTest::newRow("129") << QByteArray("000081") << QList<int>{0, 128, 129} << true;
         QTest::newRow("256") << QByteArray("000100") << QList<int>{0, 128, 256} << true;
         QTest::newRow("300") << QByteArray("00012c") << QList<int>{0, 128, 256, 300} << true;
-        for (const int size : {40000, 74565}) {
+        for (const int size : {40000, 74565, 128001}) {
             QList<int> offsets;
             for (int offset = 0; offset < size; offset += 128) {
                 offsets << offset;
             }
             QTest::addRow("%d", size)
-                << (size == 40000 ? QByteArray("009c40") : QByteArray("012345"))
+                << (size == 40000 ? QByteArray("009c40")
+                                  : QByteArray(size == 74565 ? "012345" : "01f401"))
                 << offsets + QList<int>{size} << false;
         }
     }
@@ -283,6 +311,74 @@ private slots:
         upgrade.start();
         // The second packet's frame, and nothing when all is acknowledged.
         QCOMPARE(unsent, QList<qint64>({14, 0}));
+    }
+
+    void saysWhatItSendsBeforeItSendsIt()
+    {
+        Upgrade upgrade(129);
+        QStringList said;
+        upgrade.log.atStatus = [&upgrade, &said](const QString &line) {
+            if (line.startsWith("firmware size") || line.startsWith("UART_CTRL_CMD_UPLOAD")) {
+                said << line
+                        + QStringLiteral(" at %1, %2 unsent, bar %3")
+                              .arg(upgrade.pane().count('\n'))
+                              .arg(upgrade.port()->bytesToWrite())
+                              .arg(upgrade.progress());
+            }
+        };
+        upgrade.start();
+        upgrade.log.atStatus = nullptr;
+        QCOMPARE(said,
+                 QStringList({"firmware size = 129 at 2, 0 unsent, bar 0",
+                              "UART_CTRL_CMD_UPLOAD_FIRMWARE 0 at 2, 0 unsent, bar 0",
+                              "UART_CTRL_CMD_UPLOAD_FIRMWARE 1 at 2, 0 unsent, bar 0"}));
+    }
+
+    // Events that have waited since an acknowledgement see the next packet on its way.
+    void deliversEventsAfterThePacketAndItsProgress()
+    {
+        Upgrade upgrade(300);
+        QList<int> bar;
+        QTimer timer;
+        timer.setSingleShot(true);
+        timer.setInterval(0);
+        timer.callOnTimeout([&upgrade, &bar] { bar << upgrade.progress(); });
+        connect(&upgrade.window, &MainWindow::receive_fw_info_ack, &timer,
+                [&timer] { timer.start(); });
+        bool isSizeSent = false;
+        QMetaObject::invokeMethod(
+            &upgrade, [&] { isSizeSent = upgrade.port()->bytesToWrite() > 0; },
+            Qt::QueuedConnection);
+        upgrade.start();
+        QVERIFY(isSizeSent);
+        QCOMPARE(bar, QList<int>({0, 128, 256, 300}));
+    }
+
+    // A timer that is started while they are delivered belongs to the wait.
+    void deliversEventsOnceBeforeTheWait()
+    {
+        Upgrade upgrade(129);
+        upgrade.instead[2] = [] {};
+        QTimer timer;
+        timer.setSingleShot(true);
+        timer.setInterval(0);
+        int timeOuts = 0;
+        timer.callOnTimeout([&] {
+            if (++timeOuts == 2) {
+                upgrade.deliver(Frames::packetAcknowledgement().chopped(1));
+            } else {
+                timer.start();
+            }
+        });
+        connect(upgrade.child<QProgressBar>("progressBar_updating"), &QProgressBar::valueChanged,
+                &timer, [&timer](int value) {
+                    if (value == 128) {
+                        timer.start();
+                    }
+                });
+        upgrade.start();
+        QCOMPARE(upgrade.dialogs.texts(), QStringList());
+        QCOMPARE(upgrade.pane(), QString(kComplete));
     }
 
     // So that the operator sees the full bar before the text takes the place of the versions.
@@ -394,14 +490,19 @@ private slots:
     {
         Upgrade upgrade(300);
         upgrade.letLimitPassAt(0);
-        const int progressBefore = upgrade.progress();
+        auto *const bar = upgrade.child<QProgressBar>("progressBar_updating");
+        bar->setRange(0, 77);
+        bar->setValue(33);
+        WidgetRecorder recorder(&upgrade.window);
         upgrade.start();
+        QCOMPARE(recorder.changes(), changesOfAFailure({}));
         QCOMPARE(upgrade.dialogs.texts(), QStringList{"Error: Connection timeout!"});
         QCOMPARE(upgrade.dialogs.seen().constFirst().icon, QMessageBox::Critical);
         QCOMPARE(upgrade.dialogs.seen().constFirst().buttons, QMessageBox::Ok);
         QCOMPARE(upgrade.frames.size(), 1);
         QCOMPARE(upgrade.pane(), QString(kVersionLines));
-        QCOMPARE(upgrade.progress(), progressBefore);
+        QCOMPARE(upgrade.progress(), 33);
+        QCOMPARE(bar->maximum(), 77);
         QCOMPARE(upgrade.ownStatusLines(), QStringList({"firmware size = 300", "Disconnected"}));
         QVERIFY(upgrade.isDisconnected());
     }
@@ -418,7 +519,12 @@ private slots:
         QFETCH(int, packet);
         Upgrade upgrade(300);
         upgrade.letLimitPassAt(packet);
+        WidgetRecorder recorder(&upgrade.window);
         upgrade.start();
+        QCOMPARE(recorder.changes(),
+                 changesOfAFailure(
+                     QStringList({"progressBar_updating = 128", "progressBar_updating = 256"})
+                         .mid(0, packet - 1)));
         QCOMPARE(upgrade.dialogs.texts(), QStringList{"Error: Transmission stop!"});
         QCOMPARE(upgrade.dialogs.seen().constFirst().icon, QMessageBox::Critical);
         // Not sent again, and nothing after it.
@@ -574,8 +680,12 @@ private slots:
     {
         Upgrade upgrade(300);
         upgrade.write(imageOf(QByteArray(16777216, 'x')));
-        upgrade.start();
-        QCOMPARE(upgrade.pane(), QString("Firmware file error."));
+        {
+            RecordingTranslator translator;
+            QCoreApplication::installTranslator(&translator);
+            upgrade.start();
+        }
+        QCOMPARE(upgrade.pane(), QString("[Firmware file error.]"));
         QCOMPARE(upgrade.frames.size(), 0);
         QVERIFY(upgrade.widget("pushButton_start_upgrade")->testAttribute(Qt::WA_ForceDisabled));
         QCOMPARE(upgrade.ownStatusLines(),

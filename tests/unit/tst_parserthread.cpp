@@ -87,6 +87,9 @@ private slots:
         QCOMPARE(meta.method(meta.methodOffset()).methodType(), QMetaMethod::Signal);
     }
 
+    // No sum, length or size is shown with the separators of a language.
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); }
+
     void startsWithABufferOnly()
     {
         LogCapture log;
@@ -96,9 +99,32 @@ private slots:
         QVERIFY(!parser.isRunning());
         parser.startParser(&buffer);
         QVERIFY(parser.isRunning());
+        QCOMPARE(parser.priority(), QThread::InheritPriority);
         parser.startParser(&buffer);
         QVERIFY(parser.isRunning());
         QCOMPARE(log.texts(), QStringList({"startParser", "startParser", "startParser"}));
+    }
+
+    void readsTheBufferThatItWasGivenLast()
+    {
+        RingBuffer other;
+        Receiver receiver;
+        receiver.buffer.append(Frames::helloReply().left(10));
+        QTRY_VERIFY(receiver.buffer.isEmpty());
+        receiver.parser.startParser(&other);
+        receiver.parser.startParser(nullptr);
+        // What was begun is completed.
+        other.append(Frames::helloReply().mid(10));
+        QTRY_COMPARE(receiver.frames.count(), 1);
+    }
+
+    void writesDebugLinesInQuotes()
+    {
+        LogCapture log;
+        ParserThread().showDebugMessage("a line");
+        QCOMPARE(log.lines().size(), 1);
+        QCOMPARE(log.lines().constFirst().type, QtDebugMsg);
+        QCOMPARE(log.lines().constFirst().printed, QString("\"a line\""));
     }
 
     void deliversAFrameWithoutItsChecksum()
@@ -155,6 +181,10 @@ private slots:
              {"a wrong sum is shown unreduced",
               QByteArray::fromHex("ffff0b410106070609053a00c871"),
               {"data_step_head_ready: length = 11", "Checksum Error 368"}},
+             // 11 + 10 * 254 = 2551
+             {"a sum of more than 999",
+              QByteArray::fromHex("ffff0bfefefefefefefefefefe00"),
+              {"data_step_head_ready: length = 11", "Checksum Error 2551"}},
              {"a length of 0",
               QByteArray::fromHex("ffff0000"),
               {"data_step_head_ready: length = 0", "Error 0"}},
@@ -209,27 +239,6 @@ private slots:
         QTRY_VERIFY(receiver.buffer.isEmpty());
         receiver.buffer.append(Frames::helloReply().mid(10));
         QTRY_COMPARE(receiver.frames.count(), 1);
-    }
-
-    void endsWithinOnePoll()
-    {
-        RingBuffer buffer;
-        {
-            ParserThread parser;
-            watchEnd(parser);
-            parser.startParser(&buffer);
-        }
-        // There is no reader any more.
-        buffer.append("a");
-        QVERIFY(!buffer.isEmpty());
-    }
-
-    void endsWithoutEverHavingHadABuffer()
-    {
-        Receiver receiver(false);
-        auto &[buffer, frames, parser] = receiver;
-        parser.start();
-        QTRY_VERIFY(parser.isRunning());
     }
 
     void takesTenThousandFramesWhileTheyArrive()

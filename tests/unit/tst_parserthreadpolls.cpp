@@ -2,95 +2,54 @@
 // SPDX-License-Identifier: MIT
 
 #include "parserthread.h"
+
 #include "patience.h"
 #include "ringbuffer.h"
+#include "rows.h"
+#include "threadclock.h"
 
 #include <QSet>
 
-#include <chrono>
-#include <mutex>
-#include <thread>
-
 namespace {
 
-/// Remembers for how long the parser thread asked to sleep, in milliseconds.
-class PauseLog {
-public:
-    void add(unsigned long milliseconds)
-    {
-        const std::lock_guard lock(m_mutex);
-        m_durations << milliseconds;
-        ++m_count;
-    }
-    QSet<unsigned long> durations() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_durations;
-    }
-    int count() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_count;
-    }
-    void clear()
-    {
-        const std::lock_guard lock(m_mutex);
-        m_durations.clear();
-        m_count = 0;
-    }
-
-private:
-    mutable std::mutex m_mutex;
-    QSet<unsigned long> m_durations;
-    int m_count = 0;
-};
-
-PauseLog &pauseLog()
+QSet<unsigned long> kindsOf(const QList<unsigned long> &pauses)
 {
-    static PauseLog log;
-    return log;
+    return {pauses.begin(), pauses.end()};
 }
 
 } // namespace
-
-// The linker prefers this to the one in Qt's library. How long a pause really takes is the
-// machine's affair, so the test looks at what is asked for.
-void QThread::msleep(unsigned long milliseconds)
-{
-    pauseLog().add(milliseconds);
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-}
 
 class ParserThreadPollsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void init() { pauseLog().clear(); }
-
     void pausesForHalfASecondWithoutABuffer()
     {
+        ThreadClock clock;
         {
             ParserThread parser;
             parser.start();
-            QTRY_VERIFY(pauseLog().count() >= 3);
+            QTRY_VERIFY(clock.pauses().size() >= 3);
         }
-        QCOMPARE(pauseLog().durations(), QSet<unsigned long>{500});
+        QCOMPARE(kindsOf(clock.pauses()), QSet<unsigned long>{500});
     }
 
     void pausesForATwentiethOfASecondWhileTheBufferIsEmpty()
     {
+        ThreadClock clock;
         RingBuffer buffer;
         {
             ParserThread parser;
             parser.startParser(&buffer);
-            QTRY_VERIFY(pauseLog().count() >= 3);
+            QTRY_VERIFY(clock.pauses().size() >= 3);
         }
-        QCOMPARE(pauseLog().durations(), QSet<unsigned long>{50});
+        QCOMPARE(kindsOf(clock.pauses()), QSet<unsigned long>{50});
     }
 
     void doesNotPauseBetweenBytes()
     {
         constexpr int kBytes = 100000;
+        ThreadClock clock;
         RingBuffer buffer;
         buffer.append(QByteArray(kBytes, '\0'));
         {
@@ -99,7 +58,41 @@ private slots:
             QTRY_VERIFY(buffer.isEmpty());
         }
         // At most the polls after the last byte.
-        QVERIFY2(pauseLog().count() < kBytes / 10, qPrintable(QString::number(pauseLog().count())));
+        const int pauses = clock.pauses().size();
+        QVERIFY2(pauses < kBytes / 10, qPrintable(QString::number(pauses)));
+    }
+
+    void endsWithinOnePoll_data()
+    {
+        addRows<bool>({"hasBuffer"}, {{"with a buffer", true}, {"without a buffer", false}});
+    }
+
+    // It is destroyed during a pause. When that is over, it neither pauses again nor takes any of
+    // the bytes that have arrived meanwhile.
+    void endsWithinOnePoll()
+    {
+        QFETCH(bool, hasBuffer);
+        constexpr int kBytes = 1000;
+        ThreadClock clock;
+        clock.holdOthers();
+        RingBuffer buffer;
+        {
+            ParserThread parser;
+            if (hasBuffer) {
+                parser.startParser(&buffer);
+            } else {
+                parser.start();
+            }
+            QTRY_VERIFY(clock.isHolding());
+            buffer.append(QByteArray(kBytes, '\0'));
+            clock.clear();
+        }
+        QCOMPARE(clock.pauses(), QList<unsigned long>());
+        int bytes = 0;
+        while (buffer.getChar() >= 0) {
+            ++bytes;
+        }
+        QCOMPARE(bytes, kBytes);
     }
 };
 
