@@ -344,6 +344,33 @@ private slots:
         QCOMPARE(simulator.output(), QString());
     }
 
+    void listsManyAdapters()
+    {
+        Simulator simulator(
+            {"--cameras", "3", "--port", "ttyACM9", "--", SERIAL_HOST_PROGRAM, "list"});
+        QStringList ports{simulator.line(), simulator.line(), simulator.line()};
+        ports.sort();
+        QCOMPARE(ports.join(", "),
+                 QString("ttyACM10 (USB Serial), ttyACM11 (USB Serial), "
+                         "ttyACM9 (USB Serial)"));
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.output(), QString());
+    }
+
+    void answersForEachCamera()
+    {
+        Simulator simulator({"--pty", "--cameras", "2", "--camera-version", "1.0.10.16",
+                             "--settings", "2,3,1,0,3"});
+        const QStringList ports{simulator.portName(), simulator.portName()};
+        QVERIFY(ports.first() != ports.last());
+        for (int i = 0; i < 2; ++i) {
+            Host host(ports.at(i));
+            QCOMPARE(QByteArray::fromHex(host.ask(Hex::hello(), 26)), Frames::helloReply());
+            QCOMPARE(simulator.line().startsWith("2  "), i == 1);
+            simulator.line();
+        }
+    }
+
     void answersOnTheAdapter()
     {
         Simulator simulator({"--quiet", "--port", uniquePortName(), "--", SERIAL_HOST_PROGRAM,

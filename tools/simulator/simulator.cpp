@@ -5,7 +5,6 @@
 
 #include "fileio.h"
 #include "forwardingcamera.h"
-#include "mockedadapterline.h"
 #include "pseudoterminalline.h"
 #include "recordingline.h"
 #include "replayingcamera.h"
@@ -18,14 +17,6 @@
 namespace {
 
 constexpr int kNotStartedStatus = 127; // as shells have it
-
-std::unique_ptr<CameraLine> makeWire(const SimulatorOptions &options)
-{
-    if (options.program.isEmpty()) {
-        return std::make_unique<PseudoTerminalLine>();
-    }
-    return std::make_unique<MockedAdapterLine>(options.portName);
-}
 
 /// @param error  set to the reason when the result is nothing
 std::optional<QVector<LineEvent>> readRecording(const QString &path, QString *error)
@@ -49,7 +40,7 @@ Simulator::Simulator(const SimulatorOptions &options, QObject *parent)
     : QObject(parent)
     , m_options(options)
     , m_log(options.withHex)
-    , m_wire(makeWire(options))
+    , m_wire(makeWire(options, 1))
     , m_control([this](const QString &command) { return obey(command); })
 {
     connect(&m_program, &ChildProgram::finished, this,
@@ -73,7 +64,7 @@ bool Simulator::start(QString *error)
     if (!m_options.controlPath.isEmpty() && !m_control.listen(m_options.controlPath, error)) {
         return false;
     }
-    if (!makeCamera(error) || !plug(error)) {
+    if (!makeCamera(error) || !plug(error) || !makeFurtherCameras(error)) {
         return false;
     }
     m_camera->start();
@@ -96,6 +87,29 @@ bool Simulator::makeCamera(QString *error)
     }
     connect(m_camera.get(), &CameraEnd::plugDue, this, &Simulator::plugIfNot);
     connect(m_camera.get(), &CameraEnd::unplugDue, this, &Simulator::unplugIfPlugged);
+    return true;
+}
+
+bool Simulator::makeFurtherCameras(QString *error)
+{
+    for (int number = 2; number <= m_options.cameras; ++number) {
+        auto camera = std::make_unique<FurtherCamera>(m_options, number);
+        if (!m_options.quiet) {
+            // The first camera's log has no number.
+            connect(camera.get(), &FurtherCamera::printed, this,
+                    [this, number](const QString &text) {
+                        emit printed(QStringLiteral("%1  %2").arg(number).arg(text));
+                    });
+        }
+        connect(camera.get(), &FurtherCamera::complained, this, &Simulator::complained);
+        if (!camera->plug(error)) {
+            return false;
+        }
+        if (!camera->terminalName().isEmpty()) {
+            emit printed(QStringLiteral("Port: ") + camera->terminalName());
+        }
+        m_furtherCameras.push_back(std::move(camera));
+    }
     return true;
 }
 

@@ -7,6 +7,7 @@
 #include "childprogram.h"
 #include "controlsocket.h"
 #include "faultyline.h"
+#include "furthercamera.h"
 #include "simulatoroptions.h"
 #include "terminationsignals.h"
 
@@ -15,6 +16,7 @@
 
 #include <csignal>
 #include <memory>
+#include <vector>
 
 class CameraLine;
 class RecordingLine;
@@ -45,6 +47,7 @@ signals:
 private:
     bool makeLine(QString *error);
     bool makeCamera(QString *error);
+    bool makeFurtherCameras(QString *error);
     bool makeAnsweringCamera(QString *error);
     bool makeReplayingCamera(QString *error);
     bool makeForwardingCamera(QString *error);
@@ -66,6 +69,7 @@ private:
     std::unique_ptr<RecordingLine> m_recordingLine; ///< null when nothing is recorded
     std::unique_ptr<FaultyLine> m_faultyLine;       ///< as the camera has it; null before start()
     std::unique_ptr<CameraEnd> m_camera;            ///< null before start()
+    std::vector<std::unique_ptr<FurtherCamera>> m_furtherCameras;
     ChildProgram m_program;
     ControlSocket m_control;
     TerminationSignals m_signals{{SIGINT, SIGTERM}};

@@ -111,6 +111,10 @@ QString conflictOfSources(const QCommandLineParser &parser)
     if (isReplay && isThrough) {
         return QStringLiteral("--replay and --through exclude each other");
     }
+    if (parser.isSet(option("cameras"))
+        && (isReplay || isThrough || parser.isSet(option("record")))) {
+        return QStringLiteral("--cameras is for simulated cameras that are not recorded");
+    }
     const QString unfit = firstSet(parser, kCameraOptions);
     if (unfit.isEmpty() || (!isReplay && !isThrough)) {
         return {};
@@ -139,6 +143,11 @@ void describe(QCommandLineParser &parser)
         {QStringLiteral("pty"), QStringLiteral("Use a pseudo-terminal.")},
         {QStringLiteral("port"), QStringLiteral("The adapter's port (default: ttyUSB0)."),
          QStringLiteral("NAME")},
+        {QStringLiteral("cameras"),
+         QStringLiteral("So many cameras, 1 to 256, each with a port of its own: ttyUSB0, ttyUSB1 "
+                        "and so on, or a pseudo-terminal (default: 1). The control socket is for "
+                        "the first."),
+         QStringLiteral("N")},
         {QStringLiteral("baud"),
          QStringLiteral("Speed of the line (default: 115200); 0 is as fast as possible."),
          QStringLiteral("RATE")},
@@ -261,6 +270,8 @@ parseCommandLine(const QStringList &arguments)
     if (QFileInfo(options.throughPort).fileName() == options.portName) {
         reader.complain(option("port"), QStringLiteral("another name than that of --through"));
     }
+    constexpr int kMaximumCameras = 256;
+    options.cameras = reader.number(option("cameras"), 1, kMaximumCameras, 1);
     constexpr int kMaximumBaud = 4'000'000;
     options.behaviour.baud = reader.number(option("baud"), 0, kMaximumBaud, options.behaviour.baud);
     constexpr int kMaximumDelay = 3'600'000;

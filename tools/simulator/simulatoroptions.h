@@ -27,6 +27,7 @@ struct SimulatorOptions {
     QString recordingPath;                        ///< of the file to record in; empty: none
     QString throughPort; ///< a real port with the camera to use; empty: none
     QString replayPath;  ///< of a recording to play instead of the camera; empty: none
+    int cameras = 1;     ///< each with a port of its own
     bool withHex = false;
     bool quiet = false;
 };

@@ -19,7 +19,7 @@ namespace {
 // What is plugged, from the hub outwards: the device, its only interface, the serial port on that,
 // and the terminal. The list of ports shows the terminal's ID_MODEL, with blanks for underscores.
 // Vendor and product number are the ones that https://pid.codes/ keeps free for tests.
-constexpr const char *kDescription = R"(P: /devices/usb1/1-1
+constexpr const char *kDescription = R"(P: /devices/usb1/1-%SOCKET%
 E: SUBSYSTEM=usb
 E: DEVTYPE=usb_device
 E: PRODUCT=1209/1/100
@@ -27,32 +27,27 @@ A: idVendor=1209
 A: idProduct=0001
 A: product=USB Serial
 
-P: /devices/usb1/1-1/1-1:1.0
+P: /devices/usb1/1-%SOCKET%/1-%SOCKET%:1.0
 E: SUBSYSTEM=usb
 E: DEVTYPE=usb_interface
 
-P: /devices/usb1/1-1/1-1:1.0/%PORT%
+P: /devices/usb1/1-%SOCKET%/1-%SOCKET%:1.0/%PORT%
 E: SUBSYSTEM=usb-serial
 E: DRIVER=generic
 L: driver=../../../../../bus/usb-serial/drivers/generic
 
-P: /devices/usb1/1-1/1-1:1.0/%PORT%/tty/%PORT%
+P: /devices/usb1/1-%SOCKET%/1-%SOCKET%:1.0/%PORT%/tty/%PORT%
 E: SUBSYSTEM=tty
 E: DEVNAME=/dev/%PORT%
 E: MAJOR=188
-E: MINOR=0
+E: MINOR=%MINOR%
 E: ID_BUS=usb
 E: ID_MODEL=USB_Serial
 E: ID_MODEL_ENC=USB\x20Serial
 E: ID_VENDOR_ID=1209
 E: ID_MODEL_ID=0001
-A: dev=188:0
+A: dev=188:%MINOR%
 )";
-
-QByteArray inserted(const char *text, const QString &portName)
-{
-    return QByteArray(text).replace("%PORT%", portName.toLocal8Bit());
-}
 
 } // namespace
 
@@ -69,6 +64,18 @@ public:
     Testbed(const Testbed &) = delete;
     Testbed &operator=(const Testbed &) = delete;
     ~Testbed() { g_object_unref(m_testbed); }
+
+    /// The environment names only one folder.
+    static std::shared_ptr<Testbed> shared()
+    {
+        static std::weak_ptr<Testbed> existing;
+        auto testbed = existing.lock();
+        if (testbed == nullptr) {
+            testbed = std::make_shared<Testbed>();
+            existing = testbed;
+        }
+        return testbed;
+    }
 
     const QString &root() const { return m_root; }
     /// Adds devices, innermost last, and announces them.
@@ -95,10 +102,11 @@ private:
     QString m_root;
 };
 
-MockedAdapterLine::MockedAdapterLine(QString portName, QObject *parent)
+MockedAdapterLine::MockedAdapterLine(QString portName, int place, QObject *parent)
     : CameraLine(parent)
     , m_portName(std::move(portName))
-    , m_testbed(std::make_unique<Testbed>())
+    , m_place(place)
+    , m_testbed(Testbed::shared())
 {
 }
 
@@ -119,7 +127,7 @@ bool MockedAdapterLine::plug(QString *error)
         *error = QStringLiteral("cannot make %1").arg(devicePath());
         return false;
     }
-    if (!m_testbed->add(inserted(kDescription, m_portName), error)) {
+    if (!m_testbed->add(inserted(kDescription), error)) {
         QFile::remove(devicePath());
         return false;
     }
@@ -137,12 +145,12 @@ void MockedAdapterLine::unplug()
     QFile::remove(devicePath());
     m_terminal.reset();
     for (const char *device : {
-             "/sys/devices/usb1/1-1/1-1:1.0/%PORT%/tty/%PORT%",
-             "/sys/devices/usb1/1-1/1-1:1.0/%PORT%",
-             "/sys/devices/usb1/1-1/1-1:1.0",
-             "/sys/devices/usb1/1-1",
+             "/sys/devices/usb1/1-%SOCKET%/1-%SOCKET%:1.0/%PORT%/tty/%PORT%",
+             "/sys/devices/usb1/1-%SOCKET%/1-%SOCKET%:1.0/%PORT%",
+             "/sys/devices/usb1/1-%SOCKET%/1-%SOCKET%:1.0",
+             "/sys/devices/usb1/1-%SOCKET%",
          }) {
-        m_testbed->remove(inserted(device, m_portName));
+        m_testbed->remove(inserted(device));
     }
 }
 
@@ -156,6 +164,14 @@ void MockedAdapterLine::write(const QByteArray &bytes)
     if (m_terminal != nullptr) {
         m_terminal->write(bytes);
     }
+}
+
+QByteArray MockedAdapterLine::inserted(const char *text) const
+{
+    return QByteArray(text)
+        .replace("%PORT%", m_portName.toLocal8Bit())
+        .replace("%SOCKET%", QByteArray::number(m_place + 1))
+        .replace("%MINOR%", QByteArray::number(m_place));
 }
 
 QString MockedAdapterLine::devicePath() const

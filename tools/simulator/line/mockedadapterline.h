@@ -5,6 +5,7 @@
 
 #include "cameraline.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <memory>
@@ -26,8 +27,9 @@ class MockedAdapterLine : public CameraLine {
 
 public:
     /// @param portName  such as ttyUSB0: the name in /dev and in the list of ports
-    explicit MockedAdapterLine(QString portName, QObject *parent = nullptr);
-    /// Unplugs the line and removes the folder.
+    /// @param place     in which of the hub's sockets it is, 0 and up; another one for each adapter
+    explicit MockedAdapterLine(QString portName, int place = 0, QObject *parent = nullptr);
+    /// Unplugs the line. The last one removes the folder.
     ~MockedAdapterLine() override;
 
     bool plug(QString *error) override;
@@ -40,7 +42,10 @@ private:
 
     QString devicePath() const;
 
+    QByteArray inserted(const char *text) const;
+
     QString m_portName;
-    std::unique_ptr<Testbed> m_testbed;
+    int m_place;
+    std::shared_ptr<Testbed> m_testbed;         ///< that of all adapters of this process
     std::unique_ptr<CameraTerminal> m_terminal; ///< null while unplugged
 };

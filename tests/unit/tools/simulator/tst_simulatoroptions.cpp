@@ -29,8 +29,14 @@ private slots:
         QVERIFY(options.recordingPath.isEmpty());
         QVERIFY(options.replayPath.isEmpty());
         QVERIFY(options.throughPort.isEmpty());
+        QCOMPARE(options.cameras, 1);
         QVERIFY(!options.withHex);
         QVERIFY(!options.quiet);
+    }
+
+    void readsTheNumberOfCameras()
+    {
+        QCOMPARE(std::get<SimulatorOptions>(parse({"--pty", "--cameras", "256"})).cameras, 256);
     }
 
     void readsEveryOption()
@@ -174,6 +180,13 @@ private slots:
              {"both lines", "--pty sh", "--pty and a program exclude each other"},
              {"unknown option", "--pty --nope", "Unknown option 'nope'."},
              {"missing value", "--pty --baud", "Missing value after '--baud'."},
+             {"no camera", "--pty --cameras 0", "--cameras is a number from 1 to 256, not '0'"},
+             {"too many cameras", "--pty --cameras 257",
+              "--cameras is a number from 1 to 256, not '257'"},
+             {"cameras recorded", "--pty --cameras 2 --record x",
+              "--cameras is for simulated cameras that are not recorded"},
+             {"cameras replayed", "--pty --cameras 2 --replay x",
+              "--cameras is for simulated cameras that are not recorded"},
              {"baud is no number", "--pty --baud fast",
               "--baud is a number from 0 to 4000000, not 'fast'"},
              {"negative baud", "--pty --baud -1", "--baud is a number from 0 to 4000000, not '-1'"},
