@@ -46,6 +46,9 @@ private slots:
              {"diagnose list as JSON", "corvane-diagnose --list --json", 5},
              {"diagnose", "corvane-diagnose /nowhere", 5},
              {"diagnose as JSON", "corvane-diagnose --json /nowhere", 5},
+             {"control help", "corvanectl --help", 4},
+             {"control version", "corvanectl --version", 4},
+             {"control as JSON", "corvanectl --json info /nowhere", 4},
              {"simulator help", "corvane-simulator --help", 1},
              {"simulator version", "corvane-simulator --version", 1},
              {"simulator help of faults", "corvane-simulator --faults help", 1}});
@@ -96,6 +99,7 @@ private slots:
               {}},
              {"image without a place for errors", "corvane-image verify missing 2>&-", 3, {}, {}},
              {"diagnose without any", "corvane-diagnose /nowhere <&- >&- 2>&-", 5, {}, {}},
+             {"control without any", "corvanectl info /nowhere <&- >&- 2>&-", 1, {}, {}},
              {"simulator without any",
               "corvane-simulator --quiet -- sh -c 'for n in 0 1 2; do readlink /proc/$PPID/fd/$n; "
               "done >&3' 3>&1 <&- >&- 2>&-",
@@ -121,6 +125,8 @@ private slots:
                           {"image usage error", "corvane-image '\x1b'"},
                           {"diagnose", "ln -s /dev/null '\x1b'; corvane-diagnose './\x1b'"},
                           {"diagnose usage error", "corvane-diagnose --wait '\x1b' none"},
+                          {"control", "corvanectl info '\x1b'"},
+                          {"control usage error", "corvanectl '\x1b'"},
                           {"simulator", "corvane-simulator --pty --replay '\x1b'"},
                           {"simulator usage error", "corvane-simulator --pty --baud '\x1b'"}});
     }
@@ -163,6 +169,9 @@ private slots:
                           {"image unpack", "corvane-image unpack --help"},
                           {"image verify", "corvane-image verify --help"},
                           {"diagnose", "corvane-diagnose --help"},
+                          {"control", "corvanectl --help"},
+                          {"control set", "corvanectl set --help"},
+                          {"control upgrade", "corvanectl upgrade --help"},
                           {"simulator", "corvane-simulator --help"},
                           {"simulator faults", "corvane-simulator --faults help"}});
     }

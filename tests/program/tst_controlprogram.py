@@ -1,0 +1,467 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Corvane developers
+# SPDX-License-Identifier: MIT
+"""Tests corvanectl as a whole, with simulated cameras on pseudo-terminals."""
+
+from __future__ import annotations
+
+import base64
+import contextlib
+import fcntl
+import json
+import os
+import pty
+import random
+import re
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import termios
+import threading
+import time
+import unittest
+from collections.abc import Iterator
+from pathlib import Path
+
+import jsonschema
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+from terminalscreen import Screen  # noqa: E402
+
+ROOT = Path(__file__).resolve().parents[2]
+PROGRAMS = Path(os.environ.get("CORVANE_PROGRAMS", "build/dev/bin")).resolve()
+CONTROL = PROGRAMS / "corvanectl"
+SIMULATOR = PROGRAMS / "corvane-simulator"
+SCHEMA = json.loads((ROOT / "docs" / "corvanectl.schema.json").read_text(encoding="utf-8"))
+# Only keeps a test that fails from hanging.
+PATIENCE = 120
+# Every kind of fault, of which some let an upload go on.
+HARMLESS = {"delay", "split", "gap", "noise", "join", "duplicate", "wrong-parameter", "stale"}
+FATAL = {"drop", "late", "truncate", "wrong-sum", "foreign-type", "hang-up", "corrupt", "flip"}
+INFO = """\
+{port}: version 1.0.0.6
+  auto-tracking   pan
+  target-missing  preset-7
+  direction       upside-down
+  auto-zoom       off
+  zoom-offset     custom
+"""
+SETTINGS_FILE = """\
+{
+    "corvane-settings": 1,
+    "auto-tracking": "pan",
+    "target-missing": "preset-7",
+    "direction": "upside-down",
+    "auto-zoom": "off",
+    "zoom-offset": "custom"
+}
+"""
+
+
+class Camera:
+    """A simulated camera on a pseudo-terminal of its own, as fast as possible."""
+
+    def __init__(self, folder: Path, *options: str) -> None:
+        self.saved = folder / f"firmware-{random.getrandbits(64):x}"
+        self.process = subprocess.Popen(
+            [SIMULATOR, "--pty", "--quiet", "--baud", "0", "--reboot-time", "100"]
+            + ["--save-firmware", self.saved, *options],
+            stdout=subprocess.PIPE,
+            text=True,
+        )
+        self.port = self.process.stdout.readline().removeprefix("Port: ").strip()
+
+    def end(self) -> None:
+        self.process.terminate()
+        self.process.wait(PATIENCE)
+        self.process.stdout.close()
+
+    def firmware(self) -> bytes | None:
+        return self.saved.read_bytes() if self.saved.exists() else None
+
+
+def image_of(firmware: bytes, version: bytes = b"\x01\x00\x00\x07") -> bytes:
+    header = (b"KVEL" + b"\x01\x02\x00\x07" + version).ljust(128, b"\0")
+    return header + firmware[:32] + base64.b64encode(firmware[32:])
+
+
+class ControlProgram(unittest.TestCase):
+    def setUp(self) -> None:
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.random = random.Random(self.id())
+
+    def camera(self, *options: str) -> Camera:
+        camera = Camera(self.folder, *options)
+        self.addCleanup(camera.end)
+        return camera
+
+    def image(self, size: int, version: bytes = b"\x01\x00\x00\x07") -> tuple[str, bytes]:
+        firmware = self.random.randbytes(size)
+        path = self.folder / "try.img"
+        path.write_bytes(image_of(firmware, version))
+        return str(path), firmware
+
+    def run_control(self, *arguments: str, **options) -> subprocess.CompletedProcess:
+        return subprocess.run(
+            [CONTROL, *arguments],
+            capture_output=True,
+            text=True,
+            check=False,
+            timeout=PATIENCE,
+            cwd=self.folder,
+            **options,
+        )
+
+    def events(self, *arguments: str) -> tuple[int, list[dict]]:
+        """The exit code, and what --json prints, which the schema allows."""
+        result = self.run_control("--json", *arguments)
+        events = [json.loads(line) for line in result.stdout.splitlines()]
+        for event in events:
+            jsonschema.validate(event, SCHEMA)
+        return result.returncode, events
+
+    def results(self, *arguments: str) -> dict[str, dict]:
+        return {
+            event["port"]: event
+            for event in self.events(*arguments)[1]
+            if event["event"] == "result"
+        }
+
+    # Settings
+
+    def test_prints_and_saves_what_the_camera_reports(self) -> None:
+        port = self.camera("--settings", "2,9,1,0,3").port
+        self.assertEqual(self.run_control("info", port).stdout, INFO.format(port=port))
+        self.assertEqual(self.run_control("save", port, "my.json").returncode, 0)
+        self.assertEqual((self.folder / "my.json").read_text(encoding="utf-8"), SETTINGS_FILE)
+        self.assertEqual(self.run_control("save", port, "-").stdout, SETTINGS_FILE)
+
+    def test_gives_ten_cameras_the_settings_of_one(self) -> None:
+        master = self.camera("--settings", "2,9,1,0,3")
+        others = [self.camera("--settings", f"{n % 4},{n},0,1,0").port for n in range(10)]
+        self.run_control("save", master.port, "my.json")
+        self.assertEqual(self.run_control("diff", "my.json", *others).returncode, 1)
+        result = self.run_control("apply", "my.json", *others)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertEqual(
+            self.run_control("info", *others).stdout,
+            "".join(INFO.format(port=port) for port in others) + "10 done\n",
+        )
+        result = self.run_control("diff", "my.json", *others)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def test_names_what_differs(self) -> None:
+        port = self.camera("--settings", "1,9,1,0,3").port
+        (self.folder / "my.json").write_text(SETTINGS_FILE, encoding="utf-8")
+        code, events = self.events("diff", "my.json", port)
+        self.assertEqual(code, 1)
+        self.assertEqual(
+            events[-2]["differences"],
+            [{"key": "auto-tracking", "wanted": "pan", "found": "auto"}],
+        )
+
+    def test_changes_some_settings(self) -> None:
+        port = self.camera("--settings", "2,9,1,0,3").port
+        self.assertEqual(self.run_control("set", "auto-zoom=on", port).stdout, f"{port}: set\n")
+        expected = INFO.format(port=port).replace("auto-zoom       off", "auto-zoom       on")
+        self.assertEqual(self.run_control("info", port).stdout, expected)
+
+    def test_prints_the_zoom_that_the_camera_reports(self) -> None:
+        port = self.camera("--zoom-1", "400", "--zoom-2", "25").port
+        # The value of the low byte counts as signed.
+        self.assertEqual(self.run_control("zoom", "1", port).stdout, f"{port}: zoom 1 is 144\n")
+        self.assertEqual(self.run_control("zoom", "2", port).stdout, f"{port}: zoom 2 is 25\n")
+
+    def test_says_why_no_camera_answers(self) -> None:
+        silent, good = self.camera("--silent").port, self.camera().port
+        result = self.run_control("info", silent, good)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(f"{good}: version 1.0.0.6\n", result.stdout)
+        self.assertIn("1 done, 1 failed\n", result.stdout)
+        self.assertIn(f"corvanectl: {silent}: Nothing at all came back within 5 s.", result.stderr)
+
+    # Upgrades
+
+    def test_upgrades_sixteen_cameras_byte_by_byte(self) -> None:
+        path, firmware = self.image(20_001)
+        cameras = [self.camera() for _ in range(16)]
+        code, events = self.events("upgrade", path, *(camera.port for camera in cameras))
+        self.assertEqual(code, 0)
+        self.assertEqual(events[-1]["done"], 16)
+        for camera in cameras:
+            self.assertEqual(camera.firmware(), firmware)
+        for event in events:
+            if event["event"] == "result":
+                self.assertEqual(event["version"], "1.0.0.6")
+                self.assertEqual(event["versionAfter"], "1.0.0.7")
+        states = [event["state"] for event in events if event.get("port") == cameras[0].port
+                  and event["event"] == "state"]
+        self.assertEqual(states, ["announcing", "uploading", "rebooting"])
+
+    def upgrade_under_faults(self, direction: str) -> None:
+        path, firmware = self.image(600)
+        text = subprocess.run([SIMULATOR, "--faults", "help"], capture_output=True, text=True,
+                              check=True).stdout
+        kinds = re.findall(r"^  ([a-z-]+) +[A-Z]", text.partition("KIND:")[2], flags=re.M)
+        self.assertEqual(len(kinds), 27)
+        # The third frame of each direction is the first packet, or its acknowledgement.
+        cameras = {kind: self.camera("--faults", f"{kind}@{direction}:3", "--seed", "5")
+                   for kind in kinds}
+        results = self.results("upgrade", path, "--reboot-limit", "5",
+                               *(camera.port for camera in cameras.values()))
+        done = set()
+        for kind, camera in cameras.items():
+            with self.subTest(kind):
+                result = results[camera.port]
+                if result["outcome"] == "done":
+                    done.add(kind)
+                    # Two bytes that change places have the same sum.
+                    self.assertEqual(camera.firmware() == firmware,
+                                     (kind, direction) != ("swap", "request"))
+                else:
+                    self.assertEqual(result["outcome"], "failed")
+                    self.assertTrue(result["sentence"].endswith("."))
+        self.assertFalse(done & FATAL)
+        if direction == "reply":
+            self.assertLessEqual(HARMLESS, done)
+
+    def test_fails_clearly_or_succeeds_under_each_fault_of_a_reply(self) -> None:
+        self.upgrade_under_faults("reply")
+
+    def test_fails_clearly_or_succeeds_under_each_fault_of_a_request(self) -> None:
+        self.upgrade_under_faults("request")
+
+    def test_starts_a_failed_upload_again(self) -> None:
+        path, firmware = self.image(600)
+        camera = self.camera("--faults", "drop@reply:4")
+        code, events = self.events("upgrade", "--attempts", "2", path, camera.port)
+        self.assertEqual((code, events[-2]["attempts"]), (0, 2))
+        self.assertEqual(camera.firmware(), firmware)
+        self.assertIn("pausing", [event.get("state") for event in events])
+
+    def test_names_a_camera_that_runs_another_version_afterwards(self) -> None:
+        path, _ = self.image(600, b"\x01\x00\x00\x09")
+        port = self.camera().port
+        result = self.run_control("upgrade", path, port)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(f"{port}: The camera runs version 1.0.0.7 after the upgrade, and not 1.0.0.9",
+                      result.stderr)
+
+    def test_upgrades_only_to_a_newer_version(self) -> None:
+        path, firmware = self.image(600)
+        old, new = self.camera(), self.camera("--camera-version", "1.0.0.7")
+        result = self.run_control("upgrade", "--newer-only", path, old.port, new.port)
+        self.assertEqual(result.returncode, 0)
+        self.assertIn(f"{new.port}: skipped.", result.stdout)
+        self.assertIn("1 done, 1 skipped\n", result.stdout)
+        self.assertEqual((old.firmware(), new.firmware()), (firmware, None))
+
+    def test_changes_nothing_in_a_dry_run(self) -> None:
+        path, _ = self.image(600)
+        camera = self.camera()
+        result = self.run_control("upgrade", "--dry-run", path, camera.port)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(
+            result.stdout,
+            f"{camera.port}: would send RECEIVE_FW_INFO 02 00 02 58 (600 bytes)\n"
+            f"{camera.port}: would send UPLOAD_FIRMWARE, 5 packets\n",
+        )
+        self.assertIsNone(camera.firmware())
+
+    def test_refuses_what_is_no_firmware(self) -> None:
+        port = self.camera().port
+        good = image_of(b"x" * 300)
+        for name, contents, reason in (
+            ("missing", None, "cannot be read, or is no image"),
+            ("magic", b"kvel" + good[4:], "is no firmware image: the magic is missing"),
+            ("empty", good[:128], "the firmware is empty"),
+            ("large", image_of(bytes(1 << 24)), "the firmware has 16 MiB or more"),
+        ):
+            with self.subTest(name):
+                if contents is not None:
+                    (self.folder / name).write_bytes(contents)
+                result = self.run_control("upgrade", name, port)
+                self.assertEqual(result.returncode, 1)
+                self.assertTrue(result.stderr.startswith(f"corvanectl: {name}: {reason}"),
+                                result.stderr)
+
+    def test_refuses_a_port_given_twice(self) -> None:
+        camera = self.camera()
+        link = self.folder / "camera"
+        link.symlink_to(camera.port)
+        path, _ = self.image(300)
+        result = self.run_control("upgrade", path, camera.port, str(link))
+        self.assertEqual(
+            (result.returncode, result.stderr),
+            (2, f"corvanectl: {camera.port} and {link} are the same port\n"),
+        )
+        self.assertIsNone(camera.firmware())
+
+    def test_names_who_holds_a_port(self) -> None:
+        path, firmware = self.image(300)
+        held, free = self.camera(), self.camera()
+        with open(held.port, "rb+", buffering=0):
+            result = self.run_control("upgrade", path, held.port, free.port)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(f"Another program has {held.port} open: python3", result.stderr)
+        self.assertIn(f"(process {os.getpid()})", result.stderr)
+        self.assertEqual((held.firmware(), free.firmware()), (None, firmware))
+
+    # Output and signals
+
+    @contextlib.contextmanager
+    def slow_upgrade(self, **options) -> Iterator[subprocess.Popen]:
+        """An upgrade that takes longer than a test, once it has begun."""
+        path, _ = self.image(200_000)
+        camera = self.camera("--delay", "200")
+        with subprocess.Popen([CONTROL, "--json", "upgrade", path, camera.port], text=True,
+                              stderr=subprocess.PIPE,
+                              **{"stdout": subprocess.PIPE, **options}) as process:
+            try:
+                for line in process.stdout or ():
+                    if '"uploading"' in line:
+                        break
+                yield process
+            finally:
+                process.kill()
+
+    def test_goes_on_after_one_interrupt_and_abandons_after_two(self) -> None:
+        with self.slow_upgrade() as process:
+            process.send_signal(signal.SIGINT)
+            note = next(json.loads(line) for line in process.stdout if '"note"' in line)
+            self.assertIn("Press Ctrl+C again within 3 seconds to abandon them", note["text"])
+            self.assertIsNone(process.poll())
+            process.send_signal(signal.SIGINT)
+            events = [json.loads(line) for line in process.stdout]
+            self.assertEqual(process.wait(PATIENCE), 130)
+        self.assertEqual(events[-2]["reason"], "abandoned")
+        self.assertEqual(events[-1]["exitCode"], 130)
+
+    def test_ends_by_a_signal_only_once_nothing_is_uploading(self) -> None:
+        for number in (signal.SIGTERM, signal.SIGHUP):
+            with self.subTest(number), self.slow_upgrade() as process:
+                process.send_signal(number)
+                note = next(json.loads(line) for line in process.stdout if '"note"' in line)
+                self.assertIn("Ends once the uploads", note["text"])
+                self.assertIsNone(process.poll())
+
+    def test_ends_at_once_while_nothing_is_uploading(self) -> None:
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            with self.subTest(number):
+                port = self.camera("--silent").port
+                with subprocess.Popen([CONTROL, "--json", "info", port], stdout=subprocess.PIPE,
+                                      text=True) as process:
+                    process.stdout.readline()
+                    process.send_signal(number)
+                    events = [json.loads(line) for line in process.stdout]
+                    self.assertEqual(process.wait(PATIENCE), 128 + number)
+                self.assertEqual(events[-2]["reason"], "abandoned")
+
+    def test_finishes_the_upload_when_the_reader_has_gone(self) -> None:
+        path, firmware = self.image(20_000)
+        camera = self.camera()
+        with subprocess.Popen([CONTROL, "--json", "upgrade", path, camera.port],
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            process.stdout.readline()
+            process.stdout.close()
+            errors = process.stderr.read()
+            self.assertEqual(process.wait(PATIENCE), 4)
+        self.assertIn(b"standard output: Broken pipe", errors)
+        self.assertEqual(camera.firmware(), firmware)
+
+    def on_terminal(self, columns: int, *arguments: str, **environment: str) -> tuple[int, str]:
+        """The exit code, and what came out of a terminal."""
+        master, slave = pty.openpty()
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+        output = bytearray()
+
+        def read() -> None:
+            with contextlib.suppress(OSError):
+                while data := os.read(master, 4096):
+                    output.extend(data)
+
+        process = subprocess.Popen(
+            [CONTROL, *arguments], stdout=slave, stderr=slave, cwd=self.folder,
+            env={**os.environ, "TERM": "xterm", **environment})
+        os.close(slave)
+        reader = threading.Thread(target=read)
+        reader.start()
+        code = process.wait(PATIENCE)
+        reader.join(PATIENCE)
+        os.close(master)
+        return code, output.decode()
+
+    def test_redraws_in_place_on_a_terminal(self) -> None:
+        for columns in (60, 200):
+            with self.subTest(columns):
+                path, _ = self.image(30_000)
+                ports = [self.camera("--delay", "2").port for _ in range(4)]
+                bad = self.camera("--faults", "drop@reply:9").port
+                start = time.monotonic()
+                code, text = self.on_terminal(columns, "upgrade", path, *ports, bad)
+                seconds = time.monotonic() - start
+                self.assertEqual(code, 1)
+                # Each time but the first, up by one line for each camera.
+                redraws = text.count("\x1b[5A")
+                self.assertGreater(redraws, 3)
+                self.assertLessEqual(redraws, 10 * seconds + 2)
+                for piece in text.split("\x1b[5A")[1:-1]:
+                    for line in piece.removeprefix("\r").split("\r\n"):
+                        self.assertLess(len(re.sub(r"\x1b\[\d*\w", "", line)), columns, line)
+                self.assertRegex(text, r"uploading +\[#*-*\] +\d+ % +[\d.]+( packets)?/s")
+                self.assertIn("\x1b[31m", text)
+                screen = Screen(10_000)
+                screen.take(text)
+                for port, line in zip([*ports, bad], screen.lines, strict=False):
+                    self.assertIn("failed" if port == bad else "done", line)
+                    self.assertTrue(line.startswith(port))
+                self.assertIn("4 done, 1 failed", screen.lines)
+
+    def test_keeps_colours_away(self) -> None:
+        path, _ = self.image(300)
+        text = self.on_terminal(80, "upgrade", path, self.camera().port, NO_COLOR="1")[1]
+        self.assertIn("done", text)
+        self.assertNotRegex(text, r"\x1b\[\d+m")
+
+    def test_prints_a_line_for_each_event_elsewhere(self) -> None:
+        path, _ = self.image(300)
+        port = self.camera().port
+        lines = self.run_control("upgrade", path, port).stdout.splitlines()
+        self.assertEqual(lines[:3],
+                         [f"{port}: {state}" for state in ("announcing", "uploading", "rebooting")])
+        self.assertRegex(lines[3], "upgraded from version 1.0.0.6 to 1.0.0.7, as the image has it")
+
+    # Ports of a list
+
+    def on_adapter(self, *arguments: str, options: tuple[str, ...] = ()) -> tuple[int, str]:
+        port = f"ttyCONTROL{os.getpid()}"
+        result = subprocess.run(
+            [SIMULATOR, "--quiet", "--baud", "0", "--reboot-time", "100", "--port", port, *options]
+            + ["--", CONTROL, *arguments],
+            capture_output=True, text=True, check=False, timeout=PATIENCE, cwd=self.folder)
+        return result.returncode, result.stdout.replace(port, "PORT")
+
+    def test_lists_ports_and_cameras(self) -> None:
+        self.assertEqual(self.on_adapter("list"), (0, "PORT: USB Serial, USB 1209:0001\n"))
+        self.assertEqual(
+            self.on_adapter("list", "--probe"),
+            (0, "PORT: USB Serial, USB 1209:0001\n  a camera of version 1.0.0.6\n"))
+        code, text = self.on_adapter("list", "--probe", options=("--silent",))
+        self.assertEqual(code, 3)
+        self.assertIn("\n  no camera: Nothing at all came back within 5 s.\n", text)
+
+    def test_finds_all_cameras(self) -> None:
+        path, _ = self.image(300)
+        code, text = self.on_adapter("upgrade", path, "--all")
+        self.assertEqual(code, 0)
+        self.assertIn("PORT: upgraded from version 1.0.0.6 to 1.0.0.7", text)
+        self.assertEqual(self.on_adapter("info", "--all", options=("--silent",)), (3, ""))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,364 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "camerajob.h"
+#include "fakeline.h"
+#include "frames.h"
+#include "rows.h"
+
+#include <memory>
+
+using Outcome = CameraResult::Outcome;
+
+/// What each command does with one camera, without a port and without waiting.
+class CameraJobTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() { m_order = {}; }
+
+    void asksFirst_data()
+    {
+        addRows<QString, bool>({"line", "asks"},
+                               {{"list", "list --probe", true},
+                                {"info", "info p", true},
+                                {"save", "save p f", true},
+                                {"diff", "diff f p", true},
+                                {"apply", "apply f p", false},
+                                {"apply to all", "apply f --all", true},
+                                {"set", "set auto-zoom=on p", true},
+                                {"zoom", "zoom 1 p", false},
+                                {"zoom on all", "zoom 1 --all", true},
+                                {"upgrade", "upgrade i p", true}});
+    }
+
+    void asksFirst()
+    {
+        QFETCH(QString, line);
+        start(line);
+        const QByteArray written = m_line->written();
+        QTEST(written == Hex::hello(), "asks");
+        QVERIFY(!written.isEmpty());
+    }
+
+    void reportsTheCamera()
+    {
+        start("info p");
+        m_line->send(Hex::helloReply());
+        QCOMPARE(outcome(), QString("done"));
+        QCOMPARE(m_job->result().version, QString("1.0.0.6"));
+        QCOMPARE(cameraSettingsPayload(*m_job->result().settings).toHex(),
+                 QByteArray("0101000101"));
+        QCOMPARE(m_line->written(), Hex::hello());
+        QVERIFY(!m_line->hasAlarm());
+    }
+
+    void saysWhyNoneAnswers_data()
+    {
+        addRows<QByteArray, QString>(
+            {"bytes", "outcome"},
+            {{"nothing", "", "failed: silent"},
+             {"the request", Hex::hello(), "failed: echo"},
+             {"noise", "01 02 03", "failed: no-frame"},
+             {"a wrong sum", Hex::helloReply().chopped(2) + "9D", "failed: wrong-sums"},
+             {"a part", Hex::helloReply().left(60), "failed: broken-off"}});
+    }
+
+    void saysWhyNoneAnswers()
+    {
+        QFETCH(QByteArray, bytes);
+        start("info p");
+        m_line->send(bytes);
+        m_line->pass(4999);
+        QVERIFY(!m_job->hasEnded());
+        QVERIFY(m_job->isCamera());
+        m_line->pass(1);
+        QTEST(outcome(), "outcome");
+        QVERIFY(!m_job->isCamera());
+    }
+
+    void refusesAShortReport()
+    {
+        start("info p");
+        m_line->send("FF FF 0E 41 01 06 07 06 09 05 16 00 01 00 00 06 8E");
+        QCOMPARE(outcome(), QString("failed: answer-short"));
+        QCOMPARE(m_job->result().reason.sentence,
+                 QString("The camera answered, but its answer is too short: 17 bytes instead of "
+                         "26."));
+        QVERIFY(m_job->isCamera());
+    }
+
+    void appliesTheFile()
+    {
+        m_order.settings = {2, 9, true, 0, 3};
+        start("apply f p");
+        QCOMPARE(m_line->written(), Hex::settings());
+        m_line->send(panning("55", "E5"));
+        QCOMPARE(outcome(), QString("done"));
+    }
+
+    void asksAfterAShortAcknowledgement()
+    {
+        m_order.settings = {2, 9, true, 0, 3};
+        start("apply f p");
+        m_line->written();
+        m_line->send(Frames::settingsAcknowledgement().toHex());
+        QCOMPARE(m_line->written(), Hex::hello());
+        m_line->send(panning("16", "A6"));
+        QCOMPARE(outcome(), QString("done"));
+    }
+
+    void comparesTheReply_data()
+    {
+        addRows<QByteArray>({"acknowledgement"},
+                            {{"long", ""}, {"short", Frames::settingsAcknowledgement().toHex()}});
+    }
+
+    void comparesTheReply()
+    {
+        QFETCH(QByteArray, acknowledgement);
+        m_order.settings = {2, 8, true, 1, 3};
+        start("apply f p");
+        m_line->send(acknowledgement);
+        m_line->send(acknowledgement.isEmpty() ? panning("55", "E5") : panning("16", "A6"));
+        QCOMPARE(outcome(), QString("failed: not-taken"));
+        QCOMPARE(m_job->result().reason.sentence,
+                 QString("The camera acknowledged the settings, but has not taken all: "
+                         "target-missing is preset-7, not preset-6; auto-zoom is off, not on."));
+    }
+
+    void setsSomeAndKeepsTheOthers()
+    {
+        start("set auto-tracking=pan zoom-offset=custom p");
+        QCOMPARE(m_line->written(), Hex::hello());
+        m_line->send(Hex::helloReply());
+        QCOMPARE(m_line->written(),
+                 QByteArray("FF FF 0F 41 01 06 07 06 09 01 55 00 02 01 00 01 03 CA"));
+    }
+
+    void findsDifferences()
+    {
+        m_order.settings = {1, 1, false, 1, 1};
+        start("diff f p");
+        m_line->send(Hex::helloReply());
+        QCOMPARE(outcome(), QString("done"));
+
+        m_order.settings = {1, 1, false, 0, 1};
+        start("diff f p");
+        m_line->send(Hex::helloReply());
+        QCOMPARE(outcome(), QString("failed: differs"));
+        QCOMPARE(m_job->result().reason.sentence,
+                 QString("The camera's auto-zoom is on, not off."));
+    }
+
+    void savesOnlyWhatHasWords()
+    {
+        start("save p f");
+        m_line->send(Hex::helloReply());
+        QCOMPARE(outcome(), QString("done"));
+
+        // Target missing is 0C.
+        start("save p f");
+        m_line->send(
+            "FF FF 17 41 01 06 07 06 09 05 16 00 01 00 00 06 0C 00 00 00 00 01 01 01 01 A7");
+        QCOMPARE(outcome(), QString("failed: no-word"));
+        QCOMPARE(m_job->result().reason.sentence,
+                 QString("The camera reports a setting that a file has no word for: target-missing "
+                         "is unknown (12)."));
+    }
+
+    void setsZoomPresets_data()
+    {
+        addRows<QString, QByteArray>(
+            {"line", "request"},
+            {{"first", "zoom 1 p", Hex::zoom1()}, {"second", "zoom 2 p", Hex::zoom2()}});
+    }
+
+    void setsZoomPresets()
+    {
+        QFETCH(QString, line);
+        start(line);
+        QTEST(m_line->written(), "request");
+        m_line->send(Hex::zoomReply());
+        QCOMPARE(outcome(), QString("done"));
+        QCOMPARE(m_job->result().zoom.value_or(0), 100);
+    }
+
+    void failsWithoutAcknowledgement_data()
+    {
+        addRows<QString, int, QString>(
+            {"line", "limit", "sentence"},
+            {{"settings", "apply f p", 5000,
+              "The camera has not acknowledged the settings within 5 s."},
+             {"zoom", "zoom 1 p", 2000,
+              "The camera has not acknowledged the zoom preset within 2 s."}});
+    }
+
+    void failsWithoutAcknowledgement()
+    {
+        QFETCH(QString, line);
+        QFETCH(int, limit);
+        start(line);
+        m_line->pass(limit - 1);
+        QVERIFY(!m_job->hasEnded());
+        m_line->pass(1);
+        QCOMPARE(outcome(), QString("failed: not-acknowledged"));
+        QTEST(m_job->result().reason.sentence, "sentence");
+    }
+
+    void failsWhenTheLineIsLost()
+    {
+        start("info p");
+        emit m_line->lost("No such device");
+        QCOMPARE(outcome(), QString("failed: hung-up"));
+        QVERIFY(m_job->result().reason.sentence.contains("No such device"));
+    }
+
+    void upgrades()
+    {
+        startUpgrade("upgrade i p", "1.0.0.7");
+        QCOMPARE(m_line->written(), Hex::smallAnnouncement());
+        QVERIFY(m_job->isUploading());
+        m_line->send(Hex::announcementReply());
+        QCOMPARE(m_line->written(), Hex::smallPacket());
+        QCOMPARE(stateName(m_job->status().state), QString("uploading"));
+        m_line->send(Hex::packetReply());
+        QCOMPARE(stateName(m_job->status().state), QString("rebooting"));
+        QVERIFY(!m_job->isUploading());
+        m_line->pass(1000);
+        m_line->send(Hex::raisedHelloReply());
+        QCOMPARE(outcome(), QString("done"));
+        QCOMPARE(m_job->result().version, QString("1.0.0.6"));
+        QCOMPARE(m_job->result().versionAfter, QString("1.0.0.7"));
+        QCOMPARE(m_job->result().imageVersion, QString("1.0.0.7"));
+        QCOMPARE(m_job->result().attempts, 1);
+    }
+
+    void upgradesOnlyToANewerVersion_data()
+    {
+        // The camera runs 1.0.0.6.
+        addRows<QString, bool>({"image", "isNewer"},
+                               {{"the same", "1.0.0.6", false},
+                                {"older", "1.0.0.5", false},
+                                {"older at the front", "0.9.9.9", false},
+                                {"newer", "1.0.0.7", true},
+                                {"newer at the front", "2.0.0.0", true},
+                                {"hexadecimal", "1.0.0.a", true},
+                                {"a part of FF, which is shown as -1", "1.0.0.-1", true}});
+    }
+
+    void upgradesOnlyToANewerVersion()
+    {
+        QFETCH(QString, image);
+        startUpgrade("upgrade i p --newer-only", image);
+        QTEST(m_job->isUploading(), "isNewer");
+        QTEST(outcome() != "skipped: not-newer", "isNewer");
+    }
+
+    void changesNothingInADryRun_data()
+    {
+        addRows<QString, QString>(
+            {"line", "wouldSend"},
+            {{"apply", "apply f p --dry-run",
+              "CUSTOM_SETTING 02 09 01 00 03 (auto-tracking=pan target-missing=preset-7 "
+              "direction=upside-down auto-zoom=off zoom-offset=custom)"},
+             {"set", "set auto-zoom=off p --dry-run",
+              "CUSTOM_SETTING 01 01 00 00 01 (auto-tracking=auto target-missing=home "
+              "direction=upright auto-zoom=off zoom-offset=1)"},
+             {"zoom", "zoom 2 p --dry-run", "SET_CUSTOM_ZOOM 01 00 (zoom 2)"},
+             {"upgrade", "upgrade i p --dry-run",
+              "RECEIVE_FW_INFO 02 00 01 2C (300 bytes); UPLOAD_FIRMWARE, 3 packets"}});
+    }
+
+    void changesNothingInADryRun()
+    {
+        m_order.settings = {2, 9, true, 0, 3};
+        m_order.upgrade.firmware = Hex::firmware();
+        QFETCH(QString, line);
+        start(line);
+        m_line->send(Hex::helloReply());
+        QCOMPARE(outcome(), QString("done"));
+        QTEST(m_job->result().wouldSend.join("; "), "wouldSend");
+        const QByteArray written = m_line->written();
+        QVERIFY(written.isEmpty() || written == Hex::hello());
+    }
+
+    void canBeAbandoned_data()
+    {
+        addRows<int, QString>(
+            {"replies", "sentence"},
+            {{"while asking", 0, "Ended before it was done."},
+             {"while uploading", 2, "The upload was abandoned after 0 of 1 packets."},
+             {"while rebooting", 3,
+              "The camera has all packets, but has not been seen to run the new version."}});
+    }
+
+    void canBeAbandoned()
+    {
+        m_order.upgrade.firmware = QByteArray("\1\2\3");
+        start("upgrade i p");
+        QFETCH(int, replies);
+        const QVector<QByteArray> all{Hex::helloReply(), Hex::announcementReply(),
+                                      Hex::packetReply()};
+        for (int i = 0; i < replies; ++i) {
+            m_line->send(all.at(i));
+        }
+        m_job->abandon();
+        QCOMPARE(outcome(), QString("failed: abandoned"));
+        QTEST(m_job->result().reason.sentence, "sentence");
+        QVERIFY(!m_line->hasAlarm());
+    }
+
+private:
+    void start(const QString &line)
+    {
+        const auto command = parseControlCommandLine(("corvanectl " + line).split(' '));
+        m_order.command = std::get<ControlCommand>(command);
+        PortFinding finding;
+        finding.port = "p";
+        m_job.reset();
+        m_line = std::make_unique<FakeLine>();
+        m_job = std::make_unique<CameraJob>(*m_line, m_order, finding);
+        m_job->start();
+    }
+
+    void startUpgrade(const QString &line, const QString &imageVersion)
+    {
+        m_order.upgrade.firmware = QByteArray("\1\2\3");
+        m_order.upgrade.imageVersion = imageVersion;
+        start(line);
+        m_line->written();
+        m_line->send(Hex::helloReply());
+    }
+
+    QString outcome() const
+    {
+        if (!m_job->hasEnded()) {
+            return "has not ended";
+        }
+        const CameraResult &result = m_job->result();
+        switch (result.outcome) {
+        case Outcome::Done:
+            return "done";
+        case Outcome::Skipped:
+            return "skipped: " + result.reason.id;
+        default:
+            return "failed: " + result.reason.id;
+        }
+    }
+
+    /// A report with pan tracking, preset 7, upside down, no automatic zoom, custom offset.
+    static QByteArray panning(const QByteArray &command, const QByteArray &sum)
+    {
+        return "FF FF 17 41 01 06 07 06 09 05 " + command
+            + " 00 01 00 00 06 09 00 00 01 01 01 00 00 03 " + sum;
+    }
+
+    CameraOrder m_order;
+    std::unique_ptr<FakeLine> m_line;
+    std::unique_ptr<CameraJob> m_job;
+};
+
+QTEST_GUILESS_MAIN(CameraJobTest)
+
+#include "tst_camerajob.moc"

@@ -1,0 +1,156 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "controlcommand.h"
+#include "rows.h"
+
+namespace {
+
+std::variant<ControlCommand, Information, UsageError> parse(const QString &line)
+{
+    return parseControlCommandLine(("corvanectl " + line).split(' ', Qt::SkipEmptyParts));
+}
+
+/// All that the command line asks for.
+QString summary(const ControlCommand &command)
+{
+    QStringList parts{command.word};
+    const auto addIf = [&parts](bool isSet, const QString &text) {
+        if (isSet) {
+            parts += text;
+        }
+    };
+    addIf(!command.file.isEmpty(), "file " + command.file);
+    for (const auto &[key, word] : command.assignments) {
+        parts += key + " to " + word;
+    }
+    addIf(command.kind == ControlCommand::Kind::Zoom, QString("preset %1").arg(command.preset));
+    addIf(!command.ports.isEmpty(), "on " + command.ports.join('+'));
+    addIf(command.toAll, "on all");
+    addIf(command.asJson, "json");
+    addIf(command.probe, "probe");
+    addIf(command.dryRun, "dry");
+    addIf(command.kind == ControlCommand::Kind::Upgrade,
+          QString("attempts %1, limit %2").arg(command.attempts).arg(command.rebootLimit.count()));
+    addIf(command.newerOnly, "newer");
+    return parts.join(", ");
+}
+
+} // namespace
+
+class ControlCommandTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void readsCommands_data()
+    {
+        addRows<QString, QString>(
+            {"line", "summary"},
+            {{"list", "list", "list"},
+             {"list with cameras", "list --probe --json", "list, json, probe"},
+             {"info of some", "info ttyUSB0 /dev/ttyUSB1", "info, on ttyUSB0+/dev/ttyUSB1"},
+             {"info of all", "info --all", "info, on all"},
+             {"save", "save ttyUSB0 my.json", "save, file my.json, on ttyUSB0"},
+             {"diff", "diff my.json ttyUSB0 ttyUSB1", "diff, file my.json, on ttyUSB0+ttyUSB1"},
+             {"apply", "apply - --all --dry-run", "apply, file -, on all, dry"},
+             {"set", "set auto-zoom=off direction=upside-down ttyUSB0",
+              "set, auto-zoom to off, direction to upside-down, on ttyUSB0"},
+             {"set with an odd port", "set auto-zoom=off /dev/a b=c",
+              "set, auto-zoom to off, on /dev/a+b=c"},
+             {"zoom 1", "zoom 1 ttyUSB0", "zoom, preset 0, on ttyUSB0"},
+             {"zoom 2", "zoom 2 ttyUSB0", "zoom, preset 1, on ttyUSB0"},
+             {"upgrade", "upgrade a.img ttyUSB0",
+              "upgrade, file a.img, on ttyUSB0, attempts 1, limit 60"},
+             {"upgrade with everything",
+              "upgrade --all a.img --attempts 3 --reboot-limit 120 --newer-only --dry-run --json",
+              "upgrade, file a.img, on all, json, dry, attempts 3, limit 120, newer"},
+             {"options first", "--json info ttyUSB0", "info, on ttyUSB0, json"},
+             {"limits of the numbers", "upgrade a.img p --attempts 100 --reboot-limit 2",
+              "upgrade, file a.img, on p, attempts 100, limit 2"}});
+    }
+
+    void readsCommands()
+    {
+        QFETCH(QString, line);
+        const auto result = parse(line);
+        const auto *const error = std::get_if<UsageError>(&result);
+        QVERIFY2(error == nullptr, qPrintable(error == nullptr ? QString() : error->reason));
+        QTEST(summary(std::get<ControlCommand>(result)), "summary");
+    }
+
+    void refusesNonsense_data()
+    {
+        addRows<QString, QString>(
+            {"line", "reason"},
+            {{"nothing", "",
+              "a command is needed: list, info, save, diff, apply, set, zoom, upgrade"},
+             {"another command", "reboot p",
+              "'reboot' is no command; they are list, info, save, diff, apply, set, zoom, upgrade"},
+             {"list with a port", "list p", "list takes no port"},
+             {"no port", "info", "a port is needed, or --all"},
+             {"a port and all", "info p --all", "--all and ports exclude each other"},
+             {"save without a file", "save p", "save takes a port and a file"},
+             {"save of two", "save p q file", "save takes a port and a file"},
+             {"apply without anything", "apply --all", "apply takes a file and ports"},
+             {"apply without a port", "apply file", "a port is needed, or --all"},
+             {"set without settings", "set p",
+              "set takes settings such as auto-zoom=off, and ports"},
+             {"set without a port", "set auto-zoom=off", "a port is needed, or --all"},
+             {"set to a wrong word", "set auto-zoom=no p", "auto-zoom is off or on, not 'no'"},
+             {"zoom 3", "zoom 3 p", "zoom takes 1 or 2, and ports"},
+             {"zoom alone", "zoom", "zoom takes 1 or 2, and ports"},
+             {"an option of another command", "info p --attempts 2", "Unknown option 'attempts'."},
+             {"an option of no command", "info p --fast", "Unknown option 'fast'."},
+             {"no attempt", "upgrade i p --attempts 0",
+              "--attempts is a number from 1 to 100, not '0'"},
+             {"too many attempts", "upgrade i p --attempts 101",
+              "--attempts is a number from 1 to 100, not '101'"},
+             {"attempts in words", "upgrade i p --attempts two",
+              "--attempts is a number from 1 to 100, not 'two'"},
+             {"a limit too short", "upgrade i p --reboot-limit 1",
+              "--reboot-limit is a number from 2 to 3600, not '1'"},
+             {"a limit too long", "upgrade i p --reboot-limit 3601",
+              "--reboot-limit is a number from 2 to 3600, not '3601'"}});
+    }
+
+    void refusesNonsense()
+    {
+        QFETCH(QString, line);
+        const auto result = parse(line);
+        const auto *const error = std::get_if<UsageError>(&result);
+        QVERIFY(error != nullptr);
+        QTEST(error->reason, "reason");
+    }
+
+    void refusesEmptyNames()
+    {
+        const auto result = parseControlCommandLine({"corvanectl", "info", ""});
+        QCOMPARE(std::get<UsageError>(result).reason, QString("the name of a port is empty"));
+    }
+
+    void helps_data()
+    {
+        addRows<QString, QString>(
+            {"line", "text"},
+            {{"in general", "--help", "upgrade  Upgrade the firmware of all at the same time."},
+             {"with a command", "upgrade --help", "--reboot-limit <SECONDS>"},
+             {"with settings", "set --help", "target-missing  off, home, preset-0 to preset-7"},
+             {"with exit codes", "info -h", "3  no camera answers"},
+             {"with the version", "info --version", "corvanectl"}});
+    }
+
+    void helps()
+    {
+        QCoreApplication::setApplicationName("corvanectl");
+        QFETCH(QString, line);
+        QFETCH(QString, text);
+        const auto result = parse(line);
+        const auto *const information = std::get_if<Information>(&result);
+        QVERIFY(information != nullptr);
+        QVERIFY2(information->text.contains(text), qPrintable(information->text));
+    }
+};
+
+QTEST_GUILESS_MAIN(ControlCommandTest)
+
+#include "tst_controlcommand.moc"

@@ -1,0 +1,302 @@
+// SPDX-FileCopyrightText: 2026 The Corvane developers
+// SPDX-License-Identifier: MIT
+
+#include "jsonreport.h"
+#include "rows.h"
+#include "terminaldisplay.h"
+#include "textreport.h"
+
+using State = CameraStatus::State;
+using Outcome = CameraResult::Outcome;
+
+Q_DECLARE_METATYPE(CameraResult)
+Q_DECLARE_METATYPE(CameraStatus::State)
+
+namespace {
+
+CameraStatus uploading(const QString &port, int packets, double rate)
+{
+    CameraStatus status;
+    status.port = port;
+    status.state = State::Uploading;
+    status.packets = packets;
+    status.packetCount = 400;
+    status.packetsPerSecond = rate;
+    return status;
+}
+
+CameraStatus in(State state)
+{
+    CameraStatus status = uploading("ttyUSB1", 400, 0.0);
+    status.state = state;
+    return status;
+}
+
+CameraResult failed()
+{
+    CameraResult result;
+    result.port = "ttyUSB0";
+    result.outcome = Outcome::Failed;
+    result.reason = {"silent", "Nothing came.", "Switch it on."};
+    return result;
+}
+
+QString linesOf(const QByteArray &text)
+{
+    return QString::fromUtf8(text).replace('\x1b', '^');
+}
+
+} // namespace
+
+/// What is said of cameras, on a terminal and elsewhere.
+class ControlReportTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void drawsAnUpload_data()
+    {
+        addRows<int, QString>(
+            {"columns", "line"},
+            {{"narrow", 40, "ttyUSB0 uploading      25 %   74.8/s   "},
+             {"60 columns", 60, "ttyUSB0 uploading     [###----------]  25 %   74.8/s   0:05"},
+             {"200 columns", 200,
+              "ttyUSB0 uploading     [" + QString(12, '#') + QString(38, '-')
+                  + "]  25 %   74.8 packets/s   0:05 left"}});
+    }
+
+    void drawsAnUpload()
+    {
+        QFETCH(int, columns);
+        QFETCH(QString, line);
+        const QByteArray text =
+            TerminalDisplay().redraw({uploading("ttyUSB0", 100, 74.8)}, {columns, 24, false});
+        const QString drawn = linesOf(text).section("^[K", 0, 0);
+        QVERIFY2(drawn.size() < columns, qPrintable(drawn));
+        QCOMPARE(drawn, line);
+    }
+
+    void neverDrawsALineAsWideAsTheTerminal()
+    {
+        CameraStatus longName = uploading(QString(300, 'x') + "\x1b[2J", 399, 12345.6);
+        longName.attempt = 100;
+        for (int columns = 1; columns < 250; ++columns) {
+            const QString text = linesOf(
+                TerminalDisplay().redraw({longName, uploading("a", 0, 0.0)}, {columns, 24, false}));
+            const QStringList lines = text.split('\n');
+            for (const QString &line : lines) {
+                const QString visible = line.section("^[", 0, 0);
+                QVERIFY2(visible.size() < qMax(columns, 2), qPrintable(line));
+            }
+        }
+    }
+
+    void redrawsInPlace()
+    {
+        TerminalDisplay display;
+        const CameraStatus one = uploading("ttyUSB0", 0, 0.0);
+        const CameraStatus two = in(State::Rebooting);
+        const TerminalDisplay::Screen screen{60, 24, false};
+        const QByteArray first = display.redraw({one, two}, screen);
+        QCOMPARE(first.count('\n'), 2);
+        QVERIFY(!first.contains("A\r"));
+        QVERIFY(display.redraw({one, two}, screen).startsWith("\x1b[2A\r"));
+        QCOMPARE(display.erase(), QByteArray("\x1b[2A\r\x1b[J"));
+        QCOMPARE(display.erase(), QByteArray());
+        QVERIFY(!display.redraw({one, two}, screen).startsWith("\x1b"));
+    }
+
+    void showsWhatFitsOnTheScreen_data()
+    {
+        addRows<int, int, QString>({"rows", "lines", "last"},
+                                   {{"all", 18, 16, "tty15"},
+                                    {"one too few", 17, 15, "and 2 more"},
+                                    {"hardly any", 3, 1, "and 16 more"}});
+    }
+
+    void showsWhatFitsOnTheScreen()
+    {
+        QVector<CameraStatus> cameras;
+        for (int i = 0; i < 16; ++i) {
+            cameras += uploading(QString("tty%1").arg(i), i, 0.0);
+        }
+        QFETCH(int, rows);
+        QFETCH(QString, last);
+        const QString text = linesOf(TerminalDisplay().redraw(cameras, {80, rows, false}));
+        QTEST(text.count('\n'), "lines");
+        const QString line = text.section('\n', -2, -2);
+        QVERIFY2(line.startsWith(last), qPrintable(line));
+    }
+
+    void coloursTheEnd_data()
+    {
+        addRows<State, bool, QString>({"state", "withColours", "colour"},
+                                      {{"done", State::Done, true, "^[32m"},
+                                       {"skipped", State::Skipped, true, "^[32m"},
+                                       {"failed", State::Failed, true, "^[31m"},
+                                       {"pausing", State::Pausing, true, "^[33m"},
+                                       {"rebooting", State::Rebooting, true, ""},
+                                       {"failed without colours", State::Failed, false, ""}});
+    }
+
+    void coloursTheEnd()
+    {
+        QFETCH(State, state);
+        QFETCH(bool, withColours);
+        QFETCH(QString, colour);
+        const QString text = linesOf(TerminalDisplay().redraw({in(state)}, {80, 24, withColours}));
+        QVERIFY2(text.startsWith(colour + "ttyUSB1 "), qPrintable(text));
+        QCOMPARE(text.contains("^[0m^[K"), !colour.isEmpty());
+    }
+
+    void saysStates_data()
+    {
+        addRows<State, QString>({"state", "text"},
+                                {{"asking", State::Asking, "ttyUSB1: asking\n"},
+                                 {"announcing", State::Announcing, "ttyUSB1: announcing\n"},
+                                 {"uploading", State::Uploading, "ttyUSB1: uploading\n"},
+                                 {"pausing", State::Pausing, "ttyUSB1: pausing\n"},
+                                 {"rebooting", State::Rebooting, "ttyUSB1: rebooting\n"},
+                                 {"done", State::Done, "ttyUSB1: done\n"}});
+    }
+
+    void saysStates()
+    {
+        QFETCH(State, state);
+        QTEST(TextReport::state(in(state)), "text");
+        CameraStatus again = in(state);
+        again.attempt = 2;
+        QVERIFY(TextReport::state(again).endsWith(", attempt 2\n"));
+    }
+
+    void knowsWhatIsLeft()
+    {
+        QCOMPARE(secondsLeft(uploading("p", 100, 75.0)).value_or(-1), 4);
+        QCOMPARE(secondsLeft(uploading("p", 99, 75.0)).value_or(-1), 5);
+        QVERIFY(!secondsLeft(uploading("p", 0, 0.0)));
+        QVERIFY(!secondsLeft(in(State::Rebooting)));
+    }
+
+    void saysResults_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<CameraResult>("result");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QByteArray>("json");
+
+        CameraResult info;
+        info.port = "ttyUSB0";
+        info.version = "1.0.a.10";
+        info.settings = CameraSettings{2, 9, true, 0, 3};
+        QTest::newRow("info") << "info ttyUSB0" << info
+                              << "ttyUSB0: version 1.0.a.10\n"
+                                 "  auto-tracking   pan\n"
+                                 "  target-missing  preset-7\n"
+                                 "  direction       upside-down\n"
+                                 "  auto-zoom       off\n"
+                                 "  zoom-offset     custom\n"
+                              << QByteArray(
+                                     R"("settings":{"auto-tracking":"pan","auto-zoom":"off",)"
+                                     R"("direction":"upside-down","target-missing":"preset-7",)"
+                                     R"("zoom-offset":"custom"},"version":"1.0.a.10"})");
+
+        CameraResult zoom;
+        zoom.port = "ttyUSB0";
+        zoom.zoom = -112;
+        QTest::newRow("zoom") << "zoom 2 ttyUSB0" << zoom << "ttyUSB0: zoom 2 is -112\n"
+                              << QByteArray(R"("schema":1,"zoom":-112})");
+
+        CameraResult upgraded;
+        upgraded.port = "ttyUSB0";
+        upgraded.version = "1.0.0.6";
+        upgraded.versionAfter = upgraded.imageVersion = "1.0.0.7";
+        upgraded.attempts = 2;
+        upgraded.uploadTime = std::chrono::milliseconds(4240);
+        QTest::newRow("upgrade")
+            << "upgrade a.img ttyUSB0" << upgraded
+            << "ttyUSB0: upgraded from version 1.0.0.6 to 1.0.0.7, as the image has it, in 4.2 s\n"
+            << QByteArray(R"({"attempts":2,"event":"result","imageVersion":"1.0.0.7",)"
+                          R"("outcome":"done","port":"ttyUSB0","schema":1,)"
+                          R"("uploadMilliseconds":4240,"version":"1.0.0.6",)"
+                          R"("versionAfter":"1.0.0.7"})");
+
+        CameraResult skipped;
+        skipped.port = "ttyUSB0";
+        skipped.outcome = Outcome::Skipped;
+        skipped.reason = {"not-newer", "It runs that.", ""};
+        QTest::newRow("skipped") << "upgrade a.img ttyUSB0" << skipped
+                                 << "ttyUSB0: skipped. It runs that.\n"
+                                 << QByteArray(R"("outcome":"skipped","port":"ttyUSB0",)"
+                                               R"("reason":"not-newer","remedy":"",)");
+
+        CameraResult dry;
+        dry.port = "tty\x1b";
+        dry.wouldSend = QStringList{"A 01 (a)", "B 02 (b)"};
+        QTest::newRow("dry run") << "zoom 1 ttyUSB0" << dry
+                                 << "tty\\x1b: would send A 01 (a)\ntty\\x1b: would send B 02 (b)\n"
+                                 << QByteArray(R"json("wouldSend":["A 01 (a)","B 02 (b)"]})json");
+    }
+
+    void saysResults()
+    {
+        QFETCH(QString, line);
+        QFETCH(CameraResult, result);
+        QFETCH(QByteArray, json);
+        const auto command = parseControlCommandLine(("corvanectl " + line).split(' '));
+        QTEST(TextReport::result(std::get<ControlCommand>(command), result), "text");
+        const QByteArray object = JsonReport::result(result);
+        QVERIFY2(object.contains(json), object.constData());
+        QCOMPARE(object.count('\n'), 1);
+    }
+
+    void saysFailures()
+    {
+        QCOMPARE(TextReport::failure(failed()), QString("ttyUSB0: Nothing came. Switch it on."));
+        QCOMPARE(JsonReport::result(failed()),
+                 QByteArray(R"({"event":"result","outcome":"failed","port":"ttyUSB0",)"
+                            R"("reason":"silent","remedy":"Switch it on.","schema":1,)"
+                            R"("sentence":"Nothing came."})"
+                            "\n"));
+    }
+
+    void countsAtTheEnd_data()
+    {
+        addRows<int, int, int, QString>({"done", "skipped", "failed", "text"},
+                                        {{"one", 1, 0, 0, ""},
+                                         {"two", 2, 0, 0, "2 done\n"},
+                                         {"all", 1, 2, 3, "1 done, 2 skipped, 3 failed\n"}});
+    }
+
+    void countsAtTheEnd()
+    {
+        QFETCH(int, done);
+        QFETCH(int, skipped);
+        QFETCH(int, failed);
+        QTEST(TextReport::summary({done, skipped, failed, 0}), "text");
+    }
+
+    void describesPorts()
+    {
+        PortDescription port;
+        port.name = "ttyUSB0";
+        port.path = "/dev/ttyUSB0";
+        QCOMPARE(TextReport::port(port), QString("ttyUSB0\n"));
+        port.description = "USB Serial";
+        port.vendorId = "1209";
+        port.productId = "0001";
+        port.serialNumber = "A1";
+        port.byId = "/dev/serial/by-id/usb-A1";
+        QCOMPARE(TextReport::port(port),
+                 QString("ttyUSB0: USB Serial, USB 1209:0001, serial number A1, "
+                         "/dev/serial/by-id/usb-A1\n"));
+        QCOMPARE(JsonReport::port(port),
+                 QByteArray(R"({"byId":"/dev/serial/by-id/usb-A1","description":"USB Serial",)"
+                            R"("event":"port","path":"/dev/ttyUSB0","port":"ttyUSB0",)"
+                            R"("productId":"0001","schema":1,"serialNumber":"A1",)"
+                            R"("vendorId":"1209"})"
+                            "\n"));
+    }
+};
+
+QTEST_GUILESS_MAIN(ControlReportTest)
+
+#include "tst_controlreport.moc"
