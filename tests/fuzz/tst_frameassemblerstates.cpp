@@ -313,8 +313,8 @@ private:
                     Reports reports;
                     follow(after, static_cast<unsigned char>(byte), reports);
                     const int flags = after.isHeadReady ? 2 : after.headBytes;
-                    Arrival &arrival =
-                        next[static_cast<std::size_t>(flags * kBytes + after.sum % kBytes)];
+                    const int nextPlace = flags * kBytes + after.sum % kBytes;
+                    Arrival &arrival = next[static_cast<std::size_t>(nextPlace)];
                     if (arrival.sum < 0) {
                         arrival = {after.sum, place, static_cast<unsigned char>(byte)};
                         --missing;

@@ -6,6 +6,44 @@
 #include "threadclock.h"
 #include "windowfixture.h"
 
+#include <dlfcn.h>
+
+namespace {
+
+/// Which events were delivered, each time that some were.
+QList<QEventLoop::ProcessEventsFlags> &deliveries()
+{
+    static QList<QEventLoop::ProcessEventsFlags> all;
+    return all;
+}
+
+/// The function of that name in Qt's library.
+template <typename Function> Function original(const char *name)
+{
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+// The linker prefers these to those in Qt's library.
+int QEventLoop::exec(ProcessEventsFlags flags)
+{
+    deliveries() << flags;
+    using Exec = int (*)(QEventLoop *, ProcessEventsFlags);
+    static const auto exec =
+        original<Exec>("_ZN10QEventLoop4execE6QFlagsINS_17ProcessEventsFlagEE");
+    return exec(this, flags);
+}
+
+void QCoreApplication::processEvents(QEventLoop::ProcessEventsFlags flags)
+{
+    deliveries() << flags;
+    using Process = void (*)(QEventLoop::ProcessEventsFlags);
+    static const auto process = original<Process>(
+        "_ZN16QCoreApplication13processEventsE6QFlagsIN10QEventLoop17ProcessEventsFlagEE");
+    process(flags);
+}
+
 namespace {
 
 /// Raises a signal of the window again and again, so that no wait for it takes long.
@@ -54,6 +92,16 @@ int sendHello(MainWindow &window, unsigned char times)
                                   times);
 }
 
+/// Whether keys, clicks and the line were among them. Which flag a box has is not of interest.
+bool haveDeliveredEverything()
+{
+    const auto all = deliveries();
+    return !all.isEmpty() && std::none_of(all.begin(), all.end(), [](auto flags) {
+        return (flags & (QEventLoop::ExcludeUserInputEvents | QEventLoop::ExcludeSocketNotifiers))
+            != 0;
+    });
+}
+
 } // namespace
 
 class MainWindowLimitsTest : public QObject {
@@ -79,8 +127,10 @@ private slots:
         WindowFixture fixture;
         const Acknowledger acknowledger(&fixture.window, acknowledgement);
         fixture.limits.clear();
+        deliveries().clear();
         fixture.call(slot);
         QCOMPARE(fixture.limits.asked(), QList<int>{limit});
+        QVERIFY(haveDeliveredEverything());
     }
 
     void waitsForTheReplyToAConnectionAtMostFiveSeconds()
@@ -88,7 +138,9 @@ private slots:
         WindowFixture fixture;
         const Acknowledger acknowledger(&fixture.window, "receive_hello_ack");
         fixture.limits.clear();
+        deliveries().clear();
         fixture.click("pushButton_connect");
+        QVERIFY(haveDeliveredEverything());
         QVERIFY(fixture.port()->isOpen());
         QCOMPARE(fixture.limits.asked(), QList<int>{5000});
     }
@@ -102,7 +154,9 @@ private slots:
         fixture.enterFirmwarePath(image.fileName());
         const Acknowledger acknowledger(&fixture.window, "receive_fw_info_ack");
         fixture.limits.clear();
+        deliveries().clear();
         fixture.call("on_pushButton_start_upgrade_clicked");
+        QVERIFY(haveDeliveredEverything());
         QCOMPARE(fixture.limits.asked(), QList<int>({5000, 2000, 2000}));
     }
 
