@@ -422,6 +422,25 @@ class ControlProgram(unittest.TestCase):
                     self.assertTrue(line.startswith(port))
                 self.assertIn("4 done, 1 failed", screen.lines)
 
+    def test_uploads_on_while_the_terminal_is_held(self) -> None:
+        path, firmware = self.image(20_000)
+        camera = self.camera("--delay", "5")
+        master, slave = pty.openpty()
+        # As Ctrl+S does.
+        termios.tcflow(slave, termios.TCOOFF)
+        with subprocess.Popen([CONTROL, "upgrade", path, camera.port], stdout=slave,
+                              env={**os.environ, "TERM": "xterm"}) as process:
+            deadline = time.monotonic() + PATIENCE
+            while camera.firmware() is None and time.monotonic() < deadline:
+                time.sleep(0.05)
+            self.assertEqual(camera.firmware(), firmware)
+            termios.tcflow(slave, termios.TCOON)
+            self.assertEqual(process.wait(PATIENCE), 0)
+        output = os.read(master, 4096)
+        self.assertIn(b"upgraded from version 1.0.0.6 to 1.0.0.7", output)
+        os.close(master)
+        os.close(slave)
+
     def test_keeps_colours_away(self) -> None:
         path, _ = self.image(300)
         text = self.on_terminal(80, "upgrade", path, self.camera().port, NO_COLOR="1")[1]

@@ -131,7 +131,7 @@ QByteArray TerminalDisplay::redraw(const QVector<CameraStatus> &cameras, const S
 
 QByteArray TerminalDisplay::erase()
 {
-    const QByteArray text = m_lines == 0 ? QByteArray() : up() + kClearBelow;
+    QByteArray text = m_lines == 0 ? QByteArray() : up() + kClearBelow;
     m_lines = 0;
     return text;
 }
