@@ -48,10 +48,10 @@ bool WaitLimits::runsAfter(int count) const
     return m_asked.size() == count + 1 && runs(m_waits.constLast());
 }
 
-int WaitLimits::timerId() const
+int WaitLimits::remaining() const
 {
-    return !m_waits.isEmpty() && runs(m_waits.constLast()) ? m_waits.constLast().timer->timerId()
-                                                           : 0;
+    const bool isWaiting = !m_waits.isEmpty() && runs(m_waits.constLast());
+    return isWaiting ? m_waits.constLast().timer->remainingTime() : 0;
 }
 
 int WaitLimits::take(QTimer *timer, int limit)

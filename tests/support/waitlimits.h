@@ -29,8 +29,8 @@ public:
 
     /// Whether a wait runs that has begun after @p count others since clear().
     bool runsAfter(int count) const;
-    /// Of the innermost wait's timer: another after each start, 0 when none runs.
-    int timerId() const;
+    /// What is left of the innermost wait, in milliseconds; 0 when none runs.
+    int remaining() const;
 
     /// Lets one limit pass, that of the innermost wait, as soon as @p condition holds while a wait
     /// runs.

@@ -184,27 +184,37 @@ private slots:
         fixture.enterFirmwarePath(image.fileName());
         fixture.limits.clear();
 
-        int timer = 0;
+        QElapsedTimer clock;
+        clock.start();
+        constexpr int kRounding = 2; // milliseconds
+        int earliestEnd = 0;
+        int latestEnd = 0;
         bool isChecked = false;
-        bool isStillWaiting = false;
+        bool isUnchanged = false;
         QTimer poll;
         poll.callOnTimeout([&] {
-            if (timer == 0 && fixture.limits.runsAfter(waitsBefore)) {
+            if (latestEnd == 0 && fixture.limits.runsAfter(waitsBefore)) {
                 poll.stop();
-                timer = fixture.limits.timerId();
+                earliestEnd = int(clock.elapsed()) - kRounding;
+                const int remaining = fixture.limits.remaining();
+                earliestEnd += remaining;
+                latestEnd = int(clock.elapsed()) + remaining + kRounding;
                 sendEverythingBut(own, fixture);
                 poll.start();
                 return;
             }
-            if (timer != 0 && !isChecked) {
+            if (latestEnd != 0 && !isChecked) {
                 isChecked = true;
-                isStillWaiting = fixture.limits.timerId() == timer;
+                const int before = int(clock.elapsed());
+                const int remaining = fixture.limits.remaining();
+                isUnchanged = before + remaining <= latestEnd
+                    && int(clock.elapsed()) + remaining >= earliestEnd;
             }
             fixture.deliver(replyOf(5, own.constFirst()));
         });
         poll.start(1);
         fixture.call(slot);
-        QVERIFY(isStillWaiting);
+        QVERIFY(isUnchanged);
     }
 
     // Destroyed while the parser pauses, it waits for the end of that pause and for no other.
