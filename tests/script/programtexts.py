@@ -37,16 +37,23 @@ def commands_of(program: str) -> dict[str, str]:
     return dict(re.findall(r"^  (\w+) +(.*)$", listed[1], flags=re.MULTILINE)) if listed else {}
 
 
+def options_in(text: str) -> dict[str, Option]:
+    """Those that a help lists."""
+    options = {}
+    listed = text.partition("\nOptions:\n")[2].partition("\n\n")[0]
+    for entry in re.split(r"\n(?=  -)", listed):
+        name, value, rest = re.match(
+            r"  (?:-\w, )?(--[a-z0-9-]+)(?: <(.*?)>)?  (.*)", entry, flags=re.DOTALL
+        ).groups()
+        options[name] = Option(value or "", " ".join(rest.split()))
+    return options
+
+
 def options_of(program: str) -> dict[str, Option]:
     """Those of its commands as well."""
-    options = {}
-    for command in [[], *([command] for command in commands_of(program))]:
-        text = help_of(program, *command).partition("\nOptions:\n")[2].partition("\n\n")[0]
-        for entry in re.split(r"\n(?=  -)", text):
-            name, value, rest = re.match(
-                r"  (?:-\w, )?(--[a-z0-9-]+)(?: <(.*?)>)?  (.*)", entry, flags=re.DOTALL
-            ).groups()
-            options[name] = Option(value or "", " ".join(rest.split()))
+    options = options_in(help_of(program))
+    for command in commands_of(program):
+        options |= options_in(help_of(program, command))
     return options
 
 

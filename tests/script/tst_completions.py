@@ -14,7 +14,7 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True
 
-from programtexts import options_of
+from programtexts import commands_of, help_of, installed_programs, options_in
 
 BASH_COMPLETION = Path("/usr/share/bash-completion/bash_completion")
 COMPLETIONS = Path(__file__).resolve().parents[2] / "packaging" / "completions"
@@ -121,26 +121,27 @@ class Completing(unittest.TestCase):
                 self.assertEqual(self.completions(line), expected)
 
     def test_every_option_of_the_help_is_completed(self) -> None:
-        for program, command in {
-            "corvane-diagnose": "",
-            "corvane-image": "pack ",
-            "corvane-simulator": "",
-        }.items():
-            options = options_of(program)
-            names = set(options) | ({"--"} if program == "corvane-simulator" else set())
-            with self.subTest(program):
-                self.assertEqual(self.completions(f"{program} {command}--"), names)
-            for name, option in options.items():
-                before = f"{program} {command}{name}"
+        for program in installed_programs() - {"corvane"}:
+            completed: set[str] = set()
+            for command in commands_of(program) or [""]:
+                before = f"{program} {command} " if command else f"{program} "
+                options = options_in(help_of(program, *command.split()))
+                names = set(options) | ({"--"} if program == "corvane-simulator" else set())
                 with self.subTest(before):
-                    files = {"camera.img", "camera.bin", "share"}
-                    if option.value in ("FILE", "PATH", "PORT"):
-                        self.assertEqual(self.completions(f"{before} "), files)
-                    elif option.value and option.value != "PLAN":
-                        self.assertEqual(self.completions(f"{before} "), set())
-                    # A word that is no value begins the program's command line.
-                    value = " 1" if option.value else ""
-                    self.assertEqual(self.completions(f"{before}{value} --"), names)
+                    self.assertEqual(self.completions(f"{before}--"), names)
+                for name in options.keys() - completed:
+                    with self.subTest(before + name):
+                        self.check_option(before + name, options[name].value, names)
+                completed |= options.keys()
+
+    def check_option(self, line: str, value: str, names: set[str]) -> None:
+        if value in ("FILE", "PATH", "PORT"):
+            files = {"camera.img", "camera.bin", "share"}
+            self.assertEqual(self.completions(f"{line} "), files)
+        elif value and value != "PLAN":
+            self.assertEqual(self.completions(f"{line} "), set())
+        # A word that is no value begins the command line of the simulator's program.
+        self.assertEqual(self.completions(f"{line} 1 --" if value else f"{line} --"), names)
 
     def test_the_ports_that_there_are_are_offered(self) -> None:
         port = f"ttyUSB{os.getpid()}"
