@@ -42,6 +42,8 @@ MainWindow::MainWindow(QWidget *parent)
     markFocusAndChoice(this);
 
     m_statusLabel = new QLabel;
+    // Otherwise each status text would be an event to screen readers, which drown in them.
+    m_statusLabel->setAccessibleName(QStringLiteral("Status"));
     m_ringBuffer.clear();
     connect(&m_parser, SIGNAL(command(QByteArray)), this, SLOT(AnalyzeReceiveData(QByteArray)));
     m_parser.startParser(&m_ringBuffer);

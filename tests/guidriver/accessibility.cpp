@@ -35,7 +35,11 @@ void hear(QAccessibleEvent *event)
         return;
     }
     const QString name = source->text(QAccessible::Name);
-    if (event->type() == QAccessible::ObjectShow && source->role() == QAccessible::Notification) {
+    const bool isNotification =
+        event->type() == QAccessible::ObjectShow && source->role() == QAccessible::Notification;
+    const bool isLabel =
+        event->type() == QAccessible::NameChanged && source->role() == QAccessible::StaticText;
+    if (isNotification || isLabel) {
         heardTexts << name;
     } else if (event->type() == QAccessible::ValueChanged
                && source->role() == QAccessible::ProgressBar) {
