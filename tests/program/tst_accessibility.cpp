@@ -59,8 +59,8 @@ const QStringList kFirmwarePage{
     "Grouping: Step 2:",
     "Button: Upgrade (Sends the firmware to the camera)",
     "ProgressBar: Upload",
-    "EditableText: Firmware information (The versions of the image and the outcome of the "
-    "upgrade)",
+    "EditableText: Firmware information"
+        + QStringLiteral(" (The versions of the image and the outcome of the upgrade)"),
 };
 
 /// What is of use in the tree: without panels and other helpers that have no name.
@@ -238,16 +238,14 @@ private slots:
         DO(fixture.startUpgrade());
         DO(fixture.waitUntilComplete());
         DO(hears(fixture, "Update is complete. Device auto-rebooting."));
-        QCOMPARE(fixture.corvane.accessibility()["heard"].toVariant().toStringList(),
-                 QStringList({"Device Version: 1.0.a.10",
-                              "Device Version: 1.0.a.10\nSetting custom zoom: 272",
-                              "Device Version: 1.0.a.10\nSetting custom zoom 1 failed!",
-                              "Firmware file error.",
-                              "Protocol version: 1.2.0.7\nImage version: 1.0.0.6",
-                              "Protocol version: 1.2.0.7\nImage version: 1.0.0.6\n"
-                              "Current version: 1.0.a.10",
-                              "Upload: 128", "Upload: 256", "Upload: 300",
-                              "Update is complete. Device auto-rebooting."}));
+        const QString versions = "Protocol version: 1.2.0.7\nImage version: 1.0.0.6";
+        QCOMPARE(
+            fixture.corvane.accessibility()["heard"].toVariant().toStringList(),
+            QStringList(
+                {"Device Version: 1.0.a.10", "Device Version: 1.0.a.10\nSetting custom zoom: 272",
+                 "Device Version: 1.0.a.10\nSetting custom zoom 1 failed!", "Firmware file error.",
+                 versions, versions + "\nCurrent version: 1.0.a.10", "Upload: 128", "Upload: 256",
+                 "Upload: 300", "Update is complete. Device auto-rebooting."}));
     }
 
     void whatIsTypedIntoAPaneIsNotSpokenTwice()
