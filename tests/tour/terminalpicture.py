@@ -40,7 +40,7 @@ def half_way(programs: Path) -> list[str]:
         with subprocess.Popen(
             # Delays here and there, as no two cameras are equally fast.
             [programs / "corvane-simulator", "--quiet", "--cameras", str(CAMERAS)]
-            + ["--faults", "delay=80@reply:9%", "--", programs / "corvanectl"]
+            + ["--faults", "delay=60@reply:3%", "--", programs / "corvanectl"]
             + COMMAND.split()[1:],
             stdout=slave, stderr=subprocess.DEVNULL, cwd=name,
             env={**os.environ, "TERM": "xterm"}) as process:
@@ -70,7 +70,7 @@ def drawing(lines: list[str]) -> str:
     return (f'<svg xmlns="http://www.w3.org/2000/svg" width="{width:g}" height="{height}">\n'
             f'<rect width="100%" height="100%" rx="6" fill="#1e2430"/>\n'
             f'<g font-family="DejaVu Sans Mono, monospace" font-size="14" fill="#e6e6e6" '
-            f'style="white-space:pre">\n{texts}\n</g>\n</svg>\n')
+            f'xml:space="preserve">\n{texts}\n</g>\n</svg>\n')
 
 
 def main() -> None:
