@@ -7,6 +7,7 @@
 //     serialhost hello PORT    sends a HELLO, prints the reply in hexadecimal
 //     serialhost stay PORT     opens the port, prints "open", and once it fails "gone" or, if its
 //                              device is still there, "failed"
+//     serialhost hang-up PORT  takes the port as its terminal and hangs up its line; for root
 //     serialhost watch         prints "watching", then what udev says about terminals, until ended
 
 #include "frames.h"
@@ -19,6 +20,11 @@
 #include <QSerialPortInfo>
 #include <QSocketNotifier>
 #include <QTextStream>
+
+#include <csignal>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -59,6 +65,14 @@ int stay(QSerialPort &port)
     });
     out() << "open" << Qt::endl;
     return QCoreApplication::exec();
+}
+
+int hangUp(const QString &port)
+{
+    ::signal(SIGHUP, SIG_IGN); // which the terminal's owner gets as well
+    const bool isHungUp = ::setsid() >= 0
+        && ::open(QFile::encodeName(port).constData(), O_RDWR | O_CLOEXEC) >= 0 && ::vhangup() == 0;
+    return isHungUp ? 0 : 1;
 }
 
 // Resolved at run time, as the serial port library does, so that no development package is needed.
@@ -109,6 +123,9 @@ int main(int argc, char *argv[])
     }
     if (verb == QLatin1String("watch")) {
         return watch();
+    }
+    if (verb == QLatin1String("hang-up")) {
+        return hangUp(arguments.value(2));
     }
     QSerialPort port(arguments.value(2));
     port.setBaudRate(QSerialPort::Baud115200);

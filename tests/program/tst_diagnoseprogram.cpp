@@ -17,6 +17,7 @@
 #include <grp.h>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -182,6 +183,17 @@ bool give(const FarEnd &farEnd, const char *owner, const char *group, mode_t mod
     return user != nullptr && entry != nullptr
         && ::chown(farEnd.path(), user->pw_uid, entry->gr_gid) == 0
         && ::chmod(farEnd.path(), mode) == 0;
+}
+
+/// Lets a program that does nothing have a port open.
+void holdWithSleep(RunningProgram &holder, const FarEnd &farEnd, const QStringList &wrapper = {},
+                   const QString &program = "sleep")
+{
+    QStringList command = wrapper + QStringList{program, "600"};
+    holder.process.setStandardInputFile(farEnd.portName());
+    const QString first = command.takeFirst();
+    holder.process.start(first, command);
+    QVERIFY(holder.process.waitForStarted(kPatience));
 }
 
 } // namespace
@@ -576,12 +588,13 @@ private slots:
 
     void namesTheProgramThatHasThePort()
     {
-        const FarEnd farEnd;
+        FarEnd farEnd;
         RunningProgram holder(SERIAL_HOST_PROGRAM, {"stay", farEnd.portName()});
         QCOMPARE(holder.line(), QString("open"));
         Diagnosis diagnosis({farEnd.portName()});
         QCOMPARE(diagnosis.exitCode(), 3);
         QCOMPARE(diagnosis.verdicts(), QString("held"));
+        QCOMPARE(farEnd.received(), QByteArray());
         QCOMPARE(diagnosis.sentence(),
                  QString("Another program has %1 open: serialhost (process %2).")
                      .arg(farEnd.portName())
@@ -599,15 +612,19 @@ private slots:
     void namesTheProgramThatSharesThePort()
     {
         QFETCH(QByteArray, bytes);
+        const QString obstacle = obstacleToOtherUsers();
+        if (isRoot() && !obstacle.isEmpty()) {
+            QSKIP(qPrintable(obstacle));
+        }
+        // Root does not ask while another program has the port.
+        const QStringList user = isRoot() ? asNobodyIn("nogroup") : QStringList{};
         double wait = 0.3;
         for (int attempt = 1;; ++attempt, wait *= 2) {
             FarEnd farEnd;
+            QVERIFY(!isRoot() || give(farEnd, "nobody", "nogroup", 0600));
             RunningProgram holder;
-            holder.process.setStandardInputFile(farEnd.portName());
-            holder.process.start("sleep", {"600"});
-            QVERIFY(holder.process.waitForStarted(kPatience));
-            Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()}, {},
-                                speedOf(attempt));
+            holdWithSleep(holder, farEnd, user);
+            Diagnosis diagnosis({"--wait", QString::number(wait), farEnd.portName()}, user);
             answerWith(farEnd, bytes);
             QVERIFY(diagnosis.hasEnded());
             const int size = QByteArray::fromHex(bytes).size();
@@ -662,8 +679,9 @@ private slots:
 
         const QString here = port.startsWith("../") ? place : folder.path();
         Diagnosis diagnosis({"--wait", "0.1", port}, {"env", "-C", here});
-        QCOMPARE(diagnosis.exitCode(), 4);
-        QCOMPARE(diagnosis.verdicts(), QString("shared"));
+        // Root does not ask while another program has the port.
+        QCOMPARE(diagnosis.exitCode(), isRoot() ? 3 : 4);
+        QCOMPARE(diagnosis.verdicts(), QString(isRoot() ? "held" : "shared"));
         QCOMPARE(diagnosis.report()["device"].toString(), port);
         QSet<QString> holders;
         const QJsonArray found = diagnosis.report()["holders"].toArray();
@@ -674,6 +692,72 @@ private slots:
                  (QSet<QString>{QString("%1 sleep").arg(programs[0].process.processId()),
                                 QString("%1 schläfer").arg(programs[2].process.processId())}));
         QCOMPARE(found.size(), 2);
+    }
+
+    void asksNothingAsRootWhileAnotherProgramHasThePort()
+    {
+        if (!isRoot()) {
+            QSKIP("only root could disturb a program that uses its port alone");
+        }
+        FarEnd farEnd;
+        RunningProgram holder;
+        holdWithSleep(holder, farEnd);
+        Diagnosis diagnosis({"--wait", "0.3", farEnd.portName()});
+        QCOMPARE(diagnosis.exitCode(), 3);
+        QCOMPARE(diagnosis.verdicts(), QString("held"));
+        QVERIFY2(diagnosis.sentence().contains("sleep"), qPrintable(diagnosis.sentence()));
+        QVERIFY2(diagnosis.remedy().contains("would disturb it"), qPrintable(diagnosis.remedy()));
+        QCOMPARE(farEnd.received(), QByteArray());
+    }
+
+    void tellsALogin()
+    {
+        const QTemporaryDir folder;
+        const QString program = folder.filePath("agetty");
+        QVERIFY(QFile::link(QStandardPaths::findExecutable("sleep"), program));
+        FarEnd farEnd;
+        RunningProgram holder;
+        holdWithSleep(holder, farEnd, {}, program);
+        Diagnosis diagnosis({"--wait", "0.3", farEnd.portName()});
+        QCOMPARE(diagnosis.exitCode(), 3);
+        QCOMPARE(diagnosis.verdicts(), QString("console"));
+        QCOMPARE(farEnd.received(), QByteArray());
+    }
+
+    void tellsTheKernelsConsole()
+    {
+        const QString obstacle = obstacleToOtherUsers();
+        if (!obstacle.isEmpty()) {
+            QSKIP(qPrintable(obstacle));
+        }
+        QFile consoles("/proc/consoles");
+        QVERIFY(consoles.open(QIODevice::ReadOnly));
+        const QList<QByteArray> number =
+            consoles.readLine().simplified().split(' ').last().split(':');
+        // A device that only its number has in common with the console, and that is not opened.
+        const QTemporaryDir folder;
+        const QByteArray port = QFile::encodeName(folder.filePath("console"));
+        if (number.size() != 2 || ::chmod(QFile::encodeName(folder.path()).constData(), 0755) != 0
+            || ::mknod(port.constData(), S_IFCHR, ::makedev(number[0].toUInt(), number[1].toUInt()))
+                != 0) {
+            QSKIP("this computer has no console, or no device can be made");
+        }
+        Diagnosis diagnosis({port}, asNobodyIn("nogroup"));
+        QCOMPARE(diagnosis.exitCode(), 3);
+        QCOMPARE(diagnosis.verdicts(), QString("console"));
+    }
+
+    void tellsALineThatAnotherProgramHasHungUp()
+    {
+        FarEnd farEnd;
+        Diagnosis diagnosis({"--wait", "600", farEnd.portName()});
+        QTRY_COMPARE(farEnd.received(), Hex::hello());
+        if (RunningProgram(SERIAL_HOST_PROGRAM, {"hang-up", farEnd.portName()}).exitCode() != 0) {
+            QSKIP("only root can hang up a line that is not its own");
+        }
+        QCOMPARE(diagnosis.exitCode(), 3);
+        QCOMPARE(diagnosis.verdicts(), QString("hung-up-by-program"));
+        QCOMPARE(diagnosis.report()["systemError"].toString(), QString("Input/output error"));
     }
 
     void namesTheProgramOfAnotherUserByItsLock()

@@ -18,7 +18,8 @@ namespace {
 
 bool wasAsked(const PortFinding &finding)
 {
-    return finding.kind == PortFinding::Kind::Open || finding.kind == PortFinding::Kind::HungUp;
+    return finding.kind == PortFinding::Kind::Open || finding.kind == PortFinding::Kind::HungUp
+        || finding.kind == PortFinding::Kind::LineHungUp;
 }
 
 QStringList cameraLines(const LineRecord &line)

@@ -7,6 +7,10 @@
 
 #include <QTimer>
 
+#include <cerrno>
+
+#include <termios.h>
+
 using std::chrono::milliseconds;
 
 namespace {
@@ -65,7 +69,15 @@ void LineListener::fail(QSerialPort::SerialPortError error)
         m_serial.setDataBits(m_serial.dataBits());
         return;
     }
-    m_failure = m_serial.errorString();
+    termios settings{};
+    const bool isHungUp = ::tcgetattr(m_serial.handle(), &settings) != 0;
+    if (error == QSerialPort::ResourceError && !isHungUp) {
+        m_isReadByOthers = true;
+        take(); // which also makes the port listen again
+        return;
+    }
+    // The port's own reason may be that of an earlier call.
+    m_failure = isHungUp ? qt_error_string(errno) : m_serial.errorString();
     m_serial.disconnect(this);
     m_loop.quit();
 }

@@ -28,6 +28,8 @@ public:
     LineRecord record() const;
     /// Why the line has failed; empty when it has not.
     const QString &failure() const;
+    /// Whether another program has taken bytes that this one was to read.
+    bool isReadByOthers() const { return m_isReadByOthers; }
 
 private:
     void take();
@@ -39,4 +41,5 @@ private:
     QEventLoop m_loop;
     QString m_failure;
     bool m_isSettling = false;
+    bool m_isReadByOthers = false;
 };

@@ -56,9 +56,11 @@ LineRecord talk(PortFinding *finding, const DiagnoseOptions &options)
     finding->holders = holdersOfDevice(finding->devicePath);
     LineListener listener(serial);
     listener.askAndListen(options.wait);
+    finding->isReadByOthers = listener.isReadByOthers();
     if (!listener.failure().isEmpty()) {
-        finding->kind = PortFinding::Kind::HungUp;
         finding->systemText = listener.failure();
+        serial.close();
+        explainHangUp(finding);
     }
     return listener.record();
 }

@@ -49,7 +49,7 @@ struct Rule {
 /// The first rule that applies gives the verdict; if that is a warning, each further warning that
 /// applies is given as well. After the rules for ports, the port is open; after those for
 /// answers, there is none.
-const std::array<Rule, 26> kRules{{
+const std::array<Rule, 29> kRules{{
     {"no-device", Status::BadPort, is<Kind::NoDevice>, "There is no serial port {port}.",
      "{ports} If the adapter is plugged in and not among them, the end of what \"sudo dmesg\" "
      "prints says why."},
@@ -65,13 +65,17 @@ const std::array<Rule, 26> kRules{{
      "You may not open {port}: it belongs to {owner}, and joining a group would not help.",
      "Ask whoever looks after this computer. \"ls -l {device}\" shows who may open it; a serial "
      "adapter usually belongs to root and the group dialout, and the group may read and write."},
+    {"console", Status::BadPort, is<Kind::Console>,
+     "{port} is a console of this computer, for its messages and for logging in.",
+     "The camera is on another port. {ports}"},
     {"held", Status::BadPort,
      [](const Case &of) { return is<Kind::Held>(of) && !of.finding.holders.isEmpty(); },
-     "Another program has {port} open: {holders}.", "Close that program and try again."},
+     "Another program has {port} open: {holders}.",
+     "Close that program and try again; to ask the camera now would disturb it."},
     {"held-unseen", Status::BadPort, is<Kind::Held>,
      "Another program has {port} open, but you may not see which.",
-     "\"sudo corvane-diagnose {port}\" names it. ModemManager tries each new adapter for half a "
-     "minute: wait for that, and try again."},
+     "\"sudo corvane-diagnose {port}\" names it. It may be ModemManager, which tries a new adapter "
+     "for up to half a minute, depending on its version and the adapter."},
     {"stale-lock", Status::BadPort, is<Kind::StaleLock>,
      "{port} is locked by a program that has ended without removing its lock file {lock}.",
      "Remove it with \"sudo rm {lock}\" and try again."},
@@ -82,6 +86,10 @@ const std::array<Rule, 26> kRules{{
      "{port} failed while the camera was asked: {system}.",
      "The adapter was pulled out or has lost its power: look at its plug and at the hub, and try "
      "another USB socket."},
+    {"hung-up-by-program", Status::BadPort, is<Kind::LineHungUp>,
+     "The line of {port} was hung up while the camera was asked, but the port is still there.",
+     "A program that had {port} as its terminal has ended, which hangs up the line for all others. "
+     "Try again; if it happens again, \"sudo corvane-diagnose {port}\" names the program."},
 
     {"answer-too-late", Status::NoAnswer,
      [](const Case &of) { return isAnswered(of) && of.line.answer->time > kCorvaneLimit; },
@@ -127,11 +135,14 @@ const std::array<Rule, 26> kRules{{
      "No answer came, and another program has {port} open as well: {holders}. It may have taken "
      "the answer away.",
      "Close that program and try again."},
+    {"shared-unseen", Status::NoAnswer, [](const Case &of) { return of.finding.isReadByOthers; },
+     "No answer came, and another program has taken bytes away, but you may not see which.",
+     "\"sudo corvane-diagnose {port}\" names it. Close that program and try again."},
     {"silent", Status::NoAnswer, [](const Case &of) { return of.line.bytes == 0; },
      "Nothing at all came back within {wait} s.",
      "Is the camera on? Is {port} the right adapter? Is the cable plugged in at both ends? The "
      "computer's TX belongs to the camera's RX and the other way round: swap them if unsure. "
-     "{ports}"},
+     "{ports}{unseen}"},
     {"other-acknowledgements", Status::NoAnswer,
      [](const Case &of) { return of.line.otherAcknowledgements > 0; },
      "Acknowledgements came, but of other commands ({commands}) and none of HELLO.",
@@ -152,11 +163,11 @@ const std::array<Rule, 26> kRules{{
     {"broken-off", Status::NoAnswer, [](const Case &of) { return of.line.brokenOff > 0; },
      "Frames came, but incomplete: {broken} broken off.",
      "Bytes get lost: look for a loose contact, take another adapter or USB socket, and see "
-     "whether the camera's power supply is strong enough."},
+     "whether the camera's power supply is strong enough.{unseen}"},
     {"no-frame", Status::NoAnswer, [](const Case & /*of*/) { return true; },
      "{bytes} came, but no frame. The first: {first}.",
      "The camera or the adapter has another baud rate than 115200 (8N1), the levels are wrong "
-     "(RS-232 against TTL), or this is another device. {ports}"},
+     "(RS-232 against TTL), or this is another device. {ports}{unseen}"},
 }};
 
 QString secondsText(milliseconds time)
@@ -183,6 +194,16 @@ QString portsText(const QStringList &ports)
     return ports.isEmpty()
         ? QStringLiteral("This computer has no serial port at all.")
         : QStringLiteral("The ports that there are: %1.").arg(ports.join(QStringLiteral(", ")));
+}
+
+/// Follows a remedy for what another program's reading could have caused as well.
+QString unseenText(const PortFinding &finding)
+{
+    return finding.seesEveryHolder
+        ? QString()
+        : QStringLiteral(" Another user's program may take the answers: \"sudo corvane-diagnose "
+                         "%1\" shows it.")
+              .arg(finding.port);
 }
 
 QString numbersText(const QSet<int> &numbers)
@@ -232,7 +253,7 @@ QString filled(const char *text, const Case &of)
 {
     const PortFinding &finding = of.finding;
     const LineRecord &line = of.line;
-    const std::array<std::pair<const char *, QString>, 21> values{{
+    const std::array<std::pair<const char *, QString>, 22> values{{
         {"port", finding.port},
         {"device", finding.devicePath},
         {"ports", portsText(finding.ports)},
@@ -243,6 +264,7 @@ QString filled(const char *text, const Case &of)
         {"lock", finding.lockFile},
         {"system", finding.systemText},
         {"holders", holdersText(finding.holders)},
+        {"unseen", unseenText(finding)},
         {"seconds", line.answer ? secondsText(line.answer->time) : QString()},
         {"wait", secondsText(of.wait)},
         {"size", line.answer ? bytesText(line.answer->frame.size() + 1) : QString()},

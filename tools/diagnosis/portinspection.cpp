@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QSerialPortInfo>
+#include <QThread>
 #include <QVector>
 
 #include <algorithm>
@@ -17,6 +18,7 @@
 #include <grp.h>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace {
@@ -111,6 +113,22 @@ int openError(const QString &devicePath)
     return error;
 }
 
+/// Whether the kernel writes its messages there; systemd offers a login wherever it does.
+bool isKernelConsole(dev_t device)
+{
+    QFile file(QStringLiteral("/proc/consoles"));
+    const QByteArray consoles = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    const QByteArray number =
+        QByteArray::number(major(device)) + ':' + QByteArray::number(minor(device));
+    return consoles.simplified().split(' ').contains(number);
+}
+
+bool offersLogin(const PortHolder &holder)
+{
+    return holder.name == QLatin1String("agetty") || holder.name == QLatin1String("getty")
+        || holder.name == QLatin1String("login");
+}
+
 } // namespace
 
 QStringList listedPorts()
@@ -146,6 +164,19 @@ PortFinding inspectPort(const QString &port)
     } else if (!S_ISCHR(status.st_mode)) {
         finding.kind = Kind::NotSerial;
         finding.thing = thingAt(status.st_mode);
+    } else {
+        finding.seesEveryHolder = ::geteuid() == 0;
+        finding.holders = holdersOfDevice(finding.devicePath);
+        // A port that another program has open does not notice that it is opened once more.
+        const bool isInUse = !finding.holders.isEmpty() && openError(finding.devicePath) != ENOTTY;
+        if (isKernelConsole(status.st_rdev)
+            || (isInUse
+                && std::any_of(finding.holders.begin(), finding.holders.end(), offersLogin))) {
+            finding.kind = Kind::Console;
+        } else if (isInUse && finding.seesEveryHolder) {
+            // Root would get past the exclusive use of another program, and ask in its session.
+            finding.kind = Kind::Held;
+        }
     }
     return finding;
 }
@@ -188,5 +219,20 @@ void explainFailure(PortFinding *finding, const QSerialPort &serial)
         break;
     default:
         break;
+    }
+}
+
+void explainHangUp(PortFinding *finding)
+{
+    // The device of an adapter that is pulled out goes a moment after its line.
+    constexpr int kLooks = 10;
+    constexpr unsigned long kPauseMs = 100;
+    finding->kind = Kind::LineHungUp;
+    for (int look = 0; look < kLooks && finding->kind == Kind::LineHungUp; ++look) {
+        QThread::msleep(kPauseMs);
+        const int error = openError(finding->devicePath);
+        if (error != 0 && error != EBUSY) {
+            finding->kind = Kind::HungUp;
+        }
     }
 }

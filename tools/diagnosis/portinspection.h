@@ -16,10 +16,16 @@ QStringList listedPorts();
 QString devicePathOf(const QString &port);
 
 /// What can be said about a port before it is opened.
-/// @return of the kind NoDevice, NotSerial or CannotOpen; Open when it should be tried
+/// @return of the kind NoDevice, NotSerial, CannotOpen, Console or Held; Open when it should be
+///         tried
 PortFinding inspectPort(const QString &port);
 
 /// Finds out why a port could not be opened. It opens the device itself for a moment.
 /// @param[in,out] finding  what inspectPort() has found
 /// @param serial           after an open() that failed
 void explainFailure(PortFinding *finding, const QSerialPort &serial);
+
+/// Finds out whether the line of a port failed with its device or without. It opens the device
+/// itself for a moment.
+/// @param[in,out] finding  of a port that was open, and is closed again
+void explainHangUp(PortFinding *finding);

@@ -204,11 +204,15 @@ private slots:
               "would not help.",
               R"(Ask whoever looks after this computer. "ls -l /dev/ttyUSB0" shows who may open it; )"},
              {"held by one", held, "held: Another program has ttyUSB0 open: corvane (process 42).",
-              "Close that program and try again."},
+              "Close that program and try again; to ask the camera now would disturb it."},
              {"held by many", heldByMany,
               "held: Another program has ttyUSB0 open: a (process 1), b (process 2), c (process "
               "3), d (process 4), e (process 5), and 2 more.",
-              "Close that program and try again."},
+              "Close that program and try again; to ask the camera now would disturb it."},
+             {"a console", failedPort(Kind::Console),
+              "console: ttyUSB0 is a console of this computer, for its messages and for logging "
+              "in.",
+              "The camera is on another port. The ports that there are: ttyS0, "},
              {"held by a program that may not be seen", failedPort(Kind::Held),
               "held-unseen: Another program has ttyUSB0 open, but you may not see which.",
               R"("sudo corvane-diagnose ttyUSB0" names it.)"},
@@ -221,7 +225,11 @@ private slots:
               "Pull the adapter out, plug it in again and try again."},
              {"hung up", failedPort(Kind::HungUp),
               "hung-up: ttyUSB0 failed while the camera was asked: Input/output error.",
-              "The adapter was pulled out or has lost its power"}});
+              "The adapter was pulled out or has lost its power"},
+             {"hung up by another program", failedPort(Kind::LineHungUp),
+              "hung-up-by-program: The line of ttyUSB0 was hung up while the camera was asked, but "
+              "the port is still there.",
+              "A program that had ttyUSB0 as its terminal has ended"}});
     }
 
     void judgesAPortThatCannotBeUsed()
@@ -258,6 +266,40 @@ private slots:
             QString("shared: No answer came, and another program has ttyUSB0 open as well: cat "
                     "(process 42). It may have taken the answer away."));
         QCOMPARE(silent.status, Status::NoAnswer);
+    }
+
+    void tellsOfAProgramThatCannotBeSeen()
+    {
+        PortFinding finding = openPort();
+        finding.isReadByOthers = true;
+        const Diagnosis silent = diagnosisOf({}, 15, finding);
+        QCOMPARE(text(silent.verdict),
+                 QString("shared-unseen: No answer came, and another program has taken bytes away, "
+                         "but you may not see which."));
+        QCOMPARE(silent.status, Status::NoAnswer);
+        QCOMPARE(diagnosisOf(Hex::helloReply(), 15, finding).verdict.id, QString("answer"));
+    }
+
+    void sendsToRootWhatAnotherProgramCouldHaveCaused_data()
+    {
+        addRows<QByteArray, QString, bool>({"bytes", "verdict", "sendsToRoot"},
+                                           {{"silence", {}, "silent", true},
+                                            {"half a frame", frameBrokenOff(), "broken-off", true},
+                                            {"noise", "00", "no-frame", true},
+                                            {"damage", frameWithWrongSum(), "wrong-sums", false}});
+    }
+
+    void sendsToRootWhatAnotherProgramCouldHaveCaused()
+    {
+        QFETCH(QByteArray, bytes);
+        const QString hint = " Another user's program may take the answers: \"sudo "
+                             "corvane-diagnose ttyUSB0\" shows it.";
+        PortFinding finding = openPort();
+        const Verdict ofUser = diagnosisOf(bytes, 15, finding).verdict;
+        QTEST(ofUser.id, "verdict");
+        QTEST(ofUser.remedy.endsWith(hint), "sendsToRoot");
+        finding.seesEveryHolder = true;
+        QVERIFY(!diagnosisOf(bytes, 15, finding).verdict.remedy.contains("sudo"));
     }
 
     void givesEveryWarningThatApplies()
