@@ -9,6 +9,12 @@
 #include <QProgressBar>
 #include <QTabWidget>
 
+#include <csignal>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace {
 
 const char *const kFail = "Error: Connection fail!";
@@ -26,6 +32,20 @@ void chooseEverything(const WindowFixture &fixture)
     fixture.child<QLineEdit>("lineEdit_firmware")->setText("/some/where.img");
     fixture.child<QTextEdit>("textEdit_device_info")->setPlainText("typed by the operator");
     fixture.child<QTextEdit>("textEdit_firmware_info")->setPlainText("from before");
+}
+
+bool hangUpAsAnotherProgram(const QString &port)
+{
+    const QByteArray path = QFile::encodeName(port);
+    const pid_t process = ::fork();
+    if (process == 0) {
+        ::signal(SIGHUP, SIG_IGN); // which the terminal's owner gets as well
+        const bool isHungUp = ::setsid() >= 0 && ::open(path.constData(), O_RDWR | O_CLOEXEC) >= 0
+            && ::vhangup() == 0;
+        ::_exit(isHungUp ? 0 : 1);
+    }
+    int status = -1;
+    return process > 0 && ::waitpid(process, &status, 0) == process && status == 0;
 }
 
 } // namespace
@@ -481,6 +501,20 @@ private slots:
         QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
         QVERIFY(fixture.isEnabled("pushButton_connect"));
         QVERIFY(!fixture.isEnabled("tabWidget"));
+        QCOMPARE(fixture.dialogs.texts(), QStringList());
+    }
+
+    // As when a program ends that has the port as its terminal. The device stays.
+    void aLineThatAnotherProgramHangsUpDisconnects()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        if (!hangUpAsAnotherProgram(fixture.line.portName())) {
+            QSKIP("only root can hang up a line that is not its own");
+        }
+        QTRY_VERIFY(!fixture.port()->isOpen());
+        QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});
+        QVERIFY(fixture.isEnabled("pushButton_connect"));
         QCOMPARE(fixture.dialogs.texts(), QStringList());
     }
 
