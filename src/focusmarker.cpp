@@ -53,7 +53,7 @@ FocusMarker::FocusMarker(QWidget *window)
     auto *const frameStyle = new FrameStyle;
     frameStyle->setParent(this);
     setStyle(frameStyle);
-    connect(qApp, SIGNAL(focusChanged(QWidget *, QWidget *)), SLOT(follow(QWidget *, QWidget *)));
+    connect(qApp, &QApplication::focusChanged, this, &FocusMarker::follow);
 }
 
 void FocusMarker::follow(QWidget * /*before*/, QWidget *now)

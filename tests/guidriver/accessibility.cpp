@@ -26,7 +26,11 @@
 
 namespace {
 
-QStringList heardTexts;
+QStringList &heardTexts()
+{
+    static QStringList texts;
+    return texts;
+}
 
 void hear(QAccessibleEvent *event)
 {
@@ -40,10 +44,10 @@ void hear(QAccessibleEvent *event)
     const bool isLabel =
         event->type() == QAccessible::NameChanged && source->role() == QAccessible::StaticText;
     if (isNotification || isLabel) {
-        heardTexts << name;
+        heardTexts() << name;
     } else if (event->type() == QAccessible::ValueChanged
                && source->role() == QAccessible::ProgressBar) {
-        heardTexts << name + ": " + source->valueInterface()->currentValue().toString();
+        heardTexts() << name + ": " + source->valueInterface()->currentValue().toString();
     }
 }
 
@@ -195,7 +199,7 @@ void Accessibility::listen()
 
 QJsonArray Accessibility::heard()
 {
-    return QJsonArray::fromStringList(heardTexts);
+    return QJsonArray::fromStringList(heardTexts());
 }
 
 QJsonObject Accessibility::contrasts(QWidget *window)

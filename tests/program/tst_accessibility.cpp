@@ -12,56 +12,65 @@ namespace {
 
 // "role: what is spoken first (what is spoken after it)". A list is spoken by its label; its name
 // is what is chosen in it.
-const QStringList kAlways{
-    "Window: Corvane",
-    "StaticText: Corvane",
-    "Button: About (Shows the version of Corvane)",
-    "Grouping: Connection",
-    "StaticText: Port :",
-    "ComboBox: Port :",
-    "StaticText: Baudrate:",
-    "ComboBox: Baudrate:",
-    "Button: Connect",
-    "Button: Disconnect",
-    "Client: Pages",
-    "PageTab: Camera Setting",
-    "PageTab: Firmware Update",
-};
-const QStringList kCameraPage{
-    "PageTabList: Camera Setting",
-    "Client: Camera Setting",
-    "StaticText: Auto Tracking :",
-    "ComboBox: Auto Tracking :",
-    "StaticText: Target Missing Compensation :",
-    "ComboBox: Target Missing Compensation :",
-    "StaticText: Auto Zoom :",
-    "ComboBox: Auto Zoom :",
-    "StaticText: Zoom Offset:",
-    "ComboBox: Zoom Offset:",
-    "StaticText: Camera Installed direction :",
-    "Grouping: Camera Installed direction",
-    "RadioButton: Upright",
-    "RadioButton: Upside down",
-    "StaticText: Camera Custom Zoom :",
-    "Grouping: Camera Custom Zoom",
-    "Button: Zoom 1 (Lets the camera set its first zoom preset)",
-    "Button: Zoom 2 (Lets the camera set its second zoom preset)",
-    "EditableText: Device information (The version of the camera and the last zoom preset)",
-    "Button: Default (Fills in the usual settings and sends nothing)",
-    "Button: Apply (Sends all settings to the camera)",
-};
-const QStringList kFirmwarePage{
-    "PageTabList: Firmware Update",
-    "Client: Firmware Update",
-    "Grouping: Step 1:",
-    "Button: Choose file (Chooses the firmware image)",
-    "EditableText: Firmware image (The path of the file)",
-    "Grouping: Step 2:",
-    "Button: Upgrade (Sends the firmware to the camera)",
-    "ProgressBar: Upload",
-    "EditableText: Firmware information"
-        + QStringLiteral(" (The versions of the image and the outcome of the upgrade)"),
-};
+QStringList always()
+{
+    return {
+        "Window: Corvane",
+        "StaticText: Corvane",
+        "Button: About (Shows the version of Corvane)",
+        "Grouping: Connection",
+        "StaticText: Port :",
+        "ComboBox: Port :",
+        "StaticText: Baudrate:",
+        "ComboBox: Baudrate:",
+        "Button: Connect",
+        "Button: Disconnect",
+        "Client: Pages",
+        "PageTab: Camera Setting",
+        "PageTab: Firmware Update",
+    };
+}
+QStringList cameraPage()
+{
+    return {
+        "PageTabList: Camera Setting",
+        "Client: Camera Setting",
+        "StaticText: Auto Tracking :",
+        "ComboBox: Auto Tracking :",
+        "StaticText: Target Missing Compensation :",
+        "ComboBox: Target Missing Compensation :",
+        "StaticText: Auto Zoom :",
+        "ComboBox: Auto Zoom :",
+        "StaticText: Zoom Offset:",
+        "ComboBox: Zoom Offset:",
+        "StaticText: Camera Installed direction :",
+        "Grouping: Camera Installed direction",
+        "RadioButton: Upright",
+        "RadioButton: Upside down",
+        "StaticText: Camera Custom Zoom :",
+        "Grouping: Camera Custom Zoom",
+        "Button: Zoom 1 (Lets the camera set its first zoom preset)",
+        "Button: Zoom 2 (Lets the camera set its second zoom preset)",
+        "EditableText: Device information (The version of the camera and the last zoom preset)",
+        "Button: Default (Fills in the usual settings and sends nothing)",
+        "Button: Apply (Sends all settings to the camera)",
+    };
+}
+QStringList firmwarePage()
+{
+    return {
+        "PageTabList: Firmware Update",
+        "Client: Firmware Update",
+        "Grouping: Step 1:",
+        "Button: Choose file (Chooses the firmware image)",
+        "EditableText: Firmware image (The path of the file)",
+        "Grouping: Step 2:",
+        "Button: Upgrade (Sends the firmware to the camera)",
+        "ProgressBar: Upload",
+        "EditableText: Firmware information"
+            + QStringLiteral(" (The versions of the image and the outcome of the upgrade)"),
+    };
+}
 
 /// What is of use in the tree: without panels and other helpers that have no name.
 QStringList spokenIn(const QJsonArray &objects)
@@ -105,7 +114,7 @@ QStringList unreadable(const QJsonObject &contrasts, const QStringList &hidden)
 class Inspection {
 public:
     Inspection(GuiDriver &corvane, const QStringList &page, const QStringList &hidden = {})
-        : m_expected(kAlways + page)
+        : m_expected(always() + page)
     {
         m_expected.sort();
         const QJsonObject found = corvane.accessibility();
@@ -145,8 +154,11 @@ private:
     QStringList m_unreadable;
 };
 
-const QStringList kSettings{"comboBox_autotracking", "comboBox_targetmissing", "comboBox_autozoom",
-                            "comboBox_zoomoffset"};
+QStringList settingLists()
+{
+    return {"comboBox_autotracking", "comboBox_targetmissing", "comboBox_autozoom",
+            "comboBox_zoomoffset"};
+}
 
 } // namespace
 
@@ -165,12 +177,12 @@ private slots:
     {
         PatientFixture fixture;
         DO(fixture.start({"--settings", "0,0,0,0,0"}));
-        INSPECT(kCameraPage, kSettings);
+        INSPECT(cameraPage(), settingLists());
 
         DO(fixture.tell("silent on"));
         DO(fixture.corvane.click("pushButton_connect"));
         DO(fixture.corvane.waitForEnabled("pushButton_connect", false));
-        INSPECT(kCameraPage, kSettings);
+        INSPECT(cameraPage(), settingLists());
         DO(fixture.corvane.holdLimits(false));
         DO(fixture.corvane.waitForDialog("Error: Connection fail!"));
         DO(fixture.corvane.answerDialog());
@@ -179,28 +191,28 @@ private slots:
 
         DO(fixture.tell("silent off"));
         DO(fixture.connectCamera());
-        INSPECT(kCameraPage, {"comboBox_targetmissing", "comboBox_autozoom"});
+        INSPECT(cameraPage(), {"comboBox_targetmissing", "comboBox_autozoom"});
         DO(fixture.corvane.choose("comboBox_autotracking", 1));
         DO(fixture.corvane.waitForEnabled("comboBox_autozoom"));
-        INSPECT(kCameraPage);
+        INSPECT(cameraPage());
 
         DO(fixture.corvane.choose("tabWidget", 1));
         DO(fixture.corvane.waitUntil(
             "the page is shown", [&fixture] { return fixture.corvane.index("tabWidget") == 1; }));
-        INSPECT(kFirmwarePage);
+        INSPECT(firmwarePage());
         // Far more than passes before the camera is silent.
         DO(fixture.pack(QByteArray(100'000, 'x')));
         DO(fixture.corvane.type("lineEdit_firmware", fixture.path("firmware")));
         DO(fixture.corvane.waitUntil("the file is refused", [&fixture] {
             return fixture.corvane.text("textEdit_firmware_info") == "Firmware file error.";
         }));
-        INSPECT(kFirmwarePage);
+        INSPECT(firmwarePage());
 
         DO(fixture.startUpgrade());
         DO(fixture.corvane.waitUntil("it has begun", [&fixture] {
             return fixture.corvane.value("progressBar_updating") > 0;
         }));
-        INSPECT(kFirmwarePage);
+        INSPECT(firmwarePage());
         DO(fixture.tell("silent on"));
         DO(fixture.corvane.holdLimits(false));
         DO(fixture.corvane.waitForDialog("Error: Transmission stop!"));
@@ -213,7 +225,7 @@ private slots:
         DO(fixture.connectCamera());
         DO(fixture.startUpgrade());
         DO(fixture.waitUntilComplete());
-        INSPECT(kFirmwarePage);
+        INSPECT(firmwarePage());
     }
 
     void resultsAreSpokenWhereverTheFocusIs()
