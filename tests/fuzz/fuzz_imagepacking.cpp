@@ -38,9 +38,12 @@ void checkPacking(const std::uint8_t *data, std::size_t size)
     const ImageVersion imageVersion{data[4], data[5], data[6], data[7]};
     const QByteArray firmware(reinterpret_cast<const char *>(data + kVersionBytes),
                               static_cast<int>(size - kVersionBytes));
-    require(!firmwareFault(firmware), "a firmware of that size can be packed");
-
     const QByteArray image = packedImage(protocolVersion, imageVersion, firmware);
+    if (firmware.isEmpty()) {
+        require(firmwareFault(firmware) && imageFault(image), "an empty firmware is refused");
+        return;
+    }
+    require(!firmwareFault(firmware), "a firmware of that size can be packed");
     require(image.startsWith("KVEL"), "an image starts with the magic");
     require(std::memcmp(image.constData() + 4, data, kVersionBytes) == 0, "the versions follow");
     require(image.size() <= kBodyOffset || image.size() % 4 == 0, "the padding is complete");

@@ -33,6 +33,12 @@ QByteArray report()
            "d77a178473cf2bf0a832092bfb6e9204f556c2bf8d38916ce7fc13dfc1255e3d\n";
 }
 
+// Of image().
+QByteArray imageSha256()
+{
+    return "86b1e3fa4ca159973fe9fabfe73e682c4364e67684acd466849c803c6ac60e0c";
+}
+
 QStringList pack(const QString &input, const QString &output)
 {
     return {"pack", "--protocol-version", "1.2.0.7", "--image-version", "1.0.0.6", input, output};
@@ -84,9 +90,18 @@ private slots:
              {"info on a pipe", {"info", "-"}, image(), report()},
              {"unpack", {"unpack", "good.img", "-"}, none, firmware()},
              {"unpack a pipe", {"unpack", "-", "-"}, image(), firmware()},
-             {"unpack nothing", {"unpack", "-", "-"}, image().left(128), none},
-             {"verify", {"verify", "good.img"}, none, "good.img: valid\n"},
-             {"verify a pipe", {"verify", "-"}, image(), "-: valid\n"}});
+             {"verify",
+              {"verify", "good.img"},
+              none,
+              "good.img: well-formed, 164 bytes, SHA-256 " + imageSha256() + "\n"},
+             {"verify a pipe",
+              {"verify", "-"},
+              image(),
+              "-: well-formed, 164 bytes, SHA-256 " + imageSha256() + "\n"},
+             {"verify against a SHA-256",
+              {"verify", "good.img", "--sha256", imageSha256().toUpper()},
+              none,
+              "good.img: well-formed, 164 bytes, SHA-256 " + imageSha256() + "\n"}});
     }
 
     void obeysEachCommand()
@@ -155,6 +170,21 @@ private slots:
             << QByteArray(
                    "corvane-image: -: offset 100: the file ends here, shorter than the header "
                    "of 128 bytes\n");
+        QTest::newRow("verify a firmware that is missing")
+            << QStringList{"verify", "-"} << image().left(128)
+            << QByteArray("corvane-image: -: offset 128: the firmware is empty\n");
+        QTest::newRow("unpack a firmware that is missing")
+            << QStringList{"unpack", "-", "old"} << image().left(128)
+            << QByteArray("corvane-image: -: offset 128: the firmware is empty\n");
+        QTest::newRow("pack nothing")
+            << pack("-", "old") << none
+            << QByteArray("corvane-image: -: offset 0: the firmware is empty\n");
+        QTest::newRow("verify what was cut off after a whole group")
+            << QStringList{"verify", "-", "--sha256", imageSha256()} << image().left(160)
+            << QByteArray(
+                   "corvane-image: -: well-formed, but its SHA-256 is "
+                   "1ebf4471afa5227e86ef785e78c9d34743fac879c36904d6f79d98bf26445c51: another "
+                   "file, or a part of the file\n");
         QTest::newRow("pack 16 MiB")
             << pack("-", "old") << QByteArray(16777216, 'x')
             << QByteArray("corvane-image: -: offset 16777215: too large: a "
@@ -184,7 +214,17 @@ private slots:
               "corvane-image: none.img: No such file or directory\n"},
              {"missing firmware", pack("none", "old"),
               "corvane-image: none: No such file or directory\n"},
-             {"folder", {"verify", "."}, "corvane-image: .: file to open is a directory\n"},
+             {"folder", {"verify", "."}, "corvane-image: .: is a folder, not a file\n"},
+             {"pipe", {"verify", "pipe"}, "corvane-image: pipe: is a pipe, not a file\n"},
+             {"link to a pipe", {"info", "link"}, "corvane-image: link: is a pipe, not a file\n"},
+             {"device",
+              {"unpack", "/dev/zero", "old"},
+              "corvane-image: /dev/zero: is a device, not a file\n"},
+             {"device to pack", pack("/dev/zero", "old"),
+              "corvane-image: /dev/zero: is a device, not a file\n"},
+             {"in a file",
+              {"verify", "good.img/x"},
+              "corvane-image: good.img/x: Not a directory\n"},
              {"fails while it is read",
               {"unpack", "/proc/self/mem", "old"},
               "corvane-image: /proc/self/mem: Input/output error\n"}});
@@ -194,6 +234,8 @@ private slots:
     {
         QFETCH(QStringList, arguments);
         put("old", "precious");
+        QCOMPARE(QProcess::execute("mkfifo", {path("pipe")}), 0);
+        QVERIFY(QFile::link(path("pipe"), path("link")));
         const Outcome outcome = run(arguments);
         QTEST(outcome.errors, "errors");
         QCOMPARE(outcome.output, QByteArray());
@@ -205,7 +247,7 @@ private slots:
     {
         addRows<QString, QByteArray>(
             {"output", "errors"},
-            {{"folder", ".", "corvane-image: .: is no regular file\n"},
+            {{"folder", ".", "corvane-image: .: is a folder, not a file\n"},
              {"in a folder that is missing", "none/new",
               "corvane-image: none/new: No such file or directory\n"},
              {"in a file", "good.img/new", "corvane-image: good.img/new: Not a directory\n"}});
@@ -258,7 +300,7 @@ private slots:
     {
         QCOMPARE(QProcess::execute("mkfifo", {path("pipe")}), 0);
         const Outcome outcome = run({"unpack", "good.img", "pipe"});
-        QCOMPARE(outcome.errors, QByteArray("corvane-image: pipe: is no regular file\n"));
+        QCOMPARE(outcome.errors, QByteArray("corvane-image: pipe: is a pipe, not a file\n"));
         QCOMPARE(outcome.exitCode, 3);
         QVERIFY(!QFileInfo(path("pipe")).isFile());
         QVERIFY(QFileInfo::exists(path("pipe")));
@@ -271,7 +313,6 @@ private slots:
         addRows<QStringList, QByteArray>(
             {"arguments", "errors"},
             {{"pack the standard input", pack("-", "new"), "corvane-image: -: " + tooLarge},
-             {"pack a device", pack("/dev/zero", "new"), "corvane-image: /dev/zero: " + tooLarge},
              {"verify the standard input",
               {"verify", "-"},
               "corvane-image: -: offset 0: the magic is \"....\" (00 00 00 00), not \"KVEL\"\n"}});

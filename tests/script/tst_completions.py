@@ -83,6 +83,8 @@ class Completing(unittest.TestCase):
                 "--image-version",
             },
             "corvane-image info --": {"--help", "--version"},
+            "corvane-image verify --": {"--help", "--version", "--sha256"},
+            "corvane-image verify --sha256 ": set(),
             "corvane-image info c": {"camera.img"},
             "corvane-image pack c": {"camera.img", "camera.bin"},
             "corvane-image pack --image-version ": set(),

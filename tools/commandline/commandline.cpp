@@ -19,6 +19,28 @@ void setUpProgram(const QString &name)
     QCoreApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
 }
 
+std::optional<UsageError> parseArguments(QCommandLineParser &parser, const QStringList &arguments)
+{
+    for (const QString &argument : arguments) {
+        if (argument.contains(QChar::ReplacementCharacter)) {
+            return UsageError{QStringLiteral("'%1' is not in the character encoding of this locale")
+                                  .arg(argument)};
+        }
+    }
+    if (parser.parse(arguments)) {
+        return std::nullopt;
+    }
+    const QStringList unknown = parser.unknownOptionNames();
+    if (unknown.isEmpty()) {
+        return UsageError{parser.errorText()};
+    }
+    // The parser has taken the dashes off.
+    const QString longForm = QStringLiteral("--") + unknown.first();
+    const bool isShort = unknown.first().size() == 1 && !arguments.contains(longForm);
+    return UsageError{
+        QStringLiteral("unknown option '%1'").arg(isShort ? longForm.mid(1) : longForm)};
+}
+
 void addCommonOptions(QCommandLineParser &parser)
 {
     parser.addOptions({
@@ -56,7 +78,6 @@ int report(const Information &information, int failureStatus)
 
 int report(const UsageError &error)
 {
-    constexpr int kUsageErrorStatus = 2;
     complain(error.reason);
     std::fputs("Try --help.\n", stderr);
     return kUsageErrorStatus;

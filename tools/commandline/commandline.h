@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <array>
 #include <optional>
@@ -20,9 +21,17 @@ struct UsageError {
     QString reason;
 };
 
+/// The exit code of a program whose command line makes no sense.
+constexpr int kUsageErrorStatus = 2;
+
 /// Prepares the standard streams, and the name and version of the application. Call it before
 /// making the application object, which opens files of its own.
 void setUpProgram(const QString &name);
+
+/// Lets the parser read the arguments.
+/// @return why it cannot. That includes arguments that are not in the character encoding of the
+///         locale: they are names of files that would not be found, or written as another file.
+std::optional<UsageError> parseArguments(QCommandLineParser &parser, const QStringList &arguments);
 
 /// Adds --help and --version.
 void addCommonOptions(QCommandLineParser &parser);

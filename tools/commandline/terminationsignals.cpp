@@ -5,7 +5,7 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
+#include <cstdlib>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -31,9 +31,13 @@ void handle(int number, siginfo_t *info, void * /*context*/)
 
 } // namespace
 
+QVector<int> endingSignals()
+{
+    return {SIGINT, SIGTERM, SIGHUP};
+}
+
 TerminationSignals::TerminationSignals(const QVector<int> &numbers, QObject *parent)
     : QObject(parent)
-    , m_numbers(numbers)
 {
     if (::pipe2(pipeEnds.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         qFatal("cannot make a pipe: %s", qPrintable(qt_error_string(errno)));
@@ -45,7 +49,12 @@ TerminationSignals::TerminationSignals(const QVector<int> &numbers, QObject *par
     action.sa_sigaction = handle;
     action.sa_flags = SA_SIGINFO | SA_RESTART;
     for (const int number : numbers) {
-        ::sigaction(number, &action, nullptr);
+        struct sigaction present = {};
+        ::sigaction(number, nullptr, &present);
+        if (present.sa_handler != SIG_IGN) {
+            ::sigaction(number, &action, nullptr);
+            m_numbers += number;
+        }
     }
 }
 
@@ -61,10 +70,33 @@ TerminationSignals::~TerminationSignals()
     }
 }
 
+void TerminationSignals::endBy(int number)
+{
+    ::signal(number, SIG_DFL);
+    ::raise(number);
+    std::abort();
+}
+
 void TerminationSignals::read()
 {
     Message message{};
     while (::read(pipeEnds[0], &message, sizeof message) == sizeof message) {
         emit received(message.number, message.isFromTerminal);
     }
+}
+
+TerminationDelay::TerminationDelay()
+{
+    sigset_t ending;
+    ::sigemptyset(&ending);
+    const QVector<int> numbers = endingSignals();
+    for (const int number : numbers) {
+        ::sigaddset(&ending, number);
+    }
+    ::pthread_sigmask(SIG_BLOCK, &ending, &m_blockedBefore);
+}
+
+TerminationDelay::~TerminationDelay()
+{
+    ::pthread_sigmask(SIG_SETMASK, &m_blockedBefore, nullptr);
 }

@@ -8,6 +8,7 @@
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <array>
 #include <optional>
@@ -28,7 +29,7 @@ constexpr std::array<CommandWord, 4> kCommandWords{{
     {Kind::Pack, "pack", "Write an image from a firmware.", "FIRMWARE", "IMAGE"},
     {Kind::Info, "info", "Print what an image holds.", "IMAGE", nullptr},
     {Kind::Unpack, "unpack", "Write the bytes that would be uploaded.", "IMAGE", "FIRMWARE"},
-    {Kind::Verify, "verify", "Check whether an image is valid.", "IMAGE", nullptr},
+    {Kind::Verify, "verify", "Check whether an image is well-formed.", "IMAGE", nullptr},
 }};
 
 QString uploadTimeNote()
@@ -78,6 +79,14 @@ void addPackOptions(QCommandLineParser &parser)
     });
 }
 
+void addVerifyOptions(QCommandLineParser &parser)
+{
+    parser.addOption({QStringLiteral("sha256"),
+                      QStringLiteral("The SHA-256 that the file has to have, 64 hexadecimal "
+                                     "digits."),
+                      QStringLiteral("HEX")});
+}
+
 /// Prepares the parser for one command.
 void describe(QCommandLineParser &parser, const CommandWord &command)
 {
@@ -88,6 +97,14 @@ void describe(QCommandLineParser &parser, const CommandWord &command)
         description += QStringLiteral(" Both versions are needed.\n"
                                       "The window shows them in signed hexadecimal: 10 as a, 255 "
                                       "as -1.");
+    }
+    if (command.kind == Kind::Verify) {
+        addVerifyOptions(parser);
+        description += QStringLiteral("\n\n"
+                                      "The format has no checksum, so that a file which was cut "
+                                      "off may still be\n"
+                                      "well-formed. Compare its size or its SHA-256 with the "
+                                      "original's.");
     }
     if (command.kind == Kind::Info) {
         description += QLatin1String("\n\n") + uploadTimeNote().trimmed();
@@ -145,8 +162,8 @@ std::variant<ImageCommand, Information, UsageError> parseCommand(const CommandWo
 {
     QCommandLineParser parser;
     describe(parser, word);
-    if (!parser.parse(arguments)) {
-        return UsageError{parser.errorText()};
+    if (const auto error = parseArguments(parser, arguments)) {
+        return *error;
     }
     if (parser.isSet(QStringLiteral("help"))) {
         return Information{parser.helpText() + exitCodes()};
@@ -154,10 +171,12 @@ std::variant<ImageCommand, Information, UsageError> parseCommand(const CommandWo
 
     const QStringList files = parser.positionalArguments().mid(1);
     if (files.size() != (word.output == nullptr ? 1 : 2)) {
-        return UsageError{(word.output == nullptr ? QStringLiteral("%1 takes one file: %2")
-                                                  : QStringLiteral("%1 takes two files: %2 %3"))
-                              .arg(QLatin1String(word.word), QLatin1String(word.input),
-                                   QLatin1String(word.output))};
+        const QString wanted =
+            QStringLiteral("%1 takes %2: %3")
+                .arg(QLatin1String(word.word),
+                     QLatin1String(word.output == nullptr ? "one file" : "two files"),
+                     QLatin1String(word.input));
+        return UsageError{(wanted + QLatin1Char(' ') + QLatin1String(word.output)).trimmed()};
     }
     if (files.contains(QString())) {
         return UsageError{QStringLiteral("the name of a file is empty")};
@@ -185,6 +204,15 @@ std::variant<ImageCommand, Information, UsageError> parseCommand(const CommandWo
         command.protocolVersion = *protocol;
         command.imageVersion = *image;
     }
+    if (word.kind == Kind::Verify && parser.isSet(QStringLiteral("sha256"))) {
+        static const QRegularExpression kHash(QStringLiteral("\\A[0-9A-Fa-f]{64}\\z"));
+        const QString text = parser.value(QStringLiteral("sha256"));
+        if (!kHash.match(text).hasMatch()) {
+            return UsageError{
+                QStringLiteral("--sha256 is 64 hexadecimal digits, not '%1'").arg(text)};
+        }
+        command.sha256 = text.toLower().toLatin1();
+    }
     return command;
 }
 
@@ -197,8 +225,9 @@ parseImageCommandLine(const QStringList &arguments)
     QCommandLineParser finder;
     addCommonOptions(finder);
     addPackOptions(finder);
-    if (!finder.parse(arguments)) {
-        return UsageError{finder.errorText()};
+    addVerifyOptions(finder);
+    if (const auto error = parseArguments(finder, arguments)) {
+        return *error;
     }
     if (finder.isSet(QStringLiteral("version"))) {
         return versionInformation();

@@ -6,6 +6,7 @@
 #include "commandline.h"
 #include "imagepacking.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -20,6 +21,7 @@ struct ImageCommand {
     QString output;                 ///< of Pack and Unpack
     ImageVersion protocolVersion{}; ///< of Pack, likewise the next
     ImageVersion imageVersion{};
+    QByteArray sha256; ///< that Verify expects, in lower-case hexadecimal; empty: none
 };
 
 /// Reads the command line.

@@ -69,6 +69,11 @@ QString tooLarge()
         .arg(FirmwarePacket::kMaximumFirmwareSize);
 }
 
+QString empty()
+{
+    return QStringLiteral("the firmware is empty");
+}
+
 ImageFault foreignCharacter(const QByteArray &image, int offset)
 {
     if (image.at(offset) == '=') {
@@ -135,6 +140,9 @@ std::optional<ImageFault> imageFault(const QByteArray &image)
                           QStringLiteral("the file ends here, shorter than the header of %1 bytes")
                               .arg(FirmwareImage::kHeaderSize)};
     }
+    if (image.size() == FirmwareImage::kHeaderSize) {
+        return ImageFault{image.size(), empty()};
+    }
     if (image.size() <= kBodyOffset) {
         return std::nullopt;
     }
@@ -145,6 +153,9 @@ std::optional<ImageFault> firmwareFault(const QByteArray &firmware)
 {
     if (firmware.size() > FirmwarePacket::kMaximumFirmwareSize) {
         return ImageFault{FirmwarePacket::kMaximumFirmwareSize, tooLarge()};
+    }
+    if (firmware.isEmpty()) {
+        return ImageFault{0, empty()};
     }
     return std::nullopt;
 }

@@ -18,9 +18,10 @@ struct ImageFault {
 extern const int kMaximumImageSize;
 
 /// Examines an image more strictly than an upload does, which skips what it cannot decode. The
-/// padding of the encoded body is there as a whole or not at all.
+/// padding of the encoded body is there as a whole or not at all. As there is no checksum, a file
+/// that was cut off after a whole group has no fault.
 /// @param image  the whole file; of a larger one, the first kMaximumImageSize + 1 bytes suffice
-/// @return nothing when exactly what was packed is what would be uploaded
+/// @return nothing when all of it would be uploaded, and that is at least one byte
 std::optional<ImageFault> imageFault(const QByteArray &image);
 
 /// @param firmware  the whole file; of a larger one, one byte more than the upload can announce

@@ -13,6 +13,8 @@
 #include "printabletext.h"
 #include "standardstreams.h"
 
+#include <QCryptographicHash>
+
 #include <cstdlib>
 #include <variant>
 
@@ -32,6 +34,22 @@ int write(const QString &name, const QByteArray &contents)
         return kFileErrorStatus;
     }
     return EXIT_SUCCESS;
+}
+
+int verify(const ImageCommand &command, const QByteArray &image)
+{
+    const QByteArray sha256 = QCryptographicHash::hash(image, QCryptographicHash::Sha256).toHex();
+    if (!command.sha256.isEmpty() && sha256 != command.sha256) {
+        complain(
+            QStringLiteral("%1: well-formed, but its SHA-256 is %2: another file, or a part of "
+                           "the file")
+                .arg(command.input, QString::fromLatin1(sha256)));
+        return kFaultyInputStatus;
+    }
+    return report({QStringLiteral("%1: well-formed, %2 bytes, SHA-256 %3\n")
+                       .arg(printableText(command.input), QString::number(image.size()),
+                            QString::fromLatin1(sha256))},
+                  kFileErrorStatus);
 }
 
 int obey(const ImageCommand &command)
@@ -61,8 +79,7 @@ int obey(const ImageCommand &command)
     case Kind::Unpack:
         return write(command.output, FirmwareImage(*input).firmware());
     case Kind::Verify:
-        return report({QStringLiteral("%1: valid\n").arg(printableText(command.input))},
-                      kFileErrorStatus);
+        return verify(command, *input);
     }
     Q_UNREACHABLE();
 }

@@ -2,8 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 #include "commandline.h"
+#include "rows.h"
+#include "terminationsignals.h"
 
-#include <QtTest>
+#include <csignal>
 
 class CommandLineTest : public QObject {
     Q_OBJECT
@@ -15,6 +17,52 @@ private slots:
         QCOMPARE(QCoreApplication::applicationName(), QString("some-program"));
         QCoreApplication::setApplicationVersion("1.2.3");
         QCOMPARE(versionInformation().text, QString("some-program 1.2.3\n"));
+    }
+
+    void letsEndingSignalsWait_data() { addEndingSignals(); }
+
+    void letsEndingSignalsWait()
+    {
+        QFETCH(int, number);
+        static volatile std::sig_atomic_t arrived = 0;
+        arrived = 0;
+        ::signal(number, [](int /*number*/) { arrived = 1; });
+        {
+            const TerminationDelay delay;
+            ::raise(number);
+            QCOMPARE(int(arrived), 0);
+        }
+        QCOMPARE(int(arrived), 1);
+        ::signal(number, SIG_DFL);
+    }
+
+    void bringsEndingSignalsIntoTheEventLoop_data() { addEndingSignals(); }
+
+    void bringsEndingSignalsIntoTheEventLoop()
+    {
+        QFETCH(int, number);
+        ::signal(number, SIG_DFL);
+        const TerminationSignals endings;
+        QSignalSpy spy(&endings, &TerminationSignals::received);
+        ::raise(number);
+        QTRY_COMPARE(spy.size(), 1);
+        QCOMPARE(spy.first().first().toInt(), number);
+        QCOMPARE(spy.first().last().toBool(), false);
+    }
+
+    // As nohup does.
+    void leavesIgnoredSignalsIgnored()
+    {
+        ::signal(SIGHUP, SIG_IGN);
+        {
+            const TerminationSignals endings;
+            QSignalSpy spy(&endings, &TerminationSignals::received);
+            ::raise(SIGHUP);
+            ::raise(SIGTERM);
+            QTRY_COMPARE(spy.size(), 1);
+            QCOMPARE(spy.first().first().toInt(), SIGTERM);
+        }
+        QVERIFY(::signal(SIGHUP, SIG_DFL) == SIG_IGN);
     }
 
     void readsVersions_data()
@@ -61,6 +109,12 @@ private slots:
     {
         QFETCH(QString, text);
         QVERIFY(!versionFrom(text));
+    }
+
+private:
+    static void addEndingSignals()
+    {
+        addRows<int>({"number"}, {{"SIGINT", SIGINT}, {"SIGTERM", SIGTERM}, {"SIGHUP", SIGHUP}});
     }
 };
 

@@ -68,6 +68,14 @@ private slots:
         QTEST(command.output, "output");
     }
 
+    void readsTheExpectedSha256()
+    {
+        const QString hash = QString(58, '0') + "aBcDeF";
+        QCOMPARE(std::get<ImageCommand>(parse({"verify", "a", "--sha256", hash})).sha256,
+                 QByteArray(58, '0') + "abcdef");
+        QCOMPARE(std::get<ImageCommand>(parse({"verify", "a"})).sha256, QByteArray());
+    }
+
     void informs_data()
     {
         addRows<QStringList, QString>(
@@ -110,13 +118,22 @@ private slots:
              {"command in capitals",
               {"INFO", "a"},
               "'INFO' is no command; they are pack, info, unpack and verify"},
-             {"unknown option", {"info", "--nope", "a"}, "Unknown option 'nope'."},
+             {"unknown option", {"info", "--nope", "a"}, "unknown option '--nope'"},
              {"option of another command",
               {"info", "--image-version", "1.2.3.4", "a"},
-              "Unknown option 'image-version'."},
+              "unknown option '--image-version'"},
              {"missing value",
               {"pack", "--image-version"},
               "Missing value after '--image-version'."},
+             {"SHA-256 of another command",
+              {"info", "--sha256", QString(64, '0'), "a"},
+              "unknown option '--sha256'"},
+             {"short SHA-256",
+              {"verify", "--sha256", QString(63, '0'), "a"},
+              "--sha256 is 64 hexadecimal digits, not '" + QString(63, '0') + "'"},
+             {"SHA-256 with a foreign letter",
+              {"verify", "--sha256", QString(63, '0') + 'g', "a"},
+              "--sha256 is 64 hexadecimal digits, not '" + QString(63, '0') + "g'"},
              {"no file", {"info"}, "info takes one file: IMAGE"},
              {"two files", {"verify", "a", "b"}, "verify takes one file: IMAGE"},
              {"one file of two", {"unpack", "a"}, "unpack takes two files: IMAGE FIRMWARE"},

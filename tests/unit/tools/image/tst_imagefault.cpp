@@ -27,7 +27,6 @@ private slots:
     {
         QTest::addColumn<QByteArray>("image");
 
-        QTest::newRow("no firmware") << start().left(128);
         QTest::newRow("a firmware of one byte") << start().left(129);
         QTest::newRow("one byte less than the raw prefix") << start().left(159);
         QTest::newRow("no body") << start();
@@ -68,6 +67,7 @@ private slots:
               "offset 3: the file ends here, shorter than the header of 128 bytes"},
              {"one byte less than the header", start().left(127),
               "offset 127: the file ends here, shorter than the header of 128 bytes"},
+             {"no firmware", start().left(128), "offset 128: the firmware is empty"},
              {"lower-case magic", "kvel" + start().mid(4),
               R"(offset 0: the magic is "kvel" (6b 76 65 6c), not "KVEL")"},
              {"last letter of the magic", "KVEM" + start().mid(4),
@@ -150,7 +150,8 @@ private slots:
     {
         addRows<int, QString>(
             {"size", "fault"},
-            {{"nothing", 0, "no fault"},
+            {{"nothing", 0, "offset 0: the firmware is empty"},
+             {"one byte", 1, "no fault"},
              {"the largest", 16777215, "no fault"},
              {"16 MiB", 16777216,
               "offset 16777215: too large: a firmware has at most 16777215 bytes"}});
