@@ -77,7 +77,7 @@ QString lineOf(const CameraStatus &camera, int width, int nameSize)
 {
     QString name = printableText(camera.port);
     if (name.size() > nameSize) {
-        // The end of a path tells more than its start.
+        // The end of a path says more than its start.
         name = QLatin1Char('~') + name.right(nameSize - 1);
     }
     QString state = stateName(camera.state);

@@ -76,7 +76,7 @@ QVector<bool> hasOpen(const QString &process, const QVector<struct stat> &device
 
 QVector<PortHolder> holdersOfDevice(const QString &devicePath)
 {
-    return holdersOfDevices({devicePath}).first();
+    return holdersOfDevices({devicePath}).constFirst();
 }
 
 QVector<QVector<PortHolder>> holdersOfDevices(const QStringList &devicePaths)

@@ -98,11 +98,12 @@ private slots:
                 "       answer-amid-noise, answer-late\n"
                 "  2  the command line makes no sense\n"
                 "  3  the port cannot be used\n"
-                "       no-device, not-serial, not-in-group, login-missing, not-permitted, held,\n"
-                "       held-unseen, stale-lock, cannot-open, hung-up\n"
+                "       no-device, not-serial, not-in-group, login-missing, not-permitted,\n"
+                "       console, held, held-unseen, stale-lock, cannot-open, hung-up,\n"
+                "       hung-up-by-program\n"
                 "  4  nothing came back that Corvane could use\n"
-                "       answer-too-late, shared, silent, other-acknowledgements, foreign-frames,\n"
-                "       echo, wrong-sums, broken-off, no-frame\n"
+                "       answer-too-late, shared, shared-unseen, silent, other-acknowledgements,\n"
+                "       foreign-frames, echo, wrong-sums, broken-off, no-frame\n"
                 "  5  the result could not be written\n"),
             qPrintable(information->text));
     }
