@@ -53,7 +53,12 @@ void readingAndDecoding(benchmark::State &state)
 
 } // namespace
 
-BENCHMARK(preparing)->Unit(benchmark::kMillisecond);
-BENCHMARK(readingAndDecoding)->Unit(benchmark::kMillisecond);
-
-BENCHMARK_MAIN();
+int main(int argc, char *argv[])
+{
+    benchmark::RegisterBenchmark("preparing", preparing)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("readingAndDecoding", readingAndDecoding)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
