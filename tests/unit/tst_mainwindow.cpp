@@ -318,7 +318,7 @@ private slots:
         for (const char *const name : {"textEdit_device_info", "textEdit_firmware_info"}) {
             const auto *const pane = fixture.child<QTextEdit>(name);
             connect(pane, &QTextEdit::textChanged, pane,
-                    [pane, &panes] { panes << pane->toPlainText(); });
+                    [pane, texts = &panes] { *texts << pane->toPlainText(); });
         }
         const auto fail = [&fixture](const char *slot) {
             fixture.letLimitPass();

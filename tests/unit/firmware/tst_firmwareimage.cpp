@@ -127,7 +127,7 @@ private slots:
 
     void takesEveryByteAtEachPlaceOfAGroup()
     {
-        for (const QByteArray group : {"QUJD", "QUJDREVG", "QUJDR", "QUJDRA", "QUJDREU", "QUI="}) {
+        for (const char *const group : {"QUJD", "QUJDREVG", "QUJDR", "QUJDRA", "QUJDREU", "QUI="}) {
             for (int place = 0; place < 4; ++place) {
                 for (int byte = 0; byte < 256; ++byte) {
                     QByteArray body = group;
