@@ -228,7 +228,7 @@ private slots:
     {
         QVector<State> states;
         connect(m_upgrade.get(), &Upgrade::stateChanged, this,
-                [&] { states += m_upgrade->state(); });
+                [this, seen = &states] { *seen += m_upgrade->state(); });
         upload();
         m_line->pass(1000);
         m_line->send(Hex::raisedHelloReply());
