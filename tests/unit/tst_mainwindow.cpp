@@ -358,15 +358,14 @@ private slots:
                               "[Error]: [Apply fail!]", "[Information]: [Apply Success.]",
                               "[about]: Corvane: Version 1.0.0.5", "[Error]: [Connection timeout!]",
                               "[Error]: [Transmission stop!]"}));
+        const QString versions = "Protocol version: 0.0.0.0|Image version: 0.0.0.0";
         QCOMPARE(panesOfInterest(panes),
                  QStringList({"[Device Version: ]1.0.a.10",
                               "[Device Version: ]1.0.a.10|[Setting custom zoom 1 failed!]",
                               "[Device Version: ]1.0.a.10|[Setting custom zoom 2 failed!]",
                               "[Device Version: ]1.0.a.10|[Setting custom zoom: ]100",
-                              "[Firmware file error.]", "Protocol version: 0.0.0.0",
-                              "Protocol version: 0.0.0.0|Image version: 0.0.0.0",
-                              "Protocol version: 0.0.0.0|Image version: 0.0.0.0|"
-                              "Current version: 1.0.a.10",
+                              "[Firmware file error.]", "Protocol version: 0.0.0.0", versions,
+                              versions + "|Current version: 1.0.a.10",
                               "[Update is complete. Device auto-rebooting.]"}));
         QStringList translated = translator.texts;
         translated.removeDuplicates();

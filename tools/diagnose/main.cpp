@@ -59,7 +59,6 @@ LineRecord talk(PortFinding *finding, const DiagnoseOptions &options)
     finding->isReadByOthers = listener.isReadByOthers();
     if (!listener.failure().isEmpty()) {
         finding->systemText = listener.failure();
-        serial.close();
         explainHangUp(finding);
     }
     return listener.record();

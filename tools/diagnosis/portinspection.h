@@ -27,5 +27,6 @@ void explainFailure(PortFinding *finding, const QSerialPort &serial);
 
 /// Finds out whether the line of a port failed with its device or without. It opens the device
 /// itself for a moment.
-/// @param[in,out] finding  of a port that was open, and is closed again
+/// @param[in,out] finding  of a port that is still open: otherwise another device could get its
+/// name
 void explainHangUp(PortFinding *finding);

@@ -17,7 +17,7 @@ public:
     /// What has been written since the last call, in hexadecimal.
     QByteArray written()
     {
-        const QByteArray text = m_written.toHex(' ').toUpper();
+        QByteArray text = m_written.toHex(' ').toUpper();
         m_written.clear();
         return text;
     }
