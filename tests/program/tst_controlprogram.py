@@ -132,8 +132,8 @@ class ControlProgram(unittest.TestCase):
             if event["event"] == "result"
         }
 
-    # Settings
 
+class Settings(ControlProgram):
     def test_prints_and_saves_what_the_camera_reports(self) -> None:
         port = self.camera("--settings", "2,9,1,0,3").port
         self.assertEqual(self.run_control("info", port).stdout, INFO.format(port=port))
@@ -185,8 +185,8 @@ class ControlProgram(unittest.TestCase):
         self.assertIn("1 done, 1 failed\n", result.stdout)
         self.assertIn(f"corvanectl: {silent}: Nothing at all came back within 5 s.", result.stderr)
 
-    # Upgrades
 
+class Upgrades(ControlProgram):
     def test_upgrades_sixteen_cameras_byte_by_byte(self) -> None:
         path, firmware = self.image(20_001)
         cameras = [self.camera() for _ in range(16)]
@@ -312,8 +312,8 @@ class ControlProgram(unittest.TestCase):
         self.assertIn(f"(process {os.getpid()})", result.stderr)
         self.assertEqual((held.firmware(), free.firmware()), (None, firmware))
 
-    # Output and signals
 
+class OutputAndSignals(ControlProgram):
     @contextlib.contextmanager
     def slow_upgrade(self, **options) -> Iterator[subprocess.Popen]:
         """An upgrade that takes longer than a test, once it has begun."""
@@ -455,8 +455,8 @@ class ControlProgram(unittest.TestCase):
                          [f"{port}: {state}" for state in ("announcing", "uploading", "rebooting")])
         self.assertRegex(lines[3], "upgraded from version 1.0.0.6 to 1.0.0.7, as the image has it")
 
-    # Ports of a list
 
+class ListedPorts(ControlProgram):
     def on_adapter(self, *arguments: str, options: tuple[str, ...] = ()) -> tuple[int, str]:
         port = f"ttyCONTROL{os.getpid()}"
         result = subprocess.run(

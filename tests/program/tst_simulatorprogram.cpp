@@ -535,7 +535,7 @@ private slots:
         QVERIFY(old.open(QIODevice::WriteOnly));
         QCOMPARE(old.write("of yesterday"), qint64(12));
         old.close();
-        Simulator simulator({"--pty", "--quiet", "--reboot-time", "0", "--save-firmware", path});
+        Simulator simulator({"--pty", "--reboot-time", "0", "--save-firmware", path});
         Host host(simulator.portName());
         QCOMPARE(host.ask(Hex::announcement(), 13), Hex::announcementReply());
         for (const QByteArray &packet :
@@ -544,8 +544,11 @@ private slots:
             QCOMPARE(host.ask(packet, 13), Hex::packetReply());
         }
         QCOMPARE(contents(path), Hex::firmware());
-        // Once it has rebooted, the next one.
-        QTRY_COMPARE(host.ask(Hex::hello(), 26), Hex::raisedHelloReply());
+        QString event;
+        do {
+            event = simulator.event();
+            QVERIFY(!event.isEmpty());
+        } while (event != "-- running version 1.0.0.7");
         QCOMPARE(host.ask(Hex::smallAnnouncement(), 13), Hex::announcementReply());
         QCOMPARE(host.ask(Hex::smallPacket(), 13), Hex::packetReply());
         QCOMPARE(contents(path), QByteArray("\1\2\3"));
