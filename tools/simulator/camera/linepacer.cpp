@@ -46,6 +46,13 @@ LinePacer::Due LinePacer::takeDue(Time now)
     return due;
 }
 
+LinePacer::Time LinePacer::nextDue(Time now, Time pause) const
+{
+    const Transmission &transmission = m_transmissions.front();
+    return std::min(std::max(transmission.start, now) + pause,
+                    transmission.start + duration(transmission.frame.size()));
+}
+
 bool LinePacer::isIdle() const
 {
     return m_transmissions.empty();

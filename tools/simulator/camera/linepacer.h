@@ -37,6 +37,9 @@ public:
     void send(const QByteArray &frame, Time now, Time delay = Time::zero());
     /// Takes the bytes that are due and were not taken yet.
     Due takeDue(Time now);
+    /// When to call takeDue() again, unless idle: once the frame under way is complete, and before
+    /// that each time @p pause has passed.
+    Time nextDue(Time now, Time pause) const;
     /// Whether nothing is on its way to the host.
     bool isIdle() const;
     /// Forgets what is on its way in both directions.

@@ -14,6 +14,7 @@
 
 namespace {
 
+/// Between two parts of one reply, as an adapter's driver hands over what came in meanwhile.
 constexpr std::chrono::milliseconds kWritePause(1);
 
 } // namespace
@@ -30,13 +31,11 @@ AnsweringCamera::AnsweringCamera(const CameraState &state, const Behaviour &beha
     m_clock.start();
     m_stallTimer.setSingleShot(true);
     m_stallTimer.setInterval(FrameReader::kStall);
-    m_writeTimer.setTimerType(Qt::PreciseTimer);
-    m_writeTimer.setInterval(kWritePause);
     m_rebootTimer.setSingleShot(true);
     m_rebootTimer.setTimerType(Qt::PreciseTimer);
     m_rebootTimer.setInterval(behaviour.rebootTime);
     connect(&m_stallTimer, &QTimer::timeout, this, &AnsweringCamera::dropPartial);
-    connect(&m_writeTimer, &QTimer::timeout, this, &AnsweringCamera::write);
+    connect(&m_writeTimer, &LineTimer::timeout, this, &AnsweringCamera::write);
     connect(&m_rebootTimer, &QTimer::timeout, this, &AnsweringCamera::finishReboot);
     connect(&m_line, &CameraLine::bytesReceived, this, &AnsweringCamera::take);
 }
@@ -50,6 +49,7 @@ void AnsweringCamera::lineLost()
 {
     dropPartial();
     m_pacer.clear();
+    write();
 }
 
 void AnsweringCamera::take(const QByteArray &bytes)
@@ -125,8 +125,8 @@ void AnsweringCamera::write()
         if (m_camera.isRebooting() && !m_rebootTimer.isActive()) {
             startReboot();
         }
-    } else if (!m_writeTimer.isActive()) {
-        m_writeTimer.start();
+    } else {
+        m_writeTimer.start(m_pacer.nextDue(now(), kWritePause) - now());
     }
 }
 

@@ -8,6 +8,7 @@
 #include "exchangelog.h"
 #include "framereader.h"
 #include "linepacer.h"
+#include "linetimer.h"
 
 #include <QByteArray>
 #include <QElapsedTimer>
@@ -63,7 +64,7 @@ private:
     FrameReader m_reader;
     LinePacer m_pacer;
     QElapsedTimer m_clock;
-    QTimer m_stallTimer; ///< runs while part of a frame is there
-    QTimer m_writeTimer; ///< runs while replies are on their way
+    QTimer m_stallTimer;    ///< runs while part of a frame is there
+    LineTimer m_writeTimer; ///< runs while replies are on their way
     QTimer m_rebootTimer;
 };

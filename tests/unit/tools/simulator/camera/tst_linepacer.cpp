@@ -77,7 +77,7 @@ private slots:
         QCOMPARE(pacer.takeDue(14ms).bytes, QByteArray("a"));
     }
 
-    void theDelayStartsBehindTheRequest()
+    void theDelayStartsAfterTheRequest()
     {
         LinePacer pacer(kBaud);
         pacer.received(10, 0ms);
@@ -123,6 +123,30 @@ private slots:
         QCOMPARE(pacer.takeDue(3ms).completed, QVector<QByteArray>{"c"});
         QVERIFY(pacer.isIdle());
         QCOMPARE(pacer.takeDue(4ms).completed, QVector<QByteArray>());
+    }
+
+    void isDueForEachPartAndForTheEnd_data()
+    {
+        addRows<int, int>({"now", "due"},
+                          {{"before the request is through", 0, 14},
+                           {"at the first byte", 10, 14},
+                           {"within the reply", 12, 16},
+                           {"less than a part is left", 14, 17},
+                           {"long after", 3'600'000, 17}});
+    }
+
+    void isDueForEachPartAndForTheEnd()
+    {
+        QFETCH(int, now);
+        QFETCH(int, due);
+        LinePacer pacer(kBaud);
+        pacer.received(10, 0ms);
+        pacer.send("abcdefg", 0ms);
+        pacer.send("h", 0ms);
+        pacer.takeDue(10ms);
+        QCOMPARE(pacer.nextDue(now * 1ms, 4ms), LinePacer::Time(due * 1ms));
+        pacer.takeDue(17ms);
+        QCOMPARE(pacer.nextDue(17ms, 4ms), LinePacer::Time(18ms));
     }
 
     void clearForgetsEverything()
