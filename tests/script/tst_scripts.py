@@ -96,9 +96,11 @@ class FindingNothing(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = Path(folder.name)
 
-    def run_here(self, *command: str) -> subprocess.CompletedProcess:
+    def run_here(
+        self, *command: str, env: dict[str, str] | None = None
+    ) -> subprocess.CompletedProcess:
         return subprocess.run(
-            command, cwd=self.folder, capture_output=True, text=True, check=False
+            command, cwd=self.folder, env=env, capture_output=True, text=True, check=False
         )
 
     def test_a_run_that_selects_no_test_fails(self) -> None:
@@ -143,14 +145,7 @@ class FindingNothing(unittest.TestCase):
                 (self.folder / tracked).write_text(text, encoding="utf-8")
                 self.run_here("git", "add", tracked)
             with self.subTest(message):
-                result = subprocess.run(
-                    ["script/lint"],
-                    cwd=self.folder,
-                    env=environment,
-                    capture_output=True,
-                    text=True,
-                    check=False,
-                )
+                result = self.run_here("script/lint", env=environment)
                 self.assertNotEqual(result.returncode, 0)
                 self.assertEqual(result.stdout.splitlines()[: len(steps) + 1], steps)
                 self.assertIn(message, result.stderr)
@@ -174,14 +169,7 @@ class FindingNothing(unittest.TestCase):
         for ci, status in (("", 0), ("true", 1)):
             with self.subTest(f"CI={ci}"):
                 environment["CI"] = ci
-                result = subprocess.run(
-                    ["script/test"],
-                    cwd=self.folder,
-                    env=environment,
-                    capture_output=True,
-                    text=True,
-                    check=False,
-                )
+                result = self.run_here("script/test", env=environment)
                 self.assertEqual(result.returncode, status, result.stderr)
                 self.assertIn("1 no reason", result.stdout)
 

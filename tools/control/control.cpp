@@ -378,7 +378,7 @@ void Control::showProgress()
 
 void Control::redraw()
 {
-    // A terminal that is behind gets the next state, not each of them.
+    // A slow terminal gets the latest state, not each of them.
     if (!m_isDirty || m_output.isBehind()) {
         return;
     }
