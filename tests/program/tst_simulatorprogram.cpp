@@ -83,6 +83,11 @@ public:
     QByteArray obey(const QByteArray &command)
     {
         m_socket.write(command + '\n');
+        return line();
+    }
+    /// The next one.
+    QByteArray line()
+    {
         while (!m_socket.canReadLine()) {
             if (!m_socket.waitForReadyRead(kPatience)) {
                 return "no answer";
@@ -211,12 +216,14 @@ private slots:
 
     void endsOnASignal_data()
     {
-        addRows<int>({"number"}, {{"SIGTERM", SIGTERM}, {"SIGINT", SIGINT}});
+        addRows<int>({"number"}, {{"SIGTERM", SIGTERM}, {"SIGINT", SIGINT}, {"SIGHUP", SIGHUP}});
     }
 
     void endsOnASignal()
     {
         QFETCH(int, number);
+        // As the simulator finds it, also in a shell's background or under nohup.
+        ::signal(number, SIG_DFL);
         Simulator simulator({"--pty", "--control", m_controlPath});
         const Host host(simulator.portName());
         QVERIFY(!host.isHungUp());
@@ -236,7 +243,7 @@ private slots:
                                     "Try --help.\n";
         QTest::newRow("unknown option")
             << QStringList{"--pty", "--nope"}
-            << "corvane-simulator: Unknown option 'nope'.\nTry --help.\n";
+            << "corvane-simulator: unknown option '--nope'\nTry --help.\n";
         QTest::newRow("bad value")
             << QStringList{"--pty", "--baud", "fast"}
             << "corvane-simulator: --baud is a number from 0 to 4000000, not 'fast'\nTry --help.\n";
@@ -263,8 +270,7 @@ private slots:
         addRows<QStringList, int>({"program", "exitCode"},
                                   {{"success", {"/bin/true"}, 0},
                                    {"failure", {"sh", "-c", "exit 7"}, 7},
-                                   {"killed", {"sh", "-c", "kill -KILL $$"}, 137},
-                                   {"no such program", {"/nonexistent/program"}, 127}});
+                                   {"killed", {"sh", "-c", "kill -KILL $$"}, 137}});
     }
 
     void endsAsTheProgramDoes()
@@ -272,6 +278,25 @@ private slots:
         QFETCH(QStringList, program);
         Simulator simulator(QStringList("--") + program);
         QTEST(simulator.exitCode(), "exitCode");
+    }
+
+    void saysWhyTheProgramCannotStart_data()
+    {
+        addRows<QString, QString>(
+            {"program", "reason"},
+            {{"no such program", "/nonexistent/program", "No such file or directory"},
+             {"a folder", "/", "it is a folder"},
+             {"not executable", "/etc/passwd", "Permission denied"}});
+    }
+
+    void saysWhyTheProgramCannotStart()
+    {
+        QFETCH(QString, program);
+        QFETCH(QString, reason);
+        Simulator simulator({"--", program});
+        QCOMPARE(simulator.exitCode(), 127);
+        QCOMPARE(simulator.errors(),
+                 QString("corvane-simulator: cannot start %1: %2\n").arg(program, reason));
     }
 
     void givesTheProgramItsInputAndOutput()
@@ -295,14 +320,17 @@ private slots:
 
     void passesSignalsOnToTheProgram_data()
     {
-        addRows<int, int>({"number", "exitCode"}, {{"SIGTERM", SIGTERM, 3}, {"SIGINT", SIGINT, 4}});
+        addRows<int, int>({"number", "exitCode"},
+                          {{"SIGTERM", SIGTERM, 3}, {"SIGINT", SIGINT, 4}, {"SIGHUP", SIGHUP, 5}});
     }
 
     void passesSignalsOnToTheProgram()
     {
         QFETCH(int, number);
+        ::signal(number, SIG_DFL);
         Simulator simulator({"--", "sh", "-c",
-                             "trap 'exit 3' TERM; trap 'exit 4' INT; echo ready; "
+                             "trap 'exit 3' TERM; trap 'exit 4' INT; trap 'exit 5' HUP; "
+                             "echo ready; "
                              "while true; do sleep 0.05; done"});
         QCOMPARE(simulator.line(), QString("ready"));
         simulator.sendSignal(number);
@@ -396,11 +424,78 @@ private slots:
         Host host(simulator.portName());
         QCOMPARE(simulator.event(), QString("-- plugged"));
         QCOMPARE(control.obey("silent on"), QByteArray("ok"));
+        QCOMPARE(simulator.event(), QString("-- silent on"));
         QVERIFY(host.write(Hex::hello()));
         QVERIFY(simulator.event().endsWith("(not answered: silent)"));
         QCOMPARE(control.obey("silent off"), QByteArray("ok"));
+        QCOMPARE(simulator.event(), QString("-- silent off"));
         QCOMPARE(host.ask(Hex::hello(), 26), Hex::helloReply());
-        QCOMPARE(control.obey("silent"), QByteArray("error: unknown command 'silent'"));
+        QCOMPARE(control.obey("silent"), QByteArray("error: unknown command 'silent', see help"));
+    }
+
+    void logsTheFaultsOfACommand()
+    {
+        Simulator simulator({"--pty", "--control", m_controlPath, "--seed", "7"});
+        simulator.portName();
+        Control control(m_controlPath);
+        QCOMPARE(control.obey("faults  drop@reply:3,noise@reply:all 5"), QByteArray("ok"));
+        QCOMPARE(simulator.event(), QString("-- faults drop@reply:3,noise@reply:all, seed 5"));
+        QCOMPARE(control.obey("faults none"), QByteArray("ok"));
+        QCOMPARE(simulator.event(), QString("-- faults none, seed 7"));
+    }
+
+    void listsItsCommands()
+    {
+        Simulator simulator({"--pty", "--control", m_controlPath});
+        simulator.portName();
+        Control control(m_controlPath);
+        QStringList commands;
+        for (QString line = control.obey("help"); line != "ok"; line = control.line()) {
+            commands << line.section("  ", 0, 0);
+        }
+        QCOMPARE(commands,
+                 (QStringList{"unplug", "plug", "silent on", "silent off", "faults PLAN [SEED]",
+                              "help", "quit"}));
+    }
+
+    void saysWhatACrashHasLeft()
+    {
+        Simulator crashed({"--pty", "--control", m_controlPath});
+        crashed.portName();
+        crashed.sendSignal(SIGKILL);
+        QCOMPARE(crashed.exitCode(), -2);
+        QVERIFY(QFile::exists(m_controlPath));
+        Simulator simulator({"--pty", "--control", m_controlPath});
+        simulator.portName();
+        QCOMPARE(simulator.errorLine(),
+                 "corvane-simulator: replaced the control socket " + m_controlPath
+                     + ", which a program that has crashed has left");
+        QCOMPARE(Control(m_controlPath).obey("quit"), QByteArray("ok"));
+    }
+
+    void removesTheDevicesThatACrashHasLeft()
+    {
+        const auto leftovers = [this] { return QDir(m_folder->path()).entryList({"umockdev.*"}); };
+        Simulator crashed;
+        crashed.setEnvironment("TMPDIR", m_folder->path());
+        crashed.process.start(SIMULATOR_PROGRAM, {"--", "sh", "-c", "echo ready; exec sleep 600"});
+        QCOMPARE(crashed.line(), QString("ready"));
+        // One that runs is left alone.
+        Simulator simulator;
+        simulator.setEnvironment("TMPDIR", m_folder->path());
+        simulator.process.start(SIMULATOR_PROGRAM, {"--", "true"});
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.errors(), QString());
+        QCOMPARE(leftovers().size(), 1);
+        const QString folder = m_folder->filePath(leftovers().first());
+        crashed.sendSignal(SIGKILL);
+        QCOMPARE(crashed.exitCode(), -2);
+        simulator.process.start(SIMULATOR_PROGRAM, {"--", "true"});
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.errors(),
+                 "corvane-simulator: removed " + folder
+                     + ", which a simulator that has crashed has left\n");
+        QCOMPARE(leftovers(), QStringList());
     }
 
     void unplugsTheAdapter()
@@ -455,7 +550,8 @@ private slots:
         Control control(m_controlPath);
         for (const char *command : {"unplug now", "plug now", "silent on now", "silent off now",
                                     "quit now", "Quit", "fault none", "unplugged", ""}) {
-            QCOMPARE(control.obey(command), QByteArray("error: unknown command '") + command + "'");
+            QCOMPARE(control.obey(command),
+                     QByteArray("error: unknown command '") + command + "', see help");
         }
         QCOMPARE(control.obey("faults none 3 4"),
                  QByteArray("error: the seed is a number from 0 to 4294967295, not '3 4'"));
@@ -496,8 +592,9 @@ private slots:
         const QString path = m_folder->filePath("no/such/folder");
         Simulator simulator({"--pty", "--control", path});
         QCOMPARE(simulator.exitCode(), 1);
-        QVERIFY(simulator.errors().startsWith("corvane-simulator: cannot make the control socket "
-                                              + path));
+        QCOMPARE(simulator.errors(),
+                 "corvane-simulator: cannot make the control socket " + path
+                     + ": No such file or directory\n");
     }
 
     void takesAFirmwareAndRebootsWithIt()
@@ -595,12 +692,14 @@ private slots:
 
     void goesOnWhenAFirmwareCannotBeSaved()
     {
-        const QString path = m_folder->filePath("no/such\tfolder");
+        const QString path = m_folder->filePath("folder/firm\tware");
         const QString complaint =
             QString("cannot save the firmware as %1: No such file or directory")
-                .arg(m_folder->filePath(R"(no/such\tfolder)"));
+                .arg(m_folder->filePath(R"(folder/firm\tware)"));
+        QVERIFY(QDir(m_folder->path()).mkdir("folder"));
         Simulator simulator({"--pty", "--reboot-time", "0", "--save-firmware", path});
         Host host(simulator.portName());
+        QVERIFY(QDir(m_folder->path()).rmdir("folder"));
         // An empty one.
         QCOMPARE(host.ask(Hex::emptyAnnouncement(), 13), Hex::announcementReply());
         QCOMPARE(simulator.errorLine(), "corvane-simulator: " + complaint);
@@ -612,6 +711,27 @@ private slots:
         QCOMPARE(simulator.event(), QString("-- running version 1.0.0.7"));
         QVERIFY(host.write(Hex::hello()));
         QVERIFY(host.read(26).contains("05 16 00 01 00 00 07"));
+    }
+
+    void needsAPlaceForTheFirmware_data()
+    {
+        addRows<QString, QString>({"name", "reason"},
+                                  {{"a folder", ".", "is a folder, not a file"},
+                                   {"no such folder", "no/such", "No such file or directory"},
+                                   {"a device", "/dev/null", "is a device, not a file"}});
+    }
+
+    void needsAPlaceForTheFirmware()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, reason);
+        const QString path = QDir(m_folder->path()).filePath(name);
+        Simulator simulator({"--pty", "--save-firmware", path});
+        QCOMPARE(simulator.exitCode(), 1);
+        QCOMPARE(
+            simulator.errors(),
+            QString("corvane-simulator: cannot save the firmware as %1: %2\n").arg(path, reason));
+        QCOMPARE(simulator.output(), QString());
     }
 
     void putsFaultsOnTheLine()
@@ -654,7 +774,7 @@ private slots:
             QByteArray("error: fault 'dorp@reply:1': there is no kind 'dorp', see --faults help"));
         QCOMPARE(control.obey("faults none x"),
                  QByteArray("error: the seed is a number from 0 to 4294967295, not 'x'"));
-        QCOMPARE(control.obey("faults"), QByteArray("error: unknown command 'faults'"));
+        QCOMPARE(control.obey("faults"), QByteArray("error: unknown command 'faults', see help"));
         QCOMPARE(ask(34), "27 F1 E8 9B 71 B7 F8 0E " + Hex::helloReply());
         QCOMPARE(control.obey("faults none"), QByteArray("ok"));
         QCOMPARE(ask(26), Hex::helloReply());
@@ -854,6 +974,42 @@ private slots:
             {{"no file", {}, "No such file or directory"},
              {"a bad line", "# Corvane line recording 1\n1 host\n",
               "line 2: bytes of two hexadecimal digits, such as FF 0A, expected"}});
+    }
+
+    void replaysOnlyFiles_data()
+    {
+        addRows<QString, QString>(
+            {"command", "reason"},
+            {{"a pipe", "mkfifo $0", "is a pipe, not a file"},
+             {"an endless device", "ln -s /dev/zero $0", "is a device, not a file"},
+             {"a folder", "mkdir $0", "is a folder, not a file"},
+             {"a huge file", "truncate -s 268435457 $0", "it is larger than 256 MiB"}});
+    }
+
+    void replaysOnlyFiles()
+    {
+        QFETCH(QString, command);
+        QFETCH(QString, reason);
+        const QString path = m_folder->filePath("recording");
+        QCOMPARE(QProcess::execute("sh", {"-c", command, path}), 0);
+        Simulator simulator({"--pty", "--replay", path});
+        QCOMPARE(simulator.exitCode(), 1);
+        QCOMPARE(simulator.errors(),
+                 QString("corvane-simulator: cannot replay %1: %2\n").arg(path, reason));
+    }
+
+    void replaysARecordingThatAPowerFailureHasCut()
+    {
+        const QString path = m_folder->filePath("recording");
+        QVERIFY(write(path, "# Corvane line recording 1\n0 plugged\n0 camera 01\n0.5 hos"));
+        Simulator simulator({"--pty", "--replay", path});
+        simulator.portName();
+        QCOMPARE(simulator.event(), QString("-> (no frame)           01"));
+        QCOMPARE(simulator.event(), QString("-- the recording has ended"));
+        simulator.sendSignal(SIGTERM);
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(simulator.errors(),
+                 "corvane-simulator: " + path + ": line 4 is cut off and left out\n");
     }
 
     void needsARecordingToReplay()

@@ -3,6 +3,8 @@
 
 #include "childprogram.h"
 
+#include <QFileInfo>
+
 #include <csignal>
 
 #include <sys/prctl.h>
@@ -25,7 +27,10 @@ ChildProgram::ChildProgram(QObject *parent)
             });
     connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
-            emit failedToStart(m_process.errorString());
+            // After the name of the system call.
+            emit failedToStart(QFileInfo(m_process.program()).isDir()
+                                   ? QStringLiteral("it is a folder")
+                                   : m_process.errorString().section(QStringLiteral(": "), -1));
         }
     });
 }

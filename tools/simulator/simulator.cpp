@@ -8,8 +8,8 @@
 #include "pseudoterminalline.h"
 #include "recordingline.h"
 #include "replayingcamera.h"
+#include "testbedmark.h"
 
-#include <QFile>
 #include <QTime>
 
 #include <csignal>
@@ -18,15 +18,17 @@ namespace {
 
 constexpr int kNotStartedStatus = 127; // as shells have it
 
-/// @param error  set to the reason when the result is nothing
+/// @param error  set to the reason when the result is nothing, and to what was left out otherwise
 std::optional<QVector<LineEvent>> readRecording(const QString &path, QString *error)
 {
-    QFile file(path);
+    // An upload of the largest firmware takes less than half of that.
+    constexpr int kMaximumSize = 256 * 1024 * 1024;
+    const auto text = readFile(path, kMaximumSize, error);
     std::optional<QVector<LineEvent>> events;
-    if (file.open(QIODevice::ReadOnly)) {
-        events = Recording::parse(file.readAll(), error);
-    } else {
-        *error = file.errorString();
+    if (text && text->size() > kMaximumSize) {
+        *error = QStringLiteral("it is larger than 256 MiB");
+    } else if (text) {
+        events = Recording::parse(*text, error);
     }
     if (!events) {
         *error = QStringLiteral("cannot replay %1: %2").arg(path, *error);
@@ -41,7 +43,10 @@ Simulator::Simulator(const SimulatorOptions &options, QObject *parent)
     , m_options(options)
     , m_log(options.withHex)
     , m_wire(makeWire(options, 1))
-    , m_control([this](const QString &command) { return obey(command); })
+    , m_control([this](const QString &command) {
+        return command == QLatin1String("help") ? ControlAnswer{{}, controlHelp()}
+                                                : ControlAnswer{obey(command), {}};
+    })
 {
     connect(&m_program, &ChildProgram::finished, this,
             [this](int status) { emit finished(status, {}); });
@@ -61,8 +66,23 @@ Simulator::~Simulator() = default;
 
 bool Simulator::start(QString *error)
 {
+    if (!m_options.firmwarePath.isEmpty() && !canWriteFile(m_options.firmwarePath, error)) {
+        *error = cannotSave(*error);
+        return false;
+    }
     if (!m_options.controlPath.isEmpty() && !m_control.listen(m_options.controlPath, error)) {
         return false;
+    }
+    if (m_control.hasReplacedAnother()) {
+        emit complained(QStringLiteral("replaced the control socket %1, which a program that has "
+                                       "crashed has left")
+                            .arg(m_options.controlPath));
+    }
+    const QStringList leftovers =
+        m_options.program.isEmpty() ? QStringList() : TestbedMark::removeLeftovers();
+    for (const QString &folder : leftovers) {
+        emit complained(
+            QStringLiteral("removed %1, which a simulator that has crashed has left").arg(folder));
     }
     if (!makeCamera(error) || !plug(error) || !makeFurtherCameras(error)) {
         return false;
@@ -133,6 +153,9 @@ bool Simulator::makeReplayingCamera(QString *error)
     const auto recording = readRecording(m_options.replayPath, error);
     if (!recording || !makeLine(error)) {
         return false;
+    }
+    if (!error->isEmpty()) {
+        emit complained(QStringLiteral("%1: %2").arg(m_options.replayPath, *error));
     }
     m_camera = std::make_unique<ReplayingCamera>(*recording, m_log, *m_faultyLine);
     return true;
@@ -207,9 +230,13 @@ void Simulator::saveFirmware(const QByteArray &firmware)
 {
     QString error;
     if (!writeFile(m_options.firmwarePath, firmware, &error)) {
-        noteFailure(QStringLiteral("cannot save the firmware as %1: %2")
-                        .arg(m_options.firmwarePath, error));
+        noteFailure(cannotSave(error));
     }
+}
+
+QString Simulator::cannotSave(const QString &reason) const
+{
+    return QStringLiteral("cannot save the firmware as %1: %2").arg(m_options.firmwarePath, reason);
 }
 
 // Returns why it could not, or an empty text.
@@ -238,7 +265,8 @@ QString Simulator::obey(const QString &command)
     } else if (command == QLatin1String("quit")) {
         end(SIGTERM);
     } else {
-        return QStringLiteral("unknown command '%1'").arg(command);
+        constexpr int kShown = 40;
+        return QStringLiteral("unknown command '%1', see help").arg(command.left(kShown));
     }
     return {};
 }
@@ -257,6 +285,7 @@ QString Simulator::setFaults(const QString &planAndSeed)
         return QStringLiteral("the seed is a number from 0 to 4294967295, not '%1'").arg(seedText);
     }
     m_faultyLine->setFaults(*plan, *seed);
+    note(QStringLiteral("faults %1, seed %2").arg(plan->toString(), QString::number(*seed)));
     return {};
 }
 
@@ -268,6 +297,7 @@ QString Simulator::setSilent(bool silent)
         return QStringLiteral("there is no simulated camera");
     }
     camera->setSilent(silent);
+    note(silent ? QStringLiteral("silent on") : QStringLiteral("silent off"));
     return {};
 }
 

@@ -55,6 +55,7 @@ private:
     void plugIfNot();
     void unplugIfPlugged();
     void saveFirmware(const QByteArray &firmware);
+    QString cannotSave(const QString &reason) const;
     QString obey(const QString &command);
     QString setFaults(const QString &planAndSeed);
     void lineLost();
@@ -63,6 +64,7 @@ private:
     void noteFailure(const QString &reason);
     void end(int signalNumber);
 
+    TerminationSignals m_signals; ///< before all that has to be tidied up
     SimulatorOptions m_options;
     ExchangeLog m_log;
     std::unique_ptr<CameraLine> m_wire;             ///< the line as the host has it
@@ -72,5 +74,4 @@ private:
     std::vector<std::unique_ptr<FurtherCamera>> m_furtherCameras;
     ChildProgram m_program;
     ControlSocket m_control;
-    TerminationSignals m_signals{{SIGINT, SIGTERM}};
 };

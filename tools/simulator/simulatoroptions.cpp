@@ -70,6 +70,15 @@ public:
         return m_parser.value(name);
     }
 
+    /// Likewise, of a file. Standard input and output are the program's.
+    QString path(const QString &name)
+    {
+        if (m_parser.value(name) == QLatin1String("-")) {
+            complain(name, QStringLiteral("the path of a file, such as ./-"));
+        }
+        return text(name, QStringLiteral("a path"));
+    }
+
     void complain(const QString &name, const QString &expected)
     {
         if (m_fault.isEmpty()) {
@@ -137,7 +146,7 @@ void describe(QCommandLineParser &parser)
         "first line printed. Every frame that passes is printed.\n"
         "\n"
         "The control socket takes these commands, one a line: unplug, plug, silent on,\n"
-        "silent off, faults PLAN [SEED], quit."));
+        "silent off, faults PLAN [SEED], help, quit."));
     addCommonOptions(parser);
     parser.addOptions({
         {QStringLiteral("pty"), QStringLiteral("Use a pseudo-terminal.")},
@@ -208,24 +217,35 @@ QString exitCodes()
     return QStringLiteral(
         "\n"
         "Exit codes:\n"
-        "  with --pty   0 when ended by SIGINT, SIGTERM or quit\n"
+        "  with --pty   0 when ended by SIGINT, SIGTERM, SIGHUP or quit\n"
         "  PROGRAM      the program's own; 128 + N when signal N killed it;\n"
         "               127 when it could not be started\n"
-        "  otherwise    1 when the line, the control socket or a recording could not be\n"
-        "               made, a recording could not be read, a real port could not be\n"
-        "               opened or the help could not be written;\n"
+        "  otherwise    1 when the line, the control socket, a recording or the file of a\n"
+        "               firmware could not be made, a recording could not be read, a real\n"
+        "               port could not be opened or the help could not be written;\n"
         "               2 when the command line makes no sense\n");
 }
 
 } // namespace
+
+QString controlHelp()
+{
+    return QStringLiteral("unplug                hang up and take the port away\n"
+                          "plug                  bring it back\n"
+                          "silent on             stop answering\n"
+                          "silent off            answer again\n"
+                          "faults PLAN [SEED]    put faults on the line; faults none: no more\n"
+                          "help                  list the commands\n"
+                          "quit                  end the simulator, or ask its program to end\n");
+}
 
 std::variant<SimulatorOptions, Information, UsageError>
 parseCommandLine(const QStringList &arguments)
 {
     QCommandLineParser parser;
     describe(parser);
-    if (!parser.parse(arguments)) {
-        return UsageError{parser.errorText()};
+    if (const auto error = parseArguments(parser, arguments)) {
+        return *error;
     }
     if (parser.isSet(option("help"))) {
         return Information{parser.helpText() + exitCodes()};
@@ -236,6 +256,10 @@ parseCommandLine(const QStringList &arguments)
 
     if (parser.value(option("faults")) == QLatin1String("help")) {
         return Information{FaultPlan::help()};
+    }
+    if (parser.isSet(option("pty")) && parser.isSet(option("port"))) {
+        return UsageError{QStringLiteral(
+            "--pty and --port exclude each other: a pseudo-terminal has its own name")};
     }
     const QString conflict = conflictOfSources(parser);
     if (!conflict.isEmpty()) {
@@ -250,6 +274,9 @@ parseCommandLine(const QStringList &arguments)
                               : QStringLiteral("--pty and a program exclude each other")};
     }
     if (!program.isEmpty()) {
+        if (program.first().isEmpty()) {
+            return UsageError{QStringLiteral("the name of the program is empty")};
+        }
         options.program = program.takeFirst();
         options.arguments = program;
     }
@@ -321,14 +348,18 @@ parseCommandLine(const QStringList &arguments)
         options.seed = seed.value_or(0);
     }
 
-    options.controlPath = reader.text(option("control"), QStringLiteral("a path"));
-    options.firmwarePath = reader.text(option("save-firmware"), QStringLiteral("a path"));
-    options.recordingPath = reader.text(option("record"), QStringLiteral("a path"));
-    options.replayPath = reader.text(option("replay"), QStringLiteral("a path"));
+    options.controlPath = reader.path(option("control"));
+    options.firmwarePath = reader.path(option("save-firmware"));
+    options.recordingPath = reader.path(option("record"));
+    options.replayPath = reader.path(option("replay"));
     options.withHex = parser.isSet(option("hex"));
     options.quiet = parser.isSet(option("quiet"));
     if (!reader.fault().isEmpty()) {
         return UsageError{reader.fault()};
+    }
+    if (parser.isSet(option("seed")) && !parser.isSet(option("faults"))
+        && !parser.isSet(option("control"))) {
+        return UsageError{QStringLiteral("--seed needs --faults or --control")};
     }
     return options;
 }

@@ -32,6 +32,9 @@ struct SimulatorOptions {
     bool quiet = false;
 };
 
+/// The commands of the control socket, one a line.
+QString controlHelp();
+
 /// Reads the command line.
 /// @param arguments  with the program's name in front
 std::variant<SimulatorOptions, Information, UsageError>

@@ -5,6 +5,7 @@
 
 #include "cameraline.h"
 
+#include <cerrno>
 #include <chrono>
 #include <utility>
 
@@ -26,7 +27,11 @@ std::unique_ptr<QSerialPort> ForwardingCamera::openPort(const QString &name, QSt
     auto port = std::make_unique<QSerialPort>(name);
     port->setBaudRate(QSerialPort::Baud115200);
     if (!openAndEmpty(*port)) {
-        *error = QStringLiteral("cannot open %1: %2").arg(name, port->errorString());
+        const bool isSerial = port->errorString() != qt_error_string(ENOTTY);
+        *error =
+            QStringLiteral("cannot open %1: %2")
+                .arg(name,
+                     isSerial ? port->errorString() : QStringLiteral("it is not a serial port"));
         return nullptr;
     }
     return port;

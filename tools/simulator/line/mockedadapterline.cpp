@@ -7,6 +7,7 @@
 #include "mockedadapterline.h"
 
 #include "cameraterminal.h"
+#include "testbedmark.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -60,10 +61,16 @@ public:
         gchar *const root = umockdev_testbed_get_root_dir(m_testbed);
         m_root = QFile::decodeName(root);
         g_free(root);
+        m_mark = std::make_unique<TestbedMark>(m_root);
     }
     Testbed(const Testbed &) = delete;
     Testbed &operator=(const Testbed &) = delete;
-    ~Testbed() { g_object_unref(m_testbed); }
+    ~Testbed()
+    {
+        // The folder goes with the testbed.
+        m_mark.reset();
+        g_object_unref(m_testbed);
+    }
 
     /// The environment names only one folder.
     static std::shared_ptr<Testbed> shared()
@@ -100,6 +107,7 @@ public:
 private:
     UMockdevTestbed *m_testbed;
     QString m_root;
+    std::unique_ptr<TestbedMark> m_mark;
 };
 
 MockedAdapterLine::MockedAdapterLine(QString portName, int place, QObject *parent)

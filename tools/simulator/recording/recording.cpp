@@ -153,7 +153,10 @@ QByteArray Recording::line(const LineEvent &event)
 
 std::optional<QVector<LineEvent>> Recording::parse(const QByteArray &text, QString *error)
 {
-    const QList<QByteArray> lines = text.split('\n');
+    // What some editors put at the start of a text.
+    constexpr const char *kByteOrderMark = "\xEF\xBB\xBF";
+    const QByteArray unmarked = text.startsWith(kByteOrderMark) ? text.mid(3) : text;
+    const QList<QByteArray> lines = unmarked.split('\n');
     const QByteArray firstLine = header().trimmed();
     if (lines.first().trimmed() != firstLine) {
         // What is there instead may be anything, even no text at all.
@@ -163,8 +166,13 @@ std::optional<QVector<LineEvent>> Recording::parse(const QByteArray &text, QStri
     EventReader reader;
     for (int i = 1; i < lines.size(); ++i) {
         const QString fault = reader.take(lines.at(i));
-        if (!fault.isEmpty()) {
-            *error = QStringLiteral("line %1: %2").arg(i + 1).arg(fault);
+        if (fault.isEmpty()) {
+            continue;
+        }
+        const bool isLast = i == lines.size() - 1; // and has no line feed
+        *error = isLast ? QStringLiteral("line %1 is cut off and left out").arg(i + 1)
+                        : QStringLiteral("line %1: %2").arg(i + 1).arg(fault);
+        if (!isLast) {
             return std::nullopt;
         }
     }

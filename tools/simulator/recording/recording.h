@@ -48,8 +48,10 @@ QByteArray line(const LineEvent &event);
 ///
 /// Times may have fewer than six decimals and hexadecimal digits may be small. Nothing passes while
 /// the line is unplugged, and it starts plugged, also where no event says so.
+/// A byte-order mark is skipped. A last line without a line feed was cut off when the computer
+/// failed: it is left out if it makes no sense.
 /// @param error  set to the number of the first bad line and what is expected there when the result
-///               is nothing; not null
+///               is nothing, and to what was left out otherwise; not null
 /// @return the events in their order, which is that of their times
 std::optional<QVector<LineEvent>> parse(const QByteArray &text, QString *error);
 

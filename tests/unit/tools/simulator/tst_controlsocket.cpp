@@ -39,6 +39,47 @@ private slots:
         QCOMPARE(m_commands, QStringList({"silent on", "bad"}));
     }
 
+    void informsBeforeItSaysOk()
+    {
+        const auto control = listening();
+        QLocalSocket client;
+        client.connectToServer(m_path);
+        QCOMPARE(answerTo(client, "help\n"), QByteArray("one\n"));
+        QTRY_COMPARE(client.bytesAvailable(), 7);
+        QCOMPARE(client.readAll(), QByteArray("two\nok\n"));
+    }
+
+    void answersInOnePrintableLine()
+    {
+        const auto control = listening();
+        QLocalSocket client;
+        client.connectToServer(m_path);
+        QCOMPARE(answerTo(client, "bad\x1b[2J\n"), QByteArray("error: it is bad\\x1b[2J\n"));
+    }
+
+    void refusesALongCommand_data()
+    {
+        addRows<int, QByteArray, int>(
+            {"size", "answer", "commands"},
+            {{"the longest", 4095, "ok\n", 1},
+             {"one byte more", 4096, "error: a command has at most 4096 bytes\n", 0},
+             {"10 MB", 10000000, "error: a command has at most 4096 bytes\n", 0}});
+    }
+
+    void refusesALongCommand()
+    {
+        QFETCH(int, size);
+        const auto control = listening();
+        QLocalSocket client;
+        client.connectToServer(m_path);
+        QCOMPARE(answerTo(client, "one\n"), QByteArray("ok\n"));
+        m_commands.clear();
+        QTEST(answerTo(client, QByteArray(size, 'x') + '\n'), "answer");
+        QTEST(m_commands.size(), "commands");
+        QCOMPARE(answerTo(client, "two\n"), QByteArray("ok\n"));
+        QCOMPARE(m_commands.last(), QString("two"));
+    }
+
     void waitsForTheWholeLine()
     {
         const auto control = listening();
@@ -81,6 +122,7 @@ private slots:
         QVERIFY(QFile::exists(m_path));
 
         const auto control = listening();
+        QVERIFY(control->hasReplacedAnother());
         QLocalSocket client;
         client.connectToServer(m_path);
         QCOMPARE(answerTo(client, "one\n"), QByteArray("ok\n"));
@@ -112,6 +154,41 @@ private slots:
         QString error;
         QVERIFY(!serve()->listen(m_path, &error));
         QVERIFY(QFileInfo(m_path).isSymLink());
+    }
+
+    void takesARelativePath()
+    {
+        const QString here = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_folder->path()));
+        const auto control = serve();
+        QString error;
+        const bool isListening = control->listen("relative", &error);
+        QVERIFY(QDir::setCurrent(here));
+        QVERIFY2(isListening, qPrintable(error));
+        QVERIFY(QFile::exists(m_folder->filePath("relative")));
+    }
+
+    void saysWhyItCannotBeMade_data()
+    {
+        addRows<QString, QString>({"name", "reason"},
+                                  {{"no such folder", "none/control", "No such file or directory"},
+                                   {"in a file", "file/control", "Not a directory"},
+                                   {"a folder", ".", "it exists"},
+                                   {"a long name", QString(200, 'x'), "File name too long"}});
+    }
+
+    void saysWhyItCannotBeMade()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, reason);
+        QFile file(m_folder->filePath("file"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        const auto control = serve();
+        QString error;
+        const QString path = m_folder->filePath(name);
+        QVERIFY(!control->listen(path, &error));
+        QCOMPARE(error, "cannot make the control socket " + path + ": " + reason);
+        QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::System), QStringList("file"));
     }
 
     void leavesAlone_data()
@@ -153,7 +230,23 @@ private slots:
             const auto control = listening();
             QVERIFY(QFile::exists(m_path));
         }
-        QVERIFY(!QFile::exists(m_path));
+        QVERIFY(
+            QDir(m_folder->path()).isEmpty(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot));
+    }
+
+    void leavesASocketAloneThatAnotherHasMadeSince()
+    {
+        const auto later = serve();
+        {
+            const auto control = listening();
+            QVERIFY(!control->hasReplacedAnother());
+            QVERIFY(QFile::remove(m_path));
+            QString error;
+            QVERIFY2(later->listen(m_path, &error), qPrintable(error));
+        }
+        QLocalSocket client;
+        client.connectToServer(m_path);
+        QCOMPARE(answerTo(client, "one\n"), QByteArray("ok\n"));
     }
 
 private:
@@ -162,7 +255,8 @@ private:
     {
         return std::make_unique<ControlSocket>([this](const QString &command) {
             m_commands << command;
-            return command == "bad" ? QString("it is bad") : QString();
+            return ControlAnswer{command.startsWith("bad") ? "it is " + command : QString(),
+                                 command == "help" ? QString("one\ntwo\n") : QString()};
         });
     }
 

@@ -112,8 +112,9 @@ private slots:
     void sayingADefaultChangesNothing()
     {
         QFETCH(QString, option);
-        const auto given = std::get<SimulatorOptions>(parse({option, "--pty"}));
-        const auto expected = std::get<SimulatorOptions>(parse({"--pty"}));
+        const QStringList others{"--faults", "none", "--", "sh"};
+        const auto given = std::get<SimulatorOptions>(parse(QStringList{option} + others));
+        const auto expected = std::get<SimulatorOptions>(parse(others));
         const auto values = [](const SimulatorOptions &options) {
             const CameraSettings &settings = options.camera.settings;
             return std::make_tuple(options.camera.version, options.camera.lensZoom,
@@ -178,7 +179,7 @@ private slots:
             {"arguments", "reason"},
             {{"nothing", "", "either --pty or a program is needed"},
              {"both lines", "--pty sh", "--pty and a program exclude each other"},
-             {"unknown option", "--pty --nope", "Unknown option 'nope'."},
+             {"unknown option", "--pty --nope", "unknown option '--nope'"},
              {"missing value", "--pty --baud", "Missing value after '--baud'."},
              {"no camera", "--pty --cameras 0", "--cameras is a number from 1 to 256, not '0'"},
              {"too many cameras", "--pty --cameras 257",
@@ -234,6 +235,17 @@ private slots:
              {"empty real port", "--through= sh", "--through is a port, not ''"},
              {"a replay on a real port", "--replay x --through y sh",
               "--replay and --through exclude each other"},
+             {"a port for a pseudo-terminal", "--pty --port ttyUSB1",
+              "--pty and --port exclude each other: a pseudo-terminal has its own name"},
+             {"a seed of nothing", "--pty --seed 7", "--seed needs --faults or --control"},
+             {"standard output as the control socket", "--pty --control -",
+              "--control is the path of a file, such as ./-, not '-'"},
+             {"standard output as the firmware", "--pty --save-firmware -",
+              "--save-firmware is the path of a file, such as ./-, not '-'"},
+             {"standard output as the recording", "--pty --record -",
+              "--record is the path of a file, such as ./-, not '-'"},
+             {"standard input as the recording", "--pty --replay -",
+              "--replay is the path of a file, such as ./-, not '-'"},
              {"a port named like the real one", "--through /dev/ttyUSB1 --port ttyUSB1 sh",
               "--port is another name than that of --through, not 'ttyUSB1'"}});
         for (const char *version :
@@ -257,6 +269,12 @@ private slots:
                 << QString("--through and %1 exclude each other: the real camera has its own way")
                        .arg(QString(option).section('=', 0, 0));
         }
+    }
+
+    void refusesAProgramWithoutAName()
+    {
+        QCOMPARE(std::get<UsageError>(parse({"--", ""})).reason,
+                 QString("the name of the program is empty"));
     }
 
     void refusesBadUsage()

@@ -137,7 +137,7 @@ private slots:
             << QByteArray("# Corvane line recording 2\n") << noHeader;
 
         const auto addRow = [](const char *name, const QByteArray &lines, const QString &reason) {
-            QTest::newRow(name) << "# Corvane line recording 1\n" + lines << reason;
+            QTest::newRow(name) << "# Corvane line recording 1\n" + lines + '\n' << reason;
         };
         addRow("no time", "plugged",
                "line 2: a time in seconds, such as 1.203451, expected, not 'plugged'");
@@ -182,6 +182,36 @@ private slots:
         QString error;
         QVERIFY(!Recording::parse(text, &error));
         QTEST(error, "reason");
+    }
+
+    void leavesOutALastLineThatWasCutOff_data()
+    {
+        addRows<QByteArray>({"rest"},
+                            {{"in a byte", "1.5 host FF 0"},
+                             {"before the bytes", "1.5 host"},
+                             {"in the event", "1.5 ca"},
+                             {"in the time", "1."},
+                             {"where a disk has kept only the length", QByteArray(100, '\0')}});
+    }
+
+    void leavesOutALastLineThatWasCutOff()
+    {
+        QFETCH(QByteArray, rest);
+        QString remark;
+        const auto events =
+            Recording::parse("# Corvane line recording 1\n0 plugged\n1 host 01\n" + rest, &remark);
+        QVERIFY2(events, qPrintable(remark));
+        QCOMPARE(events->size(), 2);
+        QCOMPARE(remark, QString("line 4 is cut off and left out"));
+    }
+
+    void skipsAByteOrderMark()
+    {
+        QString error;
+        const auto events =
+            Recording::parse("\xEF\xBB\xBF# Corvane line recording 1\r\n0 plugged\r\n", &error);
+        QVERIFY2(events, qPrintable(error));
+        QCOMPARE(events->size(), 1);
     }
 
     void readsBackExactlyWhatItHasWritten()
