@@ -9,6 +9,7 @@
 #include <QLocalSocket>
 
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -156,6 +157,21 @@ QString uniquePortName()
 bool isRoot()
 {
     return ::geteuid() == 0;
+}
+
+/// Sends a command to the simulator's control socket.
+void sendCommand(const QString &controlPath, const QByteArray &command)
+{
+    QLocalSocket control;
+    control.connectToServer(controlPath);
+    control.write(command);
+    QVERIFY(control.waitForReadyRead(kPatience));
+    QCOMPARE(control.readAll(), QByteArray("ok\n"));
+}
+
+void unplug(const QString &controlPath)
+{
+    sendCommand(controlPath, "unplug\n");
 }
 
 // Runs the rest as a user who is nobody and in no group but one.
@@ -411,13 +427,133 @@ private slots:
         const QStringList adapter{"--quiet", "--port", uniquePortName(), "--", DIAGNOSE_PROGRAM};
         RunningProgram text(SIMULATOR_PROGRAM, adapter + QStringList{"--list"});
         QCOMPARE(text.exitCode(), 0);
-        QCOMPARE(text.line(), uniquePortName() + " (USB Serial)");
+        QCOMPARE(text.line(), uniquePortName() + " (USB Serial): USB 1209:0001, driver generic");
         QCOMPARE(text.output(), QString());
 
         RunningProgram json(SIMULATOR_PROGRAM, adapter + QStringList{"--list", "--json"});
         QCOMPARE(json.exitCode(), 0);
-        QCOMPARE(QJsonDocument::fromJson(json.process.readAllStandardOutput()).object(),
-                 (QJsonObject{{"ports", QJsonArray{uniquePortName() + " (USB Serial)"}}}));
+        const QJsonObject list =
+            QJsonDocument::fromJson(json.process.readAllStandardOutput()).object();
+        QCOMPARE(list["ports"].toArray(), QJsonArray{uniquePortName() + " (USB Serial)"});
+        QCOMPARE(list["identities"].toArray(),
+                 QJsonArray{(QJsonObject{{"port", uniquePortName()},
+                                         {"description", "USB Serial"},
+                                         {"usbNumbers", "1209:0001"},
+                                         {"serialNumber", ""},
+                                         {"manufacturer", ""},
+                                         {"driver", "generic"},
+                                         {"byIdName", ""},
+                                         {"usbPath", "1-1"}})});
+    }
+
+    void judgesEveryPort()
+    {
+        RunningProgram simulator(SIMULATOR_PROGRAM,
+                                 {"--quiet", "--port", uniquePortName(), "--", DIAGNOSE_PROGRAM,
+                                  "--all", "--json", "--wait", "600"});
+        QCOMPARE(simulator.exitCode(), 0);
+        const QJsonObject report =
+            QJsonDocument::fromJson(simulator.process.readAllStandardOutput()).object();
+        QCOMPARE(report["status"].toInt(-1), 0);
+        const QJsonArray diagnoses = report["diagnoses"].toArray();
+        QCOMPARE(diagnoses.size(), 1);
+        QCOMPARE(diagnoses[0]["verdict"].toString(), QString("answer"));
+        QCOMPARE(diagnoses[0]["port"].toString(), uniquePortName());
+    }
+
+    void saysThatThereIsNoPort()
+    {
+        const QTemporaryDir folder;
+        const QString controlPath = folder.filePath("control");
+        Simulator simulator({"--quiet", "--port", uniquePortName(), "--control", controlPath, "--",
+                             "sh", "-c", R"(read line; "$0" --all)", DIAGNOSE_PROGRAM});
+        QTRY_VERIFY(QFile::exists(controlPath));
+        unplug(controlPath);
+        simulator.process.write("\n");
+        QCOMPARE(simulator.exitCode(), 3);
+        QCOMPARE(simulator.output(), QString("This computer has no serial port at all.\n"));
+    }
+
+    void waitsForAnAdapter()
+    {
+        const QTemporaryDir folder;
+        const QString controlPath = folder.filePath("control");
+        Simulator simulator({"--quiet", "--port", uniquePortName(), "--control", controlPath, "--",
+                             "sh", "-c", R"(read line; "$0" --watch --wait 600)",
+                             DIAGNOSE_PROGRAM});
+        QTRY_VERIFY(QFile::exists(controlPath));
+        unplug(controlPath);
+        simulator.process.write("\n");
+        QCOMPARE(simulator.errorLine(), QString("Waiting for an adapter ..."));
+        // It knows by then which ports there are only if it is plugged in later than that.
+        QVERIFY(!simulator.hasEnded(1000));
+        sendCommand(controlPath, "plug\n");
+        QCOMPARE(simulator.exitCode(), 0);
+        QVERIFY(simulator.output().endsWith("\nVerdict on " + uniquePortName() + ": answer\n"));
+    }
+
+    void writesAReportForSupport()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("report");
+        // What the kernel and udev would have made.
+        const QString prepare =
+            QString("mkdir -p $UMOCKDEV_DIR/dev/serial/by-id; "
+                    "ln -s ../../%1 $UMOCKDEV_DIR/dev/serial/by-id/usb-A_camera; "
+                    "printf '6,1,1500000,-;usb 1-1: attached to %1\\n' > $UMOCKDEV_DIR/dev/kmsg; "
+                    "exec \"$0\" --wait 600 --report '%2' %1")
+                .arg(uniquePortName(), path);
+        RunningProgram simulator(
+            SIMULATOR_PROGRAM,
+            {"--quiet", "--port", uniquePortName(), "--", "sh", "-c", prepare, DIAGNOSE_PROGRAM});
+        QCOMPARE(simulator.exitCode(), 0);
+        QVERIFY(simulator.errors().contains(path + " holds the verdict and its evidence; "));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QJsonObject report = QJsonDocument::fromJson(file.readAll()).object();
+        const QJsonValue diagnosis = report["diagnoses"][0];
+        QCOMPARE(diagnosis["verdict"].toString(), QString("answer"));
+        QCOMPARE(diagnosis["received"]["bytes"].toInt(), 26);
+        QCOMPARE(diagnosis["identity"]["usbNumbers"].toString(), QString("1209:0001"));
+        QCOMPARE(diagnosis["identity"]["driver"].toString(), QString("generic"));
+        QCOMPARE(diagnosis["identity"]["byIdName"].toString(), QString("usb-A_camera"));
+        QCOMPARE(
+            diagnosis["kernel"].toObject(),
+            (QJsonObject{
+                {"lines", QJsonArray{"[1.500000] usb 1-1: attached to " + uniquePortName()}}}));
+        QCOMPARE(report["versions"]["corvane"].toString(), QString("1.0.0.5"));
+    }
+
+    void checksAtTheStartWhetherTheReportCanBeWritten()
+    {
+        const QTemporaryDir folder;
+        RunningProgram program(DIAGNOSE_PROGRAM, {"--report", folder.path(), "/dev/null"});
+        QCOMPARE(program.exitCode(), 5);
+        QCOMPARE(program.errors(),
+                 "corvane-diagnose: " + folder.path() + ": is a folder, not a file\n");
+        QCOMPARE(program.output(), QString());
+    }
+
+    void answersABadCommandLineInJson()
+    {
+        RunningProgram program(DIAGNOSE_PROGRAM, {"--json", "--frob"});
+        QCOMPARE(program.exitCode(), 2);
+        QCOMPARE(QJsonDocument::fromJson(program.process.readAllStandardOutput()).object(),
+                 (QJsonObject{{"verdict", "bad-command-line"},
+                              {"sentence", "unknown option '--frob'"},
+                              {"remedy", "See corvane-diagnose --help."},
+                              {"status", 2}}));
+    }
+
+    void asksNoOneWhenThePortCannotBeOpened()
+    {
+        // Under a name of its own, because what can be opened is locked by its name.
+        const QTemporaryDir folder;
+        const QString port = folder.filePath("port");
+        QVERIFY(QFile::link("/dev/null", port));
+        RunningProgram program(DIAGNOSE_PROGRAM, {port});
+        QCOMPARE(program.exitCode(), 3);
+        QCOMPARE(program.errors(), QString());
     }
 
     void tellsThatThereIsNoPort()
@@ -437,7 +573,7 @@ private slots:
         QCOMPARE(program.line(), QString("This computer has no serial port at all."));
         QCOMPARE(program.exitCode(), 0);
         QCOMPARE(QJsonDocument::fromJson(program.process.readAllStandardOutput()).object(),
-                 (QJsonObject{{"ports", QJsonArray{}}}));
+                 (QJsonObject{{"ports", QJsonArray{}}, {"identities", QJsonArray{}}}));
     }
 
     void noticesThatTheAdapterIsPulledOut()
@@ -456,6 +592,28 @@ private slots:
         QCOMPARE(diagnosis.verdicts(), QString("hung-up"));
         QCOMPARE(diagnosis.report()["systemError"].toString(), QString("Input/output error"));
         QCOMPARE(diagnosis.received("bytes"), 0);
+    }
+
+    void givesThePortBackWhenEndedByASignal_data()
+    {
+        addRows<int>({"number"}, {{"SIGINT", SIGINT}, {"SIGTERM", SIGTERM}, {"SIGHUP", SIGHUP}});
+    }
+
+    void givesThePortBackWhenEndedByASignal()
+    {
+        QFETCH(int, number);
+        // As the program finds it, also in a shell's background or under nohup.
+        ::signal(number, SIG_DFL);
+        FarEnd farEnd;
+        Diagnosis diagnosis({"--wait", "600", farEnd.portName()});
+        QTRY_COMPARE(farEnd.received(), Hex::hello());
+        QVERIFY(QFile::exists(farEnd.lockPath()));
+        diagnosis.sendSignal(number);
+        QVERIFY(diagnosis.hasEnded());
+        QCOMPARE(diagnosis.process.exitStatus(), QProcess::CrashExit);
+        QCOMPARE(diagnosis.process.exitCode(), number);
+        QVERIFY(!QFile::exists(farEnd.lockPath()));
+        QCOMPARE(diagnosis.output(), QString());
     }
 
     void judgesWhatAFarEndSends_data()

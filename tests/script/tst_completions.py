@@ -68,9 +68,20 @@ class Completing(unittest.TestCase):
 
     def test_what_can_stand_there_is_offered(self) -> None:
         for line, expected in {
-            "corvane-diagnose --": {"--help", "--json", "--list", "--version", "--wait"},
+            "corvane-diagnose --": {
+                "--all",
+                "--help",
+                "--json",
+                "--list",
+                "--report",
+                "--version",
+                "--wait",
+                "--watch",
+            },
             "corvane-diagnose --wait ": set(),
             "corvane-diagnose --list ": set(),
+            "corvane-diagnose --all ": set(),
+            "corvane-diagnose --report camera.b": {"camera.bin"},
             "corvane-diagnose ttyUSB0 ": set(),
             "corvane-diagnose ./camera.b": {"./camera.bin"},
             "corvane-image ": {"pack", "info", "unpack", "verify"},
@@ -151,6 +162,7 @@ class Completing(unittest.TestCase):
         for line, expected in {
             "corvane-diagnose ": {port},
             "corvane-diagnose --json --wait 3 tty": {port},
+            "corvane-diagnose --report a.json tty": {port},
             "corvane-diagnose ttyS": set(),
             "corvanectl info tty": {port},
             "corvanectl --json zoom 1 tty": {port},

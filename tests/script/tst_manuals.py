@@ -137,6 +137,8 @@ class Manuals(unittest.TestCase):
             [*camera, "--camera-version", "1.0.0.105", "--faults", "noise@reply:1"]
             + ["--", *diagnosis, "--wait", "60", port],
             [*camera, "--faults", "hang-up@reply:1.5", "--", *diagnosis, "--wait", "60", port],
+            [*camera, "--", *diagnosis, "--list"],
+            [*camera, "--", *diagnosis, "--wait", "60", "--all"],
         ):
             call = [PROGRAMS / command[0], *command[1:]]
             path = f"{PROGRAMS}:{os.environ['PATH']}"
@@ -145,8 +147,9 @@ class Manuals(unittest.TestCase):
             )
             report = json.loads(result.stdout)
             members |= report.keys()
-            for nested in report.get("holders", []) + report.get("furtherWarnings", []):
-                members |= nested.keys()
+            for name in ("holders", "furtherWarnings", "identities"):
+                for nested in report.get(name, []):
+                    members |= nested.keys()
         self.assertEqual(described, members)
 
     def test_the_simulators_manual_has_the_commands_of_its_help(self) -> None:

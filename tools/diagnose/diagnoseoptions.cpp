@@ -4,11 +4,13 @@
 #include "diagnoseoptions.h"
 
 #include "diagnosis.h"
+#include "fileio.h"
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 
 #include <cmath>
+#include <initializer_list>
 #include <optional>
 
 namespace {
@@ -24,11 +26,16 @@ void describe(QCommandLineParser &parser)
     addCommonOptions(parser);
     parser.addOptions({
         {QStringLiteral("list"), QStringLiteral("List the ports that there are.")},
+        {QStringLiteral("all"), QStringLiteral("Judge every port, one after the other.")},
+        {QStringLiteral("watch"), QStringLiteral("Wait for an adapter, and judge its port.")},
         {QStringLiteral("json"), QStringLiteral("Print the result as one JSON object.")},
         {QStringLiteral("wait"),
          QStringLiteral("How long to wait for the answer, 0.1 to 3600 seconds (default: 6). "
                         "Corvane waits for 5."),
          QStringLiteral("SECONDS")},
+        {QStringLiteral("report"),
+         QStringLiteral("Also write a file for support, which says what is in it."),
+         QStringLiteral("FILE")},
     });
     parser.addPositionalArgument(QStringLiteral("PORT"),
                                  QStringLiteral("The port, such as ttyUSB0 or /dev/ttyUSB0."),
@@ -65,7 +72,8 @@ QString exitCodes()
         + verdictLines(DiagnosisStatus::BadPort)
         + QStringLiteral("  4  nothing came back that Corvane could use\n")
         + verdictLines(DiagnosisStatus::NoAnswer)
-        + QStringLiteral("  5  the result could not be written\n");
+        + QStringLiteral("  5  the result or the report could not be written\n"
+                         "With --all, it is the lowest of all ports'.\n");
 }
 
 /// Nothing when the text is no such time.
@@ -82,6 +90,27 @@ std::optional<std::chrono::milliseconds> waitFrom(const QString &text)
     return std::chrono::milliseconds(std::lround(seconds * 1000.0));
 }
 
+/// Those of the options that are set.
+QStringList setOptions(const QCommandLineParser &parser, std::initializer_list<const char *> names)
+{
+    QStringList found;
+    for (const char *const name : names) {
+        if (parser.isSet(QString::fromLatin1(name))) {
+            found += QString::fromLatin1(name);
+        }
+    }
+    return found;
+}
+
+DiagnoseOptions::Task taskOf(const QString &option)
+{
+    if (option == QLatin1String("list")) {
+        return DiagnoseOptions::Task::List;
+    }
+    return option == QLatin1String("all") ? DiagnoseOptions::Task::AllPorts
+                                          : DiagnoseOptions::Task::NextPort;
+}
+
 } // namespace
 
 std::variant<DiagnoseOptions, Information, UsageError>
@@ -89,8 +118,8 @@ parseDiagnoseCommandLine(const QStringList &arguments)
 {
     QCommandLineParser parser;
     describe(parser);
-    if (!parser.parse(arguments)) {
-        return UsageError{parser.errorText()};
+    if (const auto error = parseArguments(parser, arguments)) {
+        return *error;
     }
     if (parser.isSet(QStringLiteral("help"))) {
         return Information{parser.helpText() + exitCodes()};
@@ -110,10 +139,31 @@ parseDiagnoseCommandLine(const QStringList &arguments)
         }
         options.wait = *wait;
     }
+    if (parser.isSet(QStringLiteral("report"))) {
+        options.reportPath = parser.value(QStringLiteral("report"));
+        if (options.reportPath.isEmpty() || options.reportPath == kStandardStreamName) {
+            return UsageError{
+                QStringLiteral("--report is the path of a file, such as ./-, not '%1'")
+                    .arg(options.reportPath)};
+        }
+    }
     const QStringList ports = parser.positionalArguments();
-    if (parser.isSet(QStringLiteral("list"))) {
-        return ports.isEmpty() ? std::variant<DiagnoseOptions, Information, UsageError>(options)
-                               : UsageError{QStringLiteral("--list takes no port")};
+    const QStringList tasks = setOptions(parser, {"list", "all", "watch"});
+    if (tasks.size() > 1) {
+        return UsageError{
+            QStringLiteral("--%1 and --%2 exclude each other").arg(tasks.first(), tasks.at(1))};
+    }
+    if (!tasks.isEmpty()) {
+        if (!ports.isEmpty()) {
+            return UsageError{QStringLiteral("--%1 takes no port").arg(tasks.first())};
+        }
+        options.task = taskOf(tasks.first());
+        const QStringList ignored = setOptions(parser, {"wait", "report"});
+        if (options.task == DiagnoseOptions::Task::List && !ignored.isEmpty()) {
+            return UsageError{
+                QStringLiteral("--list and --%1 exclude each other").arg(ignored.first())};
+        }
+        return options;
     }
     if (ports.isEmpty() || ports.first().isEmpty()) {
         return UsageError{QStringLiteral("the name of a port is needed; --list shows them")};

@@ -13,9 +13,13 @@
 
 /// What the command line asks for.
 struct DiagnoseOptions {
-    QString port; ///< a name such as ttyUSB0, or a path; empty when the ports are to be listed
+    enum class Task { OnePort, AllPorts, NextPort, List };
+
+    Task task = Task::OnePort;
+    QString port;                         ///< of OnePort: a name such as ttyUSB0, or a path
     std::chrono::milliseconds wait{6000}; ///< for the camera's answer
     bool asJson = false;
+    QString reportPath; ///< of the file for support; empty: none
 };
 
 /// Reads the command line.

@@ -9,7 +9,6 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QStringList>
 
 #include <algorithm>
@@ -134,8 +133,8 @@ QString textReport(const Diagnosis &diagnosis, const PortFinding &finding, const
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
-QByteArray jsonReport(const Diagnosis &diagnosis, const PortFinding &finding,
-                      const LineRecord &line)
+QJsonObject jsonReport(const Diagnosis &diagnosis, const PortFinding &finding,
+                       const LineRecord &line)
 {
     QJsonObject report = object(diagnosis.verdict);
     report[QStringLiteral("status")] = static_cast<int>(diagnosis.status);
@@ -162,5 +161,18 @@ QByteArray jsonReport(const Diagnosis &diagnosis, const PortFinding &finding,
             addCamera(report, *line.answer);
         }
     }
-    return QJsonDocument(report).toJson(QJsonDocument::Indented);
+    return report;
+}
+
+QJsonObject jsonReport(const UsageError &error)
+{
+    QJsonObject report = object(Verdict{QStringLiteral("bad-command-line"), error.reason,
+                                        QStringLiteral("See corvane-diagnose --help.")});
+    report[QStringLiteral("status")] = kUsageErrorStatus;
+    return report;
+}
+
+QByteArray jsonText(const QJsonObject &object)
+{
+    return QJsonDocument(object).toJson();
 }

@@ -38,6 +38,11 @@ void LineListener::askAndListen(milliseconds wait)
     }
 }
 
+void LineListener::stop()
+{
+    m_loop.quit();
+}
+
 LineRecord LineListener::record() const
 {
     return m_observation.record();

@@ -25,6 +25,9 @@ public:
     /// line has had a moment more, or @p wait is over, or the line has failed.
     void askAndListen(std::chrono::milliseconds wait);
 
+    /// Ends the wait.
+    void stop();
+
     LineRecord record() const;
     /// Why the line has failed; empty when it has not.
     const QString &failure() const;

@@ -2,19 +2,18 @@
 // SPDX-License-Identifier: MIT
 
 #include "diagnoseoptions.h"
-#include "diagnosis.h"
 #include "diagnosisreport.h"
-#include "linelistener.h"
-#include "portholders.h"
+#include "fileio.h"
+#include "portidentity.h"
 #include "portinspection.h"
+#include "portjudgement.h"
+#include "portwatch.h"
 #include "printabletext.h"
 #include "standardstreams.h"
+#include "supportreport.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QSerialPort>
 
 #include <algorithm>
 #include <cstdio>
@@ -25,64 +24,120 @@ namespace {
 
 constexpr int kOutputErrorStatus = 5;
 
+using Task = DiagnoseOptions::Task;
+
+QString noPorts()
+{
+    return QStringLiteral("This computer has no serial port at all.\n");
+}
+
+/// Says what goes on, which is not a result.
+void mention(const QString &text)
+{
+    std::fputs(text.toLocal8Bit().constData(), stderr);
+}
+
 bool printPorts(bool asJson)
 {
-    QStringList ports = listedPorts();
+    const QVector<PortIdentity> identities = portIdentities();
     if (asJson) {
-        const QJsonObject object{{QStringLiteral("ports"), QJsonArray::fromStringList(ports)}};
-        return print(QJsonDocument(object).toJson());
-    }
-    std::transform(ports.begin(), ports.end(), ports.begin(), printableText);
-    return print((ports.isEmpty() ? QStringLiteral("This computer has no serial port at all.")
-                                  : ports.join(QLatin1Char('\n')))
-                 + QLatin1Char('\n'));
-}
-
-/// Opens the port as Corvane does, and listens on it.
-/// @param[in,out] finding  what is known about the port
-LineRecord talk(PortFinding *finding, const DiagnoseOptions &options)
-{
-    QSerialPort serial;
-    serial.setPortName(options.port);
-    serial.setBaudRate(QSerialPort::Baud115200, QSerialPort::AllDirections);
-    serial.setDataBits(QSerialPort::Data8);
-    serial.setParity(QSerialPort::NoParity);
-    serial.setStopBits(QSerialPort::OneStop);
-    serial.setFlowControl(QSerialPort::NoFlowControl);
-    if (!serial.open(QIODevice::ReadWrite)) {
-        explainFailure(finding, serial);
-        return {};
-    }
-    finding->holders = holdersOfDevice(finding->devicePath);
-    LineListener listener(serial);
-    listener.askAndListen(options.wait);
-    finding->isReadByOthers = listener.isReadByOthers();
-    if (!listener.failure().isEmpty()) {
-        finding->systemText = listener.failure();
-        explainHangUp(finding);
-    }
-    return listener.record();
-}
-
-int diagnosePort(const DiagnoseOptions &options)
-{
-    PortFinding finding = inspectPort(options.port);
-    LineRecord line;
-    if (finding.kind == PortFinding::Kind::Open) {
-        if (!options.asJson) {
-            const QString text =
-                QStringLiteral("Asking the camera at %1, for up to %2 seconds ...\n")
-                    .arg(printableText(options.port),
-                         QString::number(static_cast<double>(options.wait.count()) / 1000.0));
-            std::fputs(text.toLocal8Bit().constData(), stderr);
+        QJsonArray objects;
+        for (const PortIdentity &identity : identities) {
+            objects += jsonObject(identity);
         }
-        line = talk(&finding, options);
+        return print(jsonText({{QStringLiteral("ports"), QJsonArray::fromStringList(listedPorts())},
+                               {QStringLiteral("identities"), objects}}));
     }
-    const Diagnosis diagnosis = diagnose(finding, line, options.wait);
-    const bool isPrinted =
-        print(options.asJson ? jsonReport(diagnosis, finding, line)
-                             : textReport(diagnosis, finding, line).toLocal8Bit());
-    return isPrinted ? static_cast<int>(diagnosis.status) : kOutputErrorStatus;
+    QString lines;
+    for (const PortIdentity &identity : identities) {
+        lines += printableText(identityText(identity)) + QLatin1Char('\n');
+    }
+    return print(lines.isEmpty() ? noPorts() : lines);
+}
+
+QStringList portsToJudge(const DiagnoseOptions &options)
+{
+    if (options.task == Task::OnePort) {
+        return {options.port};
+    }
+    if (options.task == Task::NextPort) {
+        mention(QStringLiteral("Waiting for an adapter ...\n"));
+        return {portThatAppears()};
+    }
+    QStringList ports;
+    const QVector<PortIdentity> identities = portIdentities();
+    for (const PortIdentity &identity : identities) {
+        ports += identity.port;
+    }
+    return ports;
+}
+
+PortJudgement judge(const QString &port, const DiagnoseOptions &options)
+{
+    return judgePort(port, options.wait, [&] {
+        if (!options.asJson) {
+            mention(QStringLiteral("Asking the camera at %1, for up to %2 seconds ...\n")
+                        .arg(printableText(port),
+                             QString::number(static_cast<double>(options.wait.count()) / 1000.0)));
+        }
+    });
+}
+
+ReportedPort reported(const PortJudgement &judgement, const DiagnoseOptions &options)
+{
+    const PortIdentity identity = identityOf(judgement.finding.port);
+    const PortFinding finding = withoutNames(judgement.finding);
+    return {jsonReport(diagnose(finding, judgement.line, options.wait), finding, judgement.line),
+            identity, kernelLinesAbout({identity.port, identity.usbPath})};
+}
+
+bool writeReport(const QVector<ReportedPort> &ports, const QString &path)
+{
+    QString error;
+    if (!writeFile(path, supportReport(ports), &error)) {
+        complain(QStringLiteral("%1: %2").arg(path, error));
+        return false;
+    }
+    mention(QStringLiteral("%1 holds %2\n").arg(printableText(path), reportContents()));
+    return true;
+}
+
+/// @return the exit code
+int judgePorts(const DiagnoseOptions &options)
+{
+    QString error;
+    if (!options.reportPath.isEmpty() && !canWriteFile(options.reportPath, &error)) {
+        complain(QStringLiteral("%1: %2").arg(options.reportPath, error));
+        return kOutputErrorStatus;
+    }
+    const QStringList ports = portsToJudge(options);
+    int status =
+        static_cast<int>(ports.isEmpty() ? DiagnosisStatus::BadPort : DiagnosisStatus::NoAnswer);
+    bool isPrinted = !ports.isEmpty() || options.asJson || print(noPorts());
+    QJsonArray objects;
+    QVector<ReportedPort> reports;
+    for (const QString &port : ports) {
+        const PortJudgement judgement = judge(port, options);
+        status = std::min(status, static_cast<int>(judgement.diagnosis.status));
+        if (options.asJson) {
+            objects += jsonReport(judgement.diagnosis, judgement.finding, judgement.line);
+        } else {
+            const QString text = textReport(judgement.diagnosis, judgement.finding, judgement.line);
+            isPrinted = isPrinted && print(port == ports.first() ? text : QLatin1Char('\n') + text);
+        }
+        if (!options.reportPath.isEmpty()) {
+            reports += reported(judgement, options);
+        }
+    }
+    if (options.asJson) {
+        isPrinted = print(jsonText(options.task == Task::AllPorts
+                                       ? QJsonObject{{QStringLiteral("diagnoses"), objects},
+                                                     {QStringLiteral("status"), status}}
+                                       : objects.first().toObject()));
+    }
+    const bool isReported =
+        options.reportPath.isEmpty() || writeReport(reports, options.reportPath);
+    return isPrinted && isReported ? status : kOutputErrorStatus;
 }
 
 } // namespace
@@ -92,16 +147,21 @@ int main(int argc, char *argv[])
     setUpProgram(QStringLiteral("corvane-diagnose"));
     const QCoreApplication application(argc, argv);
 
-    const auto commandLine = parseDiagnoseCommandLine(QCoreApplication::arguments());
+    const QStringList arguments = QCoreApplication::arguments();
+    const auto commandLine = parseDiagnoseCommandLine(arguments);
     if (const auto *information = std::get_if<Information>(&commandLine)) {
         return report(*information, kOutputErrorStatus);
     }
     if (const auto *error = std::get_if<UsageError>(&commandLine)) {
+        // A program that reads the result finds one on the standard output.
+        if (arguments.contains(QStringLiteral("--json"))) {
+            print(jsonText(jsonReport(*error)));
+        }
         return report(*error);
     }
     const auto &options = *std::get_if<DiagnoseOptions>(&commandLine);
-    if (options.port.isEmpty()) {
+    if (options.task == Task::List) {
         return printPorts(options.asJson) ? EXIT_SUCCESS : kOutputErrorStatus;
     }
-    return diagnosePort(options);
+    return judgePorts(options);
 }

@@ -56,6 +56,25 @@ private slots:
                 == std::get<DiagnoseOptions>(parse({"ttyUSB0"})).wait);
     }
 
+    void readsWhichPorts_data()
+    {
+        using Task = DiagnoseOptions::Task;
+        addRows<QStringList, int, QString>(
+            {"arguments", "task", "report"},
+            {{"one", {"ttyUSB0"}, int(Task::OnePort), {}},
+             {"all", {"--all", "--report", "a.json"}, int(Task::AllPorts), "a.json"},
+             {"the next", {"--watch", "--wait", "3"}, int(Task::NextPort), {}},
+             {"the list", {"--list"}, int(Task::List), {}}});
+    }
+
+    void readsWhichPorts()
+    {
+        QFETCH(QStringList, arguments);
+        const auto options = std::get<DiagnoseOptions>(parse(arguments));
+        QTEST(int(options.task), "task");
+        QTEST(options.reportPath, "report");
+    }
+
     void refusesWhatMakesNoSense_data()
     {
         const QString noPort = "the name of a port is needed; --list shows them";
@@ -65,7 +84,22 @@ private slots:
              {"an empty port", {""}, noPort},
              {"two ports", {"ttyUSB0", "ttyUSB1"}, "one port at a time"},
              {"a port to list", {"--list", "ttyUSB0"}, "--list takes no port"},
-             {"an unknown option", {"--lists"}, "Unknown option 'lists'."}});
+             {"a port among all", {"--all", "ttyUSB0"}, "--all takes no port"},
+             {"a port to watch for", {"--watch", "ttyUSB0"}, "--watch takes no port"},
+             {"two tasks", {"--watch", "--all"}, "--all and --watch exclude each other"},
+             {"a wait for the list",
+              {"--list", "--wait", "1"},
+              "--list and --wait exclude each other"},
+             {"a report of the list",
+              {"--list", "--report", "x"},
+              "--list and --report exclude each other"},
+             {"an empty report path",
+              {"--report=", "ttyUSB0"},
+              "--report is the path of a file, such as ./-, not ''"},
+             {"standard output as the report",
+              {"--report", "-", "ttyUSB0"},
+              "--report is the path of a file, such as ./-, not '-'"},
+             {"an unknown option", {"--lists"}, "unknown option '--lists'"}});
         for (const char *wait : {"0.09", "3601", "-1", "nan", "inf", "soon", ""}) {
             QTest::addRow("a wait of '%s'", wait)
                 << QStringList{"ttyUSB0", QString("--wait=%1").arg(wait)}
@@ -104,7 +138,8 @@ private slots:
                 "  4  nothing came back that Corvane could use\n"
                 "       answer-too-late, shared, shared-unseen, silent, other-acknowledgements,\n"
                 "       foreign-frames, echo, wrong-sums, broken-off, no-frame\n"
-                "  5  the result could not be written\n"),
+                "  5  the result or the report could not be written\n"
+                "With --all, it is the lowest of all ports'.\n"),
             qPrintable(information->text));
     }
 };

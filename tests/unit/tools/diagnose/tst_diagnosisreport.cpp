@@ -38,7 +38,7 @@ static Diagnosis diagnosis()
 static QJsonObject json(const Diagnosis &diagnosis, const PortFinding &finding,
                         const LineRecord &line)
 {
-    const QByteArray report = jsonReport(diagnosis, finding, line);
+    const QByteArray report = jsonText(jsonReport(diagnosis, finding, line));
     return report.endsWith("}\n") ? QJsonDocument::fromJson(report).object() : QJsonObject();
 }
 
