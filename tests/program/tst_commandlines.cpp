@@ -9,6 +9,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <csignal>
 #include <memory>
 
 /// What all programs beside the window promise.
@@ -160,6 +161,56 @@ private slots:
         QVERIFY2(text.contains("Grüße ☂"), text.constData());
     }
 
+    void namesAnUnknownOptionWithItsDashes_data()
+    {
+        addRows<QString>({"program"},
+                         {{"image", "corvane-image info"},
+                          {"diagnose", "corvane-diagnose"},
+                          {"simulator", "corvane-simulator"}});
+    }
+
+    void namesAnUnknownOptionWithItsDashes()
+    {
+        QFETCH(QString, program);
+        const QByteArray reason =
+            program.section(' ', 0, 0).toUtf8() + ": unknown option '%1'\nTry --help.\n";
+        for (const char *const option : {"--frob", "-x"}) {
+            const Outcome outcome = run(program + ' ' + option + " none");
+            QCOMPARE(outcome.errors, QByteArray(reason).replace("%1", option));
+            QCOMPARE(outcome.output, QByteArray());
+            QCOMPARE(outcome.exitCode, 2);
+        }
+    }
+
+    void refusesNamesInAnotherEncoding_data()
+    {
+        addRows<QString>({"arguments"},
+                         {{"image to read", "corvane-image verify"},
+                          {"image to write", "corvane-image unpack good.img"},
+                          {"port", "corvane-diagnose"},
+                          {"recording to write", "corvane-simulator --pty --record"},
+                          {"recording to replay", "corvane-simulator --pty --replay"},
+                          {"firmware to write", "corvane-simulator --pty --save-firmware"},
+                          {"control socket", "corvane-simulator --pty --control"},
+                          {"program", "corvane-simulator --"},
+                          {"argument of the program", "corvane-simulator -- touch"}});
+    }
+
+    // Written as another name, the file would not be where it was asked for.
+    void refusesNamesInAnotherEncoding()
+    {
+        QFETCH(QString, arguments);
+        const QStringList before = QDir(m_folder->path()).entryList(QDir::Files | QDir::System);
+        const Outcome outcome = run(arguments + " \"$(printf '\\303\\050')\"");
+        QCOMPARE(outcome.errors,
+                 arguments.section(' ', 0, 0).toUtf8()
+                     + ": '\xEF\xBF\xBD(' is not in the character encoding of this locale\n"
+                       "Try --help.\n");
+        QCOMPARE(outcome.output, QByteArray());
+        QCOMPARE(outcome.exitCode, 2);
+        QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::System), before);
+    }
+
     void printsHelpWithinEightyColumns_data()
     {
         addRows<QString>({"command"},
@@ -186,6 +237,22 @@ private slots:
         for (const QByteArray &line : lines) {
             QVERIFY2(line.size() <= 80, line.constData());
         }
+    }
+
+    // As its manual page says.
+    void abortsTheWindowWithoutADisplay_data()
+    {
+        addRows<QString>({"argument"}, {{"none", ""}, {"one that is not read", " --help"}});
+    }
+
+    void abortsTheWindowWithoutADisplay()
+    {
+        QFETCH(QString, argument);
+        const Outcome outcome =
+            run("ulimit -c 0; unset DISPLAY WAYLAND_DISPLAY QT_QPA_PLATFORM; corvane" + argument);
+        QVERIFY2(outcome.errors.contains("could not connect to display"),
+                 outcome.errors.constData());
+        QCOMPARE(outcome.exitCode, 128 + SIGABRT);
     }
 
 private:
