@@ -28,15 +28,16 @@ public:
     QList<unsigned long> ownPauses() const;
     void clear();
 
-    /// From now on, a pause of another thread lasts until the end of a thread is waited for.
+    /// From now on, a pause of another thread lasts until release(), or until the end of a thread
+    /// is waited for.
     void holdOthers();
+    static void release();
     bool isHolding() const;
 
     std::function<void()> atOwnPause;
 
-    /// For the functions that are replaced.
+    /// For the function that is replaced.
     static void pause(unsigned long milliseconds);
-    static void release();
 
 private:
     struct Pause {

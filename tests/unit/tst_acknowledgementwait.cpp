@@ -111,13 +111,15 @@ private slots:
     }
 
     // As when a message box that an inner wait showed keeps the outer one from returning.
-    void aTimerThatRunsOutBehindAnAcknowledgementCountsAsTimedOut()
+    void aTimerThatRunsOutAfterAnAcknowledgementCountsAsTimedOut()
     {
         Sender sender;
-        QTimer::singleShot(1ms, this, [&sender] {
-            emit sender.acknowledged();
+        QTimer::singleShot(0, this, [&sender] {
             QEventLoop box;
-            QTimer::singleShot(200ms, &box, &QEventLoop::quit);
+            QTimer::singleShot(20ms, Qt::PreciseTimer, &sender, &Sender::acknowledged);
+            // Due after the wait's own, which runs already; an acknowledgement does not restart
+            // that.
+            QTimer::singleShot(50ms, Qt::PreciseTimer, &box, &QEventLoop::quit);
             box.exec();
         });
         QCOMPARE(sender.wait.waitFor(50ms), AcknowledgementWait::TimedOut);

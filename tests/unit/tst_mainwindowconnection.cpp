@@ -182,20 +182,6 @@ private slots:
                  QStringList({"UART_CTRL_CMD_REBOOT Received", "UART_CTRL_CMD_HELLO Received"}));
     }
 
-    void bytesThatWaitForTheParserOutliveADisconnect()
-    {
-        WindowFixture fixture;
-        QVERIFY(fixture.connectCamera());
-        {
-            const QSignalBlocker blocker(fixture.port());
-            fixture.line.send(Frames::rebootAcknowledgement());
-            QTRY_COMPARE(fixture.port()->bytesAvailable(), 13);
-        }
-        fixture.call("readData");
-        fixture.click("pushButton_disconnect");
-        QTRY_VERIFY(fixture.log.texts().contains("UART_CTRL_CMD_REBOOT Received"));
-    }
-
     void setsTheLineParametersInOrderBeforeItOpens()
     {
         WindowFixture fixture;
