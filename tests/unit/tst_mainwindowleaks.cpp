@@ -41,6 +41,34 @@ QStringList census(const WindowFixture &fixture)
     return counts;
 }
 
+/// All that can be set on the window and its controls, but for what enables these.
+QMap<QString, QVariant> properties(const WindowFixture &fixture)
+{
+    // The last three say the same as currentIndex and html.
+    const QByteArrayList ignored{"enabled", "currentText", "markdown", "plainText"};
+    QMap<QString, QVariant> values;
+    const auto add = [&values](const QObject &object) {
+        const QMetaObject &meta = *object.metaObject();
+        for (int i = 0; i < meta.propertyCount(); ++i) {
+            const QMetaProperty property = meta.property(i);
+            if (property.isWritable() && property.isStored()
+                && !ignored.contains(property.name())) {
+                values[object.objectName() + '.' + property.name()] = property.read(&object);
+            }
+        }
+    };
+    add(fixture.window);
+    const auto widgets = fixture.window.findChildren<QWidget *>();
+    for (const QWidget *const widget : widgets) {
+        const QString name = widget->objectName();
+        const bool isQtsOwn = name.startsWith("qt_") || !name.contains('_');
+        if (!isQtsOwn) {
+            add(*widget);
+        }
+    }
+    return values;
+}
+
 /// Deletes the status label, which has no owner, once the window is gone.
 struct StatusLabelOwner {
     StatusLabelOwner() = default;
@@ -159,47 +187,13 @@ private slots:
         QVERIFY(
             counts.contains(QStringLiteral("2 ") + SIGNAL(error(QSerialPort::SerialPortError))));
         QCOMPARE(counts.filter("0 2receive_").size(), 5);
+        // The detector goes with the port.
+        const QObjectList ofPort = fixture.port()->children();
+        QCOMPARE(ofPort.size(), 1);
+        QVERIFY(ofPort.constFirst()->inherits("HangUpDetector"));
     }
 
-    void noRequestLeavesAnythingBehind_data()
-    {
-        QTest::addColumn<std::function<void(Requests &)>>("request");
-        const auto addRow = [](const char *name, const std::function<void(Requests &)> &request) {
-            QTest::newRow(name) << request;
-        };
-        addRow("a connection", [](Requests &requests) { requests.connectAndDisconnect(); });
-        addRow("a connection that fails", [](Requests &requests) {
-            requests.answers = false;
-            requests.letLimitPass();
-            requests.connectAndDisconnect();
-        });
-        addRow("a port that does not open", [](Requests &requests) {
-            requests.choosePort("/dev/null (test)");
-            requests.connectAndDisconnect();
-            requests.combo("comboBox_portlist")
-                ->removeItem(requests.combo("comboBox_portlist")->count() - 1);
-        });
-        for (const bool isAnswered : {true, false}) {
-            for (const char *const slot :
-                 {"on_pushButton_apply_clicked", "on_pushButton_custom_zoom_1_clicked",
-                  "on_pushButton_custom_zoom_2_clicked", "on_pushButton_start_upgrade_clicked"}) {
-                QTest::addRow("%s, %s", slot, isAnswered ? "answered" : "not answered")
-                    << std::function<void(Requests &)>([slot, isAnswered](Requests &requests) {
-                           requests.request(slot, isAnswered);
-                       });
-            }
-        }
-        addRow("about", [](Requests &requests) { requests.click("toolButton_about"); });
-        addRow("a cancelled choice", [](Requests &requests) { requests.chooseFile({}); });
-        addRow("a choice", [](Requests &requests) {
-            requests.chooseFile(requests.child<QLineEdit>("lineEdit_firmware")->text());
-        });
-        addRow("the list of ports", [](Requests &requests) {
-            requests.combo("comboBox_portlist")->showPopup();
-            requests.combo("comboBox_portlist")->hidePopup();
-            requests.choosePort(requests.line.portName() + " (test line)");
-        });
-    }
+    void noRequestLeavesAnythingBehind_data() { addRequests(); }
 
     void noRequestLeavesAnythingBehind()
     {
@@ -214,6 +208,87 @@ private slots:
             request(requests);
         }
         QCOMPARE(census(requests), before);
+    }
+
+    void aRequestChangesNothingElse_data() { addRequests(); }
+
+    void aRequestChangesNothingElse()
+    {
+        QFETCH(std::function<void(Requests &)>, request);
+        const ImageFile image(QByteArray("KVEL").leftJustified(160, '\0'));
+        Requests requests;
+        requests.enterFirmwarePath(image.fileName());
+        requests.window.grab(); // which has the style sheets applied
+        const auto before = properties(requests);
+        request(requests);
+        const auto after = properties(requests);
+        QStringList changed;
+        for (auto each = before.begin(); each != before.end(); ++each) {
+            if (after.value(each.key()) != each.value()) {
+                changed << each.key();
+            }
+        }
+        QFETCH(QStringList, changes);
+        QCOMPARE(changed.join('\n'), changes.join('\n'));
+    }
+
+private:
+    /// Each with what it changes on a new window, for which a page has to connect first.
+    static void addRequests()
+    {
+        const QStringList none;
+        const QStringList connected{
+            "comboBox_autotracking.currentIndex", "comboBox_targetmissing.currentIndex",
+            "comboBox_zoomoffset.currentIndex",   "radioButton_upright.checked",
+            "radioButton_upside_down.checked",    "textEdit_firmware_info.html"};
+        const QStringList reported = connected + QStringList{"textEdit_device_info.html"};
+        const QStringList upgraded =
+            connected + QStringList{"progressBar_updating.maximum", "progressBar_updating.value"};
+
+        QTest::addColumn<QStringList>("changes");
+        QTest::addColumn<std::function<void(Requests &)>>("request");
+        const auto addRow = [](const char *name, QStringList changes,
+                               const std::function<void(Requests &)> &request) {
+            changes.sort();
+            QTest::newRow(name) << changes << request;
+        };
+        addRow("a connection", connected,
+               [](Requests &requests) { requests.connectAndDisconnect(); });
+        addRow("a connection that fails", none, [](Requests &requests) {
+            requests.answers = false;
+            requests.letLimitPass();
+            requests.connectAndDisconnect();
+        });
+        addRow("a port that does not open", none, [](Requests &requests) {
+            requests.choosePort("/dev/null (test)");
+            requests.connectAndDisconnect();
+            requests.combo("comboBox_portlist")
+                ->removeItem(requests.combo("comboBox_portlist")->count() - 1);
+        });
+        const auto addButton = [&addRow](const char *name, const QStringList &changes,
+                                         const char *slot, bool isAnswered) {
+            addRow(name, changes,
+                   [slot, isAnswered](Requests &requests) { requests.request(slot, isAnswered); });
+        };
+        addButton("settings", reported, "on_pushButton_apply_clicked", true);
+        addButton("settings, not answered", reported, "on_pushButton_apply_clicked", false);
+        addButton("zoom 1", reported, "on_pushButton_custom_zoom_1_clicked", true);
+        addButton("zoom 1, not answered", reported, "on_pushButton_custom_zoom_1_clicked", false);
+        addButton("zoom 2", reported, "on_pushButton_custom_zoom_2_clicked", true);
+        addButton("zoom 2, not answered", reported, "on_pushButton_custom_zoom_2_clicked", false);
+        addButton("an upgrade", upgraded, "on_pushButton_start_upgrade_clicked", true);
+        addButton("an upgrade, not answered", connected, "on_pushButton_start_upgrade_clicked",
+                  false);
+        addRow("about", none, [](Requests &requests) { requests.click("toolButton_about"); });
+        addRow("a cancelled choice", none, [](Requests &requests) { requests.chooseFile({}); });
+        addRow("a choice", none, [](Requests &requests) {
+            requests.chooseFile(requests.child<QLineEdit>("lineEdit_firmware")->text());
+        });
+        addRow("the list of ports", none, [](Requests &requests) {
+            requests.combo("comboBox_portlist")->showPopup();
+            requests.combo("comboBox_portlist")->hidePopup();
+            requests.choosePort(requests.line.portName() + " (test line)");
+        });
     }
 };
 
