@@ -72,6 +72,18 @@ private slots:
         QTRY_COMPARE(written.count(), 1);
         QCOMPARE(written.constFirst().constFirst().toInt(), 141);
     }
+
+    void whatHasNotLeftIsLostWithTheConnection()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.connectCamera());
+        fixture.window.SendUARTCommand(UART_COMM_TYPE_REQUEST, UART_CTRL_CMD_UPLOAD_FIRMWARE, 1,
+                                       payload.data(), 128, 1);
+        fixture.click("pushButton_disconnect");
+        fixture.replyWith(Frames::helloReply());
+        fixture.click("pushButton_connect");
+        QCOMPARE(fixture.line.received().toHex(), Frames::helloRequest().toHex());
+    }
 };
 
 QTEST_MAIN(MainWindowSendingTest)
