@@ -318,7 +318,7 @@ private slots:
         for (const char *const name : {"textEdit_device_info", "textEdit_firmware_info"}) {
             const auto *const pane = fixture.child<QTextEdit>(name);
             connect(pane, &QTextEdit::textChanged, pane,
-                    [pane, texts = &panes] { *texts << pane->toPlainText(); });
+                    [pane, texts = &panes] { *texts << plainText(*pane); });
         }
         const auto fail = [&fixture](const char *slot) {
             fixture.letLimitPass();
@@ -401,6 +401,17 @@ private slots:
     }
 
 private:
+    /// Marked where it has formats of its own.
+    static QString plainText(const QTextEdit &pane)
+    {
+        const auto formats = pane.document()->allFormats();
+        const bool isFormatted =
+            std::any_of(formats.begin(), formats.end(), [](const QTextFormat &format) {
+                return format.isCharFormat() && format.propertyCount() > 0;
+            });
+        return (isFormatted ? "formatted: " : "") + pane.toPlainText();
+    }
+
     /// A file that is none, then one whose upgrade fails at the size, at the packet and not at all,
     /// and which is none any more at the last start.
     static void upgradeInEveryWay(WindowFixture &fixture)
