@@ -56,6 +56,7 @@ private slots:
                                    {"after a blank", header(" KVEL"), false},
                                    {"three letters", "KVE", false},
                                    {"three letters and a NUL", QByteArray("KVE\0", 4), false},
+                                   {"after a byte order mark", "\xEF\xBB\xBFKVEL", false},
                                    {"a NUL in front", QByteArray("\0KVEL", 5), false},
                                    {"a NUL inside", QByteArray("KV\0EL", 5), false},
                                    {"nothing", QByteArray(), false}});
