@@ -47,7 +47,7 @@ QMap<QString, QVariant> properties(const WindowFixture &fixture)
     // The last three say the same as currentIndex and html.
     const QByteArrayList ignored{"enabled", "currentText", "markdown", "plainText"};
     QMap<QString, QVariant> values;
-    const auto add = [&values](const QObject &object) {
+    const auto add = [&values, &ignored](const QObject &object) {
         const QMetaObject &meta = *object.metaObject();
         for (int i = 0; i < meta.propertyCount(); ++i) {
             const QMetaProperty property = meta.property(i);
