@@ -270,6 +270,7 @@ private slots:
             QVERIFY(called);
         }
         QCOMPARE(fixture.window.grab().toImage(), before);
+        QVERIFY(fixture.port()->isOpen());
         QCOMPARE(fixture.log.texts(), QStringList());
         QCOMPARE(fixture.dialogs.texts(), QStringList());
         QCOMPARE(fixture.line.received(), QByteArray());

@@ -11,6 +11,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <climits>
 #include <optional>
 #include <vector>
 
@@ -542,8 +543,19 @@ private slots:
     void letsTheOperatorTypeIntoTheTextPanes()
     {
         const Form form;
-        QTest::keyClicks(form.textEdit_device_info, QStringLiteral("note"));
-        QCOMPARE(form.textEdit_device_info->toPlainText(), QStringLiteral("note"));
+        for (QTextEdit *const pane : {form.textEdit_device_info, form.textEdit_firmware_info}) {
+            QTest::keyClicks(pane, QStringLiteral("note"));
+            QCOMPARE(pane->toPlainText(), QStringLiteral("note"));
+        }
+    }
+
+    void letsTheOperatorTypeAPathOfAnyLength()
+    {
+        const Form form;
+        const QString path(PATH_MAX, 'x');
+        form.lineEdit_firmware->setText(path.chopped(1));
+        QTest::keyClick(form.lineEdit_firmware, Qt::Key_X);
+        QCOMPARE(form.lineEdit_firmware->text(), path);
     }
 
     void startsWithAnEmptyProgressBar() const

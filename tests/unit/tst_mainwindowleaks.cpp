@@ -47,15 +47,16 @@ QMap<QString, QVariant> properties(const WindowFixture &fixture)
     // The last three say the same as currentIndex and html.
     const QByteArrayList ignored{"enabled", "currentText", "markdown", "plainText"};
     QMap<QString, QVariant> values;
-    const auto add = [&values, &ignored](const QObject &object) {
-        const QMetaObject &meta = *object.metaObject();
+    const auto add = [&values, &ignored](const QWidget &widget) {
+        const QMetaObject &meta = *widget.metaObject();
         for (int i = 0; i < meta.propertyCount(); ++i) {
             const QMetaProperty property = meta.property(i);
             if (property.isWritable() && property.isStored()
                 && !ignored.contains(property.name())) {
-                values[object.objectName() + '.' + property.name()] = property.read(&object);
+                values[widget.objectName() + '.' + property.name()] = property.read(&widget);
             }
         }
+        values[widget.objectName() + ".hidden"] = widget.isHidden();
     };
     add(fixture.window);
     const auto widgets = fixture.window.findChildren<QWidget *>();
