@@ -42,6 +42,9 @@ public:
     qint64 processId() const { return m_process.processId(); }
     /// The process that is operated; -1 when it does not answer.
     qint64 operatedProcessId() { return state()["process"].toInt(-1); }
+    /// What desktops find the program's entry and its icons by.
+    QString desktopFile() { return state()["desktop file"].toString(); }
+    bool hasIcon() { return state()["icon"].toBool(); }
     /// What the program has printed so far, standard output and error together.
     QString output();
     /// From now on at most the last @p characters of that are kept, for programs that run for long.

@@ -300,6 +300,8 @@ QJsonObject GuiDriverAgent::state()
     }
     QJsonObject state{{"ok", true}, {"widgets", widgets}};
     state["process"] = static_cast<int>(QCoreApplication::applicationPid());
+    state["desktop file"] = QGuiApplication::desktopFileName();
+    state["icon"] = !QGuiApplication::windowIcon().availableSizes().isEmpty();
     state["list"] = QApplication::activePopupWidget() != nullptr;
     state["blocked"] = QApplication::activeModalWidget() != nullptr;
     if (const QMessageBox *const dialog = openDialog()) {

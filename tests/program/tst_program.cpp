@@ -66,6 +66,14 @@ private slots:
         QCOMPARE(fixture.corvane.exitCode(), 0);
     }
 
+    void desktopsKnowIt()
+    {
+        PatientFixture fixture;
+        DO(fixture.start({}));
+        QCOMPARE(fixture.corvane.desktopFile(), QString("example.corvane.Corvane"));
+        QVERIFY(fixture.corvane.hasIcon());
+    }
+
     void aSilentCameraFailsTheConnection()
     {
         PatientFixture fixture;
