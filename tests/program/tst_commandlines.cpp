@@ -166,7 +166,8 @@ private slots:
         addRows<QString>({"program"},
                          {{"image", "corvane-image info"},
                           {"diagnose", "corvane-diagnose"},
-                          {"simulator", "corvane-simulator"}});
+                          {"simulator", "corvane-simulator"},
+                          {"control", "corvanectl info"}});
     }
 
     void namesAnUnknownOptionWithItsDashes()
@@ -193,7 +194,9 @@ private slots:
                           {"firmware to write", "corvane-simulator --pty --save-firmware"},
                           {"control socket", "corvane-simulator --pty --control"},
                           {"program", "corvane-simulator --"},
-                          {"argument of the program", "corvane-simulator -- touch"}});
+                          {"argument of the program", "corvane-simulator -- touch"},
+                          {"image to upload", "corvanectl upgrade"},
+                          {"settings to write", "corvanectl save port"}});
     }
 
     // Written as another name, the file would not be where it was asked for.

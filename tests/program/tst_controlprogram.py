@@ -277,7 +277,7 @@ class Upgrades(ControlProgram):
         port = self.camera().port
         good = image_of(b"x" * 300)
         for name, contents, reason in (
-            ("missing", None, "cannot be read, or is no image"),
+            ("missing", None, "No such file or directory"),
             ("magic", b"kvel" + good[4:], "is no firmware image: the magic is missing"),
             ("empty", good[:128], "the firmware is empty"),
             ("large", image_of(bytes(1 << 24)), "the firmware has 16 MiB or more"),
@@ -289,6 +289,19 @@ class Upgrades(ControlProgram):
                 self.assertEqual(result.returncode, 1)
                 self.assertTrue(result.stderr.startswith(f"corvanectl: {name}: {reason}"),
                                 result.stderr)
+
+    def test_asks_no_camera_when_the_settings_cannot_be_saved(self) -> None:
+        camera = self.camera("--silent")
+        result = self.run_control("save", camera.port, "missing/my.json")
+        self.assertEqual(
+            (result.returncode, result.stderr),
+            (1, "corvanectl: missing/my.json: No such file or directory\n"),
+        )
+
+    def test_answers_a_bad_command_line_in_json(self) -> None:
+        code, events = self.events("--frob")
+        self.assertEqual((code, events[-1]["exitCode"]), (2, 2))
+        self.assertEqual(events[0]["text"], "unknown option '--frob'")
 
     def test_refuses_a_port_given_twice(self) -> None:
         camera = self.camera()
@@ -315,10 +328,10 @@ class Upgrades(ControlProgram):
 
 class OutputAndSignals(ControlProgram):
     @contextlib.contextmanager
-    def slow_upgrade(self, **options) -> Iterator[subprocess.Popen]:
-        """An upgrade that takes longer than a test, once it has begun."""
-        path, _ = self.image(200_000)
-        camera = self.camera("--delay", "200")
+    def slow_upgrade(self, size: int = 200_000, **options) -> Iterator[subprocess.Popen]:
+        """An upgrade, once it has begun. Unless it is small, it takes longer than a test."""
+        path, self.firmware = self.image(size)
+        self.slow_camera = camera = self.camera("--delay", "200")
         with subprocess.Popen([CONTROL, "--json", "upgrade", path, camera.port], text=True,
                               stderr=subprocess.PIPE,
                               **{"stdout": subprocess.PIPE, **options}) as process:
@@ -342,13 +355,18 @@ class OutputAndSignals(ControlProgram):
         self.assertEqual(events[-2]["reason"], "abandoned")
         self.assertEqual(events[-1]["exitCode"], 130)
 
-    def test_ends_by_a_signal_only_once_nothing_is_uploading(self) -> None:
+    def test_finishes_the_upload_before_a_signal_ends_it(self) -> None:
         for number in (signal.SIGTERM, signal.SIGHUP):
-            with self.subTest(number), self.slow_upgrade() as process:
+            with self.subTest(number), self.slow_upgrade(3_000) as process:
                 process.send_signal(number)
                 note = next(json.loads(line) for line in process.stdout if '"note"' in line)
                 self.assertIn("Ends once the uploads", note["text"])
                 self.assertIsNone(process.poll())
+                self.assertIsNone(self.slow_camera.firmware())
+                events = [json.loads(line) for line in process.stdout]
+                self.assertEqual(process.wait(PATIENCE), 128 + number)
+                self.assertEqual(self.slow_camera.firmware(), self.firmware)
+                self.assertEqual(events[-1]["exitCode"], 128 + number)
 
     def test_ends_at_once_while_nothing_is_uploading(self) -> None:
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):

@@ -85,7 +85,7 @@ QMap<QString, QByteArray> contentsOf(const QString &folder)
 
 QString program(const OddInput &input)
 {
-    return QRegularExpression("corvane-[a-z]+").match(input.command).captured();
+    return QRegularExpression("corvane(-[a-z]+|ctl)").match(input.command).captured();
 }
 
 // Names of files that cannot be read, and why.
@@ -138,7 +138,9 @@ void addFiles(Inputs *inputs)
 {
     const NamesAndMessages unreadableNames = unreadable();
     for (const auto &[name, message] : unreadableNames) {
-        *inputs << OddInput{"corvane-image verify " + name, 3, message}
+        *inputs << OddInput{"corvanectl upgrade " + name + " missing", 1, message}
+                << OddInput{"corvanectl apply " + name + " missing", 1, message}
+                << OddInput{"corvane-image verify " + name, 3, message}
                 << OddInput{"corvane-image info " + name, 3, message}
                 << OddInput{"corvane-image unpack " + name + " old", 3, message}
                 << OddInput{kPack + name + " old", 3, message}
@@ -147,7 +149,8 @@ void addFiles(Inputs *inputs)
     }
     const NamesAndMessages unwritableNames = unwritable();
     for (const auto &[name, message] : unwritableNames) {
-        *inputs << OddInput{"corvane-image unpack good.img " + name, 3, message}
+        *inputs << OddInput{"corvanectl save missing " + name, 1, message}
+                << OddInput{"corvane-image unpack good.img " + name, 3, message}
                 << OddInput{kPack + ("old " + name), 3, message}
                 << OddInput{"corvane-simulator --pty --save-firmware " + name, 1,
                             "cannot save the firmware as " + message}
@@ -156,7 +159,8 @@ void addFiles(Inputs *inputs)
     const NamesAndMessages impossibleNames = impossible();
     for (const auto &[name, message] : impossibleNames) {
         for (const char *const command :
-             {"corvane-image verify ", "corvane-image unpack good.img ", kPack, "corvane-diagnose ",
+             {"corvanectl info ", "corvanectl --json save tty ", "corvanectl upgrade ",
+              "corvane-image verify ", "corvane-image unpack good.img ", kPack, "corvane-diagnose ",
               "corvane-diagnose --json --report ", "corvane-simulator --pty --replay ",
               "corvane-simulator --pty --record ", "corvane-simulator --pty --control ",
               "corvane-simulator --pty --save-firmware ", "corvane-simulator --pty --through ",
@@ -357,8 +361,10 @@ void addOptions(Inputs *inputs)
 
 void addCommandLines(Inputs *inputs)
 {
-    const std::initializer_list<std::pair<QString, int>> tools{
-        {"corvane-image", 2}, {"corvane-diagnose", 3}, {"corvane-simulator", 127}};
+    const std::initializer_list<std::pair<QString, int>> tools{{"corvane-image", 2},
+                                                               {"corvane-diagnose", 3},
+                                                               {"corvane-simulator", 127},
+                                                               {"corvanectl", 2}};
     for (const auto &[tool, exitCode] : tools) {
         *inputs << OddInput{tool + " --frob", 2, "unknown option '--frob'"}
                 << OddInput{tool + " -x", 2, "unknown option '-x'"}
@@ -381,6 +387,42 @@ void addCommandLines(Inputs *inputs)
                             "--through and --" + name + " exclude each other"};
     }
     *inputs
+        << OddInput{"corvanectl", 2, "a command is needed: list, info, save"}
+        << OddInput{"corvanectl ''", 2, "'' is no command"}
+        << OddInput{"corvanectl LIST", 2, "'LIST' is no command"}
+        << OddInput{"corvanectl list tty", 2, "list takes no port"}
+        << OddInput{"corvanectl info", 2, "a port is needed, or --all"}
+        << OddInput{"corvanectl info ''", 2, "the name of a port is empty"}
+        << OddInput{"corvanectl info missing --all", 2, "--all and ports exclude each other"}
+        << OddInput{"corvanectl info --dry-run missing", 2, "unknown option '--dry-run'"}
+        << OddInput{"corvanectl info missing ./missing", 1, "There is no serial port missing."}
+        << OddInput{"corvanectl info ./pipe ./folder", 1, "./folder is not a serial port but"}
+        << OddInput{"corvanectl info missing missing", 2, "missing and missing are the same port"}
+        << OddInput{"corvanectl save missing", 2, "save takes a port and a file"}
+        << OddInput{"corvanectl save missing ''", 2, "the name of a file is empty"}
+        << OddInput{"corvanectl apply '' missing", 2, "the name of a file is empty"}
+        << OddInput{"corvanectl apply - missing <&-", 1, "-: Bad file descriptor"}
+        << OddInput{"corvanectl apply - missing </dev/zero", 1, "-: "}
+        << OddInput{"corvanectl apply nothing missing", 1, "nothing: "}
+        << OddInput{"corvanectl apply good.img missing", 1, "good.img: "}
+        << OddInput{"corvanectl diff old missing", 1, "old: "}
+        << OddInput{"corvanectl set missing", 2, "set takes settings such as auto-zoom=off"}
+        << OddInput{"corvanectl set zoom=1 missing", 2, "'zoom' is no setting; they are "}
+        << OddInput{"corvanectl set auto-zoom= missing", 2, "auto-zoom is off or on, not ''"}
+        << OddInput{"corvanectl set auto-zoom=ON missing", 2, "auto-zoom is off or on, not 'ON'"}
+        << OddInput{"corvanectl zoom 3 missing", 2, "zoom takes 1 or 2, and ports"}
+        << OddInput{"corvanectl zoom missing", 2, "zoom takes 1 or 2, and ports"}
+        << OddInput{"corvanectl upgrade good.img --attempts", 2,
+                    "Missing value after '--attempts'."}
+        << OddInput{"corvanectl upgrade good.img missing --attempts 0", 2,
+                    "--attempts is a number from 1 to 100, not '0'"}
+        << OddInput{"corvanectl upgrade old missing", 1,
+                    "old: is no firmware image: the magic is missing"}
+        << OddInput{"corvanectl upgrade nothing missing", 1,
+                    "nothing: is no firmware image: the magic is missing"}
+        << OddInput{"corvanectl upgrade empty.img missing", 1, "empty.img: the firmware is empty"}
+        << OddInput{"corvanectl upgrade - missing </dev/zero", 1, "-: is larger than 256 MiB"}
+        << OddInput{"corvanectl list >/dev/full", 4, "standard output: No space left on device"}
         << OddInput{"corvane-image", 2, "a command is needed: pack, info, unpack or verify"}
         << OddInput{"corvane-image ''", 2, "'' is no command"}
         << OddInput{"corvane-image VERIFY good.img", 2, "'VERIFY' is no command"}
@@ -504,7 +546,8 @@ private slots:
         for (std::thread &thread : threads) {
             thread.join();
         }
-        for (const char *const name : {"corvane-image", "corvane-diagnose", "corvane-simulator"}) {
+        for (const char *const name :
+             {"corvane-image", "corvane-diagnose", "corvane-simulator", "corvanectl"}) {
             QProcess help;
             help.start(name, {"--help"});
             QVERIFY(help.waitForFinished(kPatience));
@@ -530,8 +573,9 @@ private slots:
         QCOMPARE(outcome.exitCode, input.exitCode);
         QCOMPARE(outcome.lost, QStringList());
         // A verdict is a result; all else is said on the standard error, after the program's name.
-        QVERIFY2(input.command.startsWith("corvane-diagnose") || outcome.output.isEmpty(),
-                 qPrintable(outcome.output));
+        const bool hasResult = input.command.startsWith("corvane-diagnose")
+            || input.command.contains("--json") || input.command.startsWith("corvanectl info");
+        QVERIFY2(hasResult || outcome.output.isEmpty(), qPrintable(outcome.output));
         QVERIFY2(outcome.errors.isEmpty() || outcome.errors.startsWith(program(input) + ": "),
                  qPrintable(outcome.errors));
         QVERIFY2(m_exitCodes[program(input)].contains(

@@ -113,6 +113,8 @@ bool Control::readFile()
     case Kind::Diff:
     case Kind::Apply:
         return readSettings();
+    case Kind::Save:
+        return canSave();
     default:
         return true;
     }
@@ -120,19 +122,25 @@ bool Control::readFile()
 
 bool Control::readImage()
 {
-    const auto image = FirmwareImage::read(m_command.file);
-    if (!image) {
-        refuse(kFailedStatus,
-               QStringLiteral("%1: cannot be read, or is no image").arg(m_command.file));
+    constexpr int kMaximumSize = static_cast<int>(FirmwareImage::kMaximumFileSize);
+    QString error;
+    const auto contents = ::readFile(m_command.file, kMaximumSize, &error);
+    if (!contents) {
+        refuse(kFailedStatus, QStringLiteral("%1: %2").arg(m_command.file, error));
         return false;
     }
-    if (!image->hasMagic()) {
+    if (contents->size() > kMaximumSize) {
+        refuse(kFailedStatus, QStringLiteral("%1: is larger than 256 MiB").arg(m_command.file));
+        return false;
+    }
+    const FirmwareImage image(*contents);
+    if (!image.hasMagic()) {
         refuse(
             kFailedStatus,
             QStringLiteral("%1: is no firmware image: the magic is missing").arg(m_command.file));
         return false;
     }
-    m_order.upgrade = {image->firmware(), image->imageVersion(), m_command.attempts,
+    m_order.upgrade = {image.firmware(), image.imageVersion(), m_command.attempts,
                        m_command.rebootLimit};
     const int size = m_order.upgrade.firmware.size();
     if (size == 0) {
@@ -158,6 +166,17 @@ bool Control::readSettings()
         return false;
     }
     m_order.settings = *settings;
+    return true;
+}
+
+/// So that it does not fail only once the camera has answered.
+bool Control::canSave()
+{
+    QString error;
+    if (m_command.file != kStandardStreamName && !canWriteFile(m_command.file, &error)) {
+        refuse(kFailedStatus, QStringLiteral("%1: %2").arg(m_command.file, error));
+        return false;
+    }
     return true;
 }
 

@@ -43,6 +43,7 @@ private:
     bool readFile();
     bool readImage();
     bool readSettings();
+    bool canSave();
     bool findPorts();
     void openPorts();
     void refuseSharedPorts(QVector<PortFinding> *findings);

@@ -135,8 +135,7 @@ QString generalDescription()
         + QStringLiteral("\n"
                          "Add --help to a command to see its options. A port is a name such as "
                          "ttyUSB0 or\n"
-                         "a path. A file of settings that is named - is the standard input or "
-                         "output.");
+                         "a path. A file that is named - is the standard input or output.");
 }
 
 void describe(QCommandLineParser &parser, const CommandWord &command)
@@ -230,8 +229,8 @@ Result parseCommand(const CommandWord &word, const QStringList &arguments)
 {
     QCommandLineParser parser;
     describe(parser, word);
-    if (!parser.parse(arguments)) {
-        return UsageError{parser.errorText()};
+    if (const auto error = parseArguments(parser, arguments)) {
+        return *error;
     }
     if (parser.isSet(option("help"))) {
         return Information{parser.helpText() + exitCodes()};
@@ -261,6 +260,11 @@ Result parseCommand(const CommandWord &word, const QStringList &arguments)
     if (!fault.isEmpty()) {
         return UsageError{fault};
     }
+    const bool takesFile = command.kind == Kind::Save || command.kind == Kind::Diff
+        || command.kind == Kind::Apply || command.kind == Kind::Upgrade;
+    if (takesFile && command.file.isEmpty()) {
+        return UsageError{QStringLiteral("the name of a file is empty")};
+    }
     command.ports = words;
     if (command.ports.contains(QString())) {
         return UsageError{QStringLiteral("the name of a port is empty")};
@@ -282,8 +286,8 @@ Result parseControlCommandLine(const QStringList &arguments)
     QCommandLineParser finder;
     addCommonOptions(finder);
     addAllOptions(finder);
-    if (!finder.parse(arguments)) {
-        return UsageError{finder.errorText()};
+    if (const auto error = parseArguments(finder, arguments)) {
+        return *error;
     }
     if (finder.isSet(option("version"))) {
         return versionInformation();

@@ -3,6 +3,7 @@
 
 #include "control.h"
 #include "controlcommand.h"
+#include "jsonreport.h"
 #include "standardstreams.h"
 
 #include <QCoreApplication>
@@ -20,11 +21,17 @@ int main(int argc, char *argv[])
     setUpProgram(QStringLiteral("corvanectl"));
     const QCoreApplication application(argc, argv);
 
-    const auto commandLine = parseControlCommandLine(QCoreApplication::arguments());
+    const QStringList arguments = QCoreApplication::arguments();
+    const auto commandLine = parseControlCommandLine(arguments);
     if (const auto *information = std::get_if<Information>(&commandLine)) {
         return report(*information, kOutputErrorStatus);
     }
     if (const auto *error = std::get_if<UsageError>(&commandLine)) {
+        if (arguments.contains(QStringLiteral("--json"))) {
+            RunSummary counts;
+            counts.exitCode = kUsageErrorStatus;
+            print(JsonReport::note(error->reason) + JsonReport::end(counts));
+        }
         return report(*error);
     }
     Control control(*std::get_if<ControlCommand>(&commandLine));

@@ -99,8 +99,9 @@ private slots:
              {"set to a wrong word", "set auto-zoom=no p", "auto-zoom is off or on, not 'no'"},
              {"zoom 3", "zoom 3 p", "zoom takes 1 or 2, and ports"},
              {"zoom alone", "zoom", "zoom takes 1 or 2, and ports"},
-             {"an option of another command", "info p --attempts 2", "Unknown option 'attempts'."},
-             {"an option of no command", "info p --fast", "Unknown option 'fast'."},
+             {"an option of another command", "info p --attempts 2", "unknown option '--attempts'"},
+             {"an option of no command", "info p --fast", "unknown option '--fast'"},
+             {"a short option", "info p -x", "unknown option '-x'"},
              {"no attempt", "upgrade i p --attempts 0",
               "--attempts is a number from 1 to 100, not '0'"},
              {"too many attempts", "upgrade i p --attempts 101",
@@ -122,10 +123,22 @@ private slots:
         QTEST(error->reason, "reason");
     }
 
+    void refusesEmptyNames_data()
+    {
+        addRows<QStringList, QString>({"arguments", "thing"},
+                                      {{"port", {"info", ""}, "port"},
+                                       {"file to write", {"save", "p", ""}, "file"},
+                                       {"file to compare with", {"diff", "", "p"}, "file"},
+                                       {"file to read", {"apply", "", "p"}, "file"},
+                                       {"image", {"upgrade", "", "p"}, "file"}});
+    }
+
     void refusesEmptyNames()
     {
-        const auto result = parseControlCommandLine({"corvanectl", "info", ""});
-        QCOMPARE(std::get<UsageError>(result).reason, QString("the name of a port is empty"));
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, thing);
+        const auto result = parseControlCommandLine(QStringList{"corvanectl"} + arguments);
+        QCOMPARE(std::get<UsageError>(result).reason, "the name of a " + thing + " is empty");
     }
 
     void helps_data()
