@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSysInfo>
@@ -25,6 +26,14 @@ QJsonObject object(const KernelLines &kernel)
         result[QStringLiteral("systemError")] = kernel.systemText;
     }
     return result;
+}
+
+/// Who runs this program, also with sudo; null when that is not known.
+const passwd *userOfProgram()
+{
+    bool isKnown = false;
+    const int user = qEnvironmentVariableIntValue("SUDO_UID", &isKnown);
+    return ::getpwuid(isKnown && ::geteuid() == 0 ? static_cast<uid_t>(user) : ::geteuid());
 }
 
 } // namespace
@@ -58,7 +67,8 @@ PortFinding withoutNames(PortFinding finding)
         finding.owner = user;
     }
     finding.user = user;
-    const QString home = QDir::homePath();
+    const passwd *const entry = userOfProgram();
+    const QString home = entry != nullptr ? QFile::decodeName(entry->pw_dir) : QDir::homePath();
     if (home != QDir::rootPath()) {
         finding.port.replace(home, QStringLiteral("~"));
         finding.devicePath.replace(home, QStringLiteral("~"));
@@ -68,15 +78,22 @@ PortFinding withoutNames(PortFinding finding)
 
 QStringList ownGroups()
 {
-    const passwd *const entry = ::getpwuid(::geteuid());
+    const passwd *const entry = userOfProgram();
     const QString user = entry != nullptr ? QString::fromLocal8Bit(entry->pw_name) : QString();
-    const int count = ::getgroups(0, nullptr);
-    std::vector<gid_t> groups(static_cast<std::size_t>(std::max(count, 0)));
-    QStringList names;
-    if (::getgroups(count, groups.data()) < 0) {
-        return names;
+    const bool isWithSudo = entry != nullptr && entry->pw_uid != ::geteuid();
+    int count = ::getgroups(0, nullptr);
+    if (isWithSudo) {
+        // Those of this process are root's.
+        count = 0;
+        ::getgrouplist(entry->pw_name, entry->pw_gid, nullptr, &count);
     }
-    groups.push_back(::getegid());
+    std::vector<gid_t> groups(static_cast<std::size_t>(std::max(count, 0)));
+    if (isWithSudo) {
+        ::getgrouplist(entry->pw_name, entry->pw_gid, groups.data(), &count);
+    } else if (::getgroups(count, groups.data()) >= 0) {
+        groups.push_back(::getegid());
+    }
+    QStringList names;
     for (const gid_t group : groups) {
         const ::group *const found = ::getgrgid(group);
         const QString name =

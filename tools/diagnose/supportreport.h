@@ -29,7 +29,8 @@ QString reportContents();
 /// The finding with "$USER" for the name of the user and "~" for the folder of that name.
 PortFinding withoutNames(PortFinding finding);
 
-/// The groups of the user who runs this program, but for the one that bears the user's own name.
+/// The groups of the user who runs this program, also with sudo, but for the one that has the
+/// user's own name.
 QStringList ownGroups();
 
 /// What a support engineer asks for first, as one JSON object in UTF-8 with a line feed at its end.

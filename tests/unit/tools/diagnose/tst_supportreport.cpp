@@ -64,7 +64,7 @@ private slots:
         PortFinding finding;
         finding.user = "jane";
         finding.owner = "jane";
-        finding.port = QDir::homePath() + "/port";
+        finding.port = QString(::getpwuid(::geteuid())->pw_dir) + "/port";
         finding.devicePath = finding.port;
         const PortFinding result = withoutNames(finding);
         QCOMPARE(result.user, QString("$USER"));
@@ -80,6 +80,17 @@ private slots:
         const passwd *const user = ::getpwuid(::geteuid());
         QVERIFY(user == nullptr || !ownGroups().contains(user->pw_name));
         QCOMPARE(ownGroups().removeDuplicates(), 0);
+    }
+
+    void namesTheGroupsOfTheUserWhoRunsSudo()
+    {
+        const passwd *const other = ::getpwnam("nobody");
+        QVERIFY(other != nullptr);
+        qputenv("SUDO_UID", QByteArray::number(other->pw_uid));
+        const QStringList groups = ownGroups();
+        qunsetenv("SUDO_UID");
+        // Without root's rights, it was another program that sudo has started.
+        QCOMPARE(groups, ::geteuid() == 0 ? QStringList("nogroup") : ownGroups());
     }
 
     void holdsWhatItSays()
