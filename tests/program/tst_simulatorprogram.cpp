@@ -433,6 +433,35 @@ private slots:
         QCOMPARE(control.obey("silent"), QByteArray("error: unknown command 'silent', see help"));
     }
 
+    void obeysForTheCameraThatIsNamed()
+    {
+        Simulator simulator({"--pty", "--cameras", "3", "--control", m_controlPath});
+        const QStringList ports{simulator.portName(), simulator.portName(), simulator.portName()};
+        const Host first(ports.at(0));
+        Host second(ports.at(1));
+        const Host third(ports.at(2));
+        Control control(m_controlPath);
+        QCOMPARE(control.obey("2 silent on"), QByteArray("ok"));
+        QVERIFY(simulator.line().endsWith("-- silent on"));
+        QVERIFY(second.write(Hex::hello()));
+        const QString log = simulator.line();
+        QVERIFY2(log.startsWith("2  ") && log.endsWith("(not answered: silent)"), qPrintable(log));
+        QCOMPARE(first.ask(Hex::hello(), 26), Hex::helloReply());
+        simulator.line();
+        simulator.line();
+        QCOMPARE(control.obey("3 unplug"), QByteArray("ok"));
+        QVERIFY(third.isHungUp() && !first.isHungUp() && !second.isHungUp());
+        QVERIFY(simulator.line().endsWith("-- unplugged"));
+        QCOMPARE(control.obey("1 unplug"), QByteArray("ok"));
+        QVERIFY(first.isHungUp());
+        QCOMPARE(simulator.event(), QString("-- unplugged"));
+        QCOMPARE(control.obey("3 plug"), QByteArray("ok"));
+        QCOMPARE(Host(simulator.portName()).ask(Hex::hello(), 26), Hex::helloReply());
+        QCOMPARE(control.obey("4 plug"), QByteArray("error: there is no camera 4"));
+        QCOMPARE(control.obey("0 plug"), QByteArray("error: there is no camera 0"));
+        QCOMPARE(control.obey("2 quit"), QByteArray("error: unknown command 'quit', see help"));
+    }
+
     void logsTheFaultsOfACommand()
     {
         Simulator simulator({"--pty", "--control", m_controlPath, "--seed", "7"});
@@ -455,7 +484,7 @@ private slots:
         }
         QCOMPARE(commands,
                  (QStringList{"unplug", "plug", "silent on", "silent off", "faults PLAN [SEED]",
-                              "help", "quit"}));
+                              "N COMMAND", "help", "quit"}));
     }
 
     void saysWhatACrashHasLeft()
@@ -732,6 +761,18 @@ private slots:
             simulator.errors(),
             QString("corvane-simulator: cannot save the firmware as %1: %2\n").arg(path, reason));
         QCOMPARE(simulator.output(), QString());
+    }
+
+    void needsAPlaceForTheFirmwareOfEachCamera()
+    {
+        const QString path = m_folder->filePath("firmware");
+        QVERIFY(QDir().mkdir(path + ".2"));
+        Simulator simulator({"--pty", "--cameras", "2", "--save-firmware", path});
+        QCOMPARE(simulator.exitCode(), 1);
+        QCOMPARE(simulator.errors(),
+                 QString("corvane-simulator: cannot save the firmware as %1.2: is a folder, not a "
+                         "file\n")
+                     .arg(path));
     }
 
     void putsFaultsOnTheLine()

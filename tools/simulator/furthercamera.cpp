@@ -7,6 +7,8 @@
 #include "mockedadapterline.h"
 #include "pseudoterminalline.h"
 
+#include <QTime>
+
 namespace {
 
 /// The first camera's port is called as given, and the number at the end of the others' is higher.
@@ -36,12 +38,15 @@ FurtherCamera::FurtherCamera(const SimulatorOptions &options, int number, QObjec
     , m_firmwarePath(options.firmwarePath.isEmpty()
                          ? QString()
                          : QStringLiteral("%1.%2").arg(options.firmwarePath).arg(number))
+    , m_log(options.withHex)
     , m_wire(makeWire(options, number))
     , m_line(*m_wire)
-    , m_camera(options.camera, options.behaviour, ExchangeLog(options.withHex), m_line)
+    , m_camera(options.camera, options.behaviour, m_log, m_line)
+    , m_control(*m_wire, m_line, m_camera, options.seed + static_cast<quint32>(number - 1))
 {
     m_line.setFaults(options.faults, options.seed + static_cast<quint32>(number - 1));
-    connect(&m_line, &FaultyLine::hungUp, &m_camera, &AnsweringCamera::lineLost);
+    connect(&m_control, &CameraControl::terminalPlugged, this, &FurtherCamera::terminalPlugged);
+    connect(&m_control, &CameraControl::noted, this, &FurtherCamera::note);
     connect(&m_camera, &AnsweringCamera::logged, this, &FurtherCamera::printed);
     if (!m_firmwarePath.isEmpty()) {
         connect(&m_camera, &AnsweringCamera::firmwareReceived, this, &FurtherCamera::saveFirmware);
@@ -52,20 +57,32 @@ FurtherCamera::~FurtherCamera() = default;
 
 bool FurtherCamera::plug(QString *error)
 {
-    return m_line.plug(error);
+    if (!m_firmwarePath.isEmpty() && !canWriteFile(m_firmwarePath, error)) {
+        *error = cannotSave(*error);
+        return false;
+    }
+    return m_control.plug(error);
 }
 
-QString FurtherCamera::terminalName() const
+QString FurtherCamera::obey(const QString &command)
 {
-    const auto *const terminal = qobject_cast<PseudoTerminalLine *>(m_wire.get());
-    return terminal != nullptr ? terminal->portName() : QString();
+    return m_control.obey(command);
 }
 
 void FurtherCamera::saveFirmware(const QByteArray &firmware)
 {
     QString error;
     if (!writeFile(m_firmwarePath, firmware, &error)) {
-        emit complained(
-            QStringLiteral("cannot save the firmware as %1: %2").arg(m_firmwarePath, error));
+        emit complained(cannotSave(error));
     }
+}
+
+QString FurtherCamera::cannotSave(const QString &reason) const
+{
+    return QStringLiteral("cannot save the firmware as %1: %2").arg(m_firmwarePath, reason);
+}
+
+void FurtherCamera::note(const QString &text)
+{
+    emit printed(m_log.notice(QTime::currentTime(), text));
 }

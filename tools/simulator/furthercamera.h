@@ -4,6 +4,8 @@
 #pragma once
 
 #include "answeringcamera.h"
+#include "cameracontrol.h"
+#include "exchangelog.h"
 #include "faultyline.h"
 #include "simulatoroptions.h"
 
@@ -28,13 +30,15 @@ public:
     FurtherCamera(const SimulatorOptions &options, int number, QObject *parent = nullptr);
     ~FurtherCamera() override;
 
-    /// Makes the line.
+    /// Makes the line, if the firmware can be saved.
     /// @param error  set to the reason when the result is false; not null
     bool plug(QString *error);
-    /// Its pseudo-terminal; empty with an adapter.
-    QString terminalName() const;
+    /// Obeys a command, see CameraControl.
+    QString obey(const QString &command);
 
 signals:
+    /// The line is plugged now, as the pseudo-terminal of this @p name.
+    void terminalPlugged(const QString &name);
     /// A line of text for the user, without a line feed.
     void printed(const QString &text);
     /// Something failed for this @p reason, and the run goes on.
@@ -42,9 +46,13 @@ signals:
 
 private:
     void saveFirmware(const QByteArray &firmware);
+    QString cannotSave(const QString &reason) const;
+    void note(const QString &text);
 
     QString m_firmwarePath;
+    ExchangeLog m_log;
     std::unique_ptr<CameraLine> m_wire;
     FaultyLine m_line;
     AnsweringCamera m_camera;
+    CameraControl m_control;
 };

@@ -5,7 +5,6 @@
 
 #include "fileio.h"
 #include "forwardingcamera.h"
-#include "pseudoterminalline.h"
 #include "recordingline.h"
 #include "replayingcamera.h"
 #include "testbedmark.h"
@@ -84,7 +83,7 @@ bool Simulator::start(QString *error)
         emit complained(
             QStringLiteral("removed %1, which a simulator that has crashed has left").arg(folder));
     }
-    if (!makeCamera(error) || !plug(error) || !makeFurtherCameras(error)) {
+    if (!makeCamera(error) || !m_cameraControl->plug(error) || !makeFurtherCameras(error)) {
         return false;
     }
     m_camera->start();
@@ -105,8 +104,11 @@ bool Simulator::makeCamera(QString *error)
     if (!m_options.quiet) {
         connect(m_camera.get(), &CameraEnd::logged, this, &Simulator::printed);
     }
-    connect(m_camera.get(), &CameraEnd::plugDue, this, &Simulator::plugIfNot);
-    connect(m_camera.get(), &CameraEnd::unplugDue, this, &Simulator::unplugIfPlugged);
+    m_cameraControl =
+        std::make_unique<CameraControl>(*m_wire, *m_faultyLine, *m_camera, m_options.seed);
+    connect(m_cameraControl.get(), &CameraControl::terminalPlugged, this, &Simulator::printPort);
+    connect(m_cameraControl.get(), &CameraControl::noted, this, &Simulator::note);
+    connect(m_cameraControl.get(), &CameraControl::failed, this, &Simulator::noteFailure);
     return true;
 }
 
@@ -121,12 +123,10 @@ bool Simulator::makeFurtherCameras(QString *error)
                         emit printed(QStringLiteral("%1  %2").arg(number).arg(text));
                     });
         }
+        connect(camera.get(), &FurtherCamera::terminalPlugged, this, &Simulator::printPort);
         connect(camera.get(), &FurtherCamera::complained, this, &Simulator::complained);
         if (!camera->plug(error)) {
             return false;
-        }
-        if (!camera->terminalName().isEmpty()) {
-            emit printed(QStringLiteral("Port: ") + camera->terminalName());
         }
         m_furtherCameras.push_back(std::move(camera));
     }
@@ -183,47 +183,7 @@ bool Simulator::makeLine(QString *error)
     CameraLine &line = m_recordingLine != nullptr ? *m_recordingLine : *m_wire;
     m_faultyLine = std::make_unique<FaultyLine>(line);
     m_faultyLine->setFaults(m_options.faults, m_options.seed);
-    connect(m_faultyLine.get(), &FaultyLine::faultApplied, this, &Simulator::note);
-    connect(m_faultyLine.get(), &FaultyLine::hungUp, this, &Simulator::lineLost);
     return true;
-}
-
-bool Simulator::plug(QString *error)
-{
-    if (!m_faultyLine->plug(error)) {
-        return false;
-    }
-    if (const auto *terminal = qobject_cast<PseudoTerminalLine *>(m_wire.get())) {
-        emit printed(QStringLiteral("Port: ") + terminal->portName());
-    }
-    return true;
-}
-
-void Simulator::plugIfNot()
-{
-    QString error;
-    if (m_wire->isPlugged()) {
-        return;
-    }
-    if (plug(&error)) {
-        note(QStringLiteral("plugged"));
-    } else {
-        noteFailure(error);
-    }
-}
-
-void Simulator::unplugIfPlugged()
-{
-    if (m_wire->isPlugged()) {
-        m_faultyLine->unplug();
-        lineLost();
-    }
-}
-
-void Simulator::lineLost()
-{
-    m_camera->lineLost();
-    note(QStringLiteral("unplugged"));
 }
 
 void Simulator::saveFirmware(const QByteArray &firmware)
@@ -242,63 +202,26 @@ QString Simulator::cannotSave(const QString &reason) const
 // Returns why it could not, or an empty text.
 QString Simulator::obey(const QString &command)
 {
-    if (command == QLatin1String("unplug")) {
-        if (!m_wire->isPlugged()) {
-            return QStringLiteral("not plugged");
-        }
-        unplugIfPlugged();
-    } else if (command == QLatin1String("plug")) {
-        if (m_wire->isPlugged()) {
-            return QStringLiteral("already plugged");
-        }
-        QString error;
-        if (!plug(&error)) {
-            return error;
-        }
-        note(QStringLiteral("plugged"));
-    } else if (command == QLatin1String("silent on")) {
-        return setSilent(true);
-    } else if (command == QLatin1String("silent off")) {
-        return setSilent(false);
-    } else if (command.startsWith(QLatin1String("faults "))) {
-        return setFaults(command.section(QLatin1Char(' '), 1));
-    } else if (command == QLatin1String("quit")) {
+    if (command == QLatin1String("quit")) {
         end(SIGTERM);
-    } else {
-        constexpr int kShown = 40;
-        return QStringLiteral("unknown command '%1', see help").arg(command.left(kShown));
+        return {};
     }
-    return {};
+    bool isNumber = false;
+    const int number = command.section(QLatin1Char(' '), 0, 0).toInt(&isNumber);
+    if (!isNumber) {
+        return m_cameraControl->obey(command);
+    }
+    const QString rest = command.section(QLatin1Char(' '), 1);
+    if (number < 1 || number > m_options.cameras) {
+        return QStringLiteral("there is no camera %1").arg(number);
+    }
+    return number == 1 ? m_cameraControl->obey(rest)
+                       : m_furtherCameras[static_cast<std::size_t>(number) - 2]->obey(rest);
 }
 
-// Returns why it could not, or an empty text.
-QString Simulator::setFaults(const QString &planAndSeed)
+void Simulator::printPort(const QString &name)
 {
-    QString error;
-    const auto plan = FaultPlan::parse(planAndSeed.section(QLatin1Char(' '), 0, 0), &error);
-    if (!plan) {
-        return error;
-    }
-    const QString seedText = planAndSeed.section(QLatin1Char(' '), 1);
-    const auto seed = seedText.isEmpty() ? m_options.seed : faultSeedFrom(seedText);
-    if (!seed) {
-        return QStringLiteral("the seed is a number from 0 to 4294967295, not '%1'").arg(seedText);
-    }
-    m_faultyLine->setFaults(*plan, *seed);
-    note(QStringLiteral("faults %1, seed %2").arg(plan->toString(), QString::number(*seed)));
-    return {};
-}
-
-// Returns why it could not, or an empty text.
-QString Simulator::setSilent(bool silent)
-{
-    auto *const camera = qobject_cast<AnsweringCamera *>(m_camera.get());
-    if (camera == nullptr) {
-        return QStringLiteral("there is no simulated camera");
-    }
-    camera->setSilent(silent);
-    note(silent ? QStringLiteral("silent on") : QStringLiteral("silent off"));
-    return {};
+    emit printed(QStringLiteral("Port: ") + name);
 }
 
 void Simulator::note(const QString &text)

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "answeringcamera.h"
+#include "cameracontrol.h"
 #include "childprogram.h"
 #include "controlsocket.h"
 #include "faultyline.h"
@@ -51,15 +51,10 @@ private:
     bool makeAnsweringCamera(QString *error);
     bool makeReplayingCamera(QString *error);
     bool makeForwardingCamera(QString *error);
-    bool plug(QString *error);
-    void plugIfNot();
-    void unplugIfPlugged();
     void saveFirmware(const QByteArray &firmware);
     QString cannotSave(const QString &reason) const;
     QString obey(const QString &command);
-    QString setFaults(const QString &planAndSeed);
-    void lineLost();
-    QString setSilent(bool silent);
+    void printPort(const QString &name);
     void note(const QString &text);
     void noteFailure(const QString &reason);
     void end(int signalNumber);
@@ -71,6 +66,7 @@ private:
     std::unique_ptr<RecordingLine> m_recordingLine; ///< null when nothing is recorded
     std::unique_ptr<FaultyLine> m_faultyLine;       ///< as the camera has it; null before start()
     std::unique_ptr<CameraEnd> m_camera;            ///< null before start()
+    std::unique_ptr<CameraControl> m_cameraControl; ///< null before start()
     std::vector<std::unique_ptr<FurtherCamera>> m_furtherCameras;
     ChildProgram m_program;
     ControlSocket m_control;

@@ -146,7 +146,9 @@ void describe(QCommandLineParser &parser)
         "first line printed. Every frame that passes is printed.\n"
         "\n"
         "The control socket takes these commands, one a line: unplug, plug, silent on,\n"
-        "silent off, faults PLAN [SEED], help, quit."));
+        "silent off, faults PLAN [SEED], help, quit.\n"
+        "They are for the first camera; with a number in front, such as 2 unplug, for\n"
+        "that one."));
     addCommonOptions(parser);
     parser.addOptions({
         {QStringLiteral("pty"), QStringLiteral("Use a pseudo-terminal.")},
@@ -154,8 +156,7 @@ void describe(QCommandLineParser &parser)
          QStringLiteral("NAME")},
         {QStringLiteral("cameras"),
          QStringLiteral("So many cameras, 1 to 256, each with a port of its own: ttyUSB0, ttyUSB1 "
-                        "and so on, or a pseudo-terminal (default: 1). The control socket is for "
-                        "the first."),
+                        "and so on, or a pseudo-terminal (default: 1)."),
          QStringLiteral("N")},
         {QStringLiteral("baud"),
          QStringLiteral("Speed of the line (default: 115200); 0 is as fast as possible."),
@@ -235,6 +236,7 @@ QString controlHelp()
                           "silent on             stop answering\n"
                           "silent off            answer again\n"
                           "faults PLAN [SEED]    put faults on the line; faults none: no more\n"
+                          "N COMMAND             one of those above for camera N, not the first\n"
                           "help                  list the commands\n"
                           "quit                  end the simulator, or ask its program to end\n");
 }
