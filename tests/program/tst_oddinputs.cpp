@@ -61,7 +61,7 @@ void prepare(const QString &folder)
 // Longer than any file system takes.
 QString longName()
 {
-    return QString(300, 'x');
+    return {300, QLatin1Char('x')};
 }
 
 QStringList names(const QString &folder)
@@ -501,8 +501,8 @@ void addPorts(Inputs *inputs)
                         "--list and --report exclude each other"}
             << OddInput{"corvane-diagnose --report - tty", 2, "--report is the path of a file"}
             << OddInput{"corvane-diagnose --report= tty", 2, "--report is the path of a file"}
-            << OddInput{"corvane-diagnose --json --frob", 2, "\"verdict\": \"bad-command-line\""}
-            << OddInput{"corvane-diagnose --json", 2, "\"verdict\": \"bad-command-line\""};
+            << OddInput{"corvane-diagnose --json --frob", 2, R"("verdict": "bad-command-line")"}
+            << OddInput{"corvane-diagnose --json", 2, R"("verdict": "bad-command-line")"};
 }
 
 Inputs oddInputs()
