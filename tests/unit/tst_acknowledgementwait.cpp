@@ -17,6 +17,8 @@ class Sender : public QObject {
 public:
     AcknowledgementWait wait{this, SIGNAL(acknowledged())};
 
+    int connections() const { return receivers(SIGNAL(acknowledged())); }
+
 signals:
     void acknowledged();
     void somethingElse();
@@ -31,6 +33,7 @@ private slots:
     void theSignalEndsItAsAcknowledged()
     {
         Sender sender;
+        QCOMPARE(sender.connections(), 1);
         QTimer::singleShot(10ms, &sender, &Sender::acknowledged);
         QCOMPARE(sender.wait.waitFor(5000ms), AcknowledgementWait::Acknowledged);
     }
