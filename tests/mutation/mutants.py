@@ -370,7 +370,10 @@ class _Finder:
             return
         value = self._span(operands[-1])
         if value and self._text(*value) not in ("{}", "0", "false", "nullptr"):
-            self._change(function, "reset", *value, "{}")
+            type_ = operands[-1].type.get_canonical()
+            # With "{}" it may be open which of a class's assignments is meant.
+            empty = f"{_plain(type_)}()" if type_.kind == cindex.TypeKind.RECORD else "{}"
+            self._change(function, "reset", *value, empty)
 
     def _negate(self, condition: Cursor, function: str) -> None:
         span = self._span(condition)

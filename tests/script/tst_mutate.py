@@ -163,9 +163,10 @@ class FindingMutants(unittest.TestCase):
         )
 
     def test_a_member_loses_its_value(self) -> None:
-        code = "struct S { int m; int n; void f(int v) { m = v; n = 0; } };"
+        code = """struct T {};
+            struct S { int m; int n; T t; void f(int v, const T &w) { m = v; n = 0; t = w; } };"""
         resets = {change for change in self.changes(code) if change[0] == "reset"}
-        self.assertEqual(resets, {("reset", "v", "{}")})
+        self.assertEqual(resets, {("reset", "v", "{}"), ("reset", "w", "T()")})
 
     def test_a_timer_is_restarted_where_it_is_not_started(self) -> None:
         code = """struct QTimer { void start(); }; void g();
