@@ -38,8 +38,8 @@ LineTimer::~LineTimer()
 
 void LineTimer::start(std::chrono::nanoseconds time)
 {
-    // 0 would stop it.
-    set(m_descriptor, std::max(time, std::chrono::nanoseconds(1)));
+    // 0 would stop it, and faketime(1) divides what is asked for.
+    set(m_descriptor, std::max<std::chrono::nanoseconds>(time, std::chrono::microseconds(1)));
 }
 
 void LineTimer::stop()
