@@ -54,10 +54,9 @@ QString reportContents()
 {
     return QStringLiteral(
         "the verdict and its evidence; the adapter's USB numbers, serial number, driver and name; "
-        "the "
-        "groups of the user; the versions of Corvane, Qt and the kernel; and the kernel's last "
-        "lines "
-        "about the port, if they may be read. Nothing else about this computer and its user.");
+        "the groups of the user; the versions of Corvane, Qt and the kernel; and the kernel's last "
+        "lines about the port, if they may be read. Nothing else about this computer and its "
+        "user.");
 }
 
 PortFinding withoutNames(PortFinding finding)
