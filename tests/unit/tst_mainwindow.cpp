@@ -5,10 +5,12 @@
 
 #include "patience.h"
 #include "recordingtranslator.h"
+#include "resultannouncer.h"
 #include "rows.h"
 #include "windowfixture.h"
 
 #include <QAbstractItemView>
+#include <QAccessible>
 #include <QApplication>
 #include <QImage>
 #include <QLabel>
@@ -274,6 +276,26 @@ private slots:
         QCOMPARE(fixture.log.texts(), QStringList());
         QCOMPARE(fixture.dialogs.texts(), QStringList());
         QCOMPARE(fixture.line.received(), QByteArray());
+    }
+
+    void whatAPaneAnnouncesIsANotification()
+    {
+        WindowFixture fixture;
+        auto *const pane = fixture.child<QTextEdit>("textEdit_device_info");
+        auto *const announcer = pane->findChild<ResultAnnouncer *>();
+        pane->setPlainText("some text");
+        QTRY_COMPARE(announcer->text(), QString("some text"));
+
+        const auto *const notification = QAccessible::queryAccessibleInterface(announcer);
+        QCOMPARE(notification->role(), QAccessible::Notification);
+        QCOMPARE(notification->text(QAccessible::Name), QString("some text"));
+        QCOMPARE(notification->text(QAccessible::Description), QString());
+        QVERIFY(notification->parent() != nullptr);
+        QCOMPARE(notification->parent()->object(), pane);
+        QCOMPARE(notification->childCount(), 0);
+        QVERIFY(notification->child(0) == nullptr);
+        QCOMPARE(notification->indexOfChild(notification->parent()), -1);
+        QVERIFY(!notification->state().invisible);
     }
 
     void closesThePortBeforeItStopsTheParser()

@@ -5,8 +5,12 @@
 #include "rows.h"
 #include "windowfixture.h"
 
+#include <QFocusFrame>
+#include <QImage>
 #include <QLineEdit>
+#include <QPainter>
 #include <QRadioButton>
+#include <QStyleOptionButton>
 #include <QTabBar>
 #include <QTabWidget>
 
@@ -314,6 +318,27 @@ private slots:
         QVERIFY(hand.joinable());
         hand.join();
         QCOMPARE(fixture.dialogs.texts().value(0), QString("about: Corvane: Version 1.0.0.5"));
+    }
+
+    void theFrameAroundTheFocusLeavesTheRestToTheStyle()
+    {
+        const WindowFixture fixture;
+        const QStyle *const style = fixture.window.findChild<QFocusFrame *>()->style();
+        const auto draw = [](const QStyle *with) {
+            QImage picture(80, 40, QImage::Format_RGB32);
+            picture.fill(Qt::white);
+            QPainter painter(&picture);
+            QStyleOptionButton button;
+            button.rect = picture.rect();
+            button.text = "text";
+            with->drawControl(QStyle::CE_PushButton, &button, &painter);
+            return picture;
+        };
+        QCOMPARE(draw(style), draw(QApplication::style()));
+        QCOMPARE(style->pixelMetric(QStyle::PM_FocusFrameHMargin), 3);
+        QCOMPARE(style->pixelMetric(QStyle::PM_FocusFrameVMargin), 3);
+        QCOMPARE(style->pixelMetric(QStyle::PM_ButtonMargin),
+                 QApplication::style()->pixelMetric(QStyle::PM_ButtonMargin));
     }
 
     void spacePressesTheButtonsOfThePage_data()

@@ -6,6 +6,7 @@
 
 #include <QtTest>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace {
@@ -150,6 +151,23 @@ private slots:
         QVERIFY(image.has_value());
         QVERIFY(image->hasMagic());
         QCOMPARE(image->firmware(), rawPrefix() + "ABCDEF");
+    }
+
+    void aFileThatCannotBeOpenedIsNone()
+    {
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        file.write("KVEL");
+        file.close();
+        QVERIFY(FirmwareImage::read(file.fileName()));
+        // Permissions would not keep root from opening it.
+        rlimit files{};
+        QCOMPARE(getrlimit(RLIMIT_NOFILE, &files), 0);
+        const rlimit none{0, files.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &none), 0);
+        const auto image = FirmwareImage::read(file.fileName());
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &files), 0);
+        QVERIFY(!image);
     }
 
     void readsAFileOfAnyName_data()
