@@ -478,8 +478,9 @@ private slots:
     {
         const QTemporaryDir folder;
         const QString controlPath = folder.filePath("control");
-        Simulator simulator({"--quiet", "--port", uniquePortName(), "--control", controlPath, "--",
-                             "sh", "-c", R"(read line; "$0" --watch --wait 600)",
+        // The second one is there all the time.
+        Simulator simulator({"--quiet", "--cameras", "2", "--port", uniquePortName(), "--control",
+                             controlPath, "--", "sh", "-c", R"(read line; "$0" --watch --wait 600)",
                              DIAGNOSE_PROGRAM});
         QTRY_VERIFY(QFile::exists(controlPath));
         unplug(controlPath);
@@ -562,7 +563,7 @@ private slots:
         const QString controlPath = folder.filePath("control");
         RunningProgram program(SIMULATOR_PROGRAM,
                                {"--quiet", "--control", controlPath, "--", "sh", "-c",
-                                "echo ready; read line; \"$0\" --list && \"$0\" --list --json",
+                                R"(echo ready; read line; "$0" --list && "$0" --list --json)",
                                 DIAGNOSE_PROGRAM});
         QCOMPARE(program.line(), QString("ready"));
         QLocalSocket control;
@@ -824,7 +825,7 @@ private slots:
         programs[1].process.setStandardInputFile(other.portName());
         programs[1].process.start("sleep", {"600"});
         programs[2].process.start(
-            "sh", {"-c", "exec 5<\"$1\"; echo open; exec \"$0\" 600", sleeper, farEnd.portName()});
+            "sh", {"-c", R"(exec 5<"$1"; echo open; exec "$0" 600)", sleeper, farEnd.portName()});
         QCOMPARE(programs[2].line(), QString("open"));
         const auto nameOf = [](const RunningProgram &program) {
             QFile file(QString("/proc/%1/comm").arg(program.process.processId()));

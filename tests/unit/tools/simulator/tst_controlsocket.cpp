@@ -111,7 +111,7 @@ private slots:
         QCOMPARE(answerTo(first, "three\n"), QByteArray("ok\n"));
     }
 
-    void replacesASocketThatNobodyServes()
+    void replacesASocketThatIsNotServed()
     {
         // A server that goes without removing its socket, as a killed process does.
         {
@@ -158,6 +158,11 @@ private slots:
 
     void takesARelativePath()
     {
+        {
+            QLocalServer killed;
+            QVERIFY(killed.listen(m_folder->filePath("killed")));
+            QVERIFY(QFile::rename(m_folder->filePath("killed"), m_folder->filePath("relative")));
+        }
         const QString here = QDir::currentPath();
         QVERIFY(QDir::setCurrent(m_folder->path()));
         const auto control = serve();
