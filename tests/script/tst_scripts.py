@@ -76,6 +76,7 @@ class EachScript(unittest.TestCase):
             ("bootstrap", "nothing"),
             ("fuzz", "nothing", "3"),
             ("fuzz", "all", "soon"),
+            ("coverage", "nothing"),
             ("mutate", "--nothing"),
             ("bench", "nothing"),
             ("render-art", "nothing"),
