@@ -245,7 +245,7 @@ private slots:
         fixture.call("readData");
         fixture.click("pushButton_disconnect");
         fixture.replyWith(Frames::helloReply());
-        QTimer::singleShot(0, &ThreadClock::release);
+        QTimer::singleShot(0, &fixture.window, &ThreadClock::release);
         fixture.click("pushButton_connect");
         QVERIFY(fixture.isEnabled("tabWidget"));
         QCOMPARE(fixture.log.statusTexts().filter("_CMD_"),
