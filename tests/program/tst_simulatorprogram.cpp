@@ -516,7 +516,7 @@ private slots:
         QCOMPARE(simulator.exitCode(), 0);
         QCOMPARE(simulator.errors(), QString());
         QCOMPARE(leftovers().size(), 1);
-        const QString folder = m_folder->filePath(leftovers().first());
+        const QString folder = m_folder->filePath(leftovers().value(0));
         crashed.sendSignal(SIGKILL);
         QCOMPARE(crashed.exitCode(), -2);
         simulator.process.start(SIMULATOR_PROGRAM, {"--", "true"});
