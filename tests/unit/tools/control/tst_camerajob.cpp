@@ -4,6 +4,7 @@
 #include "camerajob.h"
 #include "fakeline.h"
 #include "frames.h"
+#include "patience.h"
 #include "rows.h"
 
 #include <memory>
@@ -299,14 +300,50 @@ private slots:
         start("upgrade i p");
         QFETCH(int, replies);
         const QVector<QByteArray> all{Hex::helloReply(), Hex::announcementReply(),
-                                      Hex::packetReply()};
+                                      Hex::packetReply(), Hex::raisedHelloReply()};
         for (int i = 0; i < replies; ++i) {
             m_line->send(all.at(i));
         }
+        const QSignalSpy ends(m_job.get(), &CameraJob::ended);
         m_job->abandon();
         QCOMPARE(outcome(), QString("failed: abandoned"));
         QTEST(m_job->result().reason.sentence, "sentence");
         QVERIFY(!m_line->hasAlarm());
+        // Whatever happens afterwards.
+        emit m_line->lost("No such device");
+        m_line->send(all.at(replies));
+        m_job->abandon();
+        QTEST(m_job->result().reason.sentence, "sentence");
+        QCOMPARE(ends.size(), 1);
+    }
+
+    // The times are real, so that they are compared with what passes here.
+    void measuresTheUpload()
+    {
+        const auto elapsed = [](const QElapsedTimer &clock) {
+            return static_cast<double>(clock.elapsed());
+        };
+        startUpgrade("upgrade i p", "1.0.0.7", Hex::firmware());
+        QElapsedTimer before;
+        before.start();
+        m_line->send(Hex::announcementReply());
+        QElapsedTimer after;
+        after.start();
+        m_line->send(Hex::packetReply());
+        QTRY_VERIFY(after.hasExpired(100));
+        const double least = elapsed(after);
+        const double rate = m_job->status().packetsPerSecond;
+        // One packet; the clocks may be a millisecond apart.
+        QVERIFY2(rate <= 1000 / (least - 1), qPrintable(QString::number(rate)));
+        QVERIFY2(rate >= 1000 / (elapsed(before) + 1), qPrintable(QString::number(rate)));
+        m_line->send(Hex::packetReply());
+        m_line->send(Hex::packetReply());
+        m_line->pass(1000);
+        m_line->send(Hex::raisedHelloReply());
+        QCOMPARE(outcome(), QString("done"));
+        const auto time = static_cast<double>(m_job->result().uploadTime.count());
+        QVERIFY2(time >= least - 1 && time <= elapsed(before) + 1,
+                 qPrintable(QString::number(time)));
     }
 
 private:
@@ -322,9 +359,10 @@ private:
         m_job->start();
     }
 
-    void startUpgrade(const QString &line, const QString &imageVersion)
+    void startUpgrade(const QString &line, const QString &imageVersion,
+                      const QByteArray &firmware = "\1\2\3")
     {
-        m_order.upgrade.firmware = QByteArray("\1\2\3");
+        m_order.upgrade.firmware = firmware;
         m_order.upgrade.imageVersion = imageVersion;
         start(line);
         m_line->written();

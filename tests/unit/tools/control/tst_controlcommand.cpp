@@ -57,8 +57,11 @@ private slots:
               "set, auto-zoom to off, direction to upside-down, on ttyUSB0"},
              {"set with an odd port", "set auto-zoom=off /dev/a b=c",
               "set, auto-zoom to off, on /dev/a+b=c"},
+             {"set of a dry run", "set auto-zoom=on p --dry-run",
+              "set, auto-zoom to on, on p, dry"},
              {"zoom 1", "zoom 1 ttyUSB0", "zoom, preset 0, on ttyUSB0"},
              {"zoom 2", "zoom 2 ttyUSB0", "zoom, preset 1, on ttyUSB0"},
+             {"zoom of a dry run", "zoom 1 p --dry-run", "zoom, preset 0, on p, dry"},
              {"upgrade", "upgrade a.img ttyUSB0",
               "upgrade, file a.img, on ttyUSB0, attempts 1, limit 60"},
              {"upgrade with everything",
@@ -66,7 +69,9 @@ private slots:
               "upgrade, file a.img, on all, json, dry, attempts 3, limit 120, newer"},
              {"options first", "--json info ttyUSB0", "info, on ttyUSB0, json"},
              {"limits of the numbers", "upgrade a.img p --attempts 100 --reboot-limit 2",
-              "upgrade, file a.img, on p, attempts 100, limit 2"}});
+              "upgrade, file a.img, on p, attempts 100, limit 2"},
+             {"other limits", "upgrade a.img p --attempts 1 --reboot-limit 3600",
+              "upgrade, file a.img, on p, attempts 1, limit 3600"}});
     }
 
     void readsCommands()
@@ -97,9 +102,14 @@ private slots:
               "set takes settings such as auto-zoom=off, and ports"},
              {"set without a port", "set auto-zoom=off", "a port is needed, or --all"},
              {"set to a wrong word", "set auto-zoom=no p", "auto-zoom is off or on, not 'no'"},
+             {"set to a word and more", "set auto-zoom=on=off p",
+              "auto-zoom is off or on, not 'on=off'"},
              {"zoom 3", "zoom 3 p", "zoom takes 1 or 2, and ports"},
              {"zoom alone", "zoom", "zoom takes 1 or 2, and ports"},
              {"an option of another command", "info p --attempts 2", "unknown option '--attempts'"},
+             {"a dry run of what changes nothing", "info p --dry-run",
+              "unknown option '--dry-run'"},
+             {"all of one", "save --all file", "unknown option '--all'"},
              {"an option of no command", "info p --fast", "unknown option '--fast'"},
              {"a short option", "info p -x", "unknown option '-x'"},
              {"no attempt", "upgrade i p --attempts 0",
@@ -139,6 +149,24 @@ private slots:
         QFETCH(QString, thing);
         const auto result = parseControlCommandLine(QStringList{"corvanectl"} + arguments);
         QCOMPARE(std::get<UsageError>(result).reason, "the name of a " + thing + " is empty");
+    }
+
+    void sayingADefaultChangesNothing_data()
+    {
+        addRows<QString>({"option"}, {{"attempts", "--attempts"}, {"limit", "--reboot-limit"}});
+    }
+
+    void sayingADefaultChangesNothing()
+    {
+        QFETCH(QString, option);
+        const QString help = std::get<Information>(parse("upgrade --help")).text.simplified();
+        const auto match =
+            QRegularExpression(option + R"( <\w+> [^-]*\(default: (\d+)\))").match(help);
+        QVERIFY2(match.hasMatch(), qPrintable(help));
+        const QString line = "upgrade a.img p";
+        QCOMPARE(
+            summary(std::get<ControlCommand>(parse(line + ' ' + option + ' ' + match.captured(1)))),
+            summary(std::get<ControlCommand>(parse(line))));
     }
 
     void helps_data()

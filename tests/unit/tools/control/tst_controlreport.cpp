@@ -165,7 +165,21 @@ private slots:
         QTEST(TextReport::state(in(state)), "text");
         CameraStatus again = in(state);
         again.attempt = 2;
-        QVERIFY(TextReport::state(again).endsWith(", attempt 2\n"));
+        again.port = "tty\x1b";
+        const QString text = TextReport::state(again);
+        QVERIFY2(text.startsWith("tty\\x1b: ") && text.endsWith(", attempt 2\n"), qPrintable(text));
+    }
+
+    void saysProgress()
+    {
+        const CameraStatus status = uploading("tty\x1b", 100, 74.84);
+        QCOMPARE(TextReport::progress(status),
+                 QString("tty\\x1b: 100 of 400 packets, 74.8 a second\n"));
+        QCOMPARE(JsonReport::progress(status),
+                 QByteArray(R"({"event":"progress","packetCount":400,"packets":100,)"
+                            R"("packetsPerSecond":74.8,"port":"tty\u001b","schema":1,)"
+                            R"("secondsLeft":5})"
+                            "\n"));
     }
 
     void knowsWhatIsLeft()

@@ -122,8 +122,14 @@ private slots:
     {
         QFETCH(QByteArray, bytes);
         ask(1);
+        m_line->pass(1000);
         m_line->send(bytes);
         QCOMPARE(events(), QString());
+        // Nor does the camera get more time for it, or less.
+        m_line->pass(999);
+        QCOMPARE(events(), QString());
+        m_line->pass(1);
+        QCOMPARE(events(), QString("timed out"));
     }
 
     void ignoresWhatComesUnasked()

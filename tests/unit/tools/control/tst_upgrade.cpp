@@ -229,7 +229,9 @@ private slots:
         QVector<State> states;
         connect(m_upgrade.get(), &Upgrade::stateChanged, this,
                 [this, seen = &states] { *seen += m_upgrade->state(); });
+        const QSignalSpy progressed(m_upgrade.get(), &Upgrade::progressed);
         upload();
+        QCOMPARE(progressed.size(), 3);
         m_line->pass(1000);
         m_line->send(Hex::raisedHelloReply());
         QCOMPARE(
