@@ -140,6 +140,10 @@ class Settings(ControlProgram):
         self.assertEqual(self.run_control("save", port, "my.json").returncode, 0)
         self.assertEqual((self.folder / "my.json").read_text(encoding="utf-8"), SETTINGS_FILE)
         self.assertEqual(self.run_control("save", port, "-").stdout, SETTINGS_FILE)
+        # As JSON, nothing but events.
+        self.assertEqual(self.results("save", port, "-")[port]["settings"],
+                         {key: value for key, value in json.loads(SETTINGS_FILE).items()
+                          if key != "corvane-settings"})
 
     def test_gives_ten_cameras_the_settings_of_one(self) -> None:
         master = self.camera("--settings", "2,9,1,0,3")
@@ -176,6 +180,20 @@ class Settings(ControlProgram):
         # The value of the low byte counts as signed.
         self.assertEqual(self.run_control("zoom", "1", port).stdout, f"{port}: zoom 1 is 144\n")
         self.assertEqual(self.run_control("zoom", "2", port).stdout, f"{port}: zoom 2 is 25\n")
+
+    def test_opens_the_port_as_corvane_does(self) -> None:
+        master, slave = pty.openpty()
+        self.addCleanup(os.close, master)
+        self.addCleanup(os.close, slave)
+        with subprocess.Popen([CONTROL, "info", os.ttyname(slave)], stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL) as process:
+            self.assertEqual(os.read(master, 13).hex(), "ffff0a4101060706090116007f")
+            incoming, _, control, _, *speeds, _ = termios.tcgetattr(slave)
+            process.terminate()
+        self.assertEqual(speeds, [termios.B115200] * 2)
+        self.assertEqual(control & termios.CSIZE, termios.CS8)
+        self.assertFalse(control & (termios.CSTOPB | termios.CRTSCTS))
+        self.assertFalse(incoming & (termios.IXON | termios.IXOFF | termios.ICRNL))
 
     def test_says_why_no_camera_answers(self) -> None:
         silent, good = self.camera("--silent").port, self.camera().port
@@ -226,6 +244,8 @@ class Upgrades(ControlProgram):
                 else:
                     self.assertEqual(result["outcome"], "failed")
                     self.assertTrue(result["sentence"].endswith("."))
+                if kind == "hang-up":
+                    self.assertEqual(result["reason"], "hung-up")
         self.assertFalse(done & FATAL)
         if direction == "reply":
             self.assertLessEqual(HARMLESS, done)
@@ -289,6 +309,9 @@ class Upgrades(ControlProgram):
                 self.assertEqual(result.returncode, 1)
                 self.assertTrue(result.stderr.startswith(f"corvanectl: {name}: {reason}"),
                                 result.stderr)
+                code, events = self.events("upgrade", name, port)
+                self.assertEqual((code, [event["event"] for event in events], events[-1]["exitCode"]),
+                                 (1, ["note", "end"], 1))
 
     def test_asks_no_camera_when_the_settings_cannot_be_saved(self) -> None:
         camera = self.camera("--silent")
@@ -356,17 +379,39 @@ class OutputAndSignals(ControlProgram):
         self.assertEqual(events[-1]["exitCode"], 130)
 
     def test_finishes_the_upload_before_a_signal_ends_it(self) -> None:
-        for number in (signal.SIGTERM, signal.SIGHUP):
+        for number, later in ((signal.SIGTERM, signal.SIGHUP), (signal.SIGHUP, signal.SIGTERM)):
             with self.subTest(number), self.slow_upgrade(3_000) as process:
                 process.send_signal(number)
                 note = next(json.loads(line) for line in process.stdout if '"note"' in line)
                 self.assertIn("Ends once the uploads", note["text"])
+                process.send_signal(later)
                 self.assertIsNone(process.poll())
                 self.assertIsNone(self.slow_camera.firmware())
                 events = [json.loads(line) for line in process.stdout]
                 self.assertEqual(process.wait(PATIENCE), 128 + number)
                 self.assertEqual(self.slow_camera.firmware(), self.firmware)
                 self.assertEqual(events[-1]["exitCode"], 128 + number)
+
+    def test_abandons_nothing_when_the_second_interrupt_comes_late(self) -> None:
+        with self.slow_upgrade() as process:
+            for _ in range(2):
+                process.send_signal(signal.SIGINT)
+                note = next(json.loads(line) for line in process.stdout if '"note"' in line)
+                self.assertIn("Press Ctrl+C again", note["text"])
+                time.sleep(3.1)
+            self.assertIsNone(process.poll())
+
+    def test_makes_no_more_attempts_after_a_signal(self) -> None:
+        path, _ = self.image(300)
+        # Would go on for more than a minute.
+        port = self.camera("--faults", ",".join(f"drop@reply:{n}" for n in range(3, 13))).port
+        with subprocess.Popen([CONTROL, "--json", "upgrade", "--attempts", "10", path, port],
+                              stdout=subprocess.PIPE, text=True) as process:
+            next(line for line in process.stdout if '"uploading"' in line)
+            process.send_signal(signal.SIGTERM)
+            events = [json.loads(line) for line in process.stdout]
+            self.assertEqual(process.wait(PATIENCE), 143)
+        self.assertLess(events[-2]["attempts"], 10)
 
     def test_ends_at_once_while_nothing_is_uploading(self) -> None:
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
@@ -389,19 +434,38 @@ class OutputAndSignals(ControlProgram):
             process.stdout.close()
             errors = process.stderr.read()
             self.assertEqual(process.wait(PATIENCE), 4)
-        self.assertIn(b"standard output: Broken pipe", errors)
+        self.assertEqual(errors.count(b"standard output: Broken pipe"), 1, errors)
         self.assertEqual(camera.firmware(), firmware)
 
-    def on_terminal(self, columns: int, *arguments: str, **environment: str) -> tuple[int, str]:
-        """The exit code, and what came out of a terminal."""
+    def test_waits_for_a_reader_that_is_slow(self) -> None:
+        port = self.camera("--settings", "2,9,1,0,3").port
+        reading, writing = os.pipe()
+        before = b"x" * fcntl.fcntl(writing, fcntl.F_GETPIPE_SZ)
+        os.write(writing, before)
+        with subprocess.Popen([CONTROL, "info", port], stdout=writing) as process:
+            os.close(writing)
+            # It has its answer long before.
+            with self.assertRaises(subprocess.TimeoutExpired):
+                process.wait(1)
+            with open(reading, "rb") as pipe:
+                self.assertEqual(pipe.read().removeprefix(before).decode(), INFO.format(port=port))
+            self.assertEqual(process.wait(PATIENCE), 0)
+
+    def on_terminal(self, columns: int, *arguments: str, interrupt: bytes | None = None,
+                    **environment: str) -> tuple[int, str]:
+        """The exit code, and what came out of a terminal; Ctrl+C follows that text, once."""
         master, slave = pty.openpty()
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
         output = bytearray()
 
         def read() -> None:
+            nonlocal interrupt
             with contextlib.suppress(OSError):
                 while data := os.read(master, 4096):
                     output.extend(data)
+                    if interrupt is not None and interrupt in output:
+                        interrupt = None
+                        process.send_signal(signal.SIGINT)
 
         process = subprocess.Popen(
             [CONTROL, *arguments], stdout=slave, stderr=slave, cwd=self.folder,
@@ -461,9 +525,40 @@ class OutputAndSignals(ControlProgram):
 
     def test_keeps_colours_away(self) -> None:
         path, _ = self.image(300)
-        text = self.on_terminal(80, "upgrade", path, self.camera().port, NO_COLOR="1")[1]
-        self.assertIn("done", text)
-        self.assertNotRegex(text, r"\x1b\[\d+m")
+        for variable, has_colours in (("1", False), ("", True)):
+            with self.subTest(variable):
+                port = self.camera().port
+                text = self.on_terminal(80, "upgrade", path, port, NO_COLOR=variable)[1]
+                self.assertIn("done", text)
+                self.assertEqual("\x1b[32m" in text, has_colours)
+
+    def test_redraws_nothing_on_a_terminal_that_cannot(self) -> None:
+        path, _ = self.image(300)
+        for terminal in ("dumb", ""):
+            with self.subTest(terminal):
+                port = self.camera().port
+                text = self.on_terminal(80, "upgrade", path, port, TERM=terminal)[1]
+                self.assertTrue(text.startswith(f"{port}: announcing\r\n"), text)
+                self.assertNotIn("\x1b", text)
+
+    def test_redraws_only_what_has_changed(self) -> None:
+        path, _ = self.image(100)
+        # It restarts for a second at least, in which nothing happens.
+        text = self.on_terminal(80, "upgrade", path, self.camera().port)[1]
+        changes = ("announcing", "uploading", "one packet", "rebooting", "done")
+        self.assertLessEqual(text.count("\x1b[1A"), len(changes))
+
+    def test_writes_a_note_above_the_redrawn_lines(self) -> None:
+        path, _ = self.image(1_000)
+        port = self.camera("--delay", "50").port
+        text = self.on_terminal(200, "upgrade", path, port, interrupt=b"uploading")[1]
+        screen = Screen(10_000)
+        screen.take(text)
+        note, drawn, result, end = screen.lines
+        self.assertIn("Press Ctrl+C again", note)
+        self.assertTrue(drawn.startswith(f"{port} done"), drawn)
+        self.assertTrue(result.startswith(f"{port}: upgraded"), result)
+        self.assertEqual(end, "")
 
     def test_prints_a_line_for_each_event_elsewhere(self) -> None:
         path, _ = self.image(300)
@@ -491,6 +586,14 @@ class ListedPorts(ControlProgram):
         code, text = self.on_adapter("list", "--probe", options=("--silent",))
         self.assertEqual(code, 3)
         self.assertIn("\n  no camera: Nothing at all came back within 5 s.\n", text)
+
+    def test_lists_ports_in_the_order_of_their_numbers(self) -> None:
+        port = f"ttyCONTROL{os.getpid()}n"
+        result = subprocess.run(
+            [SIMULATOR, "--quiet", "--cameras", "3", "--port", port + "9", "--",
+             CONTROL, "list"],
+            capture_output=True, text=True, check=True, timeout=PATIENCE)
+        self.assertEqual(re.findall(rf"^{port}(\d+):", result.stdout, re.M), ["9", "10", "11"])
 
     def test_finds_all_cameras(self) -> None:
         path, _ = self.image(300)
