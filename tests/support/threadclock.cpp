@@ -6,14 +6,27 @@
 #include <QDeadlineTimer>
 #include <QThread>
 
-#include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
 
 #include <dlfcn.h>
 
 namespace {
 
-std::atomic<ThreadClock *> current{nullptr};
+/// Outlives each clock, since other threads may be in a pause when a clock goes.
+struct Shared {
+    std::mutex mutex; ///< guards the rest, and the members of the clock
+    std::condition_variable released;
+    ThreadClock *clock = nullptr;
+    int held = 0;
+};
+
+Shared &shared()
+{
+    static Shared result;
+    return result;
+}
 
 } // namespace
 
@@ -34,17 +47,20 @@ bool QThread::wait(QDeadlineTimer deadline)
 
 ThreadClock::ThreadClock()
 {
-    current = this;
+    const std::lock_guard lock(shared().mutex);
+    shared().clock = this;
 }
 
 ThreadClock::~ThreadClock()
 {
-    current = nullptr;
+    const std::lock_guard lock(shared().mutex);
+    shared().clock = nullptr;
+    shared().released.notify_all();
 }
 
 QList<unsigned long> ThreadClock::pauses() const
 {
-    const std::lock_guard lock(m_mutex);
+    const std::lock_guard lock(shared().mutex);
     QList<unsigned long> pauses;
     for (const Pause &pause : m_pauses) {
         pauses << pause.milliseconds;
@@ -54,7 +70,7 @@ QList<unsigned long> ThreadClock::pauses() const
 
 QList<unsigned long> ThreadClock::ownPauses() const
 {
-    const std::lock_guard lock(m_mutex);
+    const std::lock_guard lock(shared().mutex);
     QList<unsigned long> pauses;
     for (const Pause &pause : m_pauses) {
         if (pause.isOwn) {
@@ -66,47 +82,52 @@ QList<unsigned long> ThreadClock::ownPauses() const
 
 void ThreadClock::clear()
 {
-    const std::lock_guard lock(m_mutex);
+    const std::lock_guard lock(shared().mutex);
     m_pauses.clear();
 }
 
 void ThreadClock::holdOthers()
 {
-    const std::lock_guard lock(m_mutex);
+    const std::lock_guard lock(shared().mutex);
     m_holdsOthers = true;
 }
 
-bool ThreadClock::isHolding() const
+bool ThreadClock::isHolding()
 {
-    const std::lock_guard lock(m_mutex);
-    return m_held > 0;
+    const std::lock_guard lock(shared().mutex);
+    return shared().held > 0;
 }
 
 void ThreadClock::pause(unsigned long milliseconds)
 {
-    if (ThreadClock *const clock = current) {
-        const bool isOwn = std::this_thread::get_id() == clock->m_owner;
-        {
-            std::unique_lock lock(clock->m_mutex);
+    std::function<void()> atPause;
+    {
+        std::unique_lock lock(shared().mutex);
+        if (ThreadClock *const clock = shared().clock) {
+            const bool isOwn = std::this_thread::get_id() == clock->m_owner;
             clock->m_pauses << Pause{isOwn, milliseconds};
-            if (!isOwn && clock->m_holdsOthers) {
-                ++clock->m_held;
-                clock->m_released.wait(lock, [clock] { return !clock->m_holdsOthers; });
-                --clock->m_held;
+            if (isOwn) {
+                atPause = clock->atOwnPause;
+            } else {
+                ++shared().held;
+                shared().released.wait(lock, [] {
+                    return shared().clock == nullptr || !shared().clock->m_holdsOthers;
+                });
+                --shared().held;
             }
         }
-        if (isOwn && clock->atOwnPause) {
-            clock->atOwnPause();
-        }
+    }
+    if (atPause) {
+        atPause();
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 void ThreadClock::release()
 {
-    if (ThreadClock *const clock = current) {
-        const std::lock_guard lock(clock->m_mutex);
-        clock->m_holdsOthers = false;
-        clock->m_released.notify_all();
+    const std::lock_guard lock(shared().mutex);
+    if (shared().clock != nullptr) {
+        shared().clock->m_holdsOthers = false;
     }
+    shared().released.notify_all();
 }

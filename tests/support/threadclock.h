@@ -5,9 +5,7 @@
 
 #include <QList>
 
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <thread>
 
 /// A clock of the test's own for what threads sleep. A pause takes a millisecond, however long it
@@ -32,7 +30,7 @@ public:
     /// is waited for.
     void holdOthers();
     static void release();
-    bool isHolding() const;
+    static bool isHolding();
 
     std::function<void()> atOwnPause;
 
@@ -46,9 +44,6 @@ private:
     };
 
     const std::thread::id m_owner = std::this_thread::get_id();
-    mutable std::mutex m_mutex;
-    std::condition_variable m_released;
     QList<Pause> m_pauses;
     bool m_holdsOthers = false;
-    int m_held = 0;
 };

@@ -224,7 +224,7 @@ private slots:
         clock.holdOthers();
         auto window = std::make_unique<MainWindow>();
         window->show();
-        QTRY_VERIFY(clock.isHolding());
+        QTRY_VERIFY(ThreadClock::isHolding());
         clock.clear();
         window.reset();
         QCOMPARE(clock.pauses(), QList<unsigned long>());
@@ -236,7 +236,7 @@ private slots:
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
         clock.holdOthers();
-        QTRY_VERIFY(clock.isHolding());
+        QTRY_VERIFY(ThreadClock::isHolding());
         {
             const QSignalBlocker blocker(fixture.port());
             fixture.line.send(Frames::rebootAcknowledgement());

@@ -83,7 +83,7 @@ private slots:
             } else {
                 parser.start();
             }
-            QTRY_VERIFY(clock.isHolding());
+            QTRY_VERIFY(ThreadClock::isHolding());
             buffer.append(QByteArray(kBytes, '\0'));
             clock.clear();
         }
