@@ -68,7 +68,12 @@ bool ProgramFixture::startUpgrade()
         && corvane.waitUntil("the page is shown",
                              [this] { return corvane.index("tabWidget") == 1; })
         && corvane.type("lineEdit_firmware", path("image"))
-        && corvane.waitForEnabled("pushButton_start_upgrade")
+        && corvane.waitUntil("the upgrade can start, or the line is lost",
+                             [this] {
+                                 return corvane.isEnabled("pushButton_start_upgrade")
+                                     || corvane.isEnabled("pushButton_connect");
+                             })
+        && corvane.isEnabled("pushButton_start_upgrade")
         && corvane.click("pushButton_start_upgrade");
 }
 
