@@ -20,7 +20,7 @@ struct ReportedPort {
     KernelLines kernel;
 };
 
-/// With a member for each of its own.
+/// An object with one member for each of the identity's.
 QJsonObject jsonObject(const PortIdentity &identity);
 
 /// What is in a report, for the people who send it.

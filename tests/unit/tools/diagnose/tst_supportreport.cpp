@@ -31,7 +31,7 @@ private slots:
               "6,816,9,c,more=1;lost ttyUSB1.",
               {"[0.000009] lost ttyUSB1."}},
              {"another port", "6,817,9,-;attached to ttyUSB10", {}},
-             {"a hub behind it", "6,818,9,-;usb 1-1.2.3: new device", {}},
+             {"a device on a hub there", "6,818,9,-;usb 1-1.2.3: new device", {}},
              {"another bus", "6,819,9,-;usb 11-1.2: new device", {}},
              {"something else", "6,820,9,-;eth0: link up", {}},
              {"what a line is about", " DEVICE=+usb:1-1.2", {}},
