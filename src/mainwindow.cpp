@@ -7,6 +7,7 @@
 #include "firmwareimage.h"
 #include "firmwarepacket.h"
 #include "hangupdetector.h"
+#include "progressannouncer.h"
 #include "readablelook.h"
 #include "requestpayload.h"
 #include "resultannouncer.h"
@@ -39,6 +40,7 @@ MainWindow::MainWindow(QWidget *parent)
     updateSettings();
     new ResultAnnouncer(ui->textEdit_device_info);
     new ResultAnnouncer(ui->textEdit_firmware_info);
+    new ProgressAnnouncer(ui->progressBar_updating);
     markFocusAndChoice(this);
 
     m_statusLabel = new QLabel;

@@ -3,28 +3,25 @@
 
 #pragma once
 
+#include "announcer.h"
+
 #include <QTextEdit>
 #include <QTimer>
 
-/// Lets a screen reader speak what appears in a text pane while the focus is elsewhere.
-///
-/// To screen readers each text is a notification that is shown. Without a screen reader nothing
-/// happens. GUI thread only.
-class ResultAnnouncer : public QObject {
+/// Lets a screen reader speak what appears in a text pane while the focus is elsewhere. GUI thread
+/// only.
+class ResultAnnouncer : public Announcer {
     Q_OBJECT
 
 public:
     /// @param pane  becomes the parent
     explicit ResultAnnouncer(QTextEdit *pane);
 
-    /// What was announced last.
-    QString text() const { return m_text; }
-
 private slots:
-    void announce();
+    void noteChange();
+    void announceText();
 
 private:
     QTextEdit *const m_pane;
-    QTimer m_settled; ///< ends when the pane has all the lines that it gets at once
-    QString m_text;
+    QTimer m_settled; ///< ends when nothing has changed for a while
 };

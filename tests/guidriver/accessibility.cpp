@@ -45,9 +45,6 @@ void hear(QAccessibleEvent *event)
         event->type() == QAccessible::NameChanged && source->role() == QAccessible::StaticText;
     if (isNotification || isLabel) {
         heardTexts() << name;
-    } else if (event->type() == QAccessible::ValueChanged
-               && source->role() == QAccessible::ProgressBar) {
-        heardTexts() << name + ": " + source->valueInterface()->currentValue().toString();
     }
 }
 

@@ -4,6 +4,7 @@
 #include "mainwindow.h"
 
 #include "patience.h"
+#include "progressannouncer.h"
 #include "recordingtranslator.h"
 #include "resultannouncer.h"
 #include "rows.h"
@@ -12,6 +13,7 @@
 #include <QAbstractItemView>
 #include <QAccessible>
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QImage>
 #include <QLabel>
 #include <QStatusBar>
@@ -283,8 +285,12 @@ private slots:
         WindowFixture fixture;
         auto *const pane = fixture.child<QTextEdit>("textEdit_device_info");
         auto *const announcer = pane->findChild<ResultAnnouncer *>();
+        QElapsedTimer clock;
+        clock.start();
         pane->setPlainText("some text");
         QTRY_COMPARE(announcer->text(), QString("some text"));
+        // Earlier, a screen reader may still have much to read. Coarse timers may be early.
+        QVERIFY(clock.elapsed() >= 450);
 
         const auto *const notification = QAccessible::queryAccessibleInterface(announcer);
         QCOMPARE(notification->role(), QAccessible::Notification);
@@ -296,6 +302,40 @@ private slots:
         QVERIFY(notification->child(0) == nullptr);
         QCOMPARE(notification->indexOfChild(notification->parent()), -1);
         QVERIFY(!notification->state().invisible);
+    }
+
+    void theUploadHasAnAnnouncer()
+    {
+        const WindowFixture fixture;
+        const auto *const bar = fixture.child<QProgressBar>("progressBar_updating");
+        QVERIFY(bar->findChild<ProgressAnnouncer *>() != nullptr);
+    }
+
+    void progressIsAnnouncedFromTimeToTime_data()
+    {
+        QTest::addColumn<int>("pause"); // milliseconds
+        QTest::addColumn<QStringList>("announced");
+        QTest::newRow("no pause") << 0
+                                  << QStringList({"Upload: 42 %", "Upload: 85 %", "Upload: 64 %"});
+        QTest::newRow("a pause longer than the uploads") << 3'600'000 << QStringList();
+    }
+
+    void progressIsAnnouncedFromTimeToTime()
+    {
+        QFETCH(const int, pause);
+        QProgressBar bar;
+        bar.setAccessibleName("Upload");
+        const ProgressAnnouncer announcer(&bar, std::chrono::milliseconds(pause));
+        QStringList announced;
+        bar.setRange(0, 300);
+        for (const int value : {0, 1, 128, 256, 300, 0, 1, 192, 300}) {
+            const QString before = announcer.text();
+            bar.setValue(value);
+            if (announcer.text() != before) {
+                announced << announcer.text();
+            }
+        }
+        QTEST(announced, "announced");
     }
 
     void closesThePortBeforeItStopsTheParser()
