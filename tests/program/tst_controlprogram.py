@@ -583,9 +583,11 @@ class ListedPorts(ControlProgram):
         self.assertEqual(
             self.on_adapter("list", "--probe"),
             (0, "PORT: USB Serial, USB 1209:0001\n  a camera of version 1.0.0.6\n"))
-        code, text = self.on_adapter("list", "--probe", options=("--silent",))
+        code, text = self.on_adapter("--json", "list", "--probe", options=("--silent",))
         self.assertEqual(code, 3)
-        self.assertIn("\n  no camera: Nothing at all came back within 5 s.\n", text)
+        result = json.loads(text.splitlines()[-2])
+        self.assertEqual(result["sentence"], "Nothing at all came back within 5 s.")
+        self.assertIn("The ports that there are: PORT (USB Serial).", result["remedy"])
 
     def test_lists_ports_in_the_order_of_their_numbers(self) -> None:
         port = f"ttyCONTROL{os.getpid()}n"

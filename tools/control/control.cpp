@@ -212,10 +212,12 @@ bool Control::findPorts()
 /// Opens all before the first byte goes out, so that what cannot be done is known by then.
 void Control::openPorts()
 {
+    const QStringList ports = listedPorts();
     QVector<PortFinding> findings;
     for (Camera &camera : m_cameras) {
         camera.line = std::make_unique<SerialLine>(camera.port.name);
         findings += camera.line->open();
+        findings.last().ports = ports;
     }
     if (m_command.kind == Kind::Upgrade) {
         refuseSharedPorts(&findings);
