@@ -45,6 +45,7 @@ bool isAtLeast(const QString &version, const QString &other)
         });
 }
 
+/// Of an upgrade that goes on.
 CameraStatus::State stateOf(Upgrade::State state)
 {
     switch (state) {
@@ -57,9 +58,8 @@ CameraStatus::State stateOf(Upgrade::State state)
     case Upgrade::State::Rebooting:
         return CameraStatus::State::Rebooting;
     case Upgrade::State::Done:
-        return CameraStatus::State::Done;
     case Upgrade::State::Failed:
-        return CameraStatus::State::Failed;
+        break;
     }
     Q_UNREACHABLE();
 }
@@ -110,8 +110,8 @@ CameraJob::CameraJob(Line &line, const CameraOrder &order, PortFinding finding, 
 {
     m_result.port = m_finding.port;
     connect(&line, &Line::received, this, [this](const QByteArray &bytes) {
-        if (m_step == Step::Hello) {
-            m_observation.take(bytes, milliseconds(0));
+        if (m_upgrade == nullptr) {
+            m_observation.take(bytes, {});
         }
     });
     connect(&m_conversation, &Conversation::answered, this, &CameraJob::take);
@@ -151,7 +151,7 @@ void CameraJob::abandon()
 
 void CameraJob::makeNoMoreAttempts()
 {
-    if (m_upgrade != nullptr && !m_hasEnded) {
+    if (m_upgrade != nullptr) {
         m_upgrade->makeNoMoreAttempts();
     }
 }
@@ -160,8 +160,12 @@ CameraStatus CameraJob::status() const
 {
     CameraStatus status;
     status.port = m_finding.port;
-    if (m_upgrade != nullptr) {
+    if (m_hasEnded) {
+        status.state = stateOf(m_result.outcome);
+    } else if (m_upgrade != nullptr) {
         status.state = stateOf(m_upgrade->state());
+    }
+    if (m_upgrade != nullptr) {
         status.attempt = m_upgrade->attempt();
         status.packets = m_upgrade->packetsAcknowledged();
         status.packetCount = m_upgrade->packetCount();
@@ -170,9 +174,6 @@ CameraStatus CameraJob::status() const
             constexpr double kMillisecondsPerSecond = 1000.0;
             status.packetsPerSecond = status.packets * kMillisecondsPerSecond / elapsed;
         }
-    }
-    if (m_hasEnded) {
-        status.state = stateOf(m_result.outcome);
     }
     return status;
 }
@@ -203,8 +204,6 @@ void CameraJob::take(const QByteArray &frame)
     case Step::Zoom:
         m_result.zoom = DeviceReply(frame).customZoom();
         end(Outcome::Done);
-        break;
-    case Step::Upgrade:
         break;
     }
 }
@@ -331,7 +330,7 @@ void CameraJob::upgrade()
         end(Outcome::Done);
         return;
     }
-    m_step = Step::Upgrade;
+    // From here on, the upgrade listens to it.
     m_conversation.disconnect(this);
     m_upgrade = std::make_unique<Upgrade>(m_conversation, plan, m_result.version);
     connect(m_upgrade.get(), &Upgrade::stateChanged, this, &CameraJob::followUpgrade);
@@ -409,8 +408,6 @@ void CameraJob::handleTimeOut()
              QStringLiteral("The camera has not acknowledged the zoom preset within 2 s."),
              diagnosis});
         break;
-    case Step::Upgrade:
-        break;
     }
 }
 
@@ -422,7 +419,7 @@ void CameraJob::handleLoss(const QString &reason)
     m_isCamera = m_step != Step::Hello;
     m_finding.kind = PortFinding::Kind::HungUp;
     m_finding.systemText = reason;
-    end(Outcome::Failed, diagnose(m_finding, {}, milliseconds(0)).verdict);
+    end(Outcome::Failed, diagnose(m_finding, {}, {}).verdict);
 }
 
 void CameraJob::wouldSend(const QString &command, const QByteArray &payload, const QString &meaning)

@@ -68,11 +68,11 @@ private:
     void wouldSend(const QString &command, const QByteArray &payload, const QString &meaning);
     void end(CameraResult::Outcome outcome, const Verdict &reason = {});
 
-    enum class Step { Hello, Settings, SettingsCheck, Zoom, Upgrade };
+    enum class Step { Hello, Settings, SettingsCheck, Zoom }; ///< before an upgrade
 
     const CameraOrder &m_order;
     PortFinding m_finding;
-    Observation m_observation; ///< of what comes while HELLO is asked
+    Observation m_observation; ///< of what comes before an upgrade
     Conversation m_conversation;
     std::unique_ptr<Upgrade> m_upgrade;
     QElapsedTimer m_uploadClock;

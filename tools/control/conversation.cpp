@@ -55,7 +55,7 @@ void Conversation::ask(UARTControlCommand command, const QByteArray &payload,
 
 void Conversation::pause(std::chrono::milliseconds time)
 {
-    m_asked.reset();
+    stop();
     m_line.setAlarm(time);
 }
 
