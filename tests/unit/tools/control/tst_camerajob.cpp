@@ -9,14 +9,14 @@
 
 #include <memory>
 
-using Outcome = CameraResult::Outcome;
-
 /// What each command does with one camera, without a port and without waiting.
 class CameraJobTest : public QObject {
     Q_OBJECT
 
 private slots:
     void init() { m_order = {}; }
+
+    void cleanup() { QCOMPARE(m_steps.count("ended"), m_job->hasEnded() ? 1 : 0); }
 
     void asksFirst_data()
     {
@@ -47,9 +47,8 @@ private slots:
         start("info p");
         m_line->send(Hex::helloReply());
         QCOMPARE(outcome(), QString("done"));
-        QCOMPARE(m_job->result().version, QString("1.0.0.6"));
-        QCOMPARE(cameraSettingsPayload(*m_job->result().settings).toHex(),
-                 QByteArray("0101000101"));
+        QCOMPARE(result().version, QString("1.0.0.6"));
+        QCOMPARE(cameraSettingsPayload(*result().settings).toHex(), QByteArray("0101000101"));
         QCOMPARE(m_line->written(), Hex::hello());
         QVERIFY(!m_line->hasAlarm());
     }
@@ -78,14 +77,23 @@ private slots:
         QVERIFY(!m_job->isCamera());
     }
 
+    void countsWhatCame()
+    {
+        start("info p");
+        m_line->send("01 02 03");
+        m_line->pass(5000);
+        QCOMPARE(result().reason.sentence,
+                 QString("3 bytes came, but no frame. The first: 01 02 03."));
+    }
+
     void refusesAShortReport()
     {
         start("info p");
         m_line->send("FF FF 0E 41 01 06 07 06 09 05 16 00 01 00 00 06 8E");
         QCOMPARE(outcome(), QString("failed: answer-short"));
-        QCOMPARE(m_job->result().reason.sentence,
+        QCOMPARE(advice(),
                  QString("The camera answered, but its answer is too short: 17 bytes instead of "
-                         "26."));
+                         "26. Its firmware is older or newer than this program knows."));
         QVERIFY(m_job->isCamera());
     }
 
@@ -123,9 +131,18 @@ private slots:
         m_line->send(acknowledgement);
         m_line->send(acknowledgement.isEmpty() ? panning("55", "E5") : panning("16", "A6"));
         QCOMPARE(outcome(), QString("failed: not-taken"));
-        QCOMPARE(m_job->result().reason.sentence,
+        QCOMPARE(advice(),
                  QString("The camera acknowledged the settings, but has not taken all: "
-                         "target-missing is preset-7, not preset-6; auto-zoom is off, not on."));
+                         "target-missing is preset-7, not preset-6; auto-zoom is off, not on. Try "
+                         "again. If it stays so, the camera does not know that setting."));
+    }
+
+    void asksOnlyOnceWhatTheCameraHas()
+    {
+        start("apply f p");
+        m_line->send(Frames::settingsAcknowledgement().toHex());
+        m_line->send("FF FF 0A 41 01 06 07 06 09 05 16 00 83");
+        QCOMPARE(outcome(), QString("failed: not-taken"));
     }
 
     void setsSomeAndKeepsTheOthers()
@@ -148,8 +165,10 @@ private slots:
         start("diff f p");
         m_line->send(Hex::helloReply());
         QCOMPARE(outcome(), QString("failed: differs"));
-        QCOMPARE(m_job->result().reason.sentence,
-                 QString("The camera's auto-zoom is on, not off."));
+        QCOMPARE(advice(),
+                 QString("The camera's auto-zoom is on, not off. \"corvanectl apply\" gives it the "
+                         "settings of the file."));
+        QCOMPARE(m_line->written(), Hex::hello());
     }
 
     void savesOnlyWhatHasWords()
@@ -163,9 +182,10 @@ private slots:
         m_line->send(
             "FF FF 17 41 01 06 07 06 09 05 16 00 01 00 00 06 0C 00 00 00 00 01 01 01 01 A7");
         QCOMPARE(outcome(), QString("failed: no-word"));
-        QCOMPARE(m_job->result().reason.sentence,
+        QCOMPARE(advice(),
                  QString("The camera reports a setting that a file has no word for: target-missing "
-                         "is unknown (12)."));
+                         "is unknown (12). Set it with \"corvanectl set\" first."));
+        QCOMPARE(m_line->written(), Hex::hello());
     }
 
     void setsZoomPresets_data()
@@ -182,17 +202,19 @@ private slots:
         QTEST(m_line->written(), "request");
         m_line->send(Hex::zoomReply());
         QCOMPARE(outcome(), QString("done"));
-        QCOMPARE(m_job->result().zoom.value_or(0), 100);
+        QCOMPARE(result().zoom.value_or(0), 100);
     }
 
     void failsWithoutAcknowledgement_data()
     {
         addRows<QString, int, QString>(
-            {"line", "limit", "sentence"},
+            {"line", "limit", "advice"},
             {{"settings", "apply f p", 5000,
-              "The camera has not acknowledged the settings within 5 s."},
+              "The camera has not acknowledged the settings within 5 s. Is the camera on, and is "
+              "this its port? \"corvane-diagnose p\" finds out more."},
              {"zoom", "zoom 1 p", 2000,
-              "The camera has not acknowledged the zoom preset within 2 s."}});
+              "The camera has not acknowledged the zoom preset within 2 s. Is the camera on, and "
+              "is this its port? \"corvane-diagnose p\" finds out more."}});
     }
 
     void failsWithoutAcknowledgement()
@@ -204,15 +226,24 @@ private slots:
         QVERIFY(!m_job->hasEnded());
         m_line->pass(1);
         QCOMPARE(outcome(), QString("failed: not-acknowledged"));
-        QTEST(m_job->result().reason.sentence, "sentence");
+        QTEST(advice(), "advice");
+    }
+
+    void failsWhenTheLineIsLost_data()
+    {
+        addRows<QString, bool>({"line", "isCamera"},
+                               {{"while it is open whether there is one", "zoom 1 --all", false},
+                                {"afterwards", "zoom 1 p", true}});
     }
 
     void failsWhenTheLineIsLost()
     {
-        start("info p");
+        QFETCH(QString, line);
+        start(line);
         emit m_line->lost("No such device");
         QCOMPARE(outcome(), QString("failed: hung-up"));
-        QVERIFY(m_job->result().reason.sentence.contains("No such device"));
+        QVERIFY(result().reason.sentence.contains("No such device"));
+        QTEST(m_job->isCamera(), "isCamera");
     }
 
     void upgrades()
@@ -222,38 +253,81 @@ private slots:
         QVERIFY(m_job->isUploading());
         m_line->send(Hex::announcementReply());
         QCOMPARE(m_line->written(), Hex::smallPacket());
-        QCOMPARE(stateName(m_job->status().state), QString("uploading"));
         m_line->send(Hex::packetReply());
-        QCOMPARE(stateName(m_job->status().state), QString("rebooting"));
         QVERIFY(!m_job->isUploading());
         m_line->pass(1000);
         m_line->send(Hex::raisedHelloReply());
         QCOMPARE(outcome(), QString("done"));
-        QCOMPARE(m_job->result().version, QString("1.0.0.6"));
-        QCOMPARE(m_job->result().versionAfter, QString("1.0.0.7"));
-        QCOMPARE(m_job->result().imageVersion, QString("1.0.0.7"));
-        QCOMPARE(m_job->result().attempts, 1);
+        QCOMPARE(result().version, QString("1.0.0.6"));
+        QCOMPARE(result().versionAfter, QString("1.0.0.7"));
+        QCOMPARE(result().imageVersion, QString("1.0.0.7"));
+        QCOMPARE(result().attempts, 1);
+        QCOMPARE(m_steps,
+                 (QStringList{"announcing 1, 0 of 1", "uploading 1, 0 of 1", "progressed",
+                              "rebooting 1, 1 of 1", "ended"}));
+    }
+
+    void startsAFailedUploadAgain()
+    {
+        startUpgrade("upgrade i p", "1.0.0.7", "\1\2\3", 2);
+        m_line->pass(5000);
+        QCOMPARE(outcome(), QString("has not ended"));
+        m_line->pass(3000);
+        m_line->pass(5000);
+        QCOMPARE(outcome(), QString("failed: not-announced"));
+        QCOMPARE(result().attempts, 2);
+        QCOMPARE(m_steps,
+                 (QStringList{"announcing 1, 0 of 1", "pausing 1, 0 of 1", "announcing 2, 0 of 1",
+                              "ended"}));
+    }
+
+    void makesNoMoreAttemptsWhenAsked()
+    {
+        start("info p");
+        m_job->makeNoMoreAttempts();
+        QCOMPARE(outcome(), QString("has not ended"));
+
+        startUpgrade("upgrade i p", "1.0.0.7", "\1\2\3", 2);
+        m_job->makeNoMoreAttempts();
+        m_line->pass(5000);
+        QCOMPARE(outcome(), QString("failed: not-announced"));
+    }
+
+    void saysWhereItIs()
+    {
+        start("info p");
+        QCOMPARE(step(), QString("asking 1, 0 of 0"));
+        QCOMPARE(m_job->status().port, QString("p"));
     }
 
     void upgradesOnlyToANewerVersion_data()
     {
-        // The camera runs 1.0.0.6.
-        addRows<QString, bool>({"image", "isNewer"},
-                               {{"the same", "1.0.0.6", false},
-                                {"older", "1.0.0.5", false},
-                                {"older at the front", "0.9.9.9", false},
-                                {"newer", "1.0.0.7", true},
-                                {"newer at the front", "2.0.0.0", true},
-                                {"hexadecimal", "1.0.0.a", true},
-                                {"a part of FF, which is shown as -1", "1.0.0.-1", true}});
+        // Of version 1.0.0.7f.
+        const QByteArray other =
+            "FF FF 17 41 01 06 07 06 09 05 16 00 01 00 00 7F 01 00 00 00 00 01 01 01 01 15";
+        addRows<QByteArray, QString, bool>(
+            {"camera", "image", "isNewer"},
+            {{"the same", Hex::helloReply(), "1.0.0.6", false},
+             {"older", Hex::helloReply(), "1.0.0.5", false},
+             {"older at the front", Hex::helloReply(), "0.9.9.9", false},
+             {"newer", Hex::helloReply(), "1.0.0.7", true},
+             {"newer at the front", Hex::helloReply(), "2.0.0.0", true},
+             {"hexadecimal", Hex::helloReply(), "1.0.0.f", true},
+             {"a part of FF, which is shown as -1", Hex::helloReply(), "1.0.0.-1", true},
+             {"a part of 80, which is shown as -80", other, "1.0.0.-80", true}});
     }
 
     void upgradesOnlyToANewerVersion()
     {
+        QFETCH(QByteArray, camera);
         QFETCH(QString, image);
-        startUpgrade("upgrade i p --newer-only", image);
+        startUpgrade("upgrade i p --newer-only", image, "\1\2\3", 1, camera);
         QTEST(m_job->isUploading(), "isNewer");
         QTEST(outcome() != "skipped: not-newer", "isNewer");
+        if (m_job->hasEnded()) {
+            QCOMPARE(advice(),
+                     QString("The camera runs version 1.0.0.6, and the image has %1.").arg(image));
+        }
     }
 
     void changesNothingInADryRun_data()
@@ -279,7 +353,7 @@ private slots:
         start(line);
         m_line->send(Hex::helloReply());
         QCOMPARE(outcome(), QString("done"));
-        QTEST(m_job->result().wouldSend.join("; "), "wouldSend");
+        QTEST(result().wouldSend.join("; "), "wouldSend");
         const QByteArray written = m_line->written();
         QVERIFY(written.isEmpty() || written == Hex::hello());
     }
@@ -287,11 +361,14 @@ private slots:
     void canBeAbandoned_data()
     {
         addRows<int, QString>(
-            {"replies", "sentence"},
-            {{"while asking", 0, "Ended before it was done."},
-             {"while uploading", 2, "The upload was abandoned after 0 of 1 packets."},
+            {"replies", "advice"},
+            {{"while asking", 0, "Ended before it was done. Run the command again."},
+             {"while uploading", 2,
+              "The upload was abandoned after 0 of 1 packets. The camera has an incomplete "
+              "firmware: leave it on, and upgrade it again."},
              {"while rebooting", 3,
-              "The camera has all packets, but has not been seen to run the new version."}});
+              "The camera has all packets, but has not been seen to run the new version. See with "
+              "\"corvanectl info\" which version it runs."}});
     }
 
     void canBeAbandoned()
@@ -304,17 +381,17 @@ private slots:
         for (int i = 0; i < replies; ++i) {
             m_line->send(all.at(i));
         }
-        const QSignalSpy ends(m_job.get(), &CameraJob::ended);
         m_job->abandon();
         QCOMPARE(outcome(), QString("failed: abandoned"));
-        QTEST(m_job->result().reason.sentence, "sentence");
+        QTEST(advice(), "advice");
         QVERIFY(!m_line->hasAlarm());
         // Whatever happens afterwards.
         emit m_line->lost("No such device");
         m_line->send(all.at(replies));
+        m_job->makeNoMoreAttempts();
         m_job->abandon();
-        QTEST(m_job->result().reason.sentence, "sentence");
-        QCOMPARE(ends.size(), 1);
+        QTEST(advice(), "advice");
+        QCOMPARE(m_steps.last(), QString("ended"));
     }
 
     // The times are real, so that they are compared with what passes here.
@@ -327,6 +404,7 @@ private slots:
         QElapsedTimer before;
         before.start();
         m_line->send(Hex::announcementReply());
+        QCOMPARE(m_job->status().packetsPerSecond, 0.0);
         QElapsedTimer after;
         after.start();
         m_line->send(Hex::packetReply());
@@ -336,12 +414,13 @@ private slots:
         // One packet; the clocks may be a millisecond apart.
         QVERIFY2(rate <= 1000 / (least - 1), qPrintable(QString::number(rate)));
         QVERIFY2(rate >= 1000 / (elapsed(before) + 1), qPrintable(QString::number(rate)));
+        // The time is known as soon as the upload is over.
+        connect(m_job.get(), &CameraJob::stateChanged, m_job.get(), [this] { m_job->abandon(); });
         m_line->send(Hex::packetReply());
         m_line->send(Hex::packetReply());
-        m_line->pass(1000);
-        m_line->send(Hex::raisedHelloReply());
-        QCOMPARE(outcome(), QString("done"));
-        const auto time = static_cast<double>(m_job->result().uploadTime.count());
+        QCOMPARE(m_steps.at(m_steps.size() - 2), QString("rebooting 1, 3 of 3"));
+        QCOMPARE(m_job->status().packetsPerSecond, 0.0);
+        const auto time = static_cast<double>(result().uploadTime.count());
         QVERIFY2(time >= least - 1 && time <= elapsed(before) + 1,
                  qPrintable(QString::number(time)));
     }
@@ -356,33 +435,57 @@ private:
         m_job.reset();
         m_line = std::make_unique<FakeLine>();
         m_job = std::make_unique<CameraJob>(*m_line, m_order, finding);
+        m_steps.clear();
+        connect(m_job.get(), &CameraJob::stateChanged, this, [this] { m_steps += step(); });
+        connect(m_job.get(), &CameraJob::progressed, this, [this] { m_steps += "progressed"; });
+        connect(m_job.get(), &CameraJob::ended, this, [this] {
+            m_steps += "ended";
+            m_result = m_job->result();
+        });
         m_job->start();
     }
 
     void startUpgrade(const QString &line, const QString &imageVersion,
-                      const QByteArray &firmware = "\1\2\3")
+                      const QByteArray &firmware = "\1\2\3", int attempts = 1,
+                      const QByteArray &camera = Hex::helloReply())
     {
-        m_order.upgrade.firmware = firmware;
-        m_order.upgrade.imageVersion = imageVersion;
+        m_order.upgrade = {firmware, imageVersion, attempts};
         start(line);
         m_line->written();
-        m_line->send(Hex::helloReply());
+        m_line->send(camera);
     }
+
+    QString step() const
+    {
+        const CameraStatus status = m_job->status();
+        return QString("%1 %2, %3 of %4")
+            .arg(stateName(status.state))
+            .arg(status.attempt)
+            .arg(status.packets)
+            .arg(status.packetCount);
+    }
+
+    /// As it was when the job ended.
+    const CameraResult &result() const { return m_result; }
 
     QString outcome() const
     {
         if (!m_job->hasEnded()) {
             return "has not ended";
         }
-        const CameraResult &result = m_job->result();
-        switch (result.outcome) {
-        case Outcome::Done:
-            return "done";
-        case Outcome::Skipped:
-            return "skipped: " + result.reason.id;
-        default:
-            return "failed: " + result.reason.id;
+        const QString state = stateName(m_job->status().state);
+        static const QStringList kOutcomes{"done", "skipped", "failed"};
+        const QString outcome = kOutcomes.at(static_cast<int>(m_result.outcome));
+        if (state != outcome || m_result.port != "p") {
+            return QString("%1 of %2, but %3").arg(outcome, m_result.port, state);
         }
+        return m_result.reason.id.isEmpty() ? outcome : outcome + ": " + m_result.reason.id;
+    }
+
+    /// Why it has not done what it was to do, and what helps.
+    QString advice() const
+    {
+        return QString("%1 %2").arg(m_result.reason.sentence, m_result.reason.remedy).trimmed();
     }
 
     /// A report with pan tracking, preset 7, upside down, no automatic zoom, custom offset.
@@ -395,6 +498,8 @@ private:
     CameraOrder m_order;
     std::unique_ptr<FakeLine> m_line;
     std::unique_ptr<CameraJob> m_job;
+    CameraResult m_result;
+    QStringList m_steps; ///< that the job has said
 };
 
 QTEST_GUILESS_MAIN(CameraJobTest)

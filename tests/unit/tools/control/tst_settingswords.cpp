@@ -121,11 +121,12 @@ private slots:
     void readsAFile()
     {
         QString fault;
-        // In any order and layout.
-        const auto settings = SettingsWords::fromFile(
+        // In any order and layout, up to the largest size.
+        const QByteArray contents =
             file(R"("zoom-offset":"custom","direction":"upside-down","auto-zoom":"off",
-                    "target-missing":"preset-7","auto-tracking":"pan")"),
-            &fault);
+                    "target-missing":"preset-7","auto-tracking":"pan")")
+                .leftJustified(1 << 16, ' ');
+        const auto settings = SettingsWords::fromFile(contents, &fault);
         QCOMPARE(fault, QString());
         QVERIFY(settings.has_value());
         QCOMPARE(cameraSettingsPayload(*settings).toHex(), QByteArray("0209010003"));
