@@ -89,6 +89,10 @@ public:
     int value(const QString &widget) { return stateOf(widget, "value").toInt(-1); }
     bool isChecked(const QString &widget) { return stateOf(widget, "checked").toBool(); }
     bool isEnabled(const QString &widget) { return stateOf(widget, "enabled").toBool(); }
+    /// Whether a button is narrower than its text needs.
+    bool isCut(const QString &button) { return stateOf(button, "cut").toBool(); }
+    /// Whether a window of the program is the one that the operator works in.
+    bool isActive() { return state()["active"].toBool(); }
     bool isListOpen() { return state()["list"].toBool(); }
     /// "title: text" of the message box that is open, or nothing.
     QString dialog() { return state()["dialog"].toString(); }

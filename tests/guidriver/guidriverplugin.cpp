@@ -67,6 +67,7 @@ QJsonObject stateOf(QWidget *widget)
     } else if (const auto *const button = qobject_cast<QAbstractButton *>(widget)) {
         state["text"] = button->text();
         state["checked"] = button->isChecked();
+        state["cut"] = button->width() < button->sizeHint().width();
     } else if (const auto *const edit = qobject_cast<QTextEdit *>(widget)) {
         state["text"] = edit->toPlainText();
     } else if (const auto *const line = qobject_cast<QLineEdit *>(widget)) {
@@ -303,6 +304,7 @@ QJsonObject GuiDriverAgent::state()
     state["desktop file"] = QGuiApplication::desktopFileName();
     state["icon"] = !QGuiApplication::windowIcon().availableSizes().isEmpty();
     state["list"] = QApplication::activePopupWidget() != nullptr;
+    state["active"] = QApplication::activeWindow() != nullptr;
     state["blocked"] = QApplication::activeModalWidget() != nullptr;
     if (const QMessageBox *const dialog = openDialog()) {
         state["dialog"] = dialog->windowTitle() + ": " + dialog->text();

@@ -125,7 +125,11 @@ Steps connecting()
 {
     return {
         {"start", "Start: the adapter is in the list of ports",
-         [](Stage &stage) { return stage.shows("comboBox_portlist", "ttyUSB0 (USB Serial)"); }},
+         [](Stage &stage) {
+             return stage.shows("comboBox_portlist", "ttyUSB0 (USB Serial)")
+                 && stage.waitUntil("the window is on the screen",
+                                    [&stage] { return stage.isActive(); });
+         }},
         list("port-list", "Open a list: the ports", "comboBox_portlist"),
         closeTheList(),
         list("baud-rate-list", "Open a list: the only baud rate", "comboBox_baudrate"),
