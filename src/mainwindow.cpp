@@ -42,6 +42,7 @@ MainWindow::MainWindow(QWidget *parent)
     new ResultAnnouncer(ui->textEdit_firmware_info);
     new ProgressAnnouncer(ui->progressBar_updating);
     markFocusAndChoice(this);
+    fitButtons(this);
 
     m_statusLabel = new QLabel;
     // Otherwise each status text would be an event to screen readers, which drown in them.

@@ -6,9 +6,11 @@
 #include "focusmarker.h"
 
 #include <QComboBox>
+#include <QPushButton>
 #include <QStyleFactory>
 #include <QStyledItemDelegate>
 
+#include <algorithm>
 #include <memory>
 
 QPalette readablePalette()
@@ -31,5 +33,14 @@ void markFocusAndChoice(QWidget *window)
     const auto boxes = window->findChildren<QComboBox *>();
     for (QComboBox *const box : boxes) {
         box->setItemDelegate(new QStyledItemDelegate(box));
+    }
+}
+
+void fitButtons(QWidget *window)
+{
+    const auto buttons = window->findChildren<QPushButton *>();
+    for (QPushButton *const button : buttons) {
+        button->ensurePolished();
+        button->setMinimumWidth(std::max(button->minimumWidth(), button->sizeHint().width()));
     }
 }

@@ -16,3 +16,7 @@ QPalette readablePalette();
 
 /// Shows which control of the window has the focus, and which row of a list is chosen.
 void markFocusAndChoice(QWidget *window);
+
+/// Keeps larger letters from being cut off in the window's buttons: their least width, which the
+/// style sheets give in pixels, is made for letters of the usual size.
+void fitButtons(QWidget *window);

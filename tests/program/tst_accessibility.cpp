@@ -298,6 +298,20 @@ private slots:
                  banner.copy(middle).convertToFormat(QImage::Format_RGB32));
     }
 
+    void largeLettersAreNotCutOffInButtons()
+    {
+        qputenv("QT_FONT_DPI", "144");
+        PatientFixture fixture;
+        const bool isStarted = fixture.start();
+        qunsetenv("QT_FONT_DPI");
+        DO(isStarted);
+        for (const char *const button :
+             {"pushButton_connect", "pushButton_disconnect", "pushButton_default",
+              "pushButton_apply", "pushButton_custom_zoom_1", "pushButton_custom_zoom_2"}) {
+            QVERIFY2(!fixture.corvane.isCut(button), button);
+        }
+    }
+
 private:
     static bool hears(PatientFixture &fixture, const QString &text)
     {
