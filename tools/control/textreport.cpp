@@ -34,7 +34,7 @@ QString doneText(const ControlCommand &command, const CameraResult &result)
 {
     switch (command.kind) {
     case Kind::List:
-        return QStringLiteral("a camera of version ") + result.version;
+        break; // see probe()
     case Kind::Info:
         return QStringLiteral("version ") + result.version;
     case Kind::Save:

@@ -120,6 +120,8 @@ private slots:
               "--attempts is a number from 1 to 100, not 'two'"},
              {"a limit too short", "upgrade i p --reboot-limit 1",
               "--reboot-limit is a number from 2 to 3600, not '1'"},
+             {"two wrong numbers", "upgrade i p --attempts 0 --reboot-limit 1",
+              "--reboot-limit is a number from 2 to 3600, not '1'"},
              {"a limit too long", "upgrade i p --reboot-limit 3601",
               "--reboot-limit is a number from 2 to 3600, not '3601'"}});
     }

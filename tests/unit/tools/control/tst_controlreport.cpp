@@ -156,7 +156,9 @@ private slots:
                                  {"uploading", State::Uploading, "ttyUSB1: uploading\n"},
                                  {"pausing", State::Pausing, "ttyUSB1: pausing\n"},
                                  {"rebooting", State::Rebooting, "ttyUSB1: rebooting\n"},
-                                 {"done", State::Done, "ttyUSB1: done\n"}});
+                                 {"done", State::Done, "ttyUSB1: done\n"},
+                                 {"skipped", State::Skipped, "ttyUSB1: skipped\n"},
+                                 {"failed", State::Failed, "ttyUSB1: failed\n"}});
     }
 
     void saysStates()
@@ -180,6 +182,34 @@ private slots:
                             R"("packetsPerSecond":74.8,"port":"tty\u001b","schema":1,)"
                             R"("secondsLeft":5})"
                             "\n"));
+        QCOMPARE(JsonReport::progress(uploading("p", 0, 0.0)),
+                 QByteArray(R"({"event":"progress","packetCount":400,"packets":0,)"
+                            R"("packetsPerSecond":0,"port":"p","schema":1})"
+                            "\n"));
+    }
+
+    void saysOtherEventsInJson()
+    {
+        ControlCommand command;
+        command.word = "apply";
+        command.dryRun = true;
+        QCOMPARE(JsonReport::start(command, {"ttyUSB0", "ttyUSB1"}),
+                 QByteArray(R"({"command":"apply","dryRun":true,"event":"start",)"
+                            R"("ports":["ttyUSB0","ttyUSB1"],"schema":1})"
+                            "\n"));
+        CameraStatus status = in(State::Pausing);
+        status.attempt = 2;
+        QCOMPARE(JsonReport::state(status),
+                 QByteArray(R"({"attempt":2,"event":"state","port":"ttyUSB1","schema":1,)"
+                            R"("state":"pausing"})"
+                            "\n"));
+        QCOMPARE(JsonReport::note("Go on."),
+                 QByteArray(R"({"event":"note","schema":1,"text":"Go on."})"
+                            "\n"));
+        QCOMPARE(JsonReport::end({1, 2, 3, 4}),
+                 QByteArray(R"({"done":1,"event":"end","exitCode":4,"failed":3,"schema":1,)"
+                            R"("skipped":2})"
+                            "\n"));
     }
 
     void knowsWhatIsLeft()
@@ -197,69 +227,90 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QByteArray>("json");
 
+        const auto add = [](const char *name, const char *line, CameraResult result,
+                            const char *text, const QByteArray &json) {
+            result.port = "ttyUSB0";
+            QTest::newRow(name) << line << result << text << "{" + json + "}\n";
+        };
+        const QByteArray done = R"("event":"result","outcome":"done","port":"ttyUSB0","schema":1)";
+
         CameraResult info;
-        info.port = "ttyUSB0";
         info.version = "1.0.a.10";
         info.settings = CameraSettings{2, 9, true, 0, 3};
-        QTest::newRow("info") << "info ttyUSB0" << info
-                              << "ttyUSB0: version 1.0.a.10\n"
-                                 "  auto-tracking   pan\n"
-                                 "  target-missing  preset-7\n"
-                                 "  direction       upside-down\n"
-                                 "  auto-zoom       off\n"
-                                 "  zoom-offset     custom\n"
-                              << QByteArray(
-                                     R"("settings":{"auto-tracking":"pan","auto-zoom":"off",)"
-                                     R"("direction":"upside-down","target-missing":"preset-7",)"
-                                     R"("zoom-offset":"custom"},"version":"1.0.a.10"})");
+        add("info", "info ttyUSB0", info,
+            "ttyUSB0: version 1.0.a.10\n"
+            "  auto-tracking   pan\n"
+            "  target-missing  preset-7\n"
+            "  direction       upside-down\n"
+            "  auto-zoom       off\n"
+            "  zoom-offset     custom\n",
+            done
+                + R"(,"settings":{"auto-tracking":"pan","auto-zoom":"off",)"
+                  R"("direction":"upside-down","target-missing":"preset-7",)"
+                  R"("zoom-offset":"custom"},"version":"1.0.a.10")");
+        add("save", "save ttyUSB0 my.json", {}, "ttyUSB0: saved as my.json\n", done);
+        add("diff", "diff my.json ttyUSB0", {}, "ttyUSB0: as in my.json\n", done);
+        add("apply", "apply my.json ttyUSB0", {}, "ttyUSB0: set\n", done);
+        add("set", "set auto-zoom=on ttyUSB0", {}, "ttyUSB0: set\n", done);
 
         CameraResult zoom;
-        zoom.port = "ttyUSB0";
         zoom.zoom = -112;
-        QTest::newRow("zoom") << "zoom 2 ttyUSB0" << zoom << "ttyUSB0: zoom 2 is -112\n"
-                              << QByteArray(R"("schema":1,"zoom":-112})");
+        add("zoom", "zoom 2 ttyUSB0", zoom, "ttyUSB0: zoom 2 is -112\n", done + R"(,"zoom":-112)");
 
         CameraResult upgraded;
-        upgraded.port = "ttyUSB0";
         upgraded.version = "1.0.0.6";
         upgraded.versionAfter = upgraded.imageVersion = "1.0.0.7";
         upgraded.attempts = 2;
         upgraded.uploadTime = std::chrono::milliseconds(4240);
-        QTest::newRow("upgrade")
-            << "upgrade a.img ttyUSB0" << upgraded
-            << "ttyUSB0: upgraded from version 1.0.0.6 to 1.0.0.7, as the image has it, in 4.2 s\n"
-            << QByteArray(R"({"attempts":2,"event":"result","imageVersion":"1.0.0.7",)"
-                          R"("outcome":"done","port":"ttyUSB0","schema":1,)"
-                          R"("uploadMilliseconds":4240,"version":"1.0.0.6",)"
-                          R"("versionAfter":"1.0.0.7"})");
+        add("upgrade", "upgrade a.img ttyUSB0", upgraded,
+            "ttyUSB0: upgraded from version 1.0.0.6 to 1.0.0.7, as the image has it, in 4.2 s\n",
+            R"("attempts":2,"event":"result",)"
+            R"("imageVersion":"1.0.0.7","outcome":"done","port":"ttyUSB0","schema":1,)"
+            R"("uploadMilliseconds":4240,"version":"1.0.0.6","versionAfter":"1.0.0.7")");
 
         CameraResult skipped;
-        skipped.port = "ttyUSB0";
         skipped.outcome = Outcome::Skipped;
         skipped.reason = {"not-newer", "It runs that.", ""};
-        QTest::newRow("skipped") << "upgrade a.img ttyUSB0" << skipped
-                                 << "ttyUSB0: skipped. It runs that.\n"
-                                 << QByteArray(R"("outcome":"skipped","port":"ttyUSB0",)"
-                                               R"("reason":"not-newer","remedy":"",)");
+        add("skipped", "upgrade a.img ttyUSB0", skipped, "ttyUSB0: skipped. It runs that.\n",
+            R"("event":"result","outcome":"skipped","port":"ttyUSB0","reason":"not-newer","remedy":"",)"
+            R"("schema":1,"sentence":"It runs that.")");
 
         CameraResult dry;
-        dry.port = "tty\x1b";
-        dry.wouldSend = QStringList{"A 01 (a)", "B 02 (b)"};
-        QTest::newRow("dry run") << "zoom 1 ttyUSB0" << dry
-                                 << "tty\\x1b: would send A 01 (a)\ntty\\x1b: would send B 02 (b)\n"
-                                 << QByteArray(R"json("wouldSend":["A 01 (a)","B 02 (b)"]})json");
+        dry.wouldSend = QStringList{"A 01 (a)", "B \x1b (b)"};
+        add("dry run", "zoom 1 ttyUSB0", dry,
+            "ttyUSB0: would send A 01 (a)\nttyUSB0: would send B \\x1b (b)\n",
+            done + R"json(,"wouldSend":["A 01 (a)","B \u001b (b)"])json");
+
+        CameraResult differing;
+        differing.outcome = Outcome::Failed;
+        differing.reason = {"differs", "It differs.", "Apply it."};
+        differing.differences = {{"auto-tracking", "pan", "auto"}, {"auto-zoom", "on", "off"}};
+        add("differences", "diff my.json ttyUSB0", differing, nullptr,
+            R"("differences":[{"found":"auto","key":"auto-tracking","wanted":"pan"},)"
+            R"({"found":"off","key":"auto-zoom","wanted":"on"}],"event":"result",)"
+            R"("outcome":"failed",)"
+            R"("port":"ttyUSB0","reason":"differs","remedy":"Apply it.","schema":1,)"
+            R"("sentence":"It differs.")");
     }
 
     void saysResults()
     {
         QFETCH(QString, line);
         QFETCH(CameraResult, result);
-        QFETCH(QByteArray, json);
-        const auto command = parseControlCommandLine(("corvanectl " + line).split(' '));
-        QTEST(TextReport::result(std::get<ControlCommand>(command), result), "text");
-        const QByteArray object = JsonReport::result(result);
-        QVERIFY2(object.contains(json), object.constData());
-        QCOMPARE(object.count('\n'), 1);
+        QFETCH(QString, text);
+        if (!text.isNull()) {
+            const auto command = parseControlCommandLine(("corvanectl " + line).split(' '));
+            QCOMPARE(TextReport::result(std::get<ControlCommand>(command), result), text);
+        }
+        QTEST(JsonReport::result(result), "json");
+    }
+
+    void saysWhereACameraIs()
+    {
+        CameraResult result;
+        result.version = "1.0.\x1b";
+        QCOMPARE(TextReport::probe(result), QString("  a camera of version 1.0.\\x1b\n"));
+        QCOMPARE(TextReport::probe(failed()), QString("  no camera: Nothing came.\n"));
     }
 
     void saysFailures()
@@ -270,12 +321,18 @@ private slots:
                             R"("reason":"silent","remedy":"Switch it on.","schema":1,)"
                             R"("sentence":"Nothing came."})"
                             "\n"));
+        CameraResult hopeless = failed();
+        hopeless.reason.remedy.clear();
+        QCOMPARE(TextReport::failure(hopeless), QString("ttyUSB0: Nothing came."));
     }
 
     void countsAtTheEnd_data()
     {
         addRows<int, int, int, QString>({"done", "skipped", "failed", "text"},
                                         {{"one", 1, 0, 0, ""},
+                                         {"one skipped", 0, 1, 0, ""},
+                                         {"one of two skipped", 1, 1, 0, "1 done, 1 skipped\n"},
+                                         {"one of two failed", 1, 0, 1, "1 done, 1 failed\n"},
                                          {"two", 2, 0, 0, "2 done\n"},
                                          {"all", 1, 2, 3, "1 done, 2 skipped, 3 failed\n"}});
     }
