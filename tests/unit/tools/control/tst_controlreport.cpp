@@ -10,6 +10,7 @@ using State = CameraStatus::State;
 using Outcome = CameraResult::Outcome;
 
 Q_DECLARE_METATYPE(CameraResult)
+Q_DECLARE_METATYPE(CameraStatus)
 Q_DECLARE_METATYPE(CameraStatus::State)
 
 namespace {
@@ -53,23 +54,54 @@ class ControlReportTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void drawsAnUpload_data()
+    void drawsACamera_data()
     {
-        addRows<int, QString>(
-            {"columns", "line"},
-            {{"narrow", 40, "ttyUSB0 uploading      25 %   74.8/s   "},
-             {"60 columns", 60, "ttyUSB0 uploading     [###----------]  25 %   74.8/s   0:05"},
-             {"200 columns", 200,
-              "ttyUSB0 uploading     [" + QString(12, '#') + QString(38, '-')
-                  + "]  25 %   74.8 packets/s   0:05 left"}});
+        const CameraStatus camera = uploading("ttyUSB0", 100, 74.8);
+        CameraStatus again = uploading("/dev/serial/by-id/usb-A1", 100, 2.0);
+        again.attempt = 3;
+        CameraStatus longest = again;
+        longest.port += '2';
+        CameraStatus asking;
+        asking.port = "ttyUSB0";
+        addRows<int, CameraStatus, QString>(
+            {"columns", "camera", "line"},
+            {{"narrow", 40, camera, "ttyUSB0 uploading      25 %   74.8/s   "},
+             {"one too few for a bar", 51, camera, "ttyUSB0 uploading      25 %   74.8/s   0:05"},
+             {"the smallest bar", 52, camera,
+              "ttyUSB0 uploading     [#----]  25 %   74.8/s   0:05"},
+             {"60 columns", 60, camera,
+              "ttyUSB0 uploading     [###----------]  25 %   74.8/s   0:05"},
+             {"100 columns", 100, camera,
+              "ttyUSB0 uploading     [############--------------------------------------]  25 %   "
+              "74.8/s   0:05"},
+             {"101 columns", 101, camera,
+              "ttyUSB0 uploading     [##########-------------------------------]  25 %   74.8 "
+              "packets/s   0:05 left"},
+             {"200 columns", 200, camera,
+              "ttyUSB0 uploading     [############--------------------------------------]  25 %   "
+              "74.8 packets/s   0:05 left"},
+             {"a name too long", 60, again,
+              "~/by-id/usb-A1 uploading 3   [#-----]  25 %    2.0/s   2:30"},
+             {"a name that just fits", 97, again,
+              "/dev/serial/by-id/usb-A1 uploading 3   [########-------------------------]  25 %    "
+              "2.0/s   2:30"},
+             {"a name longer than any", 200, longest,
+              "~ev/serial/by-id/usb-A12 uploading 3   [############"
+              "--------------------------------------]  25 %    2.0 packets/s   2:30 left"},
+             {"asking", 60, asking, "ttyUSB0 asking        [-------------]   0 %                "},
+             {"asking on 101 columns", 101, asking,
+              "ttyUSB0 asking        [-----------------------------------------]   0 %             "
+              "                "},
+             {"rebooting", 60, in(State::Rebooting),
+              "ttyUSB1 rebooting     [#############] 100 %                "}});
     }
 
-    void drawsAnUpload()
+    void drawsACamera()
     {
         QFETCH(int, columns);
+        QFETCH(CameraStatus, camera);
         QFETCH(QString, line);
-        const QByteArray text =
-            TerminalDisplay().redraw({uploading("ttyUSB0", 100, 74.8)}, {columns, 24, false});
+        const QByteArray text = TerminalDisplay().redraw({camera}, {columns, 24, false});
         const QString drawn = linesOf(text).section("^[K", 0, 0);
         QVERIFY2(drawn.size() < columns, qPrintable(drawn));
         QCOMPARE(drawn, line);
