@@ -22,7 +22,7 @@ import termios
 import threading
 import time
 import unittest
-from collections.abc import Iterator
+from collections.abc import Callable, Iterator
 from pathlib import Path
 
 import jsonschema
@@ -81,6 +81,13 @@ class Camera:
 
     def firmware(self) -> bytes | None:
         return self.saved.read_bytes() if self.saved.exists() else None
+
+
+def wait_for(condition: Callable[[], bool]) -> None:
+    deadline = time.monotonic() + PATIENCE
+    while not condition():
+        assert time.monotonic() < deadline
+        time.sleep(0.01)
 
 
 def image_of(firmware: bytes, version: bytes = b"\x01\x00\x00\x07") -> bytes:
@@ -169,6 +176,43 @@ class Settings(ControlProgram):
             [{"key": "auto-tracking", "wanted": "pan", "found": "auto"}],
         )
 
+    def test_refuses_what_is_no_file_of_settings(self) -> None:
+        (self.folder / "my.json").write_text("", encoding="utf-8")
+        for name, reason in (("my.json", "offset 0: illegal value"),
+                             ("missing", "No such file or directory")):
+            for command in ("diff", "apply"):
+                with self.subTest(name=name, command=command):
+                    result = self.run_control(command, name, "ttyMissing")
+                    self.assertEqual((result.returncode, result.stderr),
+                                     (1, f"corvanectl: {name}: {reason}\n"))
+
+    def test_says_that_the_settings_could_not_be_written(self) -> None:
+        master, slave = pty.openpty()
+        self.addCleanup(os.close, master)
+        self.addCleanup(os.close, slave)
+        port = os.ttyname(slave)
+        folder = self.folder / "folder"
+        folder.mkdir()
+        with subprocess.Popen([CONTROL, "save", port, "folder/my.json"], cwd=self.folder,
+                              stderr=subprocess.PIPE, text=True) as process:
+            self.assertEqual(len(os.read(master, 13)), 13)
+            folder.rmdir()
+            os.write(master, bytes.fromhex("ffff17410106070609051600"
+                                           "010000060100000000010101019c"))
+            self.assertEqual(
+                process.stderr.read(),
+                f"corvanectl: {port}: folder/my.json cannot be written: No such file or "
+                "directory.\n")
+            self.assertEqual(process.wait(PATIENCE), 1)
+
+    def test_goes_on_without_a_port_that_cannot_be_opened(self) -> None:
+        good = self.camera("--settings", "2,9,1,0,3").port
+        result = self.run_control("info", "ttyMissing", good)
+        self.assertEqual((result.returncode, result.stdout),
+                         (1, INFO.format(port=good) + "1 done, 1 failed\n"))
+        self.assertTrue(result.stderr.startswith(
+            "corvanectl: ttyMissing: There is no serial port ttyMissing."), result.stderr)
+
     def test_changes_some_settings(self) -> None:
         port = self.camera("--settings", "2,9,1,0,3").port
         self.assertEqual(self.run_control("set", "auto-zoom=on", port).stdout, f"{port}: set\n")
@@ -210,6 +254,7 @@ class Upgrades(ControlProgram):
         cameras = [self.camera() for _ in range(16)]
         code, events = self.events("upgrade", path, *(camera.port for camera in cameras))
         self.assertEqual(code, 0)
+        self.assertEqual(events[0]["ports"], [camera.port for camera in cameras])
         self.assertEqual(events[-1]["done"], 16)
         for camera in cameras:
             self.assertEqual(camera.firmware(), firmware)
@@ -337,6 +382,9 @@ class Upgrades(ControlProgram):
             (2, f"corvanectl: {camera.port} and {link} are the same port\n"),
         )
         self.assertIsNone(camera.firmware())
+        # Also one that there is not.
+        self.assertEqual(self.run_control("info", "ttyMissing", "/dev/ttyMissing").stderr,
+                         "corvanectl: ttyMissing and /dev/ttyMissing are the same port\n")
 
     def test_names_who_holds_a_port(self) -> None:
         path, firmware = self.image(300)
@@ -366,11 +414,20 @@ class OutputAndSignals(ControlProgram):
             finally:
                 process.kill()
 
+    def test_says_how_far_an_upload_is(self) -> None:
+        with self.slow_upgrade() as process:
+            progress = next(json.loads(line) for line in process.stdout if '"progress"' in line)
+            self.assertEqual((progress["port"], progress["packetCount"]),
+                             (self.slow_camera.port, 1563))
+
     def test_goes_on_after_one_interrupt_and_abandons_after_two(self) -> None:
         with self.slow_upgrade() as process:
             process.send_signal(signal.SIGINT)
             note = next(json.loads(line) for line in process.stdout if '"note"' in line)
-            self.assertIn("Press Ctrl+C again within 3 seconds to abandon them", note["text"])
+            self.assertEqual(
+                note["text"],
+                "Uploads that are going on: 1. Each camera would be left with an incomplete "
+                "firmware. Press Ctrl+C again within 3 seconds to abandon them; they go on.")
             self.assertIsNone(process.poll())
             process.send_signal(signal.SIGINT)
             events = [json.loads(line) for line in process.stdout]
@@ -383,7 +440,8 @@ class OutputAndSignals(ControlProgram):
             with self.subTest(number), self.slow_upgrade(3_000) as process:
                 process.send_signal(number)
                 note = next(json.loads(line) for line in process.stdout if '"note"' in line)
-                self.assertIn("Ends once the uploads", note["text"])
+                self.assertEqual(note["text"],
+                                 "Ends once the uploads that are going on have ended: 1.")
                 process.send_signal(later)
                 self.assertIsNone(process.poll())
                 self.assertIsNone(self.slow_camera.firmware())
@@ -451,11 +509,11 @@ class OutputAndSignals(ControlProgram):
                 self.assertEqual(pipe.read().removeprefix(before).decode(), INFO.format(port=port))
             self.assertEqual(process.wait(PATIENCE), 0)
 
-    def on_terminal(self, columns: int, *arguments: str, interrupt: bytes | None = None,
-                    **environment: str) -> tuple[int, str]:
+    def on_terminal(self, columns: int, *arguments: str, rows: int = 24,
+                    interrupt: bytes | None = None, **environment: str) -> tuple[int, str]:
         """The exit code, and what came out of a terminal; Ctrl+C follows that text, once."""
         master, slave = pty.openpty()
-        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
         output = bytearray()
 
         def read() -> None:
@@ -504,6 +562,23 @@ class OutputAndSignals(ControlProgram):
                     self.assertTrue(line.startswith(port))
                 self.assertIn("4 done, 1 failed", screen.lines)
 
+    def test_shows_what_fails_at_once_on_a_terminal(self) -> None:
+        path, _ = self.image(100)
+        code, text = self.on_terminal(80, "upgrade", path, "ttyMissing")
+        self.assertEqual(code, 1)
+        self.assertTrue(text.startswith("\x1b[31mttyMissing failed "), text)
+
+    def test_draws_80_columns_and_24_rows_where_the_terminal_does_not_say(self) -> None:
+        path, _ = self.image(100)
+        for columns, rows, drawn in ((0, 24, 2), (80, 0, 2), (80, 1, 1), (1, 24, 2)):
+            with self.subTest(columns=columns, rows=rows):
+                text = self.on_terminal(columns, "upgrade", path, "ttyMissing", "ttyOther",
+                                        rows=rows, NO_COLOR="1")[1]
+                lines = [line.partition("\x1b")[0]
+                         for line in text.partition("\x1b[J")[0].splitlines()]
+                self.assertEqual(len(lines), drawn, text)
+                self.assertEqual(len(lines[0]) > 1, columns != 1, text)
+
     def test_uploads_on_while_the_terminal_is_held(self) -> None:
         path, firmware = self.image(20_000)
         camera = self.camera("--delay", "5")
@@ -512,9 +587,7 @@ class OutputAndSignals(ControlProgram):
         termios.tcflow(slave, termios.TCOOFF)
         with subprocess.Popen([CONTROL, "upgrade", path, camera.port], stdout=slave,
                               env={**os.environ, "TERM": "xterm"}) as process:
-            deadline = time.monotonic() + PATIENCE
-            while camera.firmware() is None and time.monotonic() < deadline:
-                time.sleep(0.05)
+            wait_for(lambda: camera.firmware() is not None)
             self.assertEqual(camera.firmware(), firmware)
             termios.tcflow(slave, termios.TCOON)
             self.assertEqual(process.wait(PATIENCE), 0)
@@ -575,7 +648,8 @@ class ListedPorts(ControlProgram):
         result = subprocess.run(
             [SIMULATOR, "--quiet", "--baud", "0", "--reboot-time", "100", "--port", port, *options]
             + ["--", CONTROL, *arguments],
-            capture_output=True, text=True, check=False, timeout=PATIENCE, cwd=self.folder)
+            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False,
+            timeout=PATIENCE, cwd=self.folder)
         return result.returncode, result.stdout.replace(port, "PORT")
 
     def test_lists_ports_and_cameras(self) -> None:
@@ -602,7 +676,10 @@ class ListedPorts(ControlProgram):
         code, text = self.on_adapter("upgrade", path, "--all")
         self.assertEqual(code, 0)
         self.assertIn("PORT: upgraded from version 1.0.0.6 to 1.0.0.7", text)
-        self.assertEqual(self.on_adapter("info", "--all", options=("--silent",)), (3, ""))
+        self.assertEqual(
+            self.on_adapter("info", "--all", options=("--silent",)),
+            (3, "corvanectl: PORT: no camera: Nothing at all came back within 5 s.\n"
+                "corvanectl: no camera answers on any port\n"))
 
 
 if __name__ == "__main__":

@@ -477,9 +477,9 @@ RunSummary Control::summary() const
                                                            : counts.failed);
     }
     const bool isProbe = m_command.kind == Kind::List && m_command.probe;
-    const bool isNoCamera = isProbe
-        ? counts.done == 0
-        : m_command.toAll && counts.done + counts.skipped + counts.failed == 0;
+    const auto shown = std::count_if(m_cameras.begin(), m_cameras.end(),
+                                     [this](const Camera &camera) { return isShown(camera); });
+    const bool isNoCamera = isProbe ? counts.done == 0 : m_command.toAll && shown == 0;
     if (m_endCode != 0) {
         counts.exitCode = m_endCode;
     } else if (isNoCamera) {
