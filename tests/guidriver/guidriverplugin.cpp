@@ -9,6 +9,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QLabel>
 #include <QLineEdit>
@@ -64,6 +65,11 @@ QJsonObject stateOf(QWidget *widget)
     if (const auto *const combo = qobject_cast<QComboBox *>(widget)) {
         state["index"] = combo->currentIndex();
         state["text"] = combo->currentText();
+        QJsonArray items;
+        for (int i = 0; i < combo->count(); ++i) {
+            items += combo->itemText(i);
+        }
+        state["items"] = items;
     } else if (const auto *const button = qobject_cast<QAbstractButton *>(widget)) {
         state["text"] = button->text();
         state["checked"] = button->isChecked();

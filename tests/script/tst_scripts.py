@@ -82,6 +82,7 @@ class EachScript(unittest.TestCase):
             ("render-art", "nothing"),
             ("try-package", "/nowhere"),
             ("try-readme", "nothing"),
+            ("try-driver", "/nowhere"),
         ):
             with self.subTest(" ".join(command)):
                 call = [PROJECT / "script" / command[0], *command[1:]]
@@ -150,6 +151,17 @@ class FindingNothing(unittest.TestCase):
                 self.assertNotEqual(result.returncode, 0)
                 self.assertEqual(result.stdout.splitlines()[: len(steps) + 1], steps)
                 self.assertIn(message, result.stderr)
+
+    def test_without_qemu_no_driver_is_tried(self) -> None:
+        bootstrap = self.folder / "script" / "bootstrap"
+        bootstrap.parent.mkdir()
+        bootstrap.write_text("#!/bin/sh\n", encoding="utf-8")
+        bootstrap.chmod(0o755)
+        shutil.copy(PROJECT / "script" / "try-driver", bootstrap.parent)
+        environment = {**os.environ, "PATH": ""}
+        result = self.run_here(sys.executable, "script/try-driver", env=environment)
+        self.assertEqual(result.returncode, 77, result.stderr)
+        self.assertEqual(result.stderr, "try-driver: tried nothing: there is no QEMU\n")
 
     def test_documents_are_not_right_without_any(self) -> None:
         self.run_here("git", "init", "--quiet")
