@@ -379,7 +379,7 @@ def _end_session(leader: int) -> None:
         if not entry.name.isdigit():
             continue
         try:
-            # Behind the name, which may hold anything: state, parent, group, session.
+            # After the name, which may hold anything: state, parent, group, session.
             fields = (entry / "stat").read_text().rpartition(")")[2].split()
             if int(fields[3]) == leader:
                 os.kill(int(entry.name), signal.SIGKILL)

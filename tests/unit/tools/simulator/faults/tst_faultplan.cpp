@@ -239,7 +239,7 @@ private slots:
             const QString text = line.trimmed();
             return text.startsWith(kind + '@') || text.startsWith(kind + '=');
         };
-        // Behind the row and what its value means.
+        // After the row and what its value means.
         QVERIFY(std::find_if(row, lines.end(), isExample) - row <= 2);
     }
 
