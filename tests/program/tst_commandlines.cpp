@@ -242,6 +242,25 @@ private slots:
         }
     }
 
+    void helpSaysWhatNoOptionShows_data()
+    {
+        addRows<QString, QByteArray>(
+            {"command", "words"},
+            {{"how the window shows versions", "corvane-image pack --help",
+              "in signed hexadecimal: 10 as a, 255 as -1."},
+             {"how long the window waits", "corvane-diagnose --help", "Corvane waits for 5."},
+             {"faults by probability", "corvane-simulator --faults help",
+              "P% Each frame with that probability, such as 2.5%."}});
+    }
+
+    void helpSaysWhatNoOptionShows()
+    {
+        QFETCH(QString, command);
+        QFETCH(QByteArray, words);
+        const QByteArray help = run(command).output.simplified();
+        QVERIFY2(help.contains(words), help.constData());
+    }
+
     // As its manual page says.
     void abortsTheWindowWithoutADisplay_data()
     {

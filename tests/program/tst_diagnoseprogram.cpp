@@ -446,6 +446,16 @@ private slots:
                                          {"usbPath", "1-1"}})});
     }
 
+    void listsPortsInTheirOrder()
+    {
+        RunningProgram list(SIMULATOR_PROGRAM,
+                            {"--quiet", "--cameras", "2", "--port", uniquePortName() + '1', "--",
+                             DIAGNOSE_PROGRAM, "--list"});
+        QCOMPARE(list.exitCode(), 0);
+        QVERIFY(list.line().startsWith(uniquePortName() + "1 "));
+        QVERIFY(list.line().startsWith(uniquePortName() + "2 "));
+    }
+
     void judgesEveryPort()
     {
         RunningProgram simulator(SIMULATOR_PROGRAM,

@@ -144,6 +144,13 @@ private slots:
         QCOMPARE(events(), QString("timed out"));
     }
 
+    void theFirstOfTwoAnswersCounts()
+    {
+        ask(58);
+        m_line->send(Hex::zoomReply() + "FF FF 0C 41 01 06 07 06 09 05 3A 00 01 90 3A");
+        QCOMPARE(events(), withoutSum(Hex::zoomReply()));
+    }
+
     void isNotSpoiltByTheReplyBefore()
     {
         // With a checksum of FF, which makes a pair with the header that follows.

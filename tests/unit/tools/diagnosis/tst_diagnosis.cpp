@@ -39,7 +39,7 @@ static PortFinding failedPort(Kind kind)
     finding.kind = kind;
     finding.systemText = "Input/output error";
     finding.thing = "a folder";
-    finding.group = "dialout";
+    finding.group = "uucp";
     finding.user = "anna";
     finding.owner = "root";
     finding.lockFile = "/var/lock/LCK..ttyUSB0";
@@ -192,11 +192,11 @@ private slots:
               "not-serial: ttyUSB0 is not a serial port but a folder.",
               "Give the name of a port, such as ttyUSB0. The ports that there are: ttyS0, "},
              {"not in the group", failedPort(Kind::NotInGroup),
-              "not-in-group: You may not open ttyUSB0: it is for the group dialout, and anna is "
+              "not-in-group: You may not open ttyUSB0: it is for the group uucp, and anna is "
               "not in it.",
-              R"(Join the group with "sudo adduser anna dialout", then log out and in again.)"},
+              R"(Join the group with "sudo adduser anna uucp", then log out and in again.)"},
              {"not logged in since", failedPort(Kind::LoginMissing),
-              "login-missing: You may not open ttyUSB0 yet: anna has joined the group dialout, but "
+              "login-missing: You may not open ttyUSB0 yet: anna has joined the group uucp, but "
               "not logged in since.",
               "Log out of the whole desktop and in again, or restart the computer."},
              {"not permitted at all", failedPort(Kind::NotPermitted),

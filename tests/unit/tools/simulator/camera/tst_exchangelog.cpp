@@ -59,7 +59,13 @@ private slots:
               "09:05:01.034  <- UPLOAD_FIRMWARE      packet 255, 0 bytes"},
              {"reboot", "FF FF 0A 41 01 06 07 06 09 01 1F 00 88", "09:05:01.034  <- REBOOT"},
              {"unknown command", "FF FF 0C 41 01 06 07 06 09 01 4D 00 01 02 BB",
-              "09:05:01.034  <- command 77           payload 01 02"}});
+              "09:05:01.034  <- command 77           payload 01 02"},
+             {"eight bytes of which nothing is known",
+              "FF FF 12 41 01 06 07 06 09 01 4D 00 01 02 03 04 05 06 07 08 E2",
+              "09:05:01.034  <- command 77           payload 01 02 03 04 05 06 07 08"},
+             {"more bytes of which nothing is known",
+              "FF FF 13 41 01 06 07 06 09 01 4D 00 01 02 03 04 05 06 07 08 09 EC",
+              "09:05:01.034  <- command 77           payload of 9 bytes"}});
     }
 
     void describesARequest()
