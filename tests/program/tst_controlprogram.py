@@ -304,8 +304,11 @@ class Upgrades(ControlProgram):
     def test_starts_a_failed_upload_again(self) -> None:
         path, firmware = self.image(600)
         camera = self.camera("--faults", "drop@reply:4")
+        start = time.monotonic()
         code, events = self.events("upgrade", "--attempts", "2", path, camera.port)
         self.assertEqual((code, events[-2]["attempts"]), (0, 2))
+        # 2 s for the acknowledgement, and a pause of 3 s.
+        self.assertGreater(time.monotonic() - start, 4.9)
         self.assertEqual(camera.firmware(), firmware)
         self.assertIn("pausing", [event.get("state") for event in events])
 

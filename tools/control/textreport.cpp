@@ -33,8 +33,6 @@ QString upgradeText(const CameraResult &result)
 QString doneText(const ControlCommand &command, const CameraResult &result)
 {
     switch (command.kind) {
-    case Kind::List:
-        break; // see probe()
     case Kind::Info:
         return QStringLiteral("version ") + result.version;
     case Kind::Save:
@@ -45,9 +43,11 @@ QString doneText(const ControlCommand &command, const CameraResult &result)
     case Kind::Set:
         return QStringLiteral("set");
     case Kind::Zoom:
-        return QStringLiteral("zoom %1 is %2").arg(command.preset + 1).arg(result.zoom.value_or(0));
+        return QStringLiteral("zoom %1 is %2").arg(command.preset + 1).arg(*result.zoom);
     case Kind::Upgrade:
         return upgradeText(result);
+    case Kind::List:
+        break; // see probe()
     }
     Q_UNREACHABLE();
 }
@@ -90,7 +90,7 @@ QString TextReport::progress(const CameraStatus &status)
                              .arg(status.port)
                              .arg(status.packets)
                              .arg(status.packetCount)
-                             .arg(status.packetsPerSecond, 0, 'f', 1);
+                             .arg(QString::number(status.packetsPerSecond, 'f', 1));
     return printableText(text) + QLatin1Char('\n');
 }
 
