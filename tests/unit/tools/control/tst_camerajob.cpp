@@ -475,7 +475,7 @@ private:
         }
         const QString state = stateName(m_job->status().state);
         static const QStringList kOutcomes{"done", "skipped", "failed"};
-        const QString outcome = kOutcomes.at(static_cast<int>(m_result.outcome));
+        const QString &outcome = kOutcomes.at(static_cast<int>(m_result.outcome));
         if (state != outcome || m_result.port != "p") {
             return QString("%1 of %2, but %3").arg(outcome, m_result.port, state);
         }
