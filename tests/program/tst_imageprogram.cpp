@@ -73,6 +73,7 @@ private slots:
         m_folder = std::make_unique<QTemporaryDir>();
         QVERIFY(m_folder->isValid());
         put("good.img", image());
+        put("-", image());
         put("bad.img", image() + "*");
         put("firmware", firmware());
     }
@@ -121,6 +122,7 @@ private slots:
             {{"pack", pack("firmware", "new"), {}, image()},
              {"pack a pipe", pack("-", "new"), firmware(), image()},
              {"unpack", {"unpack", "good.img", "new"}, {}, firmware()},
+             {"unpack a file called -", {"unpack", "./-", "new"}, {}, firmware()},
              {"unpack a pipe", {"unpack", "-", "new"}, image(), firmware()}});
     }
 

@@ -243,6 +243,42 @@ private slots:
         QVERIFY(std::find_if(row, lines.end(), isExample) - row <= 2);
     }
 
+    void helpSaysEachDefault_data()
+    {
+        addRows<QString, QString>({"kind", "value"},
+                                  {{"insert-byte", "insert-byte", "random"},
+                                   {"corrupt", "corrupt", "random"},
+                                   {"flip", "flip", "random"},
+                                   {"burst", "burst", "3"},
+                                   {"duplicate", "duplicate", "0"},
+                                   {"delay", "delay", "500"},
+                                   {"late", "late", "6000"},
+                                   {"split", "split", "1"},
+                                   {"gap", "gap", "50"},
+                                   {"join", "join", "500"},
+                                   {"noise", "noise", "8"},
+                                   {"ff-run", "ff-run", "5"},
+                                   {"wrong-sum", "wrong-sum", "1"},
+                                   {"wrong-length", "wrong-length", "random"},
+                                   {"wrong-command", "wrong-command", "126"},
+                                   {"foreign-type", "foreign-type", "2"},
+                                   {"trail", "trail", "8"},
+                                   {"pause", "pause", "1000"},
+                                   {"hang-up", "hang-up", "20"}});
+    }
+
+    void helpSaysEachDefault()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QString, value);
+        const QString help = FaultPlan::help();
+        const int row = help.indexOf("\n  " + kind + ' ');
+        QVERIFY(row >= 0);
+        const int fallback = help.indexOf("(default: ", row);
+        QCOMPARE(help.mid(fallback, help.indexOf(')', fallback) + 1 - fallback),
+                 "(default: " + value + ')');
+    }
+
     void everyExampleInTheHelpIsAPlan()
     {
         int count = 0;

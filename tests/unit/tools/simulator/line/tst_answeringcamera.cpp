@@ -273,6 +273,11 @@ private slots:
             "-- received 0 bytes of firmware, SHA-256 "
             "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"));
         QCOMPARE(fixture.received.size(), 2);
+        // Written as the window does.
+        for (const char *const version : {"1.0.0.9", "1.0.0.a"}) {
+            fixture.line.receive(Hex::emptyAnnouncement());
+            QTRY_VERIFY(fixture.events().contains(QString("-- running version ") + version));
+        }
         QCOMPARE(fixture.received.at(1).at(0).toByteArray(), QByteArray());
     }
 };
