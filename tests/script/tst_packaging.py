@@ -220,7 +220,7 @@ class Depending(unittest.TestCase):
         for name in ("libQt5Widgets", "libqoffscreen", "libudev", "libumockdev-preload"):
             self.assertIn(name, names)
         # Of a desktop, which a test does not have.
-        plugins = lines_of("dpkg", "--search", "*/plugins/platforms/libqxcb.so")
+        plugins = lines_of("dpkg", "--search", "*/qt5/plugins/platforms/libqxcb.so")
         loaded |= {line.rpartition(": ")[2] for line in plugins}
         packages = self.packages_that_come_along()
         for path, package in packages_of(loaded).items():
