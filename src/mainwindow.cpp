@@ -7,7 +7,6 @@
 #include "firmwareimage.h"
 #include "firmwarepacket.h"
 #include "hangupdetector.h"
-#include "progressannouncer.h"
 #include "readablelook.h"
 #include "requestpayload.h"
 #include "resultannouncer.h"
@@ -38,9 +37,7 @@ MainWindow::MainWindow(QWidget *parent)
     ui->pushButton_cancel_upgrade->hide();
     ui->comboBox_baudrate->addItem(QStringLiteral("115200"), 115200);
     updateSettings();
-    new ResultAnnouncer(ui->textEdit_device_info);
-    new ResultAnnouncer(ui->textEdit_firmware_info);
-    new ProgressAnnouncer(ui->progressBar_updating);
+    announceResults(this);
     markFocusAndChoice(this);
     fitButtons(this);
 

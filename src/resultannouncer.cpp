@@ -3,6 +3,8 @@
 
 #include "resultannouncer.h"
 
+#include "progressannouncer.h"
+
 namespace {
 
 // A screen reader that is given many events at once, as when a page is enabled, drops those that it
@@ -10,6 +12,18 @@ namespace {
 constexpr int kSettledTime = 500; // milliseconds
 
 } // namespace
+
+void announceResults(QWidget *window)
+{
+    const auto panes = window->findChildren<QTextEdit *>();
+    for (QTextEdit *const pane : panes) {
+        new ResultAnnouncer(pane);
+    }
+    const auto bars = window->findChildren<QProgressBar *>();
+    for (QProgressBar *const bar : bars) {
+        new ProgressAnnouncer(bar);
+    }
+}
 
 ResultAnnouncer::ResultAnnouncer(QTextEdit *pane)
     : Announcer(pane)

@@ -8,6 +8,10 @@
 #include <QTextEdit>
 #include <QTimer>
 
+/// Announces what appears in the window's text panes, and how far its progress bar is. GUI thread
+/// only.
+void announceResults(QWidget *window);
+
 /// Lets a screen reader speak what appears in a text pane while the focus is elsewhere. GUI thread
 /// only.
 class ResultAnnouncer : public Announcer {
