@@ -3,6 +3,7 @@
 
 #include "control.h"
 
+#include "commandline.h"
 #include "fileio.h"
 #include "firmwareimage.h"
 #include "firmwarepacket.h"
@@ -30,7 +31,6 @@ using Kind = ControlCommand::Kind;
 using Outcome = CameraResult::Outcome;
 
 constexpr int kFailedStatus = 1;
-constexpr int kUsageStatus = 2;
 constexpr int kNoCameraStatus = 3;
 constexpr int kOutputStatus = 4;
 constexpr int kSignalStatus = 128;
@@ -196,7 +196,7 @@ bool Control::findPorts()
         const QString device = identityOfDevice(path);
         const QString identity = device.isEmpty() ? path : device;
         if (names.contains(identity)) {
-            refuse(kUsageStatus,
+            refuse(kUsageErrorStatus,
                    QStringLiteral("%1 and %2 are the same port").arg(names[identity], name));
             return false;
         }

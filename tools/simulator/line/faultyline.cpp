@@ -5,13 +5,6 @@
 
 #include <algorithm>
 
-namespace {
-
-/// A request whose bytes stop coming for this long is not going to be completed.
-constexpr std::chrono::milliseconds kStall(100);
-
-} // namespace
-
 FaultyLine::FaultyLine(CameraLine &line, QObject *parent)
     : CameraLine(parent)
     , m_line(line)
@@ -20,7 +13,7 @@ FaultyLine::FaultyLine(CameraLine &line, QObject *parent)
     for (const Fault::Direction direction : {Fault::Request, Fault::Reply}) {
         Lane &lane = m_lanes.at(direction);
         lane.stallTimer.setSingleShot(true);
-        lane.stallTimer.setInterval(kStall);
+        lane.stallTimer.setInterval(FrameReader::kStall);
         lane.deliveryTimer.setSingleShot(true);
         lane.deliveryTimer.setTimerType(Qt::PreciseTimer);
         connect(&lane.stallTimer, &QTimer::timeout, this, [this, direction] {
