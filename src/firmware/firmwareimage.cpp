@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
 #include <utility>
 
 FirmwareImage::FirmwareImage(QByteArray contents)
@@ -24,7 +23,11 @@ std::optional<FirmwareImage> FirmwareImage::read(const QString &path)
         || !file.open(QIODevice::ReadOnly)) {
         return std::nullopt;
     }
-    return FirmwareImage(file.readAll());
+    QByteArray contents = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        return std::nullopt;
+    }
+    return FirmwareImage(std::move(contents));
 }
 
 bool FirmwareImage::hasMagic() const
@@ -44,11 +47,10 @@ QString FirmwareImage::imageVersion() const
 
 QByteArray FirmwareImage::firmware() const
 {
-    // Without a copy of the body, which takes as long as decoding it.
-    const int bodyOffset = std::min(kHeaderSize + kRawPrefixSize, m_contents.size());
-    const QByteArray body = QByteArray::fromRawData(m_contents.constData() + bodyOffset,
-                                                    m_contents.size() - bodyOffset);
+    // Decodes in place, in the copy that mid() makes, so that there is room for the prefix as well.
     // The decoder skips "=" as it does any character that is not of the alphabet, so that padding
     // makes no difference.
-    return QByteArray::fromBase64(body).prepend(m_contents.mid(kHeaderSize, kRawPrefixSize));
+    QByteArray firmware =
+        QByteArray::fromBase64Encoding(m_contents.mid(kHeaderSize + kRawPrefixSize)).decoded;
+    return firmware.insert(0, m_contents.mid(kHeaderSize, kRawPrefixSize));
 }

@@ -170,6 +170,12 @@ private slots:
         QVERIFY(!image);
     }
 
+    void aFileThatCannotBeReadIsNone()
+    {
+        // Its first bytes are no memory of this process.
+        QVERIFY(!FirmwareImage::read("/proc/self/mem"));
+    }
+
     void readsAFileOfAnyName_data()
     {
         QTest::addColumn<QString>("name");
