@@ -775,6 +775,26 @@ private slots:
                      .arg(path));
     }
 
+    void logsWhichCamerasFirmwareCannotBeSaved()
+    {
+        const QString path = m_folder->filePath("folder/of %2");
+        QVERIFY(QDir(m_folder->path()).mkdir("folder"));
+        Simulator simulator(
+            {"--pty", "--cameras", "2", "--reboot-time", "0", "--save-firmware", path});
+        simulator.portName();
+        Host host(simulator.portName());
+        QVERIFY(QDir(m_folder->path()).rmdir("folder"));
+        QCOMPARE(host.ask(Hex::emptyAnnouncement(), 13), Hex::announcementReply());
+        const QString complaint =
+            QString("cannot save the firmware as %1.2: No such file or directory").arg(path);
+        QCOMPARE(simulator.errorLine(), "corvane-simulator: " + complaint);
+        QString line = simulator.line();
+        while (line.startsWith("2  ") && !line.endsWith(complaint)) {
+            line = simulator.line();
+        }
+        QVERIFY2(line.startsWith("2  ") && line.endsWith("-- " + complaint), qPrintable(line));
+    }
+
     void putsFaultsOnTheLine()
     {
         Simulator simulator({"--pty", "--faults",

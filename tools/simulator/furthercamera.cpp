@@ -35,9 +35,10 @@ std::unique_ptr<CameraLine> makeWire(const SimulatorOptions &options, int number
 
 FurtherCamera::FurtherCamera(const SimulatorOptions &options, int number, QObject *parent)
     : QObject(parent)
-    , m_firmwarePath(options.firmwarePath.isEmpty()
-                         ? QString()
-                         : QStringLiteral("%1.%2").arg(options.firmwarePath).arg(number))
+    , m_firmwarePath(
+          options.firmwarePath.isEmpty()
+              ? QString()
+              : QStringLiteral("%1.%2").arg(options.firmwarePath, QString::number(number)))
     , m_log(options.withHex)
     , m_wire(makeWire(options, number))
     , m_line(*m_wire)
@@ -73,6 +74,7 @@ void FurtherCamera::saveFirmware(const QByteArray &firmware)
 {
     QString error;
     if (!writeFile(m_firmwarePath, firmware, &error)) {
+        note(cannotSave(error));
         emit complained(cannotSave(error));
     }
 }
