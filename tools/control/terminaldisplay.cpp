@@ -85,7 +85,8 @@ QString lineOf(const CameraStatus &camera, int width, int nameSize)
         state += QStringLiteral(" %1").arg(camera.attempt);
     }
     constexpr int kStateSize = 13;
-    QString line = QStringLiteral("%1 %2").arg(name, -nameSize).arg(state, -kStateSize);
+    QString line =
+        name.leftJustified(nameSize) + QLatin1Char(' ') + state.leftJustified(kStateSize);
     constexpr int kWide = 100;
     const QString figures = figuresOf(camera, width >= kWide);
     const int bar = std::min(width - line.size() - figures.size() - 3, kLargestBar);

@@ -86,11 +86,10 @@ QString TextReport::state(const CameraStatus &status)
 
 QString TextReport::progress(const CameraStatus &status)
 {
-    const QString text = QStringLiteral("%1: %2 of %3 packets, %4 a second")
-                             .arg(status.port)
-                             .arg(status.packets)
-                             .arg(status.packetCount)
-                             .arg(QString::number(status.packetsPerSecond, 'f', 1));
+    const QString text =
+        QStringLiteral("%1: %2 of %3 packets, %4 a second")
+            .arg(status.port, QString::number(status.packets), QString::number(status.packetCount),
+                 QString::number(status.packetsPerSecond, 'f', 1));
     return printableText(text) + QLatin1Char('\n');
 }
 

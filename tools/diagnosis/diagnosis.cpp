@@ -181,7 +181,7 @@ QString holdersText(const QVector<PortHolder> &holders)
     const QVector<PortHolder> shown = holders.mid(0, kShown);
     QStringList texts;
     for (const PortHolder &holder : shown) {
-        texts += QStringLiteral("%1 (process %2)").arg(holder.name).arg(holder.pid);
+        texts += QStringLiteral("%1 (process %2)").arg(holder.name, QString::number(holder.pid));
     }
     if (holders.size() > kShown) {
         texts += QStringLiteral("and %1 more").arg(holders.size() - kShown);

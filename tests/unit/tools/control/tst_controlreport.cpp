@@ -118,6 +118,9 @@ private slots:
                                       .split('\n');
         QVERIFY2(lines.at(0).startsWith("ttyUSB9  uploading"), qPrintable(lines.at(0)));
         QVERIFY2(lines.at(1).startsWith("ttyUSB10 uploading"), qPrintable(lines.at(1)));
+        const QString odd =
+            linesOf(TerminalDisplay().redraw({uploading("cam%2", 0, 0.0)}, {60, 24, false}));
+        QVERIFY2(odd.startsWith("cam%2 uploading"), qPrintable(odd));
     }
 
     void neverDrawsALineAsWideAsTheTerminal()
@@ -230,6 +233,7 @@ private slots:
                             R"("packetsPerSecond":74.8,"port":"tty\u001b","schema":1,)"
                             R"("secondsLeft":5})"
                             "\n"));
+        QVERIFY(TextReport::progress(uploading("%2", 100, 74.84)).startsWith("%2: 100 of 400 "));
         QCOMPARE(JsonReport::progress(uploading("p", 0, 0.0)),
                  QByteArray(R"({"event":"progress","packetCount":400,"packets":0,)"
                             R"("packetsPerSecond":0,"port":"p","schema":1})"

@@ -176,7 +176,7 @@ private slots:
         PortFinding alone = failedPort(Kind::NoDevice);
         alone.ports.clear();
         PortFinding held = failedPort(Kind::Held);
-        held.holders = {{42, "corvane"}};
+        held.holders = {{42, "corvane %2"}};
         PortFinding heldByMany = held;
         heldByMany.holders = {{1, "a"}, {2, "b"}, {3, "c"}, {4, "d"}, {5, "e"}, {6, "f"}, {7, "g"}};
         // Of the remedy only its start.
@@ -203,7 +203,8 @@ private slots:
               "not-permitted: You may not open ttyUSB0: it belongs to root, and joining a group "
               "would not help.",
               R"(Ask whoever looks after this computer. "ls -l /dev/ttyUSB0" shows who may open it; )"},
-             {"held by one", held, "held: Another program has ttyUSB0 open: corvane (process 42).",
+             {"held by one", held,
+              "held: Another program has ttyUSB0 open: corvane %2 (process 42).",
               "Close that program and try again; to ask the camera now would disturb it."},
              {"held by many", heldByMany,
               "held: Another program has ttyUSB0 open: a (process 1), b (process 2), c (process "
