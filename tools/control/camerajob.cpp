@@ -77,6 +77,15 @@ CameraStatus::State stateOf(Outcome outcome)
     Q_UNREACHABLE();
 }
 
+Verdict tooShort(const QByteArray &frame)
+{
+    return {QStringLiteral("answer-short"),
+            QStringLiteral("The camera answered, but its answer is too short: %1 bytes instead of "
+                           "26.")
+                .arg(frame.size() + 1),
+            QStringLiteral("Its firmware is older or newer than this program knows.")};
+}
+
 QString settingsInWords(const CameraSettings &settings)
 {
     QStringList texts;
@@ -191,7 +200,7 @@ void CameraJob::take(const QByteArray &frame)
         break;
     case Step::Settings:
         // A short acknowledgement does not say what the camera has now.
-        if (DeviceReply(frame).hasSettings()) {
+        if (isWholeReport(frame)) {
             compare(frame);
         } else {
             m_step = Step::SettingsCheck;
@@ -213,16 +222,11 @@ void CameraJob::takeHello(const QByteArray &frame)
     const SettingsReport report = DeviceReply(frame).settings();
     m_result.version = report.version;
     m_result.settings = SettingsWords::reported(report);
-    if (!isWholeReport(frame)) {
-        end(Outcome::Failed,
-            {QStringLiteral("answer-short"),
-             QStringLiteral("The camera answered, but its answer is too short: %1 bytes instead of "
-                            "26.")
-                 .arg(frame.size() + 1),
-             QStringLiteral("Its firmware is older or newer than this program knows.")});
-        return;
+    if (isWholeReport(frame)) {
+        act();
+    } else {
+        end(Outcome::Failed, tooShort(frame));
     }
-    act();
 }
 
 void CameraJob::act()
@@ -371,9 +375,13 @@ void CameraJob::followUpgrade()
 /// Sees whether the camera has the settings that it was sent.
 void CameraJob::compare(const QByteArray &frame)
 {
+    if (!isWholeReport(frame)) {
+        end(Outcome::Failed, tooShort(frame));
+        return;
+    }
     m_result.settings = SettingsWords::reported(DeviceReply(frame).settings());
     m_result.differences = SettingsWords::differences(m_wanted, *m_result.settings);
-    if (isWholeReport(frame) && m_result.differences.isEmpty()) {
+    if (m_result.differences.isEmpty()) {
         end(Outcome::Done);
     } else {
         end(Outcome::Failed,
