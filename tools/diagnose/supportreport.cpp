@@ -36,6 +36,12 @@ const passwd *userOfProgram()
     return ::getpwuid(isKnown && ::geteuid() == 0 ? static_cast<uid_t>(user) : ::geteuid());
 }
 
+QString withoutHome(const QString &path, const QString &home)
+{
+    return path.startsWith(home + QLatin1Char('/')) ? QLatin1Char('~') + path.mid(home.size())
+                                                    : path;
+}
+
 } // namespace
 
 QJsonObject jsonObject(const PortIdentity &identity)
@@ -68,9 +74,9 @@ PortFinding withoutNames(PortFinding finding)
     finding.user = user;
     const passwd *const entry = userOfProgram();
     const QString home = entry != nullptr ? QFile::decodeName(entry->pw_dir) : QDir::homePath();
-    if (home != QDir::rootPath()) {
-        finding.port.replace(home, QStringLiteral("~"));
-        finding.devicePath.replace(home, QStringLiteral("~"));
+    if (!home.isEmpty() && home != QDir::rootPath()) {
+        finding.port = withoutHome(finding.port, home);
+        finding.devicePath = withoutHome(finding.devicePath, home);
     }
     return finding;
 }

@@ -73,6 +73,9 @@ private slots:
         QCOMPARE(result.devicePath, QString("~/port"));
         finding.owner = "root";
         QCOMPARE(withoutNames(finding).owner, QString("root"));
+        // Somebody else's.
+        finding.port = QString(::getpwuid(::geteuid())->pw_dir) + "2/port";
+        QCOMPARE(withoutNames(finding).port, finding.port);
     }
 
     void namesTheGroupsButNotTheUser()
