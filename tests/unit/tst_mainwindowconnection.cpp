@@ -521,10 +521,14 @@ private slots:
         QFETCH(QSerialPort::SerialPortError, error);
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
+        const auto raiseError = [&fixture, error] {
+            return QMetaObject::invokeMethod(fixture.port(), "error",
+                                             Q_ARG(QSerialPort::SerialPortError, error));
+        };
+        QVERIFY(raiseError());
         fixture.line.hangUp();
         QVERIFY(fixture.port()->isOpen());
-        QVERIFY(QMetaObject::invokeMethod(fixture.port(), "error",
-                                          Q_ARG(QSerialPort::SerialPortError, error)));
+        QVERIFY(raiseError());
         QTEST(!fixture.port()->isOpen(), "disconnects");
         QTEST(fixture.log.statusTexts().contains("Disconnected"), "disconnects");
     }

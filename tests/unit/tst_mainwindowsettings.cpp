@@ -82,6 +82,8 @@ private slots:
               "ffff0f4101060706090155000209010003d2"},
              {"the defaults", 1, 1, false, 1, 1, "ffff0f4101060706090155000101000101c7"},
              {"everything off", 0, 0, false, 0, 0, "ffff0f4101060706090155000000000000c3"},
+             {"what is disabled without tracking as well", 0, 9, true, 1, 3,
+              "ffff0f4101060706090155000009010103d1"},
              // 195 + 3 + 4 + 1 + 2 = 205
              {"tilt, preset 2, upright, on, 2", 3, 4, false, 1, 2,
               "ffff0f4101060706090155000304000102cd"}});
