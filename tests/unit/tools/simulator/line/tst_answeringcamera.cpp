@@ -129,6 +129,16 @@ private slots:
         QCOMPARE(fixture.line.written(), Hex::helloReply());
     }
 
+    void waitsForAFrameThatGoesOn()
+    {
+        Fixture fixture;
+        fixture.line.receive("FF FF 0F 41");
+        QTimer::singleShot(50ms, [&fixture] { fixture.line.receive("01 06"); });
+        QTRY_COMPARE(fixture.logged.size(), 1);
+        VERIFY_AT_LEAST(fixture.logTimes.at(0), 135);
+        QVERIFY(fixture.events().at(0).endsWith("<- (incomplete)         FF FF 0F 41 01 06"));
+    }
+
     void doesNotAnswerFaultyInput_data()
     {
         addRows<QByteArray, QString>(

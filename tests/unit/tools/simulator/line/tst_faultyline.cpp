@@ -115,6 +115,15 @@ private slots:
         QCOMPARE(line.notes, QStringList());
     }
 
+    void waitsForARequestThatGoesOn()
+    {
+        Line line("drop@request:1");
+        line.inner.receive("FF FF 0A 41");
+        QTimer::singleShot(50ms, [&line] { line.inner.receive("01 06"); });
+        QTRY_COMPARE(line.requests, QStringList{"FF FF 0A 41 01 06"});
+        VERIFY_AT_LEAST(line.requestTimes.at(0), 135);
+    }
+
     // At 50 baud, a byte alone takes 200 ms.
     void waitsForASlowReply()
     {
