@@ -484,8 +484,14 @@ private slots:
         QCOMPARE(simulator.output(), QString("This computer has no serial port at all.\n"));
     }
 
+    void waitsForAnAdapter_data()
+    {
+        addRows<bool>({"comesBack"}, {{"a new one", false}, {"one that is pulled out", true}});
+    }
+
     void waitsForAnAdapter()
     {
+        QFETCH(bool, comesBack);
         const QTemporaryDir folder;
         const QString controlPath = folder.filePath("control");
         // The second one is there all the time.
@@ -493,11 +499,17 @@ private slots:
                              controlPath, "--", "sh", "-c", R"(read line; "$0" --watch --wait 600)",
                              DIAGNOSE_PROGRAM});
         QTRY_VERIFY(QFile::exists(controlPath));
-        unplug(controlPath);
+        if (!comesBack) {
+            unplug(controlPath);
+        }
         simulator.process.write("\n");
         QCOMPARE(simulator.errorLine(), QString("Waiting for an adapter ..."));
-        // It knows by then which ports there are only if it is plugged in later than that.
+        // It knows by then which ports there are only if what follows is later than that.
         QVERIFY(!simulator.hasEnded(1000));
+        if (comesBack) {
+            unplug(controlPath);
+            QVERIFY(!simulator.hasEnded(1000));
+        }
         sendCommand(controlPath, "plug\n");
         QCOMPARE(simulator.exitCode(), 0);
         QVERIFY(simulator.output().endsWith("\nVerdict on " + uniquePortName() + ": answer\n"));

@@ -127,7 +127,7 @@ private slots:
             "received": {
                 "bytes": 82, "frames": 5, "answers": 1, "ownRequests": 1,
                 "otherAcknowledgements": 1, "otherCommands": [58],
-                "foreignFrames": 2, "foreignTypes": [2, 254],
+                "foreignFrames": 2, "foreignTypes": [2, 255],
                 "wrongSums": 0, "brokenOff": 0, "strayBytes": 2,
                 "firstBytes": "00 01 FF FF 17 41 01 06 07 06 09 05 16 00 01 00 00 06 09 00 00 01 01 01 00 00 03 A6 FF FF 0A 41"
             },
@@ -138,7 +138,7 @@ private slots:
         const LineRecord line = record("00 01 " + answer()
                                        + "FF FF 0A 41 01 06 07 06 09 01 16 00 7F"
                                          "FF FF 0C 41 01 06 07 06 09 05 3A 00 00 64 0D"
-                                         "FF FF 0A 41 01 06 07 06 09 FE 16 00 7C"
+                                         "FF FF 0A 41 01 06 07 06 09 FF 16 00 7D"
                                          "FF FF 0A 41 01 06 07 06 09 02 16 00 80");
         const QJsonObject wanted = QJsonDocument::fromJson(expected).object();
         QVERIFY(!wanted.isEmpty());
