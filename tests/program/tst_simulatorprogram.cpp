@@ -7,6 +7,9 @@
 #include "rows.h"
 #include "runningprogram.h"
 
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
 #include <QLocalSocket>
 
 #include <array>
@@ -231,6 +234,19 @@ private slots:
         QCOMPARE(simulator.exitCode(), 0);
         QVERIFY(host.isHungUp());
         QVERIFY(!QFile::exists(m_controlPath));
+    }
+
+    void endsOnCtrlC()
+    {
+        ::signal(SIGINT, SIG_DFL);
+        Simulator simulator;
+        simulator.process.start(
+            "script",
+            {"--quiet", "--return", "--command", "'" SIMULATOR_PROGRAM "' --pty", "/dev/null"});
+        const Host host(simulator.portName());
+        simulator.process.write("\x03");
+        QCOMPARE(simulator.exitCode(), 0);
+        QVERIFY(host.isHungUp());
     }
 
     void stopsWithABadCommandLine_data()
@@ -517,6 +533,14 @@ private slots:
         QCOMPARE(simulator.errors(), QString());
         QCOMPARE(leftovers().size(), 1);
         const QString folder = m_folder->filePath(leftovers().value(0));
+        // However long it has been running.
+        QFile mark(folder + "/corvane-simulator.lock");
+        QVERIFY(mark.open(QIODevice::ReadWrite));
+        QVERIFY(mark.setFileTime(QDateTime::currentDateTime().addDays(-1),
+                                 QFileDevice::FileModificationTime));
+        simulator.process.start(SIMULATOR_PROGRAM, {"--", "true"});
+        QCOMPARE(simulator.exitCode(), 0);
+        QCOMPARE(leftovers().size(), 1);
         crashed.sendSignal(SIGKILL);
         QCOMPARE(crashed.exitCode(), -2);
         simulator.process.start(SIMULATOR_PROGRAM, {"--", "true"});
@@ -814,6 +838,18 @@ private slots:
         QCOMPARE(host.ask(Hex::announcement(), 13),
                  QByteArray("FF FF 0A 43 01 06 07 06 09 05 10 00 7D"));
         QCOMPARE(host.ask(Hex::hello(), 26), Hex::helloReply());
+    }
+
+    void putsOtherFaultsOnEachLine()
+    {
+        Simulator simulator(
+            {"--pty", "--quiet", "--cameras", "2", "--faults", "noise@reply:1", "--seed", "7"});
+        const Host first(simulator.portName());
+        const Host second(simulator.portName());
+        QCOMPARE(first.ask(Hex::hello(), 34), "27 F1 E8 9B 71 B7 F8 0E " + Hex::helloReply());
+        const QByteArray other = second.ask(Hex::hello(), 34);
+        QVERIFY2(other.endsWith(Hex::helloReply()) && !other.startsWith("27 F1 E8 9B 71 B7 F8 0E"),
+                 other);
     }
 
     void changesFaultsOnCommand()
