@@ -7,9 +7,6 @@
 #include "rows.h"
 #include "runningprogram.h"
 
-#include <QDateTime>
-#include <QDir>
-#include <QFile>
 #include <QLocalSocket>
 
 #include <array>
@@ -533,14 +530,6 @@ private slots:
         QCOMPARE(simulator.errors(), QString());
         QCOMPARE(leftovers().size(), 1);
         const QString folder = m_folder->filePath(leftovers().value(0));
-        // However long it has been running.
-        QFile mark(folder + "/corvane-simulator.lock");
-        QVERIFY(mark.open(QIODevice::ReadWrite));
-        QVERIFY(mark.setFileTime(QDateTime::currentDateTime().addDays(-1),
-                                 QFileDevice::FileModificationTime));
-        simulator.process.start(SIMULATOR_PROGRAM, {"--", "true"});
-        QCOMPARE(simulator.exitCode(), 0);
-        QCOMPARE(leftovers().size(), 1);
         crashed.sendSignal(SIGKILL);
         QCOMPARE(crashed.exitCode(), -2);
         simulator.process.start(SIMULATOR_PROGRAM, {"--", "true"});

@@ -133,7 +133,7 @@ private slots:
     {
         Fixture fixture;
         fixture.line.receive("FF FF 0F 41");
-        QTimer::singleShot(50ms, [&fixture] { fixture.line.receive("01 06"); });
+        QTimer::singleShot(50ms, &fixture.line, [&fixture] { fixture.line.receive("01 06"); });
         QTRY_COMPARE(fixture.logged.size(), 1);
         VERIFY_AT_LEAST(fixture.logTimes.at(0), 135);
         QVERIFY(fixture.events().at(0).endsWith("<- (incomplete)         FF FF 0F 41 01 06"));

@@ -119,7 +119,7 @@ private slots:
     {
         Line line("drop@request:1");
         line.inner.receive("FF FF 0A 41");
-        QTimer::singleShot(50ms, [&line] { line.inner.receive("01 06"); });
+        QTimer::singleShot(50ms, &line.inner, [&line] { line.inner.receive("01 06"); });
         QTRY_COMPARE(line.requests, QStringList{"FF FF 0A 41 01 06"});
         VERIFY_AT_LEAST(line.requestTimes.at(0), 135);
     }
