@@ -542,6 +542,24 @@ class OutputAndSignals(ControlProgram):
         os.close(master)
         return code, output.decode()
 
+    def test_shows_the_end_on_a_terminal_that_was_held(self) -> None:
+        path, firmware = self.image(30_000)
+        cameras = [self.camera("--delay", "5", "--reboot-time", "0") for _ in range(16)]
+        master, slave = pty.openpty()
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 200, 0, 0))
+        with subprocess.Popen([CONTROL, "upgrade", path, *(camera.port for camera in cameras)],
+                              stdout=slave) as process:
+            os.close(slave)
+            wait_for(lambda: all(camera.firmware() == firmware for camera in cameras))
+            time.sleep(2)  # for the reboots
+            text = b""
+            with contextlib.suppress(OSError):
+                while data := os.read(master, 4096):
+                    text += data
+            self.assertEqual(process.wait(PATIENCE), 0)
+        os.close(master)
+        self.assertEqual(text.rpartition(b"\x1b[16A")[2].count(b" done "), 16)
+
     def test_redraws_in_place_on_a_terminal(self) -> None:
         for columns in (60, 200):
             with self.subTest(columns):

@@ -400,9 +400,13 @@ void Control::showProgress()
 void Control::redraw()
 {
     // A slow terminal gets the latest state, not each of them.
-    if (!m_isDirty || m_output.isBehind()) {
-        return;
+    if (m_isDirty && !m_output.isBehind()) {
+        draw();
     }
+}
+
+void Control::draw()
+{
     m_isDirty = false;
     QVector<CameraStatus> statuses;
     for (const Camera &camera : m_cameras) {
@@ -447,8 +451,7 @@ void Control::finish()
     m_isFinished = true;
     m_displayTimer.stop();
     if (m_isTerminal) {
-        m_isDirty = true;
-        redraw();
+        draw();
         m_display = TerminalDisplay(); // what it shows now stays
     }
     for (const Camera &camera : m_cameras) {
@@ -515,6 +518,7 @@ void Control::report(const Camera &camera)
 
 void Control::refuse(int exitCode, const QString &reason)
 {
+    m_isFinished = true;
     complain(reason);
     if (m_command.asJson) {
         RunSummary counts;
@@ -522,7 +526,6 @@ void Control::refuse(int exitCode, const QString &reason)
         m_output.write(JsonReport::note(reason));
         m_output.write(JsonReport::end(counts));
     }
-    m_isFinished = true;
     m_output.finish();
     emit finished(exitCode);
 }

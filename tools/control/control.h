@@ -58,6 +58,7 @@ private:
     int uploadCount() const;
     void showProgress();
     void redraw();
+    void draw();
     void note(const QString &text);
     void complainAbout(const QString &text);
     bool isShown(const Camera &camera) const;

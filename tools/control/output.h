@@ -14,6 +14,7 @@ class Output : public QObject {
 
 public:
     explicit Output(QObject *parent = nullptr);
+    ~Output() override;
 
     /// Writes as much as goes at once, and the rest as soon as possible.
     void write(const QByteArray &bytes);
@@ -30,6 +31,7 @@ signals:
 private:
     void writePending(bool untilAllIsWritten);
 
+    const int m_descriptor;
     QByteArray m_pending;
     QSocketNotifier m_notifier;
     bool m_hasFailed = false;
