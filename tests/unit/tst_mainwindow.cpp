@@ -175,6 +175,15 @@ private slots:
         QCOMPARE(fixture.log.statusTexts(), QStringList{"Open error"});
     }
 
+    void anEmptiedPortListGivesNoName()
+    {
+        WindowFixture fixture;
+        fixture.choosePort("ttyNone9 (USB Serial)");
+        fixture.combo("comboBox_portlist")->clear();
+        fixture.click("pushButton_connect");
+        QCOMPARE(fixture.port()->portName(), QString());
+    }
+
     void changingTheBaudRateChangesNothing()
     {
         WindowFixture fixture;

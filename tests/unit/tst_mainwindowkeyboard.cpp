@@ -5,6 +5,7 @@
 #include "rows.h"
 #include "windowfixture.h"
 
+#include <QDialog>
 #include <QFocusFrame>
 #include <QImage>
 #include <QLineEdit>
@@ -231,6 +232,22 @@ private slots:
 
         widget->clearFocus();
         QVERIFY(fixture.window.grab().toImage().pixelColor(beside) != QColor(Qt::black));
+    }
+
+    void theFrameStaysOutOfDialogs()
+    {
+        WindowAtTheKeyboard fixture;
+        QVERIFY(fixture.isActive);
+        fixture.widget("toolButton_about")->setFocus();
+        const auto *const frame = fixture.window.findChild<QFocusFrame *>();
+        QCOMPARE(frame->widget(), fixture.widget("toolButton_about"));
+        QDialog dialog(&fixture.window);
+        auto *const button = new QPushButton(&dialog);
+        dialog.show();
+        dialog.activateWindow();
+        button->setFocus();
+        QTRY_COMPARE(QApplication::focusWidget(), button);
+        QVERIFY(frame->widget() == nullptr);
     }
 
     void aTextPaneKeepsTabButNotTheOthers()
