@@ -471,6 +471,18 @@ private slots:
         QCOMPARE(diagnoses[0]["port"].toString(), uniquePortName());
     }
 
+    void isContentWithOneCamera()
+    {
+        // What udev has not noticed yet.
+        const QString prepare = QString("rm $UMOCKDEV_DIR/dev/%1; exec \"$0\" --all --wait 600")
+                                    .arg(uniquePortName() + '2');
+        RunningProgram simulator(SIMULATOR_PROGRAM,
+                                 {"--quiet", "--cameras", "2", "--port", uniquePortName() + '1',
+                                  "--", "sh", "-c", prepare, DIAGNOSE_PROGRAM});
+        QCOMPARE(simulator.exitCode(), 0);
+        QVERIFY(simulator.output().contains("Verdict on " + uniquePortName() + "2: no-device\n"));
+    }
+
     void saysThatThereIsNoPort()
     {
         const QTemporaryDir folder;
