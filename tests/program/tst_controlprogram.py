@@ -218,6 +218,8 @@ class Settings(ControlProgram):
         self.assertEqual(self.run_control("set", "auto-zoom=on", port).stdout, f"{port}: set\n")
         expected = INFO.format(port=port).replace("auto-zoom       off", "auto-zoom       on")
         self.assertEqual(self.run_control("info", port).stdout, expected)
+        _, events = self.events("set", "auto-zoom=off", port)
+        self.assertEqual(events[-2]["settings"]["auto-zoom"], "off")
 
     def test_prints_the_zoom_that_the_camera_reports(self) -> None:
         port = self.camera("--zoom-1", "400", "--zoom-2", "25").port
@@ -514,6 +516,22 @@ class OutputAndSignals(ControlProgram):
             with open(reading, "rb") as pipe:
                 self.assertEqual(pipe.read().removeprefix(before).decode(), INFO.format(port=port))
             self.assertEqual(process.wait(PATIENCE), 0)
+
+    def test_writes_what_was_left_without_more_to_say(self) -> None:
+        port = self.camera("--silent").port
+        reading, writing = os.pipe()
+        before = b"x" * fcntl.fcntl(writing, fcntl.F_GETPIPE_SZ)
+        os.write(writing, before)
+        with subprocess.Popen([CONTROL, "--json", "info", port], stdout=writing) as process:
+            os.close(writing)
+            with open(reading, "rb") as pipe:
+                # It asks before it has read all of that.
+                with self.assertRaises(subprocess.TimeoutExpired):
+                    process.wait(1)
+                pipe.read(len(before))
+                self.assertIn(b'"event":"start"', pipe.readline())
+                process.send_signal(signal.SIGINT)
+                self.assertEqual(process.wait(PATIENCE), 130)
 
     def on_terminal(self, columns: int, *arguments: str, rows: int = 24,
                     interrupt: bytes | None = None, **environment: str) -> tuple[int, str]:

@@ -308,6 +308,8 @@ private slots:
         CameraResult zoom;
         zoom.zoom = -112;
         add("zoom", "zoom 2 ttyUSB0", zoom, "ttyUSB0: zoom 2 is -112\n", done + R"(,"zoom":-112)");
+        zoom.zoom = 0;
+        add("zoom of 0", "zoom 1 ttyUSB0", zoom, "ttyUSB0: zoom 1 is 0\n", done + R"(,"zoom":0)");
 
         CameraResult upgraded;
         upgraded.version = "1.0.0.6";
