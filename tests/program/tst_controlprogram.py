@@ -566,7 +566,7 @@ class OutputAndSignals(ControlProgram):
         master, slave = pty.openpty()
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 200, 0, 0))
         with subprocess.Popen([CONTROL, "upgrade", path, *(camera.port for camera in cameras)],
-                              stdout=slave) as process:
+                              stdout=slave, env={**os.environ, "TERM": "xterm"}) as process:
             os.close(slave)
             wait_for(lambda: all(camera.firmware() == firmware for camera in cameras))
             time.sleep(2)  # for the reboots
