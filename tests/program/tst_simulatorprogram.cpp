@@ -237,9 +237,9 @@ private slots:
     {
         ::signal(SIGINT, SIG_DFL);
         Simulator simulator;
-        simulator.process.start(
-            "script",
-            {"--quiet", "--return", "--command", "'" SIMULATOR_PROGRAM "' --pty", "/dev/null"});
+        simulator.process.start("script",
+                                {"--quiet", "--return", "--command",
+                                 "exec '" SIMULATOR_PROGRAM "' --pty", "/dev/null"});
         const Host host(simulator.portName());
         simulator.process.write("\x03");
         QCOMPARE(simulator.exitCode(), 0);
