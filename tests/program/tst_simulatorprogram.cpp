@@ -237,9 +237,9 @@ private slots:
     {
         ::signal(SIGINT, SIG_DFL);
         Simulator simulator;
+        const QString command = QString("exec '%1' --pty").arg(SIMULATOR_PROGRAM);
         simulator.process.start("script",
-                                {"--quiet", "--return", "--command",
-                                 "exec '" SIMULATOR_PROGRAM "' --pty", "/dev/null"});
+                                {"--quiet", "--return", "--command", command, "/dev/null"});
         const Host host(simulator.portName());
         simulator.process.write("\x03");
         QCOMPARE(simulator.exitCode(), 0);
