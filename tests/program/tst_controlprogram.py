@@ -404,7 +404,7 @@ class Upgrades(ControlProgram):
         self.assertEqual((held.firmware(), free.firmware()), (None, firmware))
 
 
-class OutputAndSignals(ControlProgram):
+class Signals(ControlProgram):
     @contextlib.contextmanager
     def slow_upgrade(self, size: int = 200_000, **options) -> Iterator[subprocess.Popen]:
         """An upgrade, once it has begun. Unless it is small, it takes longer than a test."""
@@ -491,6 +491,8 @@ class OutputAndSignals(ControlProgram):
                     self.assertEqual(process.wait(PATIENCE), 128 + number)
                 self.assertEqual(events[-2]["reason"], "abandoned")
 
+
+class Output(ControlProgram):
     def test_finishes_the_upload_when_the_reader_has_gone(self) -> None:
         path, firmware = self.image(20_000)
         camera = self.camera()
@@ -533,6 +535,8 @@ class OutputAndSignals(ControlProgram):
                 process.send_signal(signal.SIGINT)
                 self.assertEqual(process.wait(PATIENCE), 130)
 
+
+class Terminal(ControlProgram):
     def on_terminal(self, columns: int, *arguments: str, rows: int = 24,
                     interrupt: bytes | None = None, **environment: str) -> tuple[int, str]:
         """The exit code, and what came out of a terminal; Ctrl+C follows that text, once."""
