@@ -572,14 +572,18 @@ class Terminal(ControlProgram):
         with subprocess.Popen([CONTROL, "upgrade", path, *(camera.port for camera in cameras)],
                               stdout=slave, env={**os.environ, "TERM": "xterm"}) as process:
             os.close(slave)
-            wait_for(lambda: all(camera.firmware() == firmware for camera in cameras))
-            time.sleep(2)  # for the reboots
-            text = b""
-            with contextlib.suppress(OSError):
-                while data := os.read(master, 4096):
-                    text += data
-            self.assertEqual(process.wait(PATIENCE), 0)
-        os.close(master)
+            self.addCleanup(os.close, master)
+            try:
+                wait_for(lambda: all(camera.firmware() == firmware for camera in cameras))
+                # For the reboots, of which nothing tells; when it is too short, less is tried.
+                time.sleep(2)
+                text = b""
+                with contextlib.suppress(OSError):
+                    while data := os.read(master, 4096):
+                        text += data
+                self.assertEqual(process.wait(PATIENCE), 0)
+            finally:
+                process.kill()
         self.assertEqual(text.rpartition(b"\x1b[16A")[2].count(b" done "), 16)
 
     def test_redraws_in_place_on_a_terminal(self) -> None:
