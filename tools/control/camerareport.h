@@ -45,6 +45,6 @@ struct CameraResult {
     QString versionAfter; ///< of an upgrade, likewise the rest
     QString imageVersion;
     int attempts = 0;
-    std::chrono::milliseconds uploadTime{0}; ///< of the last attempt, if it came to its end
-    QStringList wouldSend;                   ///< with --dry-run
+    std::optional<std::chrono::milliseconds> uploadTime; ///< of an attempt that came to its end
+    QStringList wouldSend;                               ///< with --dry-run
 };

@@ -132,8 +132,8 @@ QByteArray JsonReport::result(const CameraResult &result)
     if (result.attempts > 0) {
         object[name("attempts")] = result.attempts;
     }
-    if (result.uploadTime.count() > 0) {
-        object[name("uploadMilliseconds")] = static_cast<qint64>(result.uploadTime.count());
+    if (result.uploadTime) {
+        object[name("uploadMilliseconds")] = static_cast<qint64>(result.uploadTime->count());
     }
     if (!result.wouldSend.isEmpty()) {
         object[name("wouldSend")] = QJsonArray::fromStringList(result.wouldSend);

@@ -24,7 +24,7 @@ QString settingsLines(const CameraSettings &settings)
 QString upgradeText(const CameraResult &result)
 {
     constexpr double kMillisecondsPerSecond = 1000.0;
-    const double seconds = static_cast<double>(result.uploadTime.count()) / kMillisecondsPerSecond;
+    const double seconds = static_cast<double>(result.uploadTime->count()) / kMillisecondsPerSecond;
     return QStringLiteral("upgraded from version %1 to %2, as the image has it, in %3 s")
         .arg(result.version, result.versionAfter, QString::number(seconds, 'f', 1));
 }

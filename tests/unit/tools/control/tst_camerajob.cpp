@@ -429,7 +429,7 @@ private slots:
         m_line->send(Hex::packetReply());
         QCOMPARE(m_steps.at(m_steps.size() - 2), QString("rebooting 1, 3 of 3"));
         QCOMPARE(m_job->status().packetsPerSecond, 0.0);
-        const auto time = static_cast<double>(result().uploadTime.count());
+        const auto time = static_cast<double>(result().uploadTime->count());
         QVERIFY2(time >= least - 1 && time <= elapsed(before) + 1,
                  qPrintable(QString::number(time)));
     }

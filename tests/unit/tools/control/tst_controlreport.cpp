@@ -323,12 +323,12 @@ private slots:
             R"("uploadMilliseconds":4240,"version":"1.0.0.6","versionAfter":"1.0.0.7")");
 
         upgraded.attempts = 1;
-        upgraded.uploadTime = std::chrono::milliseconds(1);
+        upgraded.uploadTime = std::chrono::milliseconds(0);
         add("quick upgrade", "upgrade a.img ttyUSB0", upgraded,
             "ttyUSB0: upgraded from version 1.0.0.6 to 1.0.0.7, as the image has it, in 0.0 s\n",
             R"("attempts":1,"event":"result",)"
             R"("imageVersion":"1.0.0.7","outcome":"done","port":"ttyUSB0","schema":1,)"
-            R"("uploadMilliseconds":1,"version":"1.0.0.6","versionAfter":"1.0.0.7")");
+            R"("uploadMilliseconds":0,"version":"1.0.0.6","versionAfter":"1.0.0.7")");
 
         CameraResult skipped;
         skipped.outcome = Outcome::Skipped;
