@@ -30,9 +30,8 @@ public:
     explicit FirmwareImage(QByteArray contents);
 
     /// Reads a whole file.
-    /// @return nothing when it cannot be opened or read to its end, is no regular file (reading a
-    /// pipe
-    ///         or a terminal may never end) or is larger than kMaximumFileSize
+    /// @return nothing when it cannot be opened or read to its end, is no regular file (reading
+    ///         a pipe or a terminal may never end) or is larger than kMaximumFileSize
     static std::optional<FirmwareImage> read(const QString &path);
     /// Bytes; far more than the largest firmware needs, and little enough to be held in memory.
     static constexpr qint64 kMaximumFileSize = qint64(256) * 1024 * 1024;
