@@ -569,7 +569,8 @@ class Terminal(ControlProgram):
         cameras = [self.camera("--delay", "5", "--reboot-time", "0") for _ in range(16)]
         master, slave = pty.openpty()
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 200, 0, 0))
-        with subprocess.Popen([CONTROL, "upgrade", path, *(camera.port for camera in cameras)],
+        with subprocess.Popen([CONTROL, "upgrade", "--attempts", "5", path,
+                               *(camera.port for camera in cameras)],
                               stdout=slave, env={**os.environ, "TERM": "xterm"}) as process:
             os.close(slave)
             self.addCleanup(os.close, master)
