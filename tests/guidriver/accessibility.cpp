@@ -17,35 +17,18 @@
 #include <QTextEdit>
 #include <QToolButton>
 
-#include <private/qguiapplication_p.h>
-#include <qpa/qplatformaccessibility.h>
-#include <qpa/qplatformintegration.h>
-
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
+
+bool listens = false;
 
 QStringList &heardTexts()
 {
     static QStringList texts;
     return texts;
-}
-
-void hear(QAccessibleEvent *event)
-{
-    QAccessibleInterface *const source = event->accessibleInterface();
-    if (source == nullptr) {
-        return;
-    }
-    const QString name = source->text(QAccessible::Name);
-    const bool isNotification =
-        event->type() == QAccessible::ObjectShow && source->role() == QAccessible::Notification;
-    const bool isLabel =
-        event->type() == QAccessible::NameChanged && source->role() == QAccessible::StaticText;
-    if (isNotification || isLabel) {
-        heardTexts() << name;
-    }
 }
 
 bool isAncestor(const QAccessibleInterface *candidate, const QAccessibleInterface *of)
@@ -141,7 +124,7 @@ double contrastIn(const QImage &look, const QRect &area)
         }
     }
     double least = most;
-    for (const Row &row : qAsConst(rows)) {
+    for (const Row &row : std::as_const(rows)) {
         // Of large letters, a row may have more than of the ground.
         if (row.counts.contains(text) && row.ground != text) {
             least = std::min(least, contrast(text, row.ground));
@@ -181,6 +164,24 @@ QRect textArea(const QWidget *widget)
 
 } // namespace
 
+/// Takes the place of Qt's, because this plugin is preloaded as well. Qt's drops what happens until
+/// the platform says that a screen reader listens, which needs Qt's private headers without a
+/// desktop.
+void QAccessible::updateAccessibility(QAccessibleEvent *event)
+{
+    const QAccessibleInterface *const source = listens ? event->accessibleInterface() : nullptr;
+    if (source == nullptr) {
+        return;
+    }
+    const bool isNotification =
+        event->type() == QAccessible::ObjectShow && source->role() == QAccessible::Notification;
+    const bool isLabel =
+        event->type() == QAccessible::NameChanged && source->role() == QAccessible::StaticText;
+    if (isNotification || isLabel) {
+        heardTexts() << source->text(QAccessible::Name);
+    }
+}
+
 QJsonArray Accessibility::objects(QWidget *window)
 {
     QJsonArray all;
@@ -190,8 +191,7 @@ QJsonArray Accessibility::objects(QWidget *window)
 
 void Accessibility::listen()
 {
-    QGuiApplicationPrivate::platformIntegration()->accessibility()->setActive(true);
-    QAccessible::installUpdateHandler(hear);
+    listens = true;
 }
 
 QJsonArray Accessibility::heard()

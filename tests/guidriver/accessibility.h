@@ -17,8 +17,7 @@ QJsonArray objects(QWidget *window);
 
 /// From now on keeps what a screen reader speaks without being asked.
 void listen();
-/// In the order in which it came: notifications, new texts of labels, and each value of a progress
-/// bar after its name.
+/// In the order in which it came: notifications and new texts of labels.
 QJsonArray heard();
 
 /// The contrast of each text that the window shows, by the name of its widget, as WCAG 2 defines

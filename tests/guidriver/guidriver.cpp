@@ -59,6 +59,7 @@ bool GuiDriver::start(const QString &program, const QStringList &arguments)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("QT_PLUGIN_PATH", QStringLiteral(CORVANE_PLUGIN_PATH));
     environment.insert("QT_QPA_GENERIC_PLUGINS", "corvaneguidriver:" + socketPath);
+    environment.insert("LD_PRELOAD", CORVANE_PLUGIN ":" + environment.value("LD_PRELOAD"));
     environment.insert("XDG_RUNTIME_DIR", m_directory.path());
     m_process.setProcessEnvironment(environment);
     m_process.start(program, arguments);

@@ -277,6 +277,10 @@ std::optional<QJsonObject> GuiDriverAgent::dismiss()
 
 QJsonObject GuiDriverAgent::picture(const QString &path)
 {
+    // Without a display, only the window itself can be looked at.
+    if (QGuiApplication::platformName() == "offscreen") {
+        return mainWindow()->grab().save(path) ? ok() : error("cannot write " + path);
+    }
     QRect area;
     const auto windows = QApplication::topLevelWidgets();
     for (const QWidget *window : windows) {
@@ -284,12 +288,8 @@ QJsonObject GuiDriverAgent::picture(const QString &path)
             area = area.united(window->frameGeometry());
         }
     }
-    QPixmap picture = QGuiApplication::primaryScreen()->grabWindow(0, area.x(), area.y(),
-                                                                   area.width(), area.height());
-    if (picture.isNull()) {
-        // Without a display, only the window itself can be looked at.
-        picture = mainWindow()->grab();
-    }
+    const QPixmap picture = QGuiApplication::primaryScreen()->grabWindow(
+        0, area.x(), area.y(), area.width(), area.height());
     return picture.save(path) ? ok() : error("cannot write " + path);
 }
 
