@@ -7,8 +7,7 @@ HangUpDetector::HangUpDetector(QSerialPort *port)
     : QObject(port)
     , m_port(port)
 {
-    connect(port, SIGNAL(error(QSerialPort::SerialPortError)),
-            SLOT(checkLine(QSerialPort::SerialPortError)));
+    connect(port, serialPortErrorSignal(), SLOT(checkLine(QSerialPort::SerialPortError)));
 }
 
 void HangUpDetector::checkLine(QSerialPort::SerialPortError error)

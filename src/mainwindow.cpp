@@ -49,7 +49,7 @@ MainWindow::MainWindow(QWidget *parent)
     m_parser.startParser(&m_ringBuffer);
 
     m_serial = new QSerialPort(this);
-    connect(m_serial, SIGNAL(error(QSerialPort::SerialPortError)), this,
+    connect(m_serial, serialPortErrorSignal(), this,
             SLOT(handleError(QSerialPort::SerialPortError)));
     connect(m_serial, SIGNAL(readyRead()), this, SLOT(readData()));
     new HangUpDetector(m_serial);

@@ -128,7 +128,7 @@ Result upload(int packets, const QString &cyclesFile)
     const QVector<double> times = packetTimes(fixture.contents("recording"));
     if (times.size() != packets || !writeCycles(cyclesFile, times)) {
         std::fprintf(stderr, "%d packets were recorded, or the cycles cannot be written\n",
-                     times.size());
+                     static_cast<int>(times.size()));
         return std::nullopt;
     }
     const double seconds = (times.last() - times.first()) / kMsPerSecond;

@@ -50,7 +50,7 @@ public:
         QStringList ids{report()["verdict"].toString()};
         const QJsonArray warnings = report()["furtherWarnings"].toArray();
         for (const auto &warning : warnings) {
-            ids << warning["verdict"].toString();
+            ids << warning.toObject()["verdict"].toString();
         }
         return ids.join(' ');
     }
@@ -878,7 +878,8 @@ private slots:
         QCOMPARE(diagnosis.report()["device"].toString(), port);
         QSet<QString> holders;
         const QJsonArray found = diagnosis.report()["holders"].toArray();
-        for (const auto &holder : found) {
+        for (const auto &each : found) {
+            const QJsonObject holder = each.toObject();
             holders << QString("%1 %2").arg(holder["pid"].toInt()).arg(holder["name"].toString());
         }
         QCOMPARE(holders,

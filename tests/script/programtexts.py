@@ -27,8 +27,11 @@ def installed_programs() -> set[str]:
 
 
 def help_of(program: str, *command: str) -> str:
-    call = [PROGRAMS / program, *command, "--help"]
-    return subprocess.run(call, capture_output=True, text=True, check=True).stdout
+    # By its name alone, which its usage repeats.
+    call = [program, *command, "--help"]
+    return subprocess.run(
+        call, executable=PROGRAMS / program, capture_output=True, text=True, check=True
+    ).stdout
 
 
 def commands_of(program: str) -> dict[str, str]:

@@ -75,7 +75,8 @@ QVector<Case> chosenCases(const StressOptions &options)
     }
     const QVector<Case> all = allCases();
     QVector<Case> chosen;
-    const int end = options.count == 0 ? all.size() : std::min(options.count, all.size());
+    const int size = all.size();
+    const int end = options.count == 0 ? size : std::min(options.count, size);
     for (int i = 0; i < all.size() && chosen.size() < end; i += options.every) {
         chosen.append(all.at(i));
     }

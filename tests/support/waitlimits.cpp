@@ -20,6 +20,13 @@ void QTimer::start(int msec)
     start();
 }
 
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0) // from which on this one no longer calls the other
+void QTimer::start(std::chrono::milliseconds limit)
+{
+    start(static_cast<int>(limit.count()));
+}
+#endif
+
 WaitLimits::WaitLimits()
 {
     current = this;

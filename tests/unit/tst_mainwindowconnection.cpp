@@ -10,6 +10,7 @@
 #include <QTabWidget>
 
 #include <csignal>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -229,7 +230,7 @@ private slots:
         QFETCH(QList<QByteArray>, pieces);
         WindowFixture fixture;
         int afterMs = 0;
-        for (const QByteArray &piece : qAsConst(pieces)) {
+        for (const QByteArray &piece : std::as_const(pieces)) {
             QTimer::singleShot(afterMs, &fixture.line,
                                [&fixture, piece] { fixture.line.send(piece); });
             afterMs += 5;
@@ -521,14 +522,10 @@ private slots:
         QFETCH(QSerialPort::SerialPortError, error);
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
-        const auto raiseError = [&fixture, error] {
-            return QMetaObject::invokeMethod(fixture.port(), "error",
-                                             Q_ARG(QSerialPort::SerialPortError, error));
-        };
-        QVERIFY(raiseError());
+        QVERIFY(fixture.raise(error));
         fixture.line.hangUp();
         QVERIFY(fixture.port()->isOpen());
-        QVERIFY(raiseError());
+        QVERIFY(fixture.raise(error));
         QTEST(!fixture.port()->isOpen(), "disconnects");
         QTEST(fixture.log.statusTexts().contains("Disconnected"), "disconnects");
     }
@@ -568,8 +565,7 @@ private slots:
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
         WidgetRecorder recorder(&fixture.window);
-        QVERIFY(QMetaObject::invokeMethod(fixture.port(), "error",
-                                          Q_ARG(QSerialPort::SerialPortError, error)));
+        QVERIFY(fixture.raise(error));
         QVERIFY(fixture.port()->isOpen());
         QCOMPARE(recorder.changes(), QStringList());
         QCOMPARE(fixture.log.texts(), QStringList());
@@ -580,9 +576,7 @@ private slots:
     {
         WindowFixture fixture;
         QVERIFY(fixture.connectCamera());
-        QVERIFY(QMetaObject::invokeMethod(
-            fixture.port(), "error",
-            Q_ARG(QSerialPort::SerialPortError, QSerialPort::ResourceError)));
+        QVERIFY(fixture.raise(QSerialPort::ResourceError));
         QVERIFY(!fixture.port()->isOpen());
         QVERIFY(!fixture.isEnabled("tabWidget"));
         QCOMPARE(fixture.log.texts(), QStringList{"Disconnected"});

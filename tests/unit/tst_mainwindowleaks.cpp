@@ -34,8 +34,8 @@ QStringList census(const WindowFixture &fixture)
                                      SIGNAL(receive_setting_ack()), SIGNAL(receive_reboot_ack())}) {
         count(signal, Signals::connections(&fixture.window, signal));
     }
-    for (const char *const signal : {SIGNAL(readyRead()), SIGNAL(aboutToClose()),
-                                     SIGNAL(error(QSerialPort::SerialPortError))}) {
+    for (const char *const signal :
+         {SIGNAL(readyRead()), SIGNAL(aboutToClose()), serialPortErrorSignal()}) {
         count(signal, Signals::connections(fixture.port(), signal));
     }
     return counts;
@@ -185,8 +185,7 @@ private slots:
         const QStringList counts = census(fixture);
         QVERIFY(counts.contains(QStringLiteral("1 ") + SIGNAL(readyRead())));
         // The window's own, and the detector's of a line that has hung up.
-        QVERIFY(
-            counts.contains(QStringLiteral("2 ") + SIGNAL(error(QSerialPort::SerialPortError))));
+        QVERIFY(counts.contains(QStringLiteral("2 ") + serialPortErrorSignal()));
         QCOMPARE(counts.filter("0 2receive_").size(), 5);
         // The detector goes with the port.
         const QObjectList ofPort = fixture.port()->children();
@@ -225,7 +224,10 @@ private slots:
         const auto after = properties(requests);
         QStringList changed;
         for (auto each = before.begin(); each != before.end(); ++each) {
-            if (after.value(each.key()) != each.value()) {
+            // Pictures cannot be compared.
+            const bool isPicture =
+                each->userType() == QMetaType::QIcon || each->userType() == QMetaType::QPixmap;
+            if (!isPicture && after.value(each.key()) != each.value()) {
                 changed << each.key();
             }
         }

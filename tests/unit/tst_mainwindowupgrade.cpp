@@ -11,6 +11,8 @@
 #include <QProgressBar>
 #include <QTabWidget>
 
+#include <utility>
+
 namespace {
 
 const char *const kComplete = "Update is complete. Device auto-rebooting.";
@@ -27,7 +29,7 @@ QByteArray request(int command, int parameter, const QByteArray &payload)
     counted += static_cast<char>(parameter);
     counted += payload;
     int sum = 0;
-    for (const char byte : qAsConst(counted)) {
+    for (const char byte : std::as_const(counted)) {
         sum += static_cast<unsigned char>(byte);
     }
     return "\xff\xff" + counted + static_cast<char>(sum);

@@ -5,6 +5,7 @@
 
 #include "dialogwatcher.h"
 #include "frames.h"
+#include "hangupdetector.h"
 #include "logcapture.h"
 #include "mainwindow.h"
 #include "pseudoterminal.h"
@@ -79,9 +80,9 @@ public:
     void click(const char *button) { child<QAbstractButton>(button)->click(); }
 
     /// Calls a slot of the window, whether or not its widget is enabled.
-    void call(const char *slot, QGenericArgument argument = {})
+    template <typename... Argument> void call(const char *slot, const Argument &...argument)
     {
-        if (!QMetaObject::invokeMethod(&window, slot, argument)) {
+        if (!QMetaObject::invokeMethod(&window, slot, argument...)) {
             qFatal("no slot %s", slot);
         }
     }
@@ -112,6 +113,14 @@ public:
     QComboBox *combo(const char *name) const { return child<QComboBox>(name); }
     QString text(const char *textEdit) const { return child<QTextEdit>(textEdit)->toPlainText(); }
     QSerialPort *port() const { return window.findChild<QSerialPort *>(); }
+    /// Makes the port signal an error. @return whether it has
+    bool raise(QSerialPort::SerialPortError error) const
+    {
+        // Without the code in front and the argument.
+        const QByteArray name = QByteArray(serialPortErrorSignal() + 1).split('(').first();
+        return QMetaObject::invokeMethod(port(), name.constData(),
+                                         Q_ARG(QSerialPort::SerialPortError, error));
+    }
 
     LogCapture log;
     WaitLimits limits;

@@ -14,7 +14,7 @@
 
 void setUpProgram(const QString &name)
 {
-    keepStandardStreamsOpen();
+    prepareStandardStreams();
     QCoreApplication::setApplicationName(name);
     QCoreApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
 }
@@ -64,7 +64,7 @@ std::optional<std::array<unsigned char, 4>> versionFrom(const QString &text)
     std::array<unsigned char, 4> version{};
     for (std::size_t i = 0; fits && i < version.size(); ++i) {
         constexpr int kMaximumNumber = 255;
-        const int number = match.capturedRef(static_cast<int>(i) + 1).toInt();
+        const int number = match.captured(static_cast<int>(i) + 1).toInt();
         fits = number <= kMaximumNumber;
         version[i] = static_cast<unsigned char>(number);
     }

@@ -14,7 +14,7 @@ QString printableText(const QString &text)
 {
     QString result;
     const QVector<uint> characters = text.toUcs4();
-    for (const uint character : characters) {
+    for (const char32_t character : characters) {
         switch (character) {
         case '\t':
             result += QLatin1String("\\t");

@@ -89,7 +89,7 @@ QString lineOf(const CameraStatus &camera, int width, int nameSize)
         name.leftJustified(nameSize) + QLatin1Char(' ') + state.leftJustified(kStateSize);
     constexpr int kWide = 100;
     const QString figures = figuresOf(camera, width >= kWide);
-    const int bar = std::min(width - line.size() - figures.size() - 3, kLargestBar);
+    const int bar = std::min<int>(width - line.size() - figures.size() - 3, kLargestBar);
     if (bar >= kSmallestBar) {
         line += QLatin1Char(' ') + barOf(camera, bar);
     }
@@ -105,7 +105,7 @@ QByteArray TerminalDisplay::redraw(const QVector<CameraStatus> &cameras, const S
     constexpr int kLongestName = 24;
     int nameSize = 1;
     for (const CameraStatus &camera : cameras) {
-        nameSize = std::max(nameSize, printableText(camera.port).size());
+        nameSize = std::max<int>(nameSize, printableText(camera.port).size());
     }
     constexpr int kNameShare = 4;
     nameSize = std::min({nameSize, kLongestName, std::max(width / kNameShare, 1)});

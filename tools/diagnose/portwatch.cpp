@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <QThread>
 
+#include <utility>
+
 namespace {
 
 QStringList portNames()
@@ -36,7 +38,7 @@ QString portThatAppears()
             }
         }
         // One that is pulled out may come back.
-        for (const QString &name : qAsConst(before)) {
+        for (const QString &name : std::as_const(before)) {
             if (!now.contains(name)) {
                 known.removeAll(name);
             }

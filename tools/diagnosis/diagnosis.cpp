@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace {
 
@@ -211,7 +212,7 @@ QString numbersText(const QSet<int> &numbers)
     QList<int> sorted = numbers.values();
     std::sort(sorted.begin(), sorted.end());
     QStringList texts;
-    for (const int number : qAsConst(sorted)) {
+    for (const int number : std::as_const(sorted)) {
         texts += QString::number(number);
     }
     return texts.join(QStringLiteral(", "));

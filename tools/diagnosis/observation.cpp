@@ -16,7 +16,8 @@ bool bearsSignature(const QByteArray &start)
 {
     constexpr int kDamageAllowed = 2;
     const auto size = static_cast<int>(UARTFrame::kSignature.size());
-    const int present = std::clamp(start.size() - UARTFrame::kSignatureOffset, 0, size);
+    const int present =
+        std::clamp(static_cast<int>(start.size()) - UARTFrame::kSignatureOffset, 0, size);
     int right = 0;
     for (int i = 0; i < present; ++i) {
         const auto byte = static_cast<unsigned char>(start.at(UARTFrame::kSignatureOffset + i));

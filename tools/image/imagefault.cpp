@@ -136,12 +136,12 @@ std::optional<ImageFault> imageFault(const QByteArray &image)
         return ImageFault{0, QStringLiteral("the magic is %1, not \"KVEL\"").arg(shown(magic))};
     }
     if (image.size() < FirmwareImage::kHeaderSize) {
-        return ImageFault{image.size(),
+        return ImageFault{static_cast<int>(image.size()),
                           QStringLiteral("the file ends here, shorter than the header of %1 bytes")
                               .arg(FirmwareImage::kHeaderSize)};
     }
     if (image.size() == FirmwareImage::kHeaderSize) {
-        return ImageFault{image.size(), empty()};
+        return ImageFault{static_cast<int>(image.size()), empty()};
     }
     if (image.size() <= kBodyOffset) {
         return std::nullopt;

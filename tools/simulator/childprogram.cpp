@@ -48,8 +48,7 @@ void ChildProgram::sendSignal(int number)
     }
 }
 
-// Runs between fork and exec, where only system calls are safe.
-void ChildProgram::Process::setupChildProcess()
+void ChildProgram::endWithParent()
 {
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
 }

@@ -30,9 +30,22 @@ signals:
     void failedToStart(const QString &reason);
 
 private:
+    /// Runs between fork and exec, where only system calls are safe.
+    static void endWithParent();
+
     class Process : public QProcess {
-    protected:
-        void setupChildProcess() override;
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+        void setupChildProcess() override
+        {
+            endWithParent();
+        }
+#else // which has no such function any more
+    public:
+        Process()
+        {
+            setChildProcessModifier(endWithParent);
+        }
+#endif
     };
 
     Process m_process;

@@ -5,6 +5,8 @@
 
 #include "frames.h"
 
+#include <utility>
+
 namespace {
 
 // In hexadecimal, as the rows are.
@@ -174,7 +176,7 @@ private slots:
             corrupted[position] = static_cast<char>(corrupted.at(position) ^ 0x10);
             FrameAssembler assembler;
             Recorder recorder;
-            for (const char byte : qAsConst(corrupted)) {
+            for (const char byte : std::as_const(corrupted)) {
                 assembler.take(static_cast<unsigned char>(byte), recorder);
             }
             QCOMPARE(recorder.events.size(), 2);

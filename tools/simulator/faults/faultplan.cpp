@@ -107,7 +107,7 @@ std::optional<int> numberFrom(const QString &text, int maximum)
     }
     const bool isHexadecimal = text.startsWith(QLatin1String("0x"));
     bool fits = false;
-    const int number = isHexadecimal ? text.midRef(2).toInt(&fits, 16) : text.toInt(&fits, 10);
+    const int number = text.toInt(&fits, isHexadecimal ? 16 : 10);
     return fits && number <= maximum ? std::optional(number) : std::nullopt;
 }
 

@@ -4,6 +4,7 @@
 #include "faultyline.h"
 
 #include <algorithm>
+#include <utility>
 
 FaultyLine::FaultyLine(CameraLine &line, QObject *parent)
     : CameraLine(parent)
@@ -93,7 +94,7 @@ void FaultyLine::handle(Fault::Direction direction, const QVector<FrameReader::P
     for (Lane &lane : m_lanes) {
         schedule(lane);
     }
-    for (const QString &note : qAsConst(notes)) {
+    for (const QString &note : std::as_const(notes)) {
         emit faultApplied(note);
     }
 }

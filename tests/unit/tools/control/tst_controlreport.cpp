@@ -172,10 +172,11 @@ private slots:
         QFETCH(QString, last);
         TerminalDisplay display;
         const QString text = linesOf(display.redraw(cameras, {80, rows, false}));
-        QTEST(text.count('\n'), "lines");
+        const int lines = text.count('\n');
+        QTEST(lines, "lines");
         const QString line = text.section('\n', -2, -2);
         QVERIFY2(line.startsWith(last), qPrintable(line));
-        QCOMPARE(linesOf(display.erase()), QString("^[%1A\r^[J").arg(text.count('\n')));
+        QCOMPARE(linesOf(display.erase()), QString("^[%1A\r^[J").arg(lines));
     }
 
     void coloursTheEnd_data()

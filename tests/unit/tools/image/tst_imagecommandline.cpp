@@ -166,7 +166,7 @@ private slots:
         QVERIFY(file.open(QIODevice::WriteOnly));
         QVERIFY(QFile::link(file.fileName(), folder.filePath("link")));
         for (const QString &other :
-             {file.fileName(), folder.filePath("./a.img"), folder.filePath("link")}) {
+             {file.fileName(), folder.filePath("./a.img"), folder.filePath("a.lnk")}) {
             QCOMPARE(std::get<UsageError>(parse({"unpack", file.fileName(), other})).reason,
                      QString("IMAGE and FIRMWARE are the same file"));
         }

@@ -75,7 +75,7 @@ private slots:
         QCOMPARE(answerTo(client, "one\n"), QByteArray("ok\n"));
         m_commands.clear();
         QTEST(answerTo(client, QByteArray(size, 'x') + '\n'), "answer");
-        QTEST(m_commands.size(), "commands");
+        QTEST(static_cast<int>(m_commands.size()), "commands");
         QCOMPARE(answerTo(client, "two\n"), QByteArray("ok\n"));
         QCOMPARE(m_commands.last(), QString("two"));
     }
