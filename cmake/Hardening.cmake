@@ -3,7 +3,8 @@
 
 # How the programs are hardened, since they read bytes from a line and files from anywhere. Debug builds,
 # which those with sanitizers are, are not hardened.
-if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+# For Windows, the linker does by default what there is to do, and the other options are for ELF.
+if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug" AND NOT WIN32)
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
     include(CheckPIESupported)
     check_pie_supported(LANGUAGES CXX)

@@ -33,11 +33,11 @@ bool replay(const std::filesystem::path &path)
     std::ifstream file(path, std::ios::binary);
     std::vector<char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     if (!file.is_open() || file.bad()) {
-        std::fprintf(stderr, "Cannot read %s\n", path.c_str());
+        std::fprintf(stderr, "Cannot read %s\n", path.string().c_str());
         return false;
     }
     // Printed first, so that the last line before a crash names the culprit.
-    std::printf("%s\n", path.c_str());
+    std::printf("%s\n", path.string().c_str());
     std::fflush(stdout);
     // Without spare capacity, so that the address sanitizer sees a read beyond the end.
     bytes.shrink_to_fit();

@@ -83,6 +83,8 @@ class EachScript(unittest.TestCase):
             ("try-package", "/nowhere"),
             ("try-readme", "nothing"),
             ("try-driver", "/nowhere"),
+            ("package-windows", "/nowhere"),
+            ("try-windows", "/nowhere"),
         ):
             with self.subTest(" ".join(command)):
                 call = [PROJECT / "script" / command[0], *command[1:]]

@@ -3,38 +3,47 @@
 
 #include "fileio.h"
 
+#include "fileobstacle.h"
+#include "standardstreams.h"
 #include "terminationsignals.h"
 
 #include <QFile>
 #include <QSaveFile>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-
-#include <sys/stat.h>
+#include <functional>
 
 namespace {
 
-/// Why there is no file to read or to replace by that name; empty when there is one, or nothing.
-QString obstacle(const QString &name)
+/// Reads in portions, so that a small input takes little memory whatever the maximum is.
+/// @param read  puts at most that many bytes there, and returns how many; 0 or less at the end
+QByteArray readPortions(int maximum, const std::function<qint64(char *, int)> &read)
 {
-    struct stat status = {};
-    if (::stat(QFile::encodeName(name).constData(), &status) != 0) {
-        return errno == ENOENT ? QString() : qt_error_string(errno);
+    constexpr int kPortionSize = 1 << 16;
+    QByteArray contents;
+    qint64 count = 0;
+    do {
+        const int size = contents.size();
+        const int room = std::min(kPortionSize, maximum + 1 - size);
+        contents.resize(size + room);
+        count = read(contents.data() + size, room);
+        contents.truncate(size + static_cast<int>(std::max(count, qint64(0))));
+    } while (count > 0);
+    return contents;
+}
+
+// Without QFile, which cannot read a pipe of Windows that is opened already.
+std::optional<QByteArray> readStandardInput(int maximum, QString *error)
+{
+    QByteArray contents = readPortions(maximum, [](char *data, int size) {
+        return static_cast<qint64>(std::fread(data, 1, static_cast<std::size_t>(size), stdin));
+    });
+    if (std::ferror(stdin) != 0) {
+        *error = lastErrorText();
+        return std::nullopt;
     }
-    switch (status.st_mode & S_IFMT) {
-    case S_IFREG:
-        return {};
-    case S_IFDIR:
-        return QStringLiteral("is a folder, not a file");
-    case S_IFIFO:
-        return QStringLiteral("is a pipe, not a file");
-    case S_IFSOCK:
-        return QStringLiteral("is a socket, not a file");
-    default:
-        return QStringLiteral("is a device, not a file");
-    }
+    return contents;
 }
 
 /// A write that comes to the end of the disk is only short; the reason is known to the next one.
@@ -58,7 +67,7 @@ bool writeAll(QSaveFile &file, const QByteArray &contents)
 
 bool open(QSaveFile *file, QString *error)
 {
-    *error = obstacle(file->fileName());
+    *error = fileObstacle(file->fileName());
     if (error->isEmpty() && !file->open(QIODevice::WriteOnly)) {
         *error = file->errorString();
     }
@@ -71,22 +80,18 @@ const QString kStandardStreamName = QStringLiteral("-");
 
 std::optional<QByteArray> readFile(const QString &name, int maximum, QString *error)
 {
-    const bool isStandardInput = name == kStandardStreamName;
-    *error = isStandardInput ? QString() : obstacle(name);
+    if (name == kStandardStreamName) {
+        return readStandardInput(maximum, error);
+    }
+    *error = fileObstacle(name);
     if (!error->isEmpty()) {
         return std::nullopt;
     }
     QFile file(name);
-    const bool isOpen =
-        isStandardInput ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
     QByteArray contents;
-    if (isOpen) {
-        constexpr int kChunkSize = 1 << 16;
-        QByteArray chunk;
-        do {
-            chunk = file.read(std::min(kChunkSize, maximum + 1 - contents.size()));
-            contents += chunk;
-        } while (!chunk.isEmpty());
+    if (file.open(QIODevice::ReadOnly)) {
+        contents =
+            readPortions(maximum, [&file](char *data, int size) { return file.read(data, size); });
     }
     if (file.error() != QFileDevice::NoError) {
         *error = file.errorString();

@@ -9,18 +9,11 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <system_error>
 
-#include <fcntl.h>
-#include <unistd.h>
-
-void keepStandardStreamsOpen()
+QString lastErrorText()
 {
-    // A file gets the lowest number that is free. Opened the wrong way round, it cannot be used.
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (::fcntl(stream, F_GETFD) < 0) {
-            ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-        }
-    }
+    return QString::fromLocal8Bit(std::generic_category().message(errno).c_str());
 }
 
 bool print(const QByteArray &bytes)
@@ -29,7 +22,7 @@ bool print(const QByteArray &bytes)
     if (std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0) {
         return true;
     }
-    complain(QStringLiteral("standard output: ") + qt_error_string(errno));
+    complain(QStringLiteral("standard output: ") + lastErrorText());
     return false;
 }
 

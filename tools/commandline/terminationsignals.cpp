@@ -3,9 +3,12 @@
 
 #include "terminationsignals.h"
 
+#include <QSocketNotifier>
+
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -42,8 +45,13 @@ TerminationSignals::TerminationSignals(const QVector<int> &numbers, QObject *par
     if (::pipe2(pipeEnds.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         qFatal("cannot make a pipe: %s", qPrintable(qt_error_string(errno)));
     }
-    m_notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
-    connect(m_notifier, &QSocketNotifier::activated, this, &TerminationSignals::read);
+    const auto *const notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this] {
+        Message message{};
+        while (::read(pipeEnds[0], &message, sizeof message) == sizeof message) {
+            emit received(message.number, message.isFromTerminal);
+        }
+    });
 
     struct sigaction action = {};
     action.sa_sigaction = handle;
@@ -60,10 +68,10 @@ TerminationSignals::TerminationSignals(const QVector<int> &numbers, QObject *par
 
 TerminationSignals::~TerminationSignals()
 {
-    for (const int number : qAsConst(m_numbers)) {
+    for (const int number : std::as_const(m_numbers)) {
         ::signal(number, SIG_DFL);
     }
-    m_notifier->setEnabled(false);
+    delete findChild<QSocketNotifier *>(); // before its pipe
     for (int &end : pipeEnds) {
         ::close(end);
         end = -1;
@@ -77,15 +85,12 @@ void TerminationSignals::endBy(int number)
     std::abort();
 }
 
-void TerminationSignals::read()
-{
-    Message message{};
-    while (::read(pipeEnds[0], &message, sizeof message) == sizeof message) {
-        emit received(message.number, message.isFromTerminal);
-    }
-}
+struct TerminationDelay::State {
+    sigset_t blockedBefore{};
+};
 
 TerminationDelay::TerminationDelay()
+    : m_state(std::make_unique<State>())
 {
     sigset_t ending;
     ::sigemptyset(&ending);
@@ -93,10 +98,10 @@ TerminationDelay::TerminationDelay()
     for (const int number : numbers) {
         ::sigaddset(&ending, number);
     }
-    ::pthread_sigmask(SIG_BLOCK, &ending, &m_blockedBefore);
+    ::pthread_sigmask(SIG_BLOCK, &ending, &m_state->blockedBefore);
 }
 
 TerminationDelay::~TerminationDelay()
 {
-    ::pthread_sigmask(SIG_SETMASK, &m_blockedBefore, nullptr);
+    ::pthread_sigmask(SIG_SETMASK, &m_state->blockedBefore, nullptr);
 }

@@ -4,12 +4,13 @@
 #pragma once
 
 #include <QObject>
-#include <QSocketNotifier>
 #include <QVector>
 
 #include <csignal>
+#include <memory>
 
-/// The signals that users and systems end programs with: SIGINT, SIGTERM and SIGHUP.
+/// The signals that users and systems end programs with: SIGINT, SIGTERM and SIGHUP. On Windows,
+/// SIGINT stands for Ctrl+C and Ctrl+Break, and SIGTERM for the end of the console or the session.
 QVector<int> endingSignals();
 
 /// Brings signals that would end the program into the event loop. One that the program was started
@@ -33,10 +34,7 @@ signals:
     void received(int number, bool isFromTerminal);
 
 private:
-    void read();
-
     QVector<int> m_numbers; ///< those that are not ignored
-    QSocketNotifier *m_notifier = nullptr;
 };
 
 /// Makes the ending signals wait for the end of this object.
@@ -48,5 +46,6 @@ public:
     ~TerminationDelay();
 
 private:
-    sigset_t m_blockedBefore{};
+    struct State;
+    std::unique_ptr<State> m_state;
 };

@@ -21,9 +21,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -40,20 +38,9 @@ constexpr std::chrono::seconds kJsonPause(1);
 constexpr std::chrono::seconds kTextPause(10);
 constexpr std::chrono::seconds kSecondChance(3);
 
-bool isCapableTerminal()
-{
-    const QByteArray terminal = qgetenv("TERM");
-    return ::isatty(STDOUT_FILENO) == 1 && !terminal.isEmpty() && terminal != "dumb";
-}
-
 TerminalDisplay::Screen screen()
 {
-    TerminalDisplay::Screen screen;
-    winsize size{};
-    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 && size.ws_row > 0) {
-        screen.columns = size.ws_col;
-        screen.rows = size.ws_row;
-    }
+    TerminalDisplay::Screen screen = Output::screen().value_or(TerminalDisplay::Screen());
     // As https://no-color.org/ has it.
     screen.withColours = qEnvironmentVariableIsEmpty("NO_COLOR");
     return screen;
@@ -66,11 +53,8 @@ Control::Control(const ControlCommand &command, QObject *parent)
     , m_order{command, {}, {}}
     , m_command(m_order.command)
     , m_isTerminal(command.kind == Kind::Upgrade && !command.asJson && !command.dryRun
-                   && isCapableTerminal())
-    , m_signals({SIGINT, SIGTERM, SIGHUP})
+                   && Output::screen().has_value())
 {
-    // A reader that has gone is an error of the output.
-    ::signal(SIGPIPE, SIG_IGN);
     connect(&m_signals, &TerminationSignals::received, this, &Control::handleSignal);
     connect(&m_output, &Output::failed, this, [this] { endWhenNothingIsUploading(kOutputStatus); });
     connect(&m_displayTimer, &QTimer::timeout, this, &Control::showProgress);
@@ -229,7 +213,7 @@ void Control::openPorts()
 void Control::refuseSharedPorts(QVector<PortFinding> *findings)
 {
     QStringList paths;
-    for (const PortFinding &finding : qAsConst(*findings)) {
+    for (const PortFinding &finding : std::as_const(*findings)) {
         paths += finding.devicePath;
     }
     const QVector<QVector<PortHolder>> holders = holdersOfDevices(paths);

@@ -5,14 +5,17 @@
 
 #include "standardstreams.h"
 
+#include <QSocketNotifier>
 #include <QThread>
 #include <QTimer>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
@@ -30,23 +33,46 @@ int openOutput()
 
 } // namespace
 
-Output::Output(QObject *parent)
-    : QObject(parent)
+class Output::Writer : public QObject {
+public:
+    explicit Writer(Output *output);
+    Writer(const Writer &) = delete;
+    Writer &operator=(const Writer &) = delete;
+    ~Writer() override;
+
+    void write(const QByteArray &bytes);
+    void writePending(bool untilAllIsWritten);
+
+    bool isBehind() const { return !m_pending.isEmpty(); }
+    bool hasFailed() const { return m_hasFailed; }
+
+private:
+    Output *const m_output;
+    const int m_descriptor;
+    QByteArray m_pending;
+    QSocketNotifier m_notifier;
+    bool m_hasFailed = false;
+};
+
+Output::Writer::Writer(Output *output)
+    : m_output(output)
     , m_descriptor(openOutput())
     , m_notifier(m_descriptor, QSocketNotifier::Write)
 {
+    // A reader that has gone is an error of the output.
+    ::signal(SIGPIPE, SIG_IGN);
     m_notifier.setEnabled(false);
     connect(&m_notifier, &QSocketNotifier::activated, this, [this] { writePending(false); });
 }
 
-Output::~Output()
+Output::Writer::~Writer()
 {
     if (m_descriptor != STDOUT_FILENO) {
         ::close(m_descriptor);
     }
 }
 
-void Output::write(const QByteArray &bytes)
+void Output::Writer::write(const QByteArray &bytes)
 {
     if (!m_hasFailed) {
         m_pending += bytes;
@@ -54,13 +80,7 @@ void Output::write(const QByteArray &bytes)
     }
 }
 
-bool Output::finish()
-{
-    writePending(true);
-    return !m_hasFailed;
-}
-
-void Output::writePending(bool untilAllIsWritten)
+void Output::Writer::writePending(bool untilAllIsWritten)
 {
     while (!m_pending.isEmpty()) {
         pollfd state{m_descriptor, POLLOUT, 0};
@@ -73,8 +93,9 @@ void Output::writePending(bool untilAllIsWritten)
         }
         // What is ready takes at least as much as POSIX guarantees for a pipe.
         constexpr int kChunk = 512;
-        const ssize_t count = ::write(m_descriptor, m_pending.constData(),
-                                      static_cast<std::size_t>(std::min(kChunk, m_pending.size())));
+        const ssize_t count =
+            ::write(m_descriptor, m_pending.constData(),
+                    static_cast<std::size_t>(std::min<int>(kChunk, m_pending.size())));
         if (count < 0 && errno == EAGAIN) {
             // Room for one byte, where a line feed needs two.
             constexpr unsigned long kPause = 100; // milliseconds
@@ -94,10 +115,49 @@ void Output::writePending(bool untilAllIsWritten)
             m_hasFailed = true;
             m_pending.clear();
             m_notifier.setEnabled(false);
-            emit failed();
+            emit m_output->failed();
             return;
         }
         m_pending.remove(0, static_cast<int>(count));
     }
     m_notifier.setEnabled(!m_pending.isEmpty());
+}
+
+Output::Output(QObject *parent)
+    : QObject(parent)
+    , m_writer(std::make_unique<Writer>(this))
+{
+}
+
+Output::~Output() = default;
+
+std::optional<TerminalDisplay::Screen> Output::screen()
+{
+    const QByteArray terminal = qgetenv("TERM");
+    if (::isatty(STDOUT_FILENO) != 1 || terminal.isEmpty() || terminal == "dumb") {
+        return std::nullopt;
+    }
+    TerminalDisplay::Screen screen;
+    winsize size{};
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 && size.ws_row > 0) {
+        screen.columns = size.ws_col;
+        screen.rows = size.ws_row;
+    }
+    return screen;
+}
+
+void Output::write(const QByteArray &bytes)
+{
+    m_writer->write(bytes);
+}
+
+bool Output::isBehind() const
+{
+    return m_writer->isBehind();
+}
+
+bool Output::finish()
+{
+    m_writer->writePending(true);
+    return !m_writer->hasFailed();
 }

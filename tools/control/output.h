@@ -3,9 +3,13 @@
 
 #pragma once
 
+#include "terminaldisplay.h"
+
 #include <QByteArray>
 #include <QObject>
-#include <QSocketNotifier>
+
+#include <memory>
+#include <optional>
 
 /// The standard output, which never keeps the program waiting: a terminal that is held with Ctrl+S,
 /// or a reader that has stopped reading, must not stop an upload.
@@ -16,10 +20,13 @@ public:
     explicit Output(QObject *parent = nullptr);
     ~Output() override;
 
+    /// The terminal at this moment; nothing when it is no terminal with lines that can be redrawn.
+    static std::optional<TerminalDisplay::Screen> screen();
+
     /// Writes as much as goes at once, and the rest as soon as possible.
     void write(const QByteArray &bytes);
     /// Whether something is still to be written.
-    bool isBehind() const { return !m_pending.isEmpty(); }
+    bool isBehind() const;
     /// Waits until all is written.
     /// @return false when the output has failed
     bool finish();
@@ -29,10 +36,6 @@ signals:
     void failed();
 
 private:
-    void writePending(bool untilAllIsWritten);
-
-    const int m_descriptor;
-    QByteArray m_pending;
-    QSocketNotifier m_notifier;
-    bool m_hasFailed = false;
+    class Writer;
+    std::unique_ptr<Writer> m_writer;
 };

@@ -6,7 +6,6 @@
 #include "portholders.h"
 
 #include <QFile>
-#include <QSerialPortInfo>
 #include <QThread>
 #include <QVector>
 
@@ -130,18 +129,6 @@ bool offersLogin(const PortHolder &holder)
 }
 
 } // namespace
-
-QStringList listedPorts()
-{
-    QStringList texts;
-    const QList<QSerialPortInfo> ports = QSerialPortInfo::availablePorts();
-    for (const QSerialPortInfo &port : ports) {
-        texts += port.description().isEmpty()
-            ? port.portName()
-            : QStringLiteral("%1 (%2)").arg(port.portName(), port.description());
-    }
-    return texts;
-}
 
 QString devicePathOf(const QString &port)
 {
