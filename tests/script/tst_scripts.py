@@ -80,6 +80,7 @@ class EachScript(unittest.TestCase):
             ("mutate", "--nothing"),
             ("bench", "nothing"),
             ("render-art", "nothing"),
+            ("package", "nothing"),
             ("try-package", "/nowhere"),
             ("try-readme", "nothing"),
             ("try-driver", "/nowhere"),
