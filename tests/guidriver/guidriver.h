@@ -61,6 +61,11 @@ public:
     {
         return order({{"do", "choose"}, {"widget", widget}, {"index", index}});
     }
+    /// Gives a combo box an item more and chooses it: a port that the system does not list.
+    bool addItem(const QString &widget, const QString &text)
+    {
+        return order({{"do", "add item"}, {"widget", widget}, {"text", text}});
+    }
     /// Opens the popup of a combo box, at the keyboard.
     bool openList(const QString &widget)
     {

@@ -162,6 +162,7 @@ std::optional<QJsonObject> GuiDriverAgent::carryOut(const QJsonObject &order)
         {"press", [&] { return press(widget); }},
         {"release", [&] { return release(widget); }},
         {"open list", [&] { return openList(widget); }},
+        {"add item", [&] { return addItem(widget, order["text"].toString()); }},
         {"choose", [&] { return choose(widget, order["index"].toInt()); }},
         {"type", [&] { return pressKeys(widget, order["text"].toString()); }},
     };
@@ -204,6 +205,17 @@ QJsonObject GuiDriverAgent::openList(QWidget *widget)
 {
     widget->setFocus(Qt::TabFocusReason);
     QTest::keyClick(widget->window()->windowHandle(), Qt::Key_Down, Qt::AltModifier);
+    return ok();
+}
+
+QJsonObject GuiDriverAgent::addItem(QWidget *widget, const QString &text)
+{
+    auto *const combo = qobject_cast<QComboBox *>(widget);
+    if (combo == nullptr) {
+        return error(widget->objectName() + " has no items");
+    }
+    combo->addItem(text);
+    combo->setCurrentIndex(combo->count() - 1);
     return ok();
 }
 

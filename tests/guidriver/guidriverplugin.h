@@ -41,6 +41,7 @@ private:
     static QJsonObject press(QWidget *widget);
     static QJsonObject release(QWidget *widget);
     static QJsonObject openList(QWidget *widget);
+    static QJsonObject addItem(QWidget *widget, const QString &text);
     static QJsonObject choose(QWidget *widget, int index);
     static QJsonObject closeList();
     static QJsonObject pressKeys(QWidget *widget, const QString &text);
