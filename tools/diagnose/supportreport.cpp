@@ -74,7 +74,7 @@ PortFinding withoutNames(PortFinding finding)
     finding.user = user;
     const passwd *const entry = userOfProgram();
     const QString home = entry != nullptr ? QFile::decodeName(entry->pw_dir) : QDir::homePath();
-    if (!home.isEmpty() && home != QDir::rootPath()) {
+    if (!home.isEmpty()) {
         finding.port = withoutHome(finding.port, home);
         finding.devicePath = withoutHome(finding.devicePath, home);
     }
