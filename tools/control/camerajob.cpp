@@ -221,12 +221,12 @@ void CameraJob::takeHello(const QByteArray &frame)
 {
     const SettingsReport report = DeviceReply(frame).settings();
     m_result.version = report.version;
-    m_result.settings = SettingsWords::reported(report);
-    if (isWholeReport(frame)) {
-        act();
-    } else {
+    if (!isWholeReport(frame)) {
         end(Outcome::Failed, tooShort(frame));
+        return;
     }
+    m_result.settings = SettingsWords::reported(report);
+    act();
 }
 
 void CameraJob::act()
