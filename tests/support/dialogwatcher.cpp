@@ -37,7 +37,8 @@ bool DialogWatcher::isOpen() const
 bool DialogWatcher::eventFilter(QObject *watched, QEvent *event)
 {
     auto *const box = qobject_cast<QMessageBox *>(watched);
-    if (box != nullptr && event->type() == QEvent::Show) {
+    // At Show, only some versions of Qt have added the Ok that a box without buttons gets.
+    if (box != nullptr && event->type() == QEvent::ShowToParent) {
         m_seen << Seen{box->icon(),         box->windowTitle(),
                        box->text(),         box->standardButtons(),
                        box->parentWidget(), box->windowModality()};

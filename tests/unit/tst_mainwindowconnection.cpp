@@ -6,8 +6,10 @@
 #include "widgetrecorder.h"
 #include "windowfixture.h"
 
+#include <QLibraryInfo>
 #include <QProgressBar>
 #include <QTabWidget>
+#include <QVersionNumber>
 
 #include <csignal>
 #include <utility>
@@ -179,8 +181,11 @@ private slots:
         fixture.replyWith(Frames::helloReply());
         fixture.click("pushButton_connect");
         QVERIFY(fixture.isEnabled("tabWidget"));
-        QCOMPARE(fixture.log.statusTexts().filter("_CMD_"),
-                 QStringList({"UART_CTRL_CMD_REBOOT Received", "UART_CTRL_CMD_HELLO Received"}));
+        QStringList taken{"UART_CTRL_CMD_REBOOT Received", "UART_CTRL_CMD_HELLO Received"};
+        if (QLibraryInfo::version() >= QVersionNumber(6, 8)) {
+            taken.removeFirst(); // which empties a port as it opens it
+        }
+        QCOMPARE(fixture.log.statusTexts().filter("_CMD_"), taken);
     }
 
     void setsTheLineParametersInOrderBeforeItOpens()
