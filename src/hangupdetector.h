@@ -15,16 +15,15 @@ inline const char *serialPortErrorSignal()
 #endif
 }
 
-/// Makes a port notice that its line has hung up although its device is back. Addition of our own.
+/// Makes an open port raise ResourceError when its line has hung up. Addition of our own.
 ///
-/// QSerialPort asks whether the device file still exists. When an adapter was unplugged and plugged
-/// in again, it does, so the port repeats ReadError for ever, at full processor load, instead of
-/// raising ResourceError. GUI thread only.
+/// From such a line, QSerialPort reads nothing, again and again at full processor load. In Qt 5 and
+/// 6.4 it repeats ReadError meanwhile, in 6.8 it says nothing at all. GUI thread only.
 class HangUpDetector : public QObject {
     Q_OBJECT
 
 public:
-    /// @param port  watched; becomes the parent
+    /// @param port  open; becomes the parent. The detector deletes itself when the port closes.
     explicit HangUpDetector(QSerialPort *port);
 
 private slots:

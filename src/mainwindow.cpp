@@ -52,7 +52,6 @@ MainWindow::MainWindow(QWidget *parent)
     connect(m_serial, serialPortErrorSignal(), this,
             SLOT(handleError(QSerialPort::SerialPortError)));
     connect(m_serial, SIGNAL(readyRead()), this, SLOT(readData()));
-    new HangUpDetector(m_serial);
     on_pushButton_disconnect_clicked();
 }
 
@@ -129,7 +128,11 @@ bool MainWindow::openPort()
     m_serial->setParity(m_settings.parity);
     m_serial->setStopBits(m_settings.stopBits);
     m_serial->setFlowControl(m_settings.flowControl);
-    return m_serial->open(QIODevice::ReadWrite);
+    if (!m_serial->open(QIODevice::ReadWrite)) {
+        return false;
+    }
+    new HangUpDetector(m_serial);
+    return true;
 }
 
 void MainWindow::on_pushButton_disconnect_clicked()

@@ -11,6 +11,7 @@
 //     serialhost watch         prints "watching", then what udev says about terminals, until ended
 
 #include "frames.h"
+#include "hangupdetector.h"
 #include "patience.h"
 
 #include <QCoreApplication>
@@ -57,6 +58,7 @@ int hello(QSerialPort &port)
 
 int stay(QSerialPort &port)
 {
+    new HangUpDetector(&port);
     QObject::connect(&port, &QSerialPort::errorOccurred, &port, [&port] {
         port.disconnect();
         const bool isThere = QFile::exists(QStringLiteral("/dev/") + port.portName());

@@ -181,16 +181,17 @@ private slots:
 
     void connectsWhatItNeedsAndNothingTwice()
     {
-        const Requests fixture;
+        Requests fixture;
+        fixture.click("pushButton_connect");
         const QStringList counts = census(fixture);
         QVERIFY(counts.contains(QStringLiteral("1 ") + SIGNAL(readyRead())));
         // The window's own, and the detector's of a line that has hung up.
         QVERIFY(counts.contains(QStringLiteral("2 ") + serialPortErrorSignal()));
         QCOMPARE(counts.filter("0 2receive_").size(), 5);
-        // The detector goes with the port.
-        const QObjectList ofPort = fixture.port()->children();
-        QCOMPARE(ofPort.size(), 1);
-        QVERIFY(ofPort.constFirst()->inherits("HangUpDetector"));
+        // The detector goes with the connection.
+        QCOMPARE(fixture.port()->findChildren<HangUpDetector *>().size(), 1);
+        fixture.click("pushButton_disconnect");
+        QVERIFY(census(fixture).contains(QStringLiteral("1 ") + serialPortErrorSignal()));
     }
 
     void noRequestLeavesAnythingBehind_data() { addRequests(); }

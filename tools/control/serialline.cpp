@@ -3,6 +3,7 @@
 
 #include "serialline.h"
 
+#include "hangupdetector.h"
 #include "portinspection.h"
 
 SerialLine::SerialLine(const QString &port, QObject *parent)
@@ -28,6 +29,7 @@ PortFinding SerialLine::open()
     {
         const QSignalBlocker blocker(m_port);
         if (m_port.open(QIODevice::ReadWrite)) {
+            new HangUpDetector(&m_port);
             finding.port = m_name;
             finding.devicePath = devicePathOf(m_name);
             return finding;
@@ -57,14 +59,8 @@ void SerialLine::stopAlarm()
 
 void SerialLine::fail(QSerialPort::SerialPortError error)
 {
-    if (error == QSerialPort::NoError || !m_port.isOpen()) {
-        return;
-    }
-    if (error == QSerialPort::ReadError) {
-        // A line that has hung up gives this error again and again, with no reason. It answers any
-        // change of its parameters, even to what they are, with the ResourceError that it should
-        // have given.
-        m_port.setDataBits(m_port.dataBits());
+    // ReadError has no reason; the detector makes it a ResourceError, which has.
+    if (error == QSerialPort::NoError || error == QSerialPort::ReadError || !m_port.isOpen()) {
         return;
     }
     const QString reason = m_port.errorString();

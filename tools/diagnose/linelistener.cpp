@@ -3,6 +3,7 @@
 
 #include "linelistener.h"
 
+#include "hangupdetector.h"
 #include "uartframe.h"
 
 #include <QTimer>
@@ -26,6 +27,7 @@ LineListener::LineListener(QSerialPort &serial, QObject *parent)
 {
     connect(&m_serial, &QSerialPort::readyRead, this, &LineListener::take);
     connect(&m_serial, &QSerialPort::errorOccurred, this, &LineListener::fail);
+    new HangUpDetector(&m_serial);
 }
 
 void LineListener::askAndListen(milliseconds wait)
@@ -64,14 +66,8 @@ void LineListener::take()
 
 void LineListener::fail(QSerialPort::SerialPortError error)
 {
-    if (error == QSerialPort::NoError) {
-        return;
-    }
-    if (error == QSerialPort::ReadError) {
-        // A line that has hung up gives this error again and again, with no reason. It answers any
-        // change of its parameters, even to what they are, with the ResourceError that it should
-        // have given.
-        m_serial.setDataBits(m_serial.dataBits());
+    // ReadError has no reason; the detector makes it a ResourceError, which has.
+    if (error == QSerialPort::NoError || error == QSerialPort::ReadError) {
         return;
     }
     termios settings{};

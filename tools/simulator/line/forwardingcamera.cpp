@@ -4,6 +4,7 @@
 #include "forwardingcamera.h"
 
 #include "cameraline.h"
+#include "hangupdetector.h"
 
 #include <cerrno>
 #include <chrono>
@@ -16,7 +17,11 @@ constexpr std::chrono::milliseconds kOpenPause(250);
 bool openAndEmpty(QSerialPort &port)
 {
     // What came before is not for the program that opens the line now.
-    return port.open(QIODevice::ReadWrite) && port.clear();
+    if (!port.open(QIODevice::ReadWrite) || !port.clear()) {
+        return false;
+    }
+    new HangUpDetector(&port);
+    return true;
 }
 
 } // namespace
