@@ -34,8 +34,11 @@ STEPS_SECONDS = (1.0, 10.0, float("inf"))
 MEMORY_LIMIT = 6 << 30
 FILE_LIMIT = 2 << 30
 
-FAILED_FUNCTION = re.compile(r"^(?P<number>\d+): (FAIL!  |QFATAL ): (?P<function>\w+::.*?\))( |$)")
-ENDED_TEST = re.compile(r"Test +#\d+: (?P<test>\w+) \.*(?P<result>.*)")
+FAILED_FUNCTION = re.compile(
+    r"^(?P<number>\d+): ((FAIL!  |QFATAL ): (?P<function>\w+::.*?\))( |$)"
+    r"| *(?P<method>test_\w+) .*\.\.\. (FAIL|ERROR)$)"
+)
+ENDED_TEST = re.compile(r"Test +#\d+: (?P<test>[\w.]+) \.*(?P<result>.*)")
 
 
 @dataclass(frozen=True)
@@ -67,7 +70,7 @@ class Tree:
         self._source = folder / "tree"
         self._build = folder / "build"
         self._temporary = folder / "tmp"
-        self._tests: dict[str, Path] = {}
+        self._targets: dict[str, list[Path]] = {}
         self._commands: dict[str, list[str]] = {}
         self._environments: dict[str, dict[str, str]] = {}
         self._programs: dict[str, list[Path]] = {}
@@ -136,29 +139,42 @@ class Tree:
             text=True,
         )
         for test in json.loads(listing.stdout)["tests"]:
-            paths = [Path(word) for word in test["command"] if word.startswith(str(self._build))]
+            words = [word for word in test["command"] if word.startswith(str(self._build))]
+            paths = [Path(word) for word in words[:1]]
             if not paths:
-                continue  # not ours to build, and not concerned with the code
-            self._tests[test["name"]] = paths[0]
+                paths = self._programs_of_script(Path(test["command"][0]))
+            if not paths:
+                continue  # not concerned with the code
+            self._targets[test["name"]] = paths
             self._commands[test["name"]] = test["command"]
             properties = {each["name"]: each["value"] for each in test["properties"]}
             self._environments[test["name"]] = dict(
                 variable.split("=", 1) for variable in properties.get("ENVIRONMENT", [])
             )
             inputs = subprocess.run(
-                ["ninja", "-t", "inputs", str(paths[0].relative_to(self._build))],
+                ["ninja", "-t", "inputs", *self._names([test["name"]])],
                 cwd=self._build,
                 check=True,
                 capture_output=True,
                 text=True,
             )
             used = [self._build / line for line in inputs.stdout.split() if line.startswith("bin/")]
-            self._programs[test["name"]] = [paths[0], *used]
+            self._programs[test["name"]] = [*paths, *used]
+
+    def _programs_of_script(self, script: Path) -> list[Path]:
+        """What a script operates, by the names in it."""
+        text = script.read_text() if script.parent.name == "program" else ""
+        return [path for path in (self._build / "bin").glob("*") if f'"{path.name}"' in text]
+
+    def _names(self, tests: list[str]) -> list[str]:
+        """What to build for these tests."""
+        paths = {path for name in tests for path in self._targets[name]}
+        return sorted(str(path.relative_to(self._build)) for path in paths)
 
     def measure(self) -> None:
         """Runs every test on the unchanged code. They have to pass."""
         for _ in range(ATTEMPTS):
-            failures = self._test(sorted(self._tests), 1200)
+            failures = self._test(sorted(self._targets), 1200)
             if not failures:
                 break
         else:
@@ -166,7 +182,7 @@ class Tree:
         costs = self._build / "Testing/Temporary/CTestCostData.txt"
         for line in costs.read_text().splitlines():
             words = line.split()
-            if len(words) == 3 and words[0] in self._tests:
+            if len(words) == 3 and words[0] in self._targets:
                 self._durations[words[0]] = float(words[2])
 
     def use_measures_of(self, other: Tree) -> None:
@@ -209,8 +225,8 @@ class Tree:
 
     def _judge(self, mutant: Mutant, control: Tree) -> tuple[str, str]:
         stem = Path(mutant.path).stem
-        nearest = [name for name in self._tests if name.startswith(f"tst_{stem}")]
-        rest = [name for name in self._tests if name not in nearest]
+        nearest = [name for name in self._targets if name.startswith(f"tst_{stem}")]
+        rest = [name for name in self._targets if name not in nearest]
         for stage in (nearest, rest):
             before = self._times()
             if not self._compile(stage):
@@ -241,9 +257,8 @@ class Tree:
     def _compile(self, tests: list[str]) -> bool:
         if not tests:
             return True
-        targets = [str(self._tests[name].relative_to(self._build)) for name in tests]
         done = subprocess.run(
-            ["ninja", f"-j{PARALLEL_BUILDS}", *targets],
+            ["ninja", f"-j{PARALLEL_BUILDS}", *self._names(tests)],
             cwd=self._build,
             stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,
@@ -292,11 +307,12 @@ class Tree:
 
     def _fails(self, failure: Failure, limit: float) -> bool:
         """Whether the function fails when it is run on its own."""
-        arguments = []
+        command = list(self._commands[failure.test])
         function = re.fullmatch(r"\w+::(\w+)\((.*)\)", failure.function)
         if function and function[1] not in ("initTestCase", "init", "cleanup", "cleanupTestCase"):
-            arguments = [":".join(filter(None, function.groups()))]
-        command = self._commands[failure.test] + arguments
+            command += [":".join(filter(None, function.groups()))]
+        elif failure.function.startswith("test_"):
+            command[-1] += f".{failure.function}"
         return self._run_limited(command, self._environments[failure.test], limit) != 0
 
     def _run_limited(
@@ -342,7 +358,7 @@ class Tree:
 class _Watch:
     """Reads along what CTest prints.
 
-    QtTest goes on after a failed function and CTest reports only at a test's end, so it is the
+    QtTest and unittest go on after a failed function and CTest reports only at a test's end, so it is the
     tests' own output that counts.
     """
 
@@ -352,13 +368,14 @@ class _Watch:
         self._names: dict[str, str] = {}
 
     def sees_failure(self, line: str) -> bool:
-        started = re.match(r"^ *Start +(\d+): (\w+)", line)
+        started = re.match(r"^ *Start +(\d+): ([\w.]+)", line)
         if started:
             self._names[started[1]] = started[2]
             self.running.append(started[2])
         function = FAILED_FUNCTION.match(line)
         if function:
-            self.failure = Failure(self._names[function["number"]], function["function"])
+            name = function["function"] or function["method"]
+            self.failure = Failure(self._names[function["number"]], name)
         ended = ENDED_TEST.search(line)
         if ended and ended["test"] in self.running:
             self.running.remove(ended["test"])

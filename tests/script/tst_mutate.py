@@ -25,6 +25,10 @@ project(example LANGUAGES CXX)
 enable_testing()
 add_executable(tst_sum src/sum.cpp tst_sum.cpp)
 add_test(NAME tst_sum COMMAND $<TARGET_FILE:tst_sum>)
+add_executable(shows src/shows.cpp)
+set_target_properties(shows PROPERTIES RUNTIME_OUTPUT_DIRECTORY bin)
+add_test(NAME tst_script.Status
+    COMMAND ${CMAKE_SOURCE_DIR}/program/tst_script.py --verbose Status)
 """
 CODE = """int sum(int count)
 {
@@ -35,6 +39,23 @@ CODE = """int sum(int count)
     }
     return sum;
 }
+"""
+PROGRAM = """int main()
+{
+    return 3;
+}
+"""
+# The second test would go on for long.
+SCRIPT = """#!/usr/bin/env python3
+import pathlib, subprocess, time, unittest
+PROGRAMS = pathlib.Path("bin")
+class Status(unittest.TestCase):
+    def test_ends_with_three(self):
+        self.assertEqual(subprocess.run([PROGRAMS / "shows"]).returncode, 3)
+    def test_takes_its_time(self):
+        if subprocess.run([PROGRAMS / "shows"]).returncode != 3:
+            time.sleep(60)
+unittest.main()
 """
 # Prints what QtTest prints, and runs on for a while after a failure.
 TEST = """#include <cstdio>
@@ -192,7 +213,11 @@ class JudgingMutants(unittest.TestCase):
         (project / "src").mkdir(parents=True)
         (project / "CMakeLists.txt").write_text(PROJECT)
         (project / "src/sum.cpp").write_text(CODE)
+        (project / "src/shows.cpp").write_text(PROGRAM)
         (project / "tst_sum.cpp").write_text(TEST)
+        (project / "program").mkdir()
+        (project / "program/tst_script.py").write_text(SCRIPT)
+        (project / "program/tst_script.py").chmod(0o755)
         subprocess.run(["git", "init", "--quiet"], cwd=project, check=True)
         cls.copy = Path(folder.name) / "work/tree/src/sum.cpp"
         cls.trouble = Path(folder.name) / "trouble"
@@ -203,7 +228,7 @@ class JudgingMutants(unittest.TestCase):
         cls.tree = Tree(project, Path(folder.name) / "work")
         cls.tree.prepare()
         cls.tree.use_measures_of(cls.control)
-        cls.mutants = cls.tree.mutants(["src/sum.cpp"])
+        cls.mutants = cls.tree.mutants(["src/shows.cpp", "src/sum.cpp"])
 
     def judge(self, operator: str, replacement: str, line: int) -> Outcome:
         [mutant] = [
@@ -219,6 +244,12 @@ class JudgingMutants(unittest.TestCase):
         outcome = self.judge("drop", "", 5)
         self.assertEqual(outcome.verdict, "killed")
         self.assertEqual(outcome.by, "tst_sum SumTest::addsUp(three)")
+        self.assertLess(outcome.seconds, 60)
+
+    def test_a_mutant_that_only_a_script_notices_is_killed_at_once(self) -> None:
+        outcome = self.judge("integer", "4", 3)
+        self.assertEqual((outcome.verdict, outcome.by),
+                         ("killed", "tst_script.Status test_ends_with_three"))
         self.assertLess(outcome.seconds, 60)
 
     def test_a_mutant_that_no_test_notices_survives(self) -> None:
