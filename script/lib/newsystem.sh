@@ -8,6 +8,7 @@
 root=
 log=
 user=tester
+archive=${DEBIAN_MIRROR:-http://deb.debian.org/debian}
 window_class="^$(sed -n 's/^StartupWMClass=//p' packaging/*.desktop)\$"
 # With mounts and processes of its own, so that none of them outlives the script.
 own=(unshare --mount --pid --fork --kill-child --mount-proc)
@@ -60,8 +61,7 @@ this_release() {
 
 # make_system RELEASE [OPTION OF DEBOOTSTRAP]...
 make_system() {
-    quietly debootstrap --variant=minbase "${@:2}" "$1" "$root" \
-        "${DEBIAN_MIRROR:-http://deb.debian.org/debian}"
+    quietly debootstrap --variant=minbase "${@:2}" "$1" "$root" "$archive"
     # The new system reaches the archive as this one does.
     local file
     for file in /etc/hosts /etc/resolv.conf /etc/apt/apt.conf.d/99*; do

@@ -84,6 +84,9 @@ class EachScript(unittest.TestCase):
             ("try-package", "/nowhere"),
             ("try-readme", "nothing"),
             ("try-driver", "/nowhere"),
+            ("try-port",),
+            ("try-port", "nothing"),
+            ("try-port", "arm64", "s390x"),
             ("package-windows", "/nowhere"),
             ("try-windows", "/nowhere"),
         ):
