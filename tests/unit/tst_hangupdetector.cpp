@@ -27,11 +27,15 @@ private slots:
         PseudoTerminal line;
         QSerialPort port(line.portName());
         QVERIFY(port.open(QIODevice::ReadWrite));
-        new HangUpDetector(&port);
+        const auto *const detector = new HangUpDetector(&port);
+        int checks = 0;
+        connect(detector->findChild<QSocketNotifier *>(), &QSocketNotifier::activated, this,
+                [&checks] { ++checks; });
         port.write("ab");
         QTRY_COMPARE(line.received(), QByteArray("ab"));
         line.send("cd");
         QTRY_COMPARE(port.bytesAvailable(), 2);
+        QCOMPARE(checks, 0);
         QCOMPARE(port.error(), QSerialPort::NoError);
     }
 
