@@ -16,7 +16,6 @@
 #include <QCloseEvent>
 #include <QDebug>
 #include <QFileDialog>
-#include <QLabel>
 #include <QMessageBox>
 #include <QScopedValueRollback>
 #include <QThread>
@@ -41,7 +40,6 @@ MainWindow::MainWindow(QWidget *parent)
     markFocusAndChoice(this);
     fitButtons(this);
 
-    m_statusLabel = new QLabel;
     // Otherwise each status text would be an event to screen readers, which drown in them.
     m_statusLabel->setAccessibleName(QStringLiteral("Status"));
     m_ringBuffer.clear();
@@ -363,7 +361,6 @@ void MainWindow::on_pushButton_start_upgrade_clicked()
         refuseFirmware(QString());
         return;
     }
-
     const QScopedValueRollback<bool> upgrading(m_isUpgrading, true);
     setConnectingEnabled(false);
     if (!image->hasMagic()) {
