@@ -35,7 +35,8 @@ ROOT = Path(__file__).resolve().parents[2]
 PROGRAMS = Path(os.environ.get("CORVANE_PROGRAMS", "build/dev/bin")).resolve()
 CONTROL = PROGRAMS / "corvanectl"
 SIMULATOR = PROGRAMS / "corvane-simulator"
-SCHEMA = json.loads((ROOT / "docs" / "corvanectl.schema.json").read_text(encoding="utf-8"))
+SCHEMA = jsonschema.Draft7Validator(
+    json.loads((ROOT / "docs" / "corvanectl.schema.json").read_text(encoding="utf-8")))
 # Only keeps a test that fails from hanging.
 PATIENCE = 120
 # Every kind of fault, of which some let an upload go on.
@@ -129,7 +130,7 @@ class ControlProgram(unittest.TestCase):
         result = self.run_control("--json", *arguments)
         events = [json.loads(line) for line in result.stdout.splitlines()]
         for event in events:
-            jsonschema.validate(event, SCHEMA)
+            SCHEMA.validate(event)
         return result.returncode, events
 
     def results(self, *arguments: str) -> dict[str, dict]:
@@ -426,6 +427,8 @@ class Signals(ControlProgram):
             progress = next(json.loads(line) for line in process.stdout if '"progress"' in line)
             self.assertEqual((progress["port"], progress["packetCount"]),
                              (self.slow_camera.port, 1563))
+            # At 5 a second, in one second.
+            self.assertIn(progress["packets"], range(1, 8))
 
     def test_goes_on_after_one_interrupt_and_abandons_after_two(self) -> None:
         with self.slow_upgrade() as process:
