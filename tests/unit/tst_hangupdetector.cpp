@@ -28,14 +28,13 @@ private slots:
         QSerialPort port(line.portName());
         QVERIFY(port.open(QIODevice::ReadWrite));
         const auto *const detector = new HangUpDetector(&port);
-        int checks = 0;
-        connect(detector->findChild<QSocketNotifier *>(), &QSocketNotifier::activated, this,
-                [&checks] { ++checks; });
+        const QSignalSpy checks(detector->findChild<QSocketNotifier *>(),
+                                &QSocketNotifier::activated);
         port.write("ab");
         QTRY_COMPARE(line.received(), QByteArray("ab"));
         line.send("cd");
         QTRY_COMPARE(port.bytesAvailable(), 2);
-        QCOMPARE(checks, 0);
+        QCOMPARE(checks.count(), 0);
         QCOMPARE(port.error(), QSerialPort::NoError);
     }
 
