@@ -509,6 +509,33 @@ class Output(ControlProgram):
         self.assertEqual(errors.count(b"standard output: Broken pipe"), 1, errors)
         self.assertEqual(camera.firmware(), firmware)
 
+    def run_unread(self, *arguments: str) -> str:
+        """What it says as nobody can read what it writes."""
+        reading, writing = os.pipe()
+        os.close(reading)
+        process = subprocess.run([CONTROL, *arguments], stdout=writing, stderr=subprocess.PIPE,
+                                 timeout=PATIENCE, check=False, text=True)
+        os.close(writing)
+        self.assertEqual(process.returncode, 4)
+        return process.stderr
+
+    def test_says_once_that_it_ends_after_the_upload(self) -> None:
+        path, firmware = self.image(20_000)
+        camera = self.camera()
+        said = self.run_unread("upgrade", path, camera.port)
+        self.assertEqual(said.count("Ends once the uploads that are going on have ended: 1."), 1)
+        self.assertEqual(camera.firmware(), firmware)
+
+    def test_asks_no_camera_when_nobody_reads(self) -> None:
+        master, slave = pty.openpty()
+        self.addCleanup(os.close, master)
+        self.addCleanup(os.close, slave)
+        os.set_blocking(master, False)
+        self.assertEqual(self.run_unread("--json", "info", os.ttyname(slave)),
+                         "corvanectl: standard output: Broken pipe\n")
+        with self.assertRaises(BlockingIOError):
+            os.read(master, 1)
+
     def test_waits_for_a_reader_that_is_slow(self) -> None:
         port = self.camera("--settings", "2,9,1,0,3").port
         reading, writing = os.pipe()
