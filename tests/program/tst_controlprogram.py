@@ -142,6 +142,16 @@ class ControlProgram(unittest.TestCase):
         }
 
 
+    def assert_refused(self, code: int, reason: str, *arguments: str) -> None:
+        """Before anything else is done."""
+        result = self.run_control(*arguments)
+        self.assertEqual((result.returncode, result.stderr), (code, f"corvanectl: {reason}\n"))
+        json_code, events = self.events(*arguments)
+        self.assertEqual(json_code, code)
+        self.assertEqual([event["event"] for event in events], ["note", "end"])
+        self.assertEqual((events[0]["text"], events[1]["exitCode"]), (reason, code))
+
+
 class Settings(ControlProgram):
     def test_prints_and_saves_what_the_camera_reports(self) -> None:
         port = self.camera("--settings", "2,9,1,0,3").port
@@ -184,9 +194,7 @@ class Settings(ControlProgram):
                              ("missing", "No such file or directory")):
             for command in ("diff", "apply"):
                 with self.subTest(name=name, command=command):
-                    result = self.run_control(command, name, "ttyMissing")
-                    self.assertEqual((result.returncode, result.stderr),
-                                     (1, f"corvanectl: {name}: {reason}\n"))
+                    self.assert_refused(1, f"{name}: {reason}", command, name, "ttyMissing")
 
     def test_says_that_the_settings_could_not_be_written(self) -> None:
         master, slave = pty.openpty()
@@ -350,30 +358,30 @@ class Upgrades(ControlProgram):
     def test_refuses_what_is_no_firmware(self) -> None:
         port = self.camera().port
         good = image_of(b"x" * 300)
-        for name, contents, reason in (
-            ("missing", None, "No such file or directory"),
-            ("magic", b"kvel" + good[4:], "is no firmware image: the magic is missing"),
-            ("empty", good[:128], "the firmware is empty"),
-            ("large", image_of(bytes(1 << 24)), "the firmware has 16 MiB or more"),
+        no_magic = "is no firmware image: the magic is missing"
+        largest_file = 256 << 20
+        largest_firmware = (16 << 20) - 1
+        for name, contents, size, reason in (
+            ("missing", None, None, "No such file or directory"),
+            ("magic", b"kvel" + good[4:], None, no_magic),
+            ("empty", good[:128], None, "the firmware is empty"),
+            ("large", image_of(bytes(largest_firmware + 1)), None,
+             "the firmware has 16 MiB or more, which cannot be announced"),
+            ("largest-file", b"", largest_file, no_magic),
+            ("larger-file", b"", largest_file + 1, "is larger than 256 MiB"),
         ):
             with self.subTest(name):
                 if contents is not None:
                     (self.folder / name).write_bytes(contents)
-                result = self.run_control("upgrade", name, port)
-                self.assertEqual(result.returncode, 1)
-                self.assertTrue(result.stderr.startswith(f"corvanectl: {name}: {reason}"),
-                                result.stderr)
-                code, events = self.events("upgrade", name, port)
-                self.assertEqual((code, [event["event"] for event in events], events[-1]["exitCode"]),
-                                 (1, ["note", "end"], 1))
+                if size is not None:
+                    os.truncate(self.folder / name, size)
+                self.assert_refused(1, f"{name}: {reason}", "upgrade", name, port)
+        path, _ = self.image(largest_firmware)
+        self.assertEqual(self.run_control("upgrade", "--dry-run", path, port).returncode, 0)
 
     def test_asks_no_camera_when_the_settings_cannot_be_saved(self) -> None:
-        camera = self.camera("--silent")
-        result = self.run_control("save", camera.port, "missing/my.json")
-        self.assertEqual(
-            (result.returncode, result.stderr),
-            (1, "corvanectl: missing/my.json: No such file or directory\n"),
-        )
+        self.assert_refused(1, "missing/my.json: No such file or directory",
+                            "save", self.camera("--silent").port, "missing/my.json")
 
     def test_answers_a_bad_command_line_in_json(self) -> None:
         code, events = self.events("--frob")
@@ -385,15 +393,12 @@ class Upgrades(ControlProgram):
         link = self.folder / "camera"
         link.symlink_to(camera.port)
         path, _ = self.image(300)
-        result = self.run_control("upgrade", path, camera.port, str(link))
-        self.assertEqual(
-            (result.returncode, result.stderr),
-            (2, f"corvanectl: {camera.port} and {link} are the same port\n"),
-        )
+        self.assert_refused(2, f"{camera.port} and {link} are the same port",
+                            "upgrade", path, camera.port, str(link))
         self.assertIsNone(camera.firmware())
         # Also one that there is not.
-        self.assertEqual(self.run_control("info", "ttyMissing", "/dev/ttyMissing").stderr,
-                         "corvanectl: ttyMissing and /dev/ttyMissing are the same port\n")
+        self.assert_refused(2, "ttyMissing and /dev/ttyMissing are the same port",
+                            "info", "ttyMissing", "/dev/ttyMissing")
 
     def test_names_who_holds_a_port(self) -> None:
         path, firmware = self.image(300)
