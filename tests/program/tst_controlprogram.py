@@ -403,8 +403,10 @@ class Upgrades(ControlProgram):
     def test_names_who_holds_a_port(self) -> None:
         path, firmware = self.image(300)
         held, free = self.camera(), self.camera()
-        with open(held.port, "rb+", buffering=0):
-            result = self.run_control("upgrade", path, held.port, free.port)
+        # Its end would end a test that leads its session and has it as its terminal.
+        descriptor = os.open(held.port, os.O_RDWR | os.O_NOCTTY)
+        self.addCleanup(os.close, descriptor)
+        result = self.run_control("upgrade", path, held.port, free.port)
         self.assertEqual(result.returncode, 1)
         self.assertIn(f"Another program has {held.port} open: python3", result.stderr)
         self.assertIn(f"(process {os.getpid()})", result.stderr)
