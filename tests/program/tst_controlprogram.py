@@ -22,6 +22,7 @@ import tempfile
 import termios
 import threading
 import time
+import tty
 import unittest
 from collections.abc import Callable, Iterator
 from pathlib import Path
@@ -411,6 +412,22 @@ class Upgrades(ControlProgram):
         self.assertIn(f"Another program has {held.port} open: python3", result.stderr)
         self.assertIn(f"(process {os.getpid()})", result.stderr)
         self.assertEqual((held.firmware(), free.firmware()), (None, firmware))
+
+    def test_takes_nothing_from_who_holds_a_port(self) -> None:
+        path, _ = self.image(2_000)
+        master, slave = pty.openpty()
+        self.addCleanup(os.close, master)
+        self.addCleanup(os.close, slave)
+        tty.setraw(slave)
+        slow = self.camera("--delay", "200")
+        with subprocess.Popen([CONTROL, "--json", "upgrade", path, os.ttyname(slave), slow.port],
+                              stdout=subprocess.PIPE, text=True) as process:
+            next(line for line in process.stdout if '"progress"' in line)
+            os.write(master, b"reply")
+            next(line for line in process.stdout if '"progress"' in line)
+            os.set_blocking(slave, False)
+            self.assertEqual(os.read(slave, 6), b"reply")
+            process.kill()
 
 
 class Signals(ControlProgram):

@@ -187,7 +187,6 @@ bool Control::findPorts()
         names[identity] = name;
         PortDescription port;
         port.name = name;
-        port.path = path;
         m_cameras.push_back({port, nullptr, nullptr, {}});
     }
     return true;
