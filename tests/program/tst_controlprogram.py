@@ -203,18 +203,21 @@ class Settings(ControlProgram):
         self.addCleanup(os.close, slave)
         port = os.ttyname(slave)
         folder = self.folder / "folder"
-        folder.mkdir()
-        with subprocess.Popen([CONTROL, "save", port, "folder/my.json"], cwd=self.folder,
-                              stderr=subprocess.PIPE, text=True) as process:
-            self.assertEqual(len(os.read(master, 13)), 13)
-            folder.rmdir()
-            os.write(master, bytes.fromhex("ffff17410106070609051600"
-                                           "010000060100000000010101019c"))
-            self.assertEqual(
-                process.stderr.read(),
-                f"corvanectl: {port}: folder/my.json cannot be written: No such file or "
-                "directory.\n")
-            self.assertEqual(process.wait(PATIENCE), 1)
+        sentence = "folder/my.json cannot be written: No such file or directory."
+        for options, told in ([], sentence), (["--json"], '"reason":"not-written"'):
+            with self.subTest(options):
+                folder.mkdir()
+                with subprocess.Popen([CONTROL, *options, "save", port, "folder/my.json"],
+                                      cwd=self.folder, text=True, stdout=subprocess.PIPE,
+                                      stderr=subprocess.STDOUT) as process:
+                    self.assertEqual(len(os.read(master, 13)), 13)
+                    folder.rmdir()
+                    os.write(master, bytes.fromhex("ffff17410106070609051600"
+                                                   "010000060100000000010101019c"))
+                    text = process.stdout.read()
+                    self.assertEqual(process.wait(PATIENCE), 1)
+                self.assertIn(told, text)
+                self.assertIn(sentence, text)
 
     def test_goes_on_without_a_port_that_cannot_be_opened(self) -> None:
         good = self.camera("--settings", "2,9,1,0,3").port
@@ -488,7 +491,8 @@ class Signals(ControlProgram):
                 events = [json.loads(line) for line in process.stdout]
                 self.assertEqual(process.wait(PATIENCE), 128 + number)
                 self.assertEqual(self.slow_camera.firmware(), self.firmware)
-                self.assertEqual(events[-1]["exitCode"], 128 + number)
+                self.assertEqual((events[-2]["reason"], events[-1]["exitCode"]),
+                                 ("abandoned", 128 + number))
 
     def test_abandons_nothing_when_the_second_interrupt_comes_late(self) -> None:
         with self.slow_upgrade() as process:
@@ -650,7 +654,7 @@ class Terminal(ControlProgram):
         for columns in (60, 200):
             with self.subTest(columns):
                 path, _ = self.image(30_000)
-                ports = [self.camera("--delay", "2").port for _ in range(4)]
+                ports = [self.camera("--delay", "5").port for _ in range(4)]
                 bad = self.camera("--faults", "drop@reply:9").port
                 start = time.monotonic()
                 code, text = self.on_terminal(columns, "upgrade", path, *ports, bad)
@@ -663,7 +667,9 @@ class Terminal(ControlProgram):
                 for piece in text.split("\x1b[5A")[1:-1]:
                     for line in piece.removeprefix("\r").split("\r\n"):
                         self.assertLess(len(re.sub(r"\x1b\[\d*\w", "", line)), columns, line)
-                self.assertRegex(text, r"uploading +\[#*-*\] +\d+ % +[\d.]+( packets)?/s")
+                progress = r"uploading +\[#*-*\] +(\d+) % +[\d.]+(?: packets)?/s"
+                drawn = {int(percents) for percents in re.findall(progress, text)}
+                self.assertGreater(len(drawn & set(range(10, 90))), 3)
                 self.assertIn("\x1b[31m", text)
                 screen = Screen(10_000)
                 screen.take(text)
@@ -730,6 +736,16 @@ class Terminal(ControlProgram):
         text = self.on_terminal(80, "upgrade", path, self.camera().port)[1]
         changes = ("announcing", "uploading", "one packet", "rebooting", "done")
         self.assertLessEqual(text.count("\x1b[1A"), len(changes))
+
+    def test_draws_each_change_of_state(self) -> None:
+        path, _ = self.image(100)
+        soon, late = (self.camera("--delay", "300", "--reboot-time", time).port
+                      for time in ("0", "4000"))
+        text = self.on_terminal(80, "upgrade", path, soon, late, NO_COLOR="1")[1]
+        frames = [frame.split("\n") for frame in text.split("\x1b[2A")]
+        self.assertTrue(any("announcing" in frame[0] for frame in frames), text)
+        self.assertTrue(any("done" in frame[0] and "rebooting" in frame[1] for frame in frames),
+                        text)
 
     def test_writes_a_note_above_the_redrawn_lines(self) -> None:
         path, _ = self.image(1_000)
