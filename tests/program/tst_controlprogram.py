@@ -15,6 +15,7 @@ import pty
 import random
 import re
 import signal
+import socket
 import struct
 import subprocess
 import sys
@@ -458,6 +459,13 @@ class Signals(ControlProgram):
             # At 5 a second, in one second.
             self.assertIn(second["packets"] - first["packets"], range(1, 8))
 
+    def test_says_nothing_of_the_upload_while_the_camera_restarts(self) -> None:
+        path, _ = self.image(300)
+        camera = self.camera("--reboot-time", "2500")
+        events = self.events("upgrade", path, camera.port)[1]
+        rebooting = [event.get("state") for event in events].index("rebooting")
+        self.assertEqual([event["event"] for event in events[rebooting + 1:]], ["result", "end"])
+
     def test_goes_on_after_one_interrupt_and_abandons_after_two(self) -> None:
         with self.slow_upgrade() as process:
             events = (json.loads(line) for line in process.stdout)
@@ -759,6 +767,12 @@ class Terminal(ControlProgram):
         self.assertTrue(result.startswith(f"{port}: upgraded"), result)
         self.assertEqual(end, "")
 
+    def test_draws_again_what_a_note_has_replaced(self) -> None:
+        path, _ = self.image(100)
+        port = self.camera("--delay", "1500").port
+        text = self.on_terminal(200, "upgrade", path, port, interrupt=b"uploading")[1]
+        self.assertRegex(text.partition("they go on.")[2], rf"^\s+{port} uploading +\[-+\] +0 %")
+
     def test_prints_a_line_for_each_event_elsewhere(self) -> None:
         path, _ = self.image(300)
         port = self.camera().port
@@ -780,6 +794,8 @@ class ListedPorts(ControlProgram):
 
     def test_lists_ports_and_cameras(self) -> None:
         self.assertEqual(self.on_adapter("list"), (0, "PORT: USB Serial, USB 1209:0001\n"))
+        end = json.loads(self.on_adapter("--json", "list")[1].splitlines()[-1])
+        self.assertEqual((end["done"], end["failed"], end["skipped"]), (0, 0, 0))
         self.assertEqual(
             self.on_adapter("list", "--probe"),
             (0, "PORT: USB Serial, USB 1209:0001\n  a camera of version 1.0.0.6\n"))
@@ -806,6 +822,26 @@ class ListedPorts(ControlProgram):
             self.on_adapter("info", "--all", options=("--silent",)),
             (3, "corvanectl: PORT: no camera: Nothing at all came back within 5 s.\n"
                 "corvanectl: no camera answers on any port\n"))
+
+    def test_counts_only_the_ports_with_a_camera(self) -> None:
+        port = f"ttyCONTROL{os.getpid()}c"
+        path = self.folder / "control"
+        with subprocess.Popen(
+                [SIMULATOR, "--quiet", "--cameras", "2", "--port", port + "1", "--control", path, "--",
+                 "sh", "-c", 'read go; exec "$@"', "sh", CONTROL, "--json", "info", "--all"],
+                stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True) as process:
+            wait_for(path.exists)
+            with socket.socket(socket.AF_UNIX) as control:
+                control.connect(str(path))
+                control.sendall(b"2 silent on\n")
+                self.assertEqual(control.recv(3), b"ok\n")
+            text = process.communicate("go\n", PATIENCE)[0]
+            self.assertEqual(process.returncode, 0)
+        events = [json.loads(line) for line in text.splitlines()]
+        self.assertEqual(events[0]["ports"], [port + "1", port + "2"])
+        self.assertEqual([event["port"] for event in events if event["event"] == "result"],
+                         [port + "1"])
+        self.assertEqual((events[-1]["done"], events[-1]["failed"]), (1, 0))
 
 
 if __name__ == "__main__":

@@ -432,7 +432,6 @@ void Control::finish()
         return;
     }
     m_isFinished = true;
-    m_displayTimer.stop();
     if (m_isTerminal) {
         draw();
         m_display = TerminalDisplay(); // what it shows now stays
