@@ -158,7 +158,8 @@ class Settings(ControlProgram):
     def test_prints_and_saves_what_the_camera_reports(self) -> None:
         port = self.camera("--settings", "2,9,1,0,3").port
         self.assertEqual(self.run_control("info", port).stdout, INFO.format(port=port))
-        self.assertEqual(self.run_control("save", port, "my.json").returncode, 0)
+        self.assertEqual(self.run_control("save", port, "my.json").stdout,
+                         f"{port}: saved as my.json\n")
         self.assertEqual((self.folder / "my.json").read_text(encoding="utf-8"), SETTINGS_FILE)
         self.assertEqual(self.run_control("save", port, "-").stdout, SETTINGS_FILE)
         # As JSON, nothing but events.
@@ -578,17 +579,22 @@ class Output(ControlProgram):
 
     def test_waits_for_a_reader_that_is_slow(self) -> None:
         port = self.camera("--settings", "2,9,1,0,3").port
-        reading, writing = os.pipe()
-        before = b"x" * fcntl.fcntl(writing, fcntl.F_GETPIPE_SZ)
-        os.write(writing, before)
-        with subprocess.Popen([CONTROL, "info", port], stdout=writing) as process:
-            os.close(writing)
-            # It has its answer long before.
-            with self.assertRaises(subprocess.TimeoutExpired):
-                process.wait(1)
-            with open(reading, "rb") as pipe:
-                self.assertEqual(pipe.read().removeprefix(before).decode(), INFO.format(port=port))
-            self.assertEqual(process.wait(PATIENCE), 0)
+        for arguments, code, end in ((["info", port], 0, INFO.format(port=port)),
+                                     (["--json", "upgrade", "missing", port], 1, '"skipped":0}\n')):
+            with self.subTest(arguments):
+                reading, writing = os.pipe()
+                before = b"x" * fcntl.fcntl(writing, fcntl.F_GETPIPE_SZ)
+                os.write(writing, before)
+                with subprocess.Popen([CONTROL, *arguments], stdout=writing,
+                                      stderr=subprocess.DEVNULL) as process:
+                    os.close(writing)
+                    # It has its answer long before.
+                    with self.assertRaises(subprocess.TimeoutExpired):
+                        process.wait(1)
+                    with open(reading, "rb") as pipe:
+                        text = pipe.read().removeprefix(before).decode()
+                    self.assertEqual(process.wait(PATIENCE), code)
+                self.assertTrue(text.endswith(end), text)
 
     def test_writes_what_was_left_without_more_to_say(self) -> None:
         port = self.camera("--silent").port
