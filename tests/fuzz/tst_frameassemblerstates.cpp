@@ -413,6 +413,7 @@ template <typename Check> Tally visitEveryState(const Check &check)
         return tally;
     };
     std::vector<std::future<Tally>> parts;
+    parts.reserve(kThreads);
     for (int part = 0; part < kThreads; ++part) {
         parts.push_back(std::async(std::launch::async, visitPart, part));
     }

@@ -14,10 +14,10 @@ const QString kFormatKey = QStringLiteral("corvane-settings");
 constexpr int kFormatVersion = 1;
 
 struct Setting {
-    const char *key;
+    const char *key = nullptr;
     QStringList words;
-    int (*get)(const CameraSettings &settings);
-    void (*set)(CameraSettings *settings, int number);
+    int (*get)(const CameraSettings &settings) = nullptr;
+    void (*set)(CameraSettings *settings, int number) = nullptr;
 };
 
 const std::array<Setting, 5> &table()
@@ -128,13 +128,8 @@ std::optional<QString> SettingsWords::unknownKey(const CameraSettings &settings)
 
 CameraSettings SettingsWords::reported(const SettingsReport &report)
 {
-    CameraSettings settings;
-    settings.autoTracking = report.autoTracking();
-    settings.targetMissing = report.targetMissing;
-    settings.upsideDown = report.isUpsideDown();
-    settings.autoZoom = report.autoZoom != 0 ? 1 : 0;
-    settings.zoomOffset = report.zoomOffset;
-    return settings;
+    return {report.autoTracking(), report.targetMissing, report.isUpsideDown(),
+            report.autoZoom != 0 ? 1 : 0, report.zoomOffset};
 }
 
 QVector<SettingsWords::Difference> SettingsWords::differences(const CameraSettings &wanted,
