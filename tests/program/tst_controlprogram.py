@@ -14,6 +14,8 @@ import os
 import pty
 import random
 import re
+import resource
+import select
 import signal
 import socket
 import struct
@@ -45,6 +47,7 @@ PATIENCE = 120
 # Every kind of fault, of which some let an upload go on.
 HARMLESS = {"delay", "split", "gap", "noise", "join", "duplicate", "wrong-parameter", "stale"}
 FATAL = {"drop", "late", "truncate", "wrong-sum", "foreign-type", "hang-up", "corrupt", "flip"}
+HELLO_REPLY = bytes.fromhex("ffff17410106070609051600010000060100000000010101019c")
 INFO = """\
 {port}: version 1.0.0.6
   auto-tracking   pan
@@ -92,6 +95,11 @@ def wait_for(condition: Callable[[], bool]) -> None:
     while not condition():
         assert time.monotonic() < deadline
         time.sleep(0.01)
+
+
+def unread(pipe: int) -> int:
+    """How many bytes wait in a pipe."""
+    return struct.unpack("i", fcntl.ioctl(pipe, termios.FIONREAD, bytes(4)))[0]
 
 
 def image_of(firmware: bytes, version: bytes = b"\x01\x00\x00\x07") -> bytes:
@@ -214,8 +222,7 @@ class Settings(ControlProgram):
                                       stderr=subprocess.STDOUT) as process:
                     self.assertEqual(len(os.read(master, 13)), 13)
                     folder.rmdir()
-                    os.write(master, bytes.fromhex("ffff17410106070609051600"
-                                                   "010000060100000000010101019c"))
+                    os.write(master, HELLO_REPLY)
                     text = process.stdout.read()
                     self.assertEqual(process.wait(PATIENCE), 1)
                 self.assertIn(told, text)
@@ -579,6 +586,7 @@ class Output(ControlProgram):
 
     def test_waits_for_a_reader_that_is_slow(self) -> None:
         port = self.camera("--settings", "2,9,1,0,3").port
+        used = resource.getrusage(resource.RUSAGE_CHILDREN)
         for arguments, code, end in ((["info", port], 0, INFO.format(port=port)),
                                      (["--json", "upgrade", "missing", port], 1, '"skipped":0}\n')):
             with self.subTest(arguments):
@@ -595,6 +603,32 @@ class Output(ControlProgram):
                         text = pipe.read().removeprefix(before).decode()
                     self.assertEqual(process.wait(PATIENCE), code)
                 self.assertTrue(text.endswith(end), text)
+        used_now = resource.getrusage(resource.RUSAGE_CHILDREN)
+        # Of two seconds.
+        self.assertLess(used_now.ru_utime + used_now.ru_stime, used.ru_utime + used.ru_stime + 1)
+
+    def test_goes_on_while_the_reader_takes_a_little(self) -> None:
+        master, slave = pty.openpty()
+        self.addCleanup(os.close, master)
+        self.addCleanup(os.close, slave)
+        reading, writing = os.pipe()
+        self.addCleanup(os.close, reading)
+        size = fcntl.fcntl(writing, fcntl.F_GETPIPE_SZ)
+        os.write(writing, b"x" * size)
+        # The first event names them all.
+        others = [f"ttyMissing{number:070}" for number in range(200)]
+        with subprocess.Popen([CONTROL, "--json", "set", "auto-zoom=on", os.ttyname(slave), *others],
+                              stdout=writing, stderr=subprocess.DEVNULL) as process:
+            try:
+                os.close(writing)
+                self.assertTrue(select.select([master], [], [], PATIENCE)[0])
+                self.assertEqual(len(os.read(master, 100)), 13)
+                os.read(reading, 8192)
+                wait_for(lambda: unread(reading) > size - 8192)
+                os.write(master, HELLO_REPLY)
+                self.assertTrue(select.select([master], [], [], PATIENCE)[0])
+            finally:
+                process.kill()
 
     def test_writes_what_was_left_without_more_to_say(self) -> None:
         port = self.camera("--silent").port
