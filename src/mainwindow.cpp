@@ -16,9 +16,9 @@
 #include <QCloseEvent>
 #include <QDebug>
 #include <QFileDialog>
+#include <QLabel>
 #include <QMessageBox>
 #include <QScopedValueRollback>
-#include <QThread>
 
 using namespace std::chrono_literals;
 
@@ -40,6 +40,7 @@ MainWindow::MainWindow(QWidget *parent)
     markFocusAndChoice(this);
     fitButtons(this);
 
+    m_statusLabel = new QLabel;
     // Otherwise each status text would be an event to screen readers, which drown in them.
     m_statusLabel->setAccessibleName(QStringLiteral("Status"));
     m_ringBuffer.clear();
@@ -371,7 +372,6 @@ void MainWindow::on_pushButton_start_upgrade_clicked()
     showVersions(*image);
     ui->textEdit_firmware_info->append(QLatin1String("Current version: ") + m_deviceVersion);
     ui->pushButton_start_upgrade->setEnabled(true);
-
     const QByteArray firmware = image->firmware();
     showStatusMessage(QStringLiteral("firmware size = %1").arg(firmware.size()));
     if (firmware.size() > FirmwarePacket::kMaximumFirmwareSize) {

@@ -8,11 +8,11 @@
 #include "ringbuffer.h"
 #include "uartframe.h"
 
-#include <QLabel>
 #include <QMainWindow>
 #include <QSerialPort>
 
 class FirmwareImage;
+class QLabel;
 struct SettingsReport;
 
 namespace Ui {
@@ -141,7 +141,7 @@ private:
 
     Ui::MainWindow *const ui;
     /// Holds the last status message. Never shown, and never deleted, since it has no parent.
-    QLabel *const m_statusLabel = new QLabel;
+    QLabel *m_statusLabel = nullptr;
     Settings m_settings;
     QSerialPort *m_serial = nullptr; ///< child of this window
     RingBuffer m_ringBuffer;         ///< from readData() to the parser thread
