@@ -676,8 +676,9 @@ class Terminal(ControlProgram):
         return code, output.decode()
 
     def test_shows_the_end_on_a_terminal_that_was_held(self) -> None:
+        # Long enough for more to be drawn than a terminal holds that nobody reads.
         path, firmware = self.image(30_000)
-        cameras = [self.camera("--delay", "5", "--reboot-time", "0") for _ in range(16)]
+        cameras = [self.camera("--delay", "20", "--reboot-time", "0") for _ in range(16)]
         master, slave = pty.openpty()
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 200, 0, 0))
         with subprocess.Popen([CONTROL, "upgrade", "--attempts", "5", path,

@@ -6,8 +6,6 @@
 #include "standardstreams.h"
 
 #include <QSocketNotifier>
-#include <QThread>
-#include <QTimer>
 
 #include <algorithm>
 #include <cerrno>
@@ -47,6 +45,9 @@ public:
     bool hasFailed() const { return m_hasFailed; }
 
 private:
+    /// @param patience  in milliseconds, -1 for ever
+    bool isReady(int patience) const;
+
     Output *const m_output;
     const int m_descriptor;
     QByteArray m_pending;
@@ -80,45 +81,31 @@ void Output::Writer::write(const QByteArray &bytes)
     }
 }
 
+bool Output::Writer::isReady(int patience) const
+{
+    pollfd state{m_descriptor, POLLOUT, 0};
+    return ::poll(&state, 1, patience) > 0;
+}
+
 void Output::Writer::writePending(bool untilAllIsWritten)
 {
-    while (!m_pending.isEmpty()) {
-        pollfd state{m_descriptor, POLLOUT, 0};
-        const int found = ::poll(&state, 1, untilAllIsWritten ? -1 : 0);
-        if (found == 0 || (found < 0 && errno == EINTR)) {
-            if (untilAllIsWritten) {
-                continue;
-            }
-            break;
-        }
+    while (!m_pending.isEmpty() && (isReady(untilAllIsWritten ? -1 : 0) || untilAllIsWritten)) {
         // What is ready takes at least as much as POSIX guarantees for a pipe.
         constexpr int kChunk = 512;
         const ssize_t count =
             ::write(m_descriptor, m_pending.constData(),
                     static_cast<std::size_t>(std::min<int>(kChunk, m_pending.size())));
-        if (count < 0 && errno == EAGAIN) {
-            // Room for one byte, where a line feed needs two.
-            constexpr unsigned long kPause = 100; // milliseconds
-            if (untilAllIsWritten) {
-                QThread::msleep(kPause);
-                continue;
-            }
-            m_notifier.setEnabled(false);
-            QTimer::singleShot(kPause, this, [this] { writePending(false); });
-            return;
-        }
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
+        if (count >= 0) {
+            m_pending.remove(0, static_cast<int>(count));
+        } else if (errno != EAGAIN && errno != EINTR) {
             complain(QStringLiteral("standard output: ") + qt_error_string(errno));
             m_hasFailed = true;
             m_pending.clear();
-            m_notifier.setEnabled(false);
             emit m_output->failed();
-            return;
+        } else if (!untilAllIsWritten) {
+            // A terminal with room for one byte is ready, and a line feed needs two.
+            break;
         }
-        m_pending.remove(0, static_cast<int>(count));
     }
     m_notifier.setEnabled(!m_pending.isEmpty());
 }
