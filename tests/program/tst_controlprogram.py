@@ -102,6 +102,11 @@ def unread(pipe: int) -> int:
     return struct.unpack("i", fcntl.ioctl(pipe, termios.FIONREAD, bytes(4)))[0]
 
 
+def processor_seconds(process: int) -> float:
+    times = Path(f"/proc/{process}/stat").read_text(encoding="utf-8").rpartition(")")[2].split()
+    return (int(times[11]) + int(times[12])) / os.sysconf("SC_CLK_TCK")
+
+
 def image_of(firmware: bytes, version: bytes = b"\x01\x00\x00\x07") -> bytes:
     header = (b"KVEL" + b"\x01\x02\x00\x07" + version).ljust(128, b"\0")
     return header + firmware[:32] + base64.b64encode(firmware[32:])
@@ -688,8 +693,10 @@ class Terminal(ControlProgram):
             self.addCleanup(os.close, master)
             try:
                 wait_for(lambda: all(camera.firmware() == firmware for camera in cameras))
+                used = processor_seconds(process.pid)
                 # For the reboots, of which nothing tells; when it is too short, less is tried.
                 time.sleep(2)
+                self.assertLess(processor_seconds(process.pid), used + 0.5)
                 text = b""
                 with contextlib.suppress(OSError):
                     while data := os.read(master, 4096):
