@@ -856,10 +856,25 @@ class ListedPorts(ControlProgram):
     def test_lists_ports_in_the_order_of_their_numbers(self) -> None:
         port = f"ttyCONTROL{os.getpid()}n"
         result = subprocess.run(
-            [SIMULATOR, "--quiet", "--cameras", "3", "--port", port + "9", "--",
+            [SIMULATOR, "--quiet", "--cameras", "10", "--port", port + "2", "--",
              CONTROL, "list"],
             capture_output=True, text=True, check=True, timeout=PATIENCE)
-        self.assertEqual(re.findall(rf"^{port}(\d+):", result.stdout, re.M), ["9", "10", "11"])
+        self.assertEqual(re.findall(rf"^{port}(\d+):", result.stdout, re.M),
+                         [str(number) for number in range(2, 12)])
+
+    def test_lists_the_name_by_which_an_adapter_is_always_found(self) -> None:
+        port = f"ttyCONTROL{os.getpid()}i"
+        # As udev would make it.
+        link = (f"cd $UMOCKDEV_DIR/dev; mkdir -p serial/by-id; ln -s ../../{port} serial/by-id/usb-A;"
+                ' exec "$@"')
+        result = subprocess.run(
+            [SIMULATOR, "--quiet", "--port", port, "--", "sh", "-c", link, "sh", CONTROL, "--json",
+             "list"],
+            capture_output=True, text=True, check=True, timeout=PATIENCE)
+        listed = json.loads(result.stdout.splitlines()[1])
+        self.assertEqual(listed, {"event": "port", "schema": 1, "port": port, "path": f"/dev/{port}",
+                                  "description": "USB Serial", "vendorId": "1209",
+                                  "productId": "0001", "byId": "/dev/serial/by-id/usb-A"})
 
     def test_finds_all_cameras(self) -> None:
         path, _ = self.image(300)
