@@ -259,6 +259,11 @@ class Settings(ControlProgram):
         master, slave = pty.openpty()
         self.addCleanup(os.close, master)
         self.addCleanup(os.close, slave)
+        found = termios.tcgetattr(slave)
+        found[0] |= termios.IXON | termios.IXOFF | termios.ICRNL
+        found[2] |= termios.CSTOPB | termios.CRTSCTS
+        found[4:6] = [termios.B9600] * 2
+        termios.tcsetattr(slave, termios.TCSANOW, found)
         with subprocess.Popen([CONTROL, "info", os.ttyname(slave)], stdout=subprocess.DEVNULL,
                               stderr=subprocess.DEVNULL) as process:
             self.assertEqual(os.read(master, 13).hex(), "ffff0a4101060706090116007f")
@@ -331,6 +336,16 @@ class Upgrades(ControlProgram):
 
     def test_fails_clearly_or_succeeds_under_each_fault_of_a_request(self) -> None:
         self.upgrade_under_faults("request")
+
+    def test_leaves_a_line_alone_that_has_hung_up(self) -> None:
+        path, _ = self.image(10_000)
+        # Meanwhile, the other one takes more than two seconds.
+        ports = [self.camera("--faults", "hang-up@reply:3.5").port,
+                 self.camera("--delay", "30").port]
+        before = resource.getrusage(resource.RUSAGE_CHILDREN)
+        self.assertEqual(self.run_control("upgrade", path, *ports).returncode, 1)
+        after = resource.getrusage(resource.RUSAGE_CHILDREN)
+        self.assertLess(after.ru_utime + after.ru_stime, before.ru_utime + before.ru_stime + 1)
 
     def test_starts_a_failed_upload_again(self) -> None:
         path, firmware = self.image(600)

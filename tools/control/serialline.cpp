@@ -60,7 +60,7 @@ void SerialLine::stopAlarm()
 void SerialLine::fail(QSerialPort::SerialPortError error)
 {
     // ReadError has no reason; the detector makes it a ResourceError, which has.
-    if (error == QSerialPort::NoError || error == QSerialPort::ReadError || !m_port.isOpen()) {
+    if (error == QSerialPort::ReadError || !m_port.isOpen()) {
         return;
     }
     const QString reason = m_port.errorString();
