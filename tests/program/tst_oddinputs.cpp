@@ -139,23 +139,23 @@ void addFiles(Inputs *inputs)
 {
     const NamesAndMessages unreadableNames = unreadable();
     for (const auto &[name, message] : unreadableNames) {
-        *inputs << OddInput{"corvanectl upgrade " + name + " missing", 1, message}
-                << OddInput{"corvanectl apply " + name + " missing", 1, message}
-                << OddInput{"corvane-image verify " + name, 3, message}
-                << OddInput{"corvane-image info " + name, 3, message}
-                << OddInput{"corvane-image unpack " + name + " old", 3, message}
-                << OddInput{kPack + name + " old", 3, message}
-                << OddInput{"corvane-simulator --pty --replay " + name, 1,
-                            "cannot replay " + message};
+        *inputs +=
+            Inputs{{"corvanectl upgrade " + name + " missing", 1, message},
+                   {"corvanectl apply " + name + " missing", 1, message},
+                   {"corvane-image verify " + name, 3, message},
+                   {"corvane-image info " + name, 3, message},
+                   {"corvane-image unpack " + name + " old", 3, message},
+                   {kPack + name + " old", 3, message},
+                   {"corvane-simulator --pty --replay " + name, 1, "cannot replay " + message}};
     }
     const NamesAndMessages unwritableNames = unwritable();
     for (const auto &[name, message] : unwritableNames) {
-        *inputs << OddInput{"corvanectl save missing " + name, 1, message}
-                << OddInput{"corvane-image unpack good.img " + name, 3, message}
-                << OddInput{kPack + ("old " + name), 3, message}
-                << OddInput{"corvane-simulator --pty --save-firmware " + name, 1,
-                            "cannot save the firmware as " + message}
-                << OddInput{"corvane-diagnose --report " + name + " ./missing", 5, message};
+        *inputs += Inputs{{"corvanectl save missing " + name, 1, message},
+                          {"corvane-image unpack good.img " + name, 3, message},
+                          {kPack + ("old " + name), 3, message},
+                          {"corvane-simulator --pty --save-firmware " + name, 1,
+                           "cannot save the firmware as " + message},
+                          {"corvane-diagnose --report " + name + " ./missing", 5, message}};
     }
     const NamesAndMessages impossibleNames = impossible();
     for (const auto &[name, message] : impossibleNames) {
@@ -166,50 +166,43 @@ void addFiles(Inputs *inputs)
               "corvane-simulator --pty --record ", "corvane-simulator --pty --control ",
               "corvane-simulator --pty --save-firmware ", "corvane-simulator --pty --through ",
               "corvane-simulator -- "}) {
-            *inputs << OddInput{command + name, 2, message};
+            *inputs += Inputs{{command + name, 2, message}};
         }
     }
     const QString cannotRecord = "cannot record in ";
     const QString noSocket = "cannot make the control socket ";
-    *inputs
-        << OddInput{"corvane-image verify ''", 2, "the name of a file is empty"}
-        << OddInput{"corvane-image unpack good.img ''", 2, "the name of a file is empty"}
-        << OddInput{"corvane-image unpack good.img good.img", 2, "are the same file"}
-        << OddInput{"corvane-image unpack good.img ./good.img", 2, "are the same file"}
-        << OddInput{"corvane-image verify - <&-", 3, "-: Bad file descriptor"}
-        << OddInput{"corvane-image verify - <folder", 3, "-: Is a directory"}
-        << OddInput{"corvane-image verify - </dev/null", 1, "-: offset 0: the file ends here"}
-        << OddInput{"corvane-image verify - </dev/zero", 1, "-: offset 0: the magic is"}
-        << OddInput{kPack + QString("- old </dev/zero"), 1, "-: offset 16777215: too large"}
-        << OddInput{kPack + QString("nothing old"), 1, "nothing: offset 0: the firmware is empty"}
-        << OddInput{"corvane-image info good.img >/dev/full", 3,
-                    "standard output: No space left on device"}
-        << OddInput{"corvane-image unpack good.img - >&-", 3,
-                    "standard output: Bad file descriptor"}
-        << OddInput{"corvane-simulator --help >/dev/full", 1,
-                    "standard output: No space left on device"}
-        << OddInput{"corvane-diagnose --list >/dev/full", 5,
-                    "standard output: No space left on device"}
-        << OddInput{"corvane-simulator --pty --record old", 1,
-                    cannotRecord + "old: it exists, and what is in it would be lost"}
-        << OddInput{"corvane-simulator --pty --record folder", 1,
-                    cannotRecord + "folder: it exists"}
-        << OddInput{"corvane-simulator --pty --record pipe", 1, cannotRecord + "pipe: it exists"}
-        << OddInput{"corvane-simulator --pty --record missing/new", 1,
-                    cannotRecord + "missing/new: No such file or directory"}
-        << OddInput{"corvane-simulator --pty --record old/new", 1,
-                    cannotRecord + "old/new: Not a directory"}
-        << OddInput{"corvane-simulator --pty --record " + longName(), 1,
-                    cannotRecord + longName() + ": File name too long"}
-        << OddInput{"corvane-simulator --pty --control old", 1, noSocket + "old: it exists"}
-        << OddInput{"corvane-simulator --pty --control folder", 1, noSocket + "folder: it exists"}
-        << OddInput{"corvane-simulator --pty --control pipe", 1, noSocket + "pipe: it exists"}
-        << OddInput{"corvane-simulator --pty --control missing/new", 1,
-                    noSocket + "missing/new: No such file or directory"}
-        << OddInput{"corvane-simulator --pty --control old/new", 1,
-                    noSocket + "old/new: Not a directory"}
-        << OddInput{"corvane-simulator --pty --control " + longName(), 1,
-                    noSocket + longName() + ": File name too long"};
+    *inputs += Inputs{
+        {"corvane-image verify ''", 2, "the name of a file is empty"},
+        {"corvane-image unpack good.img ''", 2, "the name of a file is empty"},
+        {"corvane-image unpack good.img good.img", 2, "are the same file"},
+        {"corvane-image unpack good.img ./good.img", 2, "are the same file"},
+        {"corvane-image verify - <&-", 3, "-: Bad file descriptor"},
+        {"corvane-image verify - <folder", 3, "-: Is a directory"},
+        {"corvane-image verify - </dev/null", 1, "-: offset 0: the file ends here"},
+        {"corvane-image verify - </dev/zero", 1, "-: offset 0: the magic is"},
+        {kPack + QString("- old </dev/zero"), 1, "-: offset 16777215: too large"},
+        {kPack + QString("nothing old"), 1, "nothing: offset 0: the firmware is empty"},
+        {"corvane-image info good.img >/dev/full", 3, "standard output: No space left on device"},
+        {"corvane-image unpack good.img - >&-", 3, "standard output: Bad file descriptor"},
+        {"corvane-simulator --help >/dev/full", 1, "standard output: No space left on device"},
+        {"corvane-diagnose --list >/dev/full", 5, "standard output: No space left on device"},
+        {"corvane-simulator --pty --record old", 1,
+         cannotRecord + "old: it exists, and what is in it would be lost"},
+        {"corvane-simulator --pty --record folder", 1, cannotRecord + "folder: it exists"},
+        {"corvane-simulator --pty --record pipe", 1, cannotRecord + "pipe: it exists"},
+        {"corvane-simulator --pty --record missing/new", 1,
+         cannotRecord + "missing/new: No such file or directory"},
+        {"corvane-simulator --pty --record old/new", 1, cannotRecord + "old/new: Not a directory"},
+        {"corvane-simulator --pty --record " + longName(), 1,
+         cannotRecord + longName() + ": File name too long"},
+        {"corvane-simulator --pty --control old", 1, noSocket + "old: it exists"},
+        {"corvane-simulator --pty --control folder", 1, noSocket + "folder: it exists"},
+        {"corvane-simulator --pty --control pipe", 1, noSocket + "pipe: it exists"},
+        {"corvane-simulator --pty --control missing/new", 1,
+         noSocket + "missing/new: No such file or directory"},
+        {"corvane-simulator --pty --control old/new", 1, noSocket + "old/new: Not a directory"},
+        {"corvane-simulator --pty --control " + longName(), 1,
+         noSocket + longName() + ": File name too long"}};
 }
 
 void addImages(Inputs *inputs)
@@ -229,26 +222,24 @@ void addImages(Inputs *inputs)
         {"QUJ", "offset 162: the last character holds bits of a further byte"}};
     for (const auto &[body, message] : bodies) {
         const QString image = "(head -c 160 good.img; printf '" + body + "') | corvane-image ";
-        *inputs << OddInput{image + "verify -", 1, message}
-                << OddInput{image + "unpack - old", 1, message};
+        *inputs += Inputs{{image + "verify -", 1, message}, {image + "unpack - old", 1, message}};
     }
-    *inputs << OddInput{"corvane-image verify empty.img", 1, "offset 128: the firmware is empty"}
-            << OddInput{"corvane-image info empty.img", 1, "offset 128: the firmware is empty"}
-            << OddInput{"corvane-image unpack empty.img old", 1,
-                        "offset 128: the firmware is empty"}
-            << OddInput{"corvane-image verify short.img", 1, "offset 100: the file ends here"}
-            << OddInput{"corvane-image info nothing", 1, "offset 0: the file ends here"}
-            << OddInput{"corvane-image unpack old new", 1,
-                        R"(offset 0: the magic is "prec" (70 72 65 63), not "KVEL")"}
-            << OddInput{"printf KV | corvane-image verify -", 1, "offset 2: the file ends here"}
-            << OddInput{"printf 'kvel' | corvane-image verify -", 1, "the magic is \"kvel\""}
-            << OddInput{"printf 'KVE\\0' | corvane-image verify -", 1, "the magic is \"KVE.\""}
-            << OddInput{"printf '\\033]0;' | corvane-image verify -", 1, "the magic is \".]0;\""}
-            << OddInput{"corvane-image verify --sha256 " + QString(64, '0') + " good.img", 1,
-                        "good.img: well-formed, but its SHA-256 is "}
-            << OddInput{"head -c 160 good.img | corvane-image verify - --sha256 "
-                            + QString(64, 'f'),
-                        1, "-: well-formed, but its SHA-256 is "};
+    *inputs +=
+        Inputs{{"corvane-image verify empty.img", 1, "offset 128: the firmware is empty"},
+               {"corvane-image info empty.img", 1, "offset 128: the firmware is empty"},
+               {"corvane-image unpack empty.img old", 1, "offset 128: the firmware is empty"},
+               {"corvane-image verify short.img", 1, "offset 100: the file ends here"},
+               {"corvane-image info nothing", 1, "offset 0: the file ends here"},
+               {"corvane-image unpack old new", 1,
+                R"(offset 0: the magic is "prec" (70 72 65 63), not "KVEL")"},
+               {"printf KV | corvane-image verify -", 1, "offset 2: the file ends here"},
+               {"printf 'kvel' | corvane-image verify -", 1, "the magic is \"kvel\""},
+               {"printf 'KVE\\0' | corvane-image verify -", 1, "the magic is \"KVE.\""},
+               {"printf '\\033]0;' | corvane-image verify -", 1, "the magic is \".]0;\""},
+               {"corvane-image verify --sha256 " + QString(64, '0') + " good.img", 1,
+                "good.img: well-formed, but its SHA-256 is "},
+               {"head -c 160 good.img | corvane-image verify - --sha256 " + QString(64, 'f'), 1,
+                "-: well-formed, but its SHA-256 is "}};
 }
 
 void addRecordings(Inputs *inputs)
@@ -273,21 +264,21 @@ void addRecordings(Inputs *inputs)
         {"0 plugged\\n1 plugged", "line 3: anything else, as the line is plugged"},
         {"0 unplugged\\n1 host 01", "line 3: plugged, as the line is unplugged"}};
     for (const auto &[text, message] : lines) {
-        *inputs << OddInput{"printf '# Corvane line recording 1\\n" + text
-                                + "\\n' > made; corvane-simulator --pty --replay made",
-                            1, "cannot replay made: " + message};
+        *inputs += Inputs{{"printf '# Corvane line recording 1\\n" + text
+                               + "\\n' > made; corvane-simulator --pty --replay made",
+                           1, "cannot replay made: " + message}};
     }
     for (const char *const name : {"old", "nothing", "good.img", "empty.img"}) {
-        *inputs << OddInput{
-            QString("corvane-simulator --pty --record new --replay ") + name, 1,
-            QString("cannot replay %1: line 1: '# Corvane line recording 1' expected").arg(name)};
+        *inputs += Inputs{
+            {QString("corvane-simulator --pty --record new --replay ") + name, 1,
+             QString("cannot replay %1: line 1: '# Corvane line recording 1' expected").arg(name)}};
     }
-    *inputs << OddInput{"printf '# Corvane line recording 2\\n' > made; corvane-simulator --pty "
-                        "--replay made",
-                        1, "line 1: '# Corvane line recording 1' expected"}
-            << OddInput{"truncate -s 256M made; truncate -s +1 made; corvane-simulator --pty "
-                        "--replay made",
-                        1, "cannot replay made: it is larger than 256 MiB"};
+    *inputs += Inputs{{"printf '# Corvane line recording 2\\n' > made; corvane-simulator --pty "
+                       "--replay made",
+                       1, "line 1: '# Corvane line recording 1' expected"},
+                      {"truncate -s 256M made; truncate -s +1 made; corvane-simulator --pty "
+                       "--replay made",
+                       1, "cannot replay made: it is larger than 256 MiB"}};
 }
 
 void addOptions(Inputs *inputs)
@@ -295,16 +286,16 @@ void addOptions(Inputs *inputs)
     for (const char *const version : {"''", "1", "1.2.3", "1.2.3.4.5", "1.2.3.256", "1.2.3.-4",
                                       "a.b.c.d", "1..3.4", "' 1.2.3.4'", "0x1.2.3.4"}) {
         const QString message = "is four numbers from 0 to 255 with dots, not '";
-        *inputs << OddInput{QString("corvane-image pack --protocol-version %1 --image-version "
-                                    "1.2.3.4 old new")
-                                .arg(version),
-                            2, "--protocol-version " + message}
-                << OddInput{QString("corvane-image pack --protocol-version 1.2.3.4 --image-version "
-                                    "%1 old new")
-                                .arg(version),
-                            2, "--image-version " + message}
-                << OddInput{QString("corvane-simulator --pty --camera-version %1").arg(version), 2,
-                            "--camera-version " + message};
+        *inputs += Inputs{{QString("corvane-image pack --protocol-version %1 --image-version "
+                                   "1.2.3.4 old new")
+                               .arg(version),
+                           2, "--protocol-version " + message},
+                          {QString("corvane-image pack --protocol-version 1.2.3.4 --image-version "
+                                   "%1 old new")
+                               .arg(version),
+                           2, "--image-version " + message},
+                          {QString("corvane-simulator --pty --camera-version %1").arg(version), 2,
+                           "--camera-version " + message}};
     }
     const NamesAndMessages numbers{{"baud", "a number from 0 to 4000000"},
                                    {"delay", "a number from 0 to 3600000"},
@@ -315,29 +306,29 @@ void addOptions(Inputs *inputs)
     for (const auto &[option, message] : numbers) {
         for (const char *const value :
              {"", "fast", "1.5", "0x10", "-40000", "99999999999", "1e3"}) {
-            *inputs << OddInput{
-                QString("corvane-simulator --pty --%1='%2'").arg(option, value), 2,
-                QString("--%1 is %2, not '%3'").arg(option.section("--", -1), message, value)};
+            *inputs += Inputs{
+                {QString("corvane-simulator --pty --%1='%2'").arg(option, value), 2,
+                 QString("--%1 is %2, not '%3'").arg(option.section("--", -1), message, value)}};
         }
     }
     for (const char *const wait : {"", "0", "0.09", "3601", "-1", "nan", "inf", "soon", "1,5"}) {
-        *inputs << OddInput{QString("corvane-diagnose --wait='%1' none").arg(wait), 2,
-                            QString("--wait is a number from 0.1 to 3600, not '%1'").arg(wait)};
+        *inputs += Inputs{{QString("corvane-diagnose --wait='%1' none").arg(wait), 2,
+                           QString("--wait is a number from 0.1 to 3600, not '%1'").arg(wait)}};
     }
     for (const char *const settings : {"", "1", "1,1,0,1", "1,1,0,1,1,1", "a,b,c,d,e", "1;1;0;1;1",
                                        "1,1,0,1,256", "1,1,0,1,-1"}) {
-        *inputs << OddInput{
-            QString("corvane-simulator --pty --settings='%1'").arg(settings), 2,
-            QString("--settings is five numbers with commas, not '%1'").arg(settings)};
+        *inputs +=
+            Inputs{{QString("corvane-simulator --pty --settings='%1'").arg(settings), 2,
+                    QString("--settings is five numbers with commas, not '%1'").arg(settings)}};
     }
     for (const char *const name :
          {"", ".", "..", "../x", "tty USB0", "/dev/ttyUSB0", "0tty", "tty\n"}) {
-        *inputs << OddInput{QString("corvane-simulator --port '%1' true").arg(name), 2,
-                            "--port is a name of letters and digits, not '"};
+        *inputs += Inputs{{QString("corvane-simulator --port '%1' true").arg(name), 2,
+                           "--port is a name of letters and digits, not '"}};
     }
     for (const char *const hash : {"", "0", "g", "0x00"}) {
-        *inputs << OddInput{QString("corvane-image verify good.img --sha256 '%1'").arg(hash), 2,
-                            QString("--sha256 is 64 hexadecimal digits, not '%1'").arg(hash)};
+        *inputs += Inputs{{QString("corvane-image verify good.img --sha256 '%1'").arg(hash), 2,
+                           QString("--sha256 is 64 hexadecimal digits, not '%1'").arg(hash)}};
     }
     const NamesAndMessages plans{
         {"", "fault '': expected KIND[=VALUE]@DIRECTION:PLACE"},
@@ -350,13 +341,13 @@ void addOptions(Inputs *inputs)
         {"drop@reply:101%", "the place is a frame N from 1"},
         {"drop@reply:1,,drop@reply:2", "fault '': expected KIND[=VALUE]@DIRECTION:PLACE"}};
     for (const auto &[plan, message] : plans) {
-        *inputs << OddInput{"corvane-simulator --pty --faults='" + plan + "'", 2, message};
+        *inputs += Inputs{{"corvane-simulator --pty --faults='" + plan + "'", 2, message}};
     }
     for (const char *const path : {"control", "save-firmware", "record", "replay"}) {
-        *inputs << OddInput{QString("corvane-simulator --pty --%1 -").arg(path), 2,
-                            QString("--%1 is the path of a file, such as ./-, not '-'").arg(path)}
-                << OddInput{QString("corvane-simulator --pty --%1=").arg(path), 2,
-                            QString("--%1 is a path, not ''").arg(path)};
+        *inputs += Inputs{{QString("corvane-simulator --pty --%1 -").arg(path), 2,
+                           QString("--%1 is the path of a file, such as ./-, not '-'").arg(path)},
+                          {QString("corvane-simulator --pty --%1=").arg(path), 2,
+                           QString("--%1 is a path, not ''").arg(path)}};
     }
 }
 
@@ -367,103 +358,100 @@ void addCommandLines(Inputs *inputs)
                                                                {"corvane-simulator", 127},
                                                                {"corvanectl", 2}};
     for (const auto &[tool, exitCode] : tools) {
-        *inputs << OddInput{tool + " --frob", 2, "unknown option '--frob'"}
-                << OddInput{tool + " -x", 2, "unknown option '-x'"}
-                << OddInput{tool + " --help=1", 2, "Unexpected value after '--help'."}
-                << OddInput{tool + " '--\a'", 2, R"(unknown option '--\x07')"}
-                << OddInput{tool + " \"$(printf '\\033')\"", exitCode, R"(\x1b)"};
+        *inputs += Inputs{{tool + " --frob", 2, "unknown option '--frob'"},
+                          {tool + " -x", 2, "unknown option '-x'"},
+                          {tool + " --help=1", 2, "Unexpected value after '--help'."},
+                          {tool + " '--\a'", 2, R"(unknown option '--\x07')"},
+                          {tool + " \"$(printf '\\033')\"", exitCode, R"(\x1b)"}};
     }
     for (const char *const option :
          {"port", "baud", "camera-version", "settings", "zoom-1", "zoom-2", "delay", "reboot-time",
           "save-firmware", "faults", "seed", "record", "through", "replay", "control"}) {
-        *inputs << OddInput{QString("corvane-simulator --pty --%1").arg(option), 2,
-                            QString("Missing value after '--%1'.").arg(option)};
+        *inputs += Inputs{{QString("corvane-simulator --pty --%1").arg(option), 2,
+                           QString("Missing value after '--%1'.").arg(option)}};
     }
     for (const char *const option : {"baud=9600", "camera-version=1.2.3.4", "settings=1,1,0,1,1",
                                      "zoom-1=1", "silent", "delay=1", "save-firmware=new"}) {
         const QString name = QString(option).section('=', 0, 0);
-        *inputs << OddInput{QString("corvane-simulator --pty --replay recording --%1").arg(option),
-                            2, "--replay and --" + name + " exclude each other"}
-                << OddInput{QString("corvane-simulator --pty --through tty --%1").arg(option), 2,
-                            "--through and --" + name + " exclude each other"};
+        *inputs += Inputs{{QString("corvane-simulator --pty --replay recording --%1").arg(option),
+                           2, "--replay and --" + name + " exclude each other"},
+                          {QString("corvane-simulator --pty --through tty --%1").arg(option), 2,
+                           "--through and --" + name + " exclude each other"}};
     }
-    *inputs
-        << OddInput{"corvanectl", 2, "a command is needed: list, info, save"}
-        << OddInput{"corvanectl ''", 2, "'' is no command"}
-        << OddInput{"corvanectl LIST", 2, "'LIST' is no command"}
-        << OddInput{"corvanectl list tty", 2, "list takes no port"}
-        << OddInput{"corvanectl info", 2, "a port is needed, or --all"}
-        << OddInput{"corvanectl info ''", 2, "the name of a port is empty"}
-        << OddInput{"corvanectl info missing --all", 2, "--all and ports exclude each other"}
-        << OddInput{"corvanectl info --dry-run missing", 2, "unknown option '--dry-run'"}
-        << OddInput{"corvanectl info missing ./missing", 1, "There is no serial port missing."}
-        << OddInput{"corvanectl info ./pipe ./folder", 1, "./folder is not a serial port but"}
-        << OddInput{"corvanectl info missing missing", 2, "missing and missing are the same port"}
-        << OddInput{"corvanectl save missing", 2, "save takes a port and a file"}
-        << OddInput{"corvanectl save missing ''", 2, "the name of a file is empty"}
-        << OddInput{"corvanectl apply '' missing", 2, "the name of a file is empty"}
-        << OddInput{"corvanectl apply - missing <&-", 1, "-: Bad file descriptor"}
-        << OddInput{"corvanectl apply - missing </dev/zero", 1, "-: "}
-        << OddInput{"corvanectl apply nothing missing", 1, "nothing: "}
-        << OddInput{"corvanectl apply good.img missing", 1, "good.img: "}
-        << OddInput{"corvanectl diff old missing", 1, "old: "}
-        << OddInput{"corvanectl set missing", 2, "set takes settings such as auto-zoom=off"}
-        << OddInput{"corvanectl set zoom=1 missing", 2, "'zoom' is no setting; they are "}
-        << OddInput{"corvanectl set auto-zoom= missing", 2, "auto-zoom is off or on, not ''"}
-        << OddInput{"corvanectl set auto-zoom=ON missing", 2, "auto-zoom is off or on, not 'ON'"}
-        << OddInput{"corvanectl zoom 3 missing", 2, "zoom takes 1 or 2, and ports"}
-        << OddInput{"corvanectl zoom missing", 2, "zoom takes 1 or 2, and ports"}
-        << OddInput{"corvanectl upgrade good.img --attempts", 2,
-                    "Missing value after '--attempts'."}
-        << OddInput{"corvanectl upgrade good.img missing --attempts 0", 2,
-                    "--attempts is a number from 1 to 100, not '0'"}
-        << OddInput{"corvanectl upgrade old missing", 1,
-                    "old: is no firmware image: the magic is missing"}
-        << OddInput{"corvanectl upgrade nothing missing", 1,
-                    "nothing: is no firmware image: the magic is missing"}
-        << OddInput{"corvanectl upgrade empty.img missing", 1, "empty.img: the firmware is empty"}
-        << OddInput{"corvanectl upgrade - missing </dev/zero", 1, "-: is larger than 256 MiB"}
-        << OddInput{"corvanectl list >/dev/full", 4, "standard output: No space left on device"}
-        << OddInput{"corvane-image", 2, "a command is needed: pack, info, unpack or verify"}
-        << OddInput{"corvane-image ''", 2, "'' is no command"}
-        << OddInput{"corvane-image VERIFY good.img", 2, "'VERIFY' is no command"}
-        << OddInput{"corvane-image good.img", 2, "'good.img' is no command"}
-        << OddInput{"corvane-image verify", 2, "verify takes one file: IMAGE"}
-        << OddInput{"corvane-image verify good.img old", 2, "verify takes one file: IMAGE"}
-        << OddInput{"corvane-image unpack good.img", 2, "unpack takes two files: IMAGE FIRMWARE"}
-        << OddInput{"corvane-image pack old new", 2, "--protocol-version is needed"}
-        << OddInput{"corvane-image pack --protocol-version 1.2.3.4 old new", 2,
-                    "--image-version is needed"}
-        << OddInput{"corvane-image info --sha256 0 good.img", 2, "unknown option '--sha256'"}
-        << OddInput{"corvane-image verify good.img --sha256", 2, "Missing value after '--sha256'."}
-        << OddInput{"corvane-simulator", 2, "either --pty or a program is needed"}
-        << OddInput{"corvane-simulator --", 2, "either --pty or a program is needed"}
-        << OddInput{"corvane-simulator -- ''", 2, "the name of the program is empty"}
-        << OddInput{"corvane-simulator ''", 2, "the name of the program is empty"}
-        << OddInput{"corvane-simulator --pty true", 2, "--pty and a program exclude each other"}
-        << OddInput{"corvane-simulator --pty --port ttyUSB1", 2,
-                    "--pty and --port exclude each other"}
-        << OddInput{"corvane-simulator --pty --seed 1", 2, "--seed needs --faults or --control"}
-        << OddInput{"corvane-simulator --seed 1 true", 2, "--seed needs --faults or --control"}
-        << OddInput{"corvane-simulator --pty --replay recording --through tty", 2,
-                    "--replay and --through exclude each other"}
-        << OddInput{"corvane-simulator --through ttyUSB0 --port ttyUSB0 true", 2,
-                    "--port is another name than that of --through"}
-        << OddInput{"corvane-simulator --through '' true", 2, "--through is a port, not ''"}
-        << OddInput{"corvane-simulator --pty --through missing", 1,
-                    "cannot open missing: No such file or directory"}
-        << OddInput{"ln -s /dev/null made; corvane-simulator --pty --through $PWD/made", 1,
-                    "/made: it is not a serial port"}
-        << OddInput{"corvane-simulator --pty --through ./folder", 1,
-                    "cannot open ./folder: Is a directory"}
-        << OddInput{"corvane-simulator --pty --through ./pipe", 1,
-                    "cannot open ./pipe: it is not a serial port"}
-        << OddInput{"corvane-simulator -- missing", 127, "cannot start missing: No such file"}
-        << OddInput{"corvane-simulator -- ./missing", 127, "cannot start ./missing: No such file"}
-        << OddInput{"corvane-simulator -- ./folder", 127, "cannot start ./folder: it is a folder"}
-        << OddInput{"corvane-simulator -- ./old", 127, "cannot start ./old: Permission denied"}
-        << OddInput{"corvane-simulator -- ./pipe", 127, "cannot start ./pipe: Permission denied"}
-        << OddInput{"corvane-simulator -- old/x", 127, "cannot start old/x: Not a directory"};
+    *inputs += Inputs{
+        {"corvanectl", 2, "a command is needed: list, info, save"},
+        {"corvanectl ''", 2, "'' is no command"},
+        {"corvanectl LIST", 2, "'LIST' is no command"},
+        {"corvanectl list tty", 2, "list takes no port"},
+        {"corvanectl info", 2, "a port is needed, or --all"},
+        {"corvanectl info ''", 2, "the name of a port is empty"},
+        {"corvanectl info missing --all", 2, "--all and ports exclude each other"},
+        {"corvanectl info --dry-run missing", 2, "unknown option '--dry-run'"},
+        {"corvanectl info missing ./missing", 1, "There is no serial port missing."},
+        {"corvanectl info ./pipe ./folder", 1, "./folder is not a serial port but"},
+        {"ln -s /dev/null made; corvanectl info ./made", 1,
+         "./made is not a serial port but another kind of device."},
+        {"corvanectl info missing missing", 2, "missing and missing are the same port"},
+        {"corvanectl save missing", 2, "save takes a port and a file"},
+        {"corvanectl save missing ''", 2, "the name of a file is empty"},
+        {"corvanectl apply '' missing", 2, "the name of a file is empty"},
+        {"corvanectl apply - missing <&-", 1, "-: Bad file descriptor"},
+        {"corvanectl apply - missing </dev/zero", 1, "-: "},
+        {"corvanectl apply nothing missing", 1, "nothing: "},
+        {"corvanectl apply good.img missing", 1, "good.img: "},
+        {"corvanectl diff old missing", 1, "old: "},
+        {"corvanectl set missing", 2, "set takes settings such as auto-zoom=off"},
+        {"corvanectl set zoom=1 missing", 2, "'zoom' is no setting; they are "},
+        {"corvanectl set auto-zoom= missing", 2, "auto-zoom is off or on, not ''"},
+        {"corvanectl set auto-zoom=ON missing", 2, "auto-zoom is off or on, not 'ON'"},
+        {"corvanectl zoom 3 missing", 2, "zoom takes 1 or 2, and ports"},
+        {"corvanectl zoom missing", 2, "zoom takes 1 or 2, and ports"},
+        {"corvanectl upgrade good.img --attempts", 2, "Missing value after '--attempts'."},
+        {"corvanectl upgrade good.img missing --attempts 0", 2,
+         "--attempts is a number from 1 to 100, not '0'"},
+        {"corvanectl upgrade old missing", 1, "old: is no firmware image: the magic is missing"},
+        {"corvanectl upgrade nothing missing", 1,
+         "nothing: is no firmware image: the magic is missing"},
+        {"corvanectl upgrade empty.img missing", 1, "empty.img: the firmware is empty"},
+        {"corvanectl upgrade - missing </dev/zero", 1, "-: is larger than 256 MiB"},
+        {"corvanectl list >/dev/full", 4, "standard output: No space left on device"},
+        {"corvane-image", 2, "a command is needed: pack, info, unpack or verify"},
+        {"corvane-image ''", 2, "'' is no command"},
+        {"corvane-image VERIFY good.img", 2, "'VERIFY' is no command"},
+        {"corvane-image good.img", 2, "'good.img' is no command"},
+        {"corvane-image verify", 2, "verify takes one file: IMAGE"},
+        {"corvane-image verify good.img old", 2, "verify takes one file: IMAGE"},
+        {"corvane-image unpack good.img", 2, "unpack takes two files: IMAGE FIRMWARE"},
+        {"corvane-image pack old new", 2, "--protocol-version is needed"},
+        {"corvane-image pack --protocol-version 1.2.3.4 old new", 2, "--image-version is needed"},
+        {"corvane-image info --sha256 0 good.img", 2, "unknown option '--sha256'"},
+        {"corvane-image verify good.img --sha256", 2, "Missing value after '--sha256'."},
+        {"corvane-simulator", 2, "either --pty or a program is needed"},
+        {"corvane-simulator --", 2, "either --pty or a program is needed"},
+        {"corvane-simulator -- ''", 2, "the name of the program is empty"},
+        {"corvane-simulator ''", 2, "the name of the program is empty"},
+        {"corvane-simulator --pty true", 2, "--pty and a program exclude each other"},
+        {"corvane-simulator --pty --port ttyUSB1", 2, "--pty and --port exclude each other"},
+        {"corvane-simulator --pty --seed 1", 2, "--seed needs --faults or --control"},
+        {"corvane-simulator --seed 1 true", 2, "--seed needs --faults or --control"},
+        {"corvane-simulator --pty --replay recording --through tty", 2,
+         "--replay and --through exclude each other"},
+        {"corvane-simulator --through ttyUSB0 --port ttyUSB0 true", 2,
+         "--port is another name than that of --through"},
+        {"corvane-simulator --through '' true", 2, "--through is a port, not ''"},
+        {"corvane-simulator --pty --through missing", 1,
+         "cannot open missing: No such file or directory"},
+        {"ln -s /dev/null made; corvane-simulator --pty --through $PWD/made", 1,
+         "/made: it is not a serial port"},
+        {"corvane-simulator --pty --through ./folder", 1, "cannot open ./folder: Is a directory"},
+        {"corvane-simulator --pty --through ./pipe", 1,
+         "cannot open ./pipe: it is not a serial port"},
+        {"corvane-simulator -- missing", 127, "cannot start missing: No such file"},
+        {"corvane-simulator -- ./missing", 127, "cannot start ./missing: No such file"},
+        {"corvane-simulator -- ./folder", 127, "cannot start ./folder: it is a folder"},
+        {"corvane-simulator -- ./old", 127, "cannot start ./old: Permission denied"},
+        {"corvane-simulator -- ./pipe", 127, "cannot start ./pipe: Permission denied"},
+        {"corvane-simulator -- old/x", 127, "cannot start old/x: Not a directory"}};
 }
 
 void addPorts(Inputs *inputs)
@@ -483,27 +471,25 @@ void addPorts(Inputs *inputs)
         {"\"$(printf './a\\033b')\"", R"(There is no serial port ./a\x1bb.)"},
         {"\"$(printf './a\\nb')\"", R"(There is no serial port ./a\nb.)"}};
     for (const auto &[port, message] : ports) {
-        *inputs << OddInput{"corvane-diagnose " + port, 3, message}
-                << OddInput{"corvane-diagnose --json " + port, 3, "\"status\": 3"};
+        *inputs += Inputs{{"corvane-diagnose " + port, 3, message},
+                          {"corvane-diagnose --json " + port, 3, "\"status\": 3"}};
     }
-    *inputs << OddInput{"corvane-diagnose", 2, "the name of a port is needed; --list shows them"}
-            << OddInput{"corvane-diagnose ''", 2, "the name of a port is needed; --list shows them"}
-            << OddInput{"corvane-diagnose one two", 2, "one port at a time"}
-            << OddInput{"corvane-diagnose --list tty", 2, "--list takes no port"}
-            << OddInput{"corvane-diagnose --all tty", 2, "--all takes no port"}
-            << OddInput{"corvane-diagnose --watch tty", 2, "--watch takes no port"}
-            << OddInput{"corvane-diagnose --list --all", 2, "--list and --all exclude each other"}
-            << OddInput{"corvane-diagnose --list --watch", 2,
-                        "--list and --watch exclude each other"}
-            << OddInput{"corvane-diagnose --all --watch", 2, "--all and --watch exclude each other"}
-            << OddInput{"corvane-diagnose --list --wait 1", 2,
-                        "--list and --wait exclude each other"}
-            << OddInput{"corvane-diagnose --list --report new", 2,
-                        "--list and --report exclude each other"}
-            << OddInput{"corvane-diagnose --report - tty", 2, "--report is the path of a file"}
-            << OddInput{"corvane-diagnose --report= tty", 2, "--report is the path of a file"}
-            << OddInput{"corvane-diagnose --json --frob", 2, R"("verdict": "bad-command-line")"}
-            << OddInput{"corvane-diagnose --json", 2, R"("verdict": "bad-command-line")"};
+    *inputs += Inputs{
+        {"corvane-diagnose", 2, "the name of a port is needed; --list shows them"},
+        {"corvane-diagnose ''", 2, "the name of a port is needed; --list shows them"},
+        {"corvane-diagnose one two", 2, "one port at a time"},
+        {"corvane-diagnose --list tty", 2, "--list takes no port"},
+        {"corvane-diagnose --all tty", 2, "--all takes no port"},
+        {"corvane-diagnose --watch tty", 2, "--watch takes no port"},
+        {"corvane-diagnose --list --all", 2, "--list and --all exclude each other"},
+        {"corvane-diagnose --list --watch", 2, "--list and --watch exclude each other"},
+        {"corvane-diagnose --all --watch", 2, "--all and --watch exclude each other"},
+        {"corvane-diagnose --list --wait 1", 2, "--list and --wait exclude each other"},
+        {"corvane-diagnose --list --report new", 2, "--list and --report exclude each other"},
+        {"corvane-diagnose --report - tty", 2, "--report is the path of a file"},
+        {"corvane-diagnose --report= tty", 2, "--report is the path of a file"},
+        {"corvane-diagnose --json --frob", 2, R"("verdict": "bad-command-line")"},
+        {"corvane-diagnose --json", 2, R"("verdict": "bad-command-line")"}};
 }
 
 Inputs oddInputs()
