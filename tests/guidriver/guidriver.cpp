@@ -159,6 +159,12 @@ bool GuiDriver::waitForEnabled(const QString &widget, bool enabled, int limitMs)
         [this, widget, enabled] { return isEnabled(widget) == enabled; }, limitMs);
 }
 
+bool GuiDriver::waitForText(const QString &widget, const QString &text)
+{
+    return waitUntil(QStringLiteral("%1 shows '%2'").arg(widget, text),
+                     [this, widget, text] { return this->text(widget) == text; });
+}
+
 bool GuiDriver::order(const QJsonObject &order)
 {
     if (m_socket == nullptr || !m_socket->isOpen()) {

@@ -135,6 +135,7 @@ public:
                    int limitMs = kPatience);
     bool waitForDialog(const QString &titleAndText, int limitMs = kPatience);
     bool waitForEnabled(const QString &widget, bool enabled = true, int limitMs = kPatience);
+    bool waitForText(const QString &widget, const QString &text);
 
     QString errorText() const { return m_errorText; }
 

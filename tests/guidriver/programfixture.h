@@ -36,6 +36,13 @@ public:
     {
         return corvane.click("pushButton_connect") && corvane.waitForEnabled("tabWidget");
     }
+    /// With success, and to the end of the box that says so.
+    bool apply()
+    {
+        return corvane.click("pushButton_apply")
+            && corvane.waitForDialog("Information: Apply Success.") && corvane.answerDialog()
+            && corvane.waitForDialog({});
+    }
     /// Makes the image that startUpgrade() uses.
     bool pack(const QByteArray &firmware);
     /// From the connected state.

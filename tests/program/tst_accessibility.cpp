@@ -203,9 +203,7 @@ private slots:
         // Far more than passes before the camera is silent.
         DO(fixture.pack(QByteArray(100'000, 'x')));
         DO(fixture.corvane.type("lineEdit_firmware", fixture.path("firmware")));
-        DO(fixture.corvane.waitUntil("the file is refused", [&fixture] {
-            return fixture.corvane.text("textEdit_firmware_info") == "Firmware file error.";
-        }));
+        DO(fixture.corvane.waitForText("textEdit_firmware_info", "Firmware file error."));
         INSPECT(firmwarePage());
 
         DO(fixture.startUpgrade());

@@ -19,9 +19,7 @@ private slots:
             {"--camera-version", "1.0.10.16", "--settings", "1,1,0,1,1", "--zoom-2", "272"}));
         QCOMPARE(fixture.corvane.text("comboBox_portlist"), fixture.portItem());
         DO(fixture.connectCamera());
-        DO(fixture.corvane.waitUntil("the version is shown", [&fixture] {
-            return fixture.corvane.text("textEdit_device_info") == "Device Version: 1.0.a.10";
-        }));
+        DO(fixture.corvane.waitForText("textEdit_device_info", "Device Version: 1.0.a.10"));
 
         DO(fixture.corvane.choose("comboBox_autotracking", 2));
         DO(fixture.corvane.choose("comboBox_targetmissing", 9));
@@ -35,17 +33,12 @@ private slots:
                 && fixture.corvane.text("comboBox_autozoom") == "OFF"
                 && fixture.corvane.text("comboBox_zoomoffset") == "Custom";
         }));
-        DO(fixture.corvane.click("pushButton_apply"));
-        DO(fixture.corvane.waitForDialog("Information: Apply Success."));
-        DO(fixture.corvane.answerDialog());
-        DO(fixture.corvane.waitForDialog({}));
+        DO(fixture.apply());
         QCOMPARE(fixture.corvane.text("comboBox_targetmissing"), QString("Preset 7"));
 
         DO(fixture.corvane.click("pushButton_custom_zoom_2"));
-        DO(fixture.corvane.waitUntil("the zoom is shown", [&fixture] {
-            return fixture.corvane.text("textEdit_device_info")
-                == "Device Version: 1.0.a.10\nSetting custom zoom: 272";
-        }));
+        DO(fixture.corvane.waitForText("textEdit_device_info",
+                                       "Device Version: 1.0.a.10\nSetting custom zoom: 272"));
         DO(fixture.corvane.click("pushButton_disconnect"));
         DO(fixture.corvane.waitForEnabled("tabWidget", false));
         QCOMPARE(fixture.corvane.text("textEdit_device_info"), QString());
@@ -137,9 +130,7 @@ private slots:
         DO(fixture.corvane.waitForDialog({}));
         DO(fixture.tell("plug"));
         DO(fixture.corvane.choose("comboBox_portlist", 0));
-        DO(fixture.corvane.waitUntil("the adapter is listed", [&fixture] {
-            return fixture.corvane.text("comboBox_portlist") == fixture.portItem();
-        }));
+        DO(fixture.corvane.waitForText("comboBox_portlist", fixture.portItem()));
         DO(fixture.connectCamera());
     }
 

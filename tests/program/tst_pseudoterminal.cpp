@@ -47,9 +47,7 @@ private slots:
         DO(fixture.start({"--camera-version", "1.0.255.16", "--zoom-2", "272", "--reboot-time", "0",
                           "--save-firmware", fixture.path("received")}));
         DO(fixture.connectCamera());
-        DO(fixture.corvane.waitUntil("the version is shown", [&fixture] {
-            return fixture.corvane.text("textEdit_device_info") == "Device Version: 1.0.-1.10";
-        }));
+        DO(fixture.corvane.waitForText("textEdit_device_info", "Device Version: 1.0.-1.10"));
 
         DO(fixture.corvane.choose("comboBox_targetmissing", 9));
         DO(fixture.corvane.click("radioButton_upside_down"));
@@ -57,17 +55,12 @@ private slots:
             return fixture.corvane.text("comboBox_targetmissing") == "Preset 7"
                 && fixture.corvane.isChecked("radioButton_upside_down");
         }));
-        DO(fixture.corvane.click("pushButton_apply"));
-        DO(fixture.corvane.waitForDialog("Information: Apply Success."));
-        DO(fixture.corvane.answerDialog());
-        DO(fixture.corvane.waitForDialog({}));
+        DO(fixture.apply());
         QCOMPARE(fixture.corvane.text("comboBox_targetmissing"), QString("Preset 7"));
 
         DO(fixture.corvane.click("pushButton_custom_zoom_2"));
-        DO(fixture.corvane.waitUntil("the zoom is shown", [&fixture] {
-            return fixture.corvane.text("textEdit_device_info")
-                == "Device Version: 1.0.-1.10\nSetting custom zoom: 272";
-        }));
+        DO(fixture.corvane.waitForText("textEdit_device_info",
+                                       "Device Version: 1.0.-1.10\nSetting custom zoom: 272"));
 
         DO(fixture.pack(firmware()));
         DO(fixture.startUpgrade());

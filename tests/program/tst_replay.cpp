@@ -25,12 +25,6 @@ public:
     {
         return corvane.click("pushButton_disconnect") && corvane.waitForEnabled("tabWidget", false);
     }
-    bool apply()
-    {
-        return corvane.click("pushButton_apply")
-            && corvane.waitForDialog("Information: Apply Success.") && corvane.answerDialog()
-            && corvane.waitForDialog({});
-    }
     bool clickZoom(int preset)
     {
         return corvane.click(QStringLiteral("pushButton_custom_zoom_%1").arg(preset));

@@ -78,8 +78,7 @@ private slots:
         DO(fixture.corvane.answerDialog());
         DO(fixture.corvane.waitForDialog({}));
         DO(fixture.corvane.holdLimits(true));
-        DO(fixture.corvane.click("pushButton_apply"));
-        DO(fixture.corvane.waitForDialog("Information: Apply Success."));
+        DO(fixture.apply());
     }
 };
 
