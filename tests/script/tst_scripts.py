@@ -157,6 +157,9 @@ class FindingNothing(unittest.TestCase):
                 self.assertNotEqual(result.returncode, 0)
                 self.assertEqual(result.stdout.splitlines()[: len(steps) + 1], steps)
                 self.assertIn(message, result.stderr)
+        result = self.run_here("script/lint", "unknown", env=environment)
+        self.assertNotEqual(result.returncode, 0)
+        self.assertEqual(result.stdout, "", "checks something else than what has changed")
 
     def test_without_qemu_no_driver_is_tried(self) -> None:
         bootstrap = self.folder / "script" / "bootstrap"
